@@ -1,0 +1,63 @@
+#include "orvdiff/platform/VELFmFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace {
+
+/// Repeats `transfer` (a read or write of the bytes from an offset) until `count` bytes are done,
+/// the file ends or an error stops it.
+template <typename Transfer>
+std::size_t transferAll(std::size_t count, Transfer transfer) {
+  std::size_t done = 0;
+  while (done < count) {
+    const ssize_t step = transfer(done);
+    if (step > 0) {
+      done += static_cast<std::size_t>(step);
+    } else if (step == 0 || errno != EINTR) {
+      break;
+    }
+  }
+  return done;
+}
+
+}  // namespace
+
+VELFmFile::~VELFmFile() { close(); }
+
+int VELFmFile::open(const char* name, int createMode, int /*flag*/) {
+  close();
+  const int flags = createMode == eCreateForWriting ? O_WRONLY | O_CREAT | O_TRUNC : O_RDONLY;
+  m_descriptor = ::open(name, flags | O_CLOEXEC, 0666);
+  struct stat status = {};
+  if (m_descriptor >= 0 && (fstat(m_descriptor, &status) != 0 || S_ISDIR(status.st_mode))) {
+    close();
+  }
+  return m_descriptor >= 0 ? 1 : 0;
+}
+
+std::uint64_t VELFmFile::getLength() const {
+  struct stat status = {};
+  return fstat(m_descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+std::size_t VELFmFile::read(char* buffer, std::size_t count) {
+  return transferAll(count, [&](std::size_t done) {
+    return ::read(m_descriptor, buffer + done, count - done);
+  });
+}
+
+std::size_t VELFmFile::write(const char* bytes, std::size_t count) {
+  return transferAll(count, [&](std::size_t done) {
+    return ::write(m_descriptor, bytes + done, count - done);
+  });
+}
+
+bool VELFmFile::close() {
+  const int descriptor = m_descriptor;
+  m_descriptor = -1;
+  return descriptor < 0 || ::close(descriptor) == 0;
+}

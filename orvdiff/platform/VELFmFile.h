@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/// A file as raw bytes. Closed by the destructor; not copied; one thread at a time.
+class VELFmFile {
+ public:
+  enum CreateMode {
+    eCreateForWriting = 2,  ///< afterwards the file holds exactly the bytes written
+    eOpenExisting = 3,      ///< for reading; the file must exist
+  };
+
+  VELFmFile() = default;
+  ~VELFmFile();
+  VELFmFile(const VELFmFile&) = delete;
+  VELFmFile& operator=(const VELFmFile&) = delete;
+
+  /// Non-zero on success. A folder cannot be opened. `flag` is 1 for reading, 0 for writing.
+  int open(const char* name, int createMode, int flag);
+
+  /// Size in bytes.
+  std::uint64_t getLength() const;
+
+  /// Reads up to `count` bytes; fewer only at the end of the file or after a read error.
+  std::size_t read(char* buffer, std::size_t count);
+
+  /// Writes `count` bytes; fewer only after a write error, such as a full disk.
+  std::size_t write(const char* bytes, std::size_t count);
+
+  /// False when the system reports only now that written bytes did not reach the file.
+  bool close();
+
+ private:
+  int m_descriptor = -1;
+};

@@ -1,0 +1,4 @@
+#include "orvdiff/registry/OrvDiffEngine.h"
+
+OrvDiffEngine::OrvDiffEngine() = default;
+OrvDiffEngine::~OrvDiffEngine() = default;
