@@ -49,7 +49,9 @@ char* allocateBlock(I18NAllocator allocator, void* context, std::int64_t size) {
   return block;
 }
 
-char* allocateArray(void*, char*, int size, int*) { return new char[static_cast<size_t>(size)]; }
+char* allocateArray(void*, char*, int size, int*) {
+  return new char[static_cast<size_t>(size)];
+}
 
 std::int64_t lengthOf(const char* text, int length) {
   return length >= 0 ? length : static_cast<std::int64_t>(std::strlen(text));
@@ -57,7 +59,9 @@ std::int64_t lengthOf(const char* text, int length) {
 
 }  // namespace
 
-void I18NConverter::Close::operator()(UConverter* converter) const { ucnv_close(converter); }
+void I18NConverter::Close::operator()(UConverter* converter) const {
+  ucnv_close(converter);
+}
 
 I18NConverter::I18NConverter(const char* encoding) {
   UErrorCode status = U_ZERO_ERROR;
@@ -96,11 +100,13 @@ void I18NConverter::fromUnicode(char** out, int* outLength, const char16_t* in,
   const std::int64_t capacity = static_cast<std::int64_t>(needed) + 1;
   *out = allocateBlock(allocator, context, capacity);
   status = U_ZERO_ERROR;
-  *outLength = ucnv_fromUChars(m_converter.get(), *out, static_cast<int32_t>(capacity), in, -1,
-                               &status);
+  *outLength =
+      ucnv_fromUChars(m_converter.get(), *out, static_cast<int32_t>(capacity), in, -1, &status);
 }
 
-const char* I18NGetPlatformDefaultEncoding() { return "UTF-8"; }
+const char* I18NGetPlatformDefaultEncoding() {
+  return "UTF-8";
+}
 
 I18NString::I18NString(const char* text, const char* encoding) {
   if (encoding != nullptr && std::strcmp(encoding, "UTF-16") == 0) {

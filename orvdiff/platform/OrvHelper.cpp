@@ -14,12 +14,18 @@ bool isXmlCharacter(UChar32 c) {
 
 std::string_view encoded(UChar32 c) {
   switch (c) {
-    case '&': return "&amp;";
-    case '<': return "&lt;";
-    case '>': return "&gt;";
-    case '"': return "&quot;";
-    case '\'': return "&apos;";
-    default: return isXmlCharacter(c) ? std::string_view() : "\xEF\xBF\xBD";
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '"':
+      return "&quot;";
+    case '\'':
+      return "&apos;";
+    default:
+      return isXmlCharacter(c) ? std::string_view() : "\xEF\xBF\xBD";
   }
 }
 

@@ -9,7 +9,9 @@ std::strstream& OrvTestInfo::addOutput(const std::string& fileName, bool binary)
   return *output.stream;
 }
 
-bool OrvTestInfo::isOutputInMemory(const char* fileName) { return m_outputs.count(fileName) != 0; }
+bool OrvTestInfo::isOutputInMemory(const char* fileName) {
+  return m_outputs.count(fileName) != 0;
+}
 
 std::strstream* OrvTestInfo::getOutputStream(const char* fileName, bool& binary) {
   const auto found = m_outputs.find(fileName);

@@ -25,27 +25,27 @@ struct VELPlace {
 
 /// Raises `VELAssertError` when `expression` is false. The error's text is the macro call exactly
 /// as it is written, semicolon included.
-#define VEL_ASSERT(expression)                                        \
-  do {                                                                \
-    if (!(expression)) {                                              \
-      velRaiseAssertion("VEL_ASSERT(" #expression ");", VEL_HERE);    \
-    }                                                                 \
+#define VEL_ASSERT(expression)                                     \
+  do {                                                             \
+    if (!(expression)) {                                           \
+      velRaiseAssertion("VEL_ASSERT(" #expression ");", VEL_HERE); \
+    }                                                              \
   } while (false)
 
 /// `VEL_ASSERT` for a check whose unit and line are documented; `place` is a `VELPlace`.
-#define VEL_ASSERT_AT(expression, place)                              \
-  do {                                                                \
-    if (!(expression)) {                                              \
-      velRaiseAssertion("VEL_ASSERT(" #expression ");", (place));     \
-    }                                                                 \
+#define VEL_ASSERT_AT(expression, place)                          \
+  do {                                                            \
+    if (!(expression)) {                                          \
+      velRaiseAssertion("VEL_ASSERT(" #expression ");", (place)); \
+    }                                                             \
   } while (false)
 
 /// `VEL_ASSERT` that says in words what is wrong; `message` is a string literal.
-#define VEL_ASSERT_NAMED(expression, message)                                               \
-  do {                                                                                      \
-    if (!(expression)) {                                                                    \
-      velRaiseAssertion("VEL_ASSERT_NAMED(" #expression ", " #message ");", VEL_HERE);      \
-    }                                                                                       \
+#define VEL_ASSERT_NAMED(expression, message)                                          \
+  do {                                                                                 \
+    if (!(expression)) {                                                               \
+      velRaiseAssertion("VEL_ASSERT_NAMED(" #expression ", " #message ");", VEL_HERE); \
+    }                                                                                  \
   } while (false)
 
 /// Runs `allocate`, which creates something and returns a pointer (raw or smart) to it, and turns

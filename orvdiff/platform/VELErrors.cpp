@@ -9,7 +9,9 @@ VELThrowable::VELThrowable(std::string text, const std::string& unit, int line)
 
 VELThrowable::~VELThrowable() = default;
 
-const char* VELThrowable::what() const noexcept { return m_what.c_str(); }
+const char* VELThrowable::what() const noexcept {
+  return m_what.c_str();
+}
 
 void VELThrowable::addBackTraceEntry(const std::string& unit, int line, const std::string& tag) {
   m_backTrace.push_back({unit, line, tag});

@@ -38,10 +38,19 @@ int VELFmDir::exists(const char* path, unsigned short mode) {
   return kindFits && granted ? 1 : 0;
 }
 
+void VELFmDir::discardFile(const char* path) {
+  struct stat status = {};
+  if (lstat(path, &status) == 0 && S_ISREG(status.st_mode)) {
+    unlink(path);
+  }
+}
+
 bool VELFmDir::createRecursiveDir(const char* path) {
   std::error_code error;
   std::filesystem::create_directories(path, error);
   return exists(path, eFolder) != 0;
 }
 
-bool VELFmDir::setEffectiveWorkingDir(const char* path) { return chdir(path) == 0; }
+bool VELFmDir::setEffectiveWorkingDir(const char* path) {
+  return chdir(path) == 0;
+}

@@ -21,6 +21,10 @@ struct VELFmDir {
   /// Non-zero when `path` exists, is of the kind that `mode` names and grants what it asks.
   static int exists(const char* path, unsigned short mode);
 
+  /// Removes a file of which only half could be written, so that it does not pass for a whole one.
+  /// Leaves everything but regular files (devices, links) alone.
+  static void discardFile(const char* path);
+
   /// Creates the folder and its missing parents; false when it does not exist afterwards.
   static bool createRecursiveDir(const char* path);
 

@@ -26,10 +26,13 @@ std::size_t transferAll(std::size_t count, Transfer transfer) {
 
 }  // namespace
 
-VELFmFile::~VELFmFile() { close(); }
+VELFmFile::~VELFmFile() {
+  close();
+}
 
 int VELFmFile::open(const char* name, int createMode, int /*flag*/) {
   close();
+  m_failed = false;
   const int flags = createMode == eCreateForWriting ? O_WRONLY | O_CREAT | O_TRUNC : O_RDONLY;
   m_descriptor = ::open(name, flags | O_CLOEXEC, 0666);
   struct stat status = {};
@@ -46,14 +49,15 @@ std::uint64_t VELFmFile::getLength() const {
 
 std::size_t VELFmFile::read(char* buffer, std::size_t count) {
   return transferAll(count, [&](std::size_t done) {
-    return ::read(m_descriptor, buffer + done, count - done);
+    const ssize_t step = ::read(m_descriptor, buffer + done, count - done);
+    m_failed = m_failed || (step < 0 && errno != EINTR);
+    return step;
   });
 }
 
 std::size_t VELFmFile::write(const char* bytes, std::size_t count) {
-  return transferAll(count, [&](std::size_t done) {
-    return ::write(m_descriptor, bytes + done, count - done);
-  });
+  return transferAll(
+      count, [&](std::size_t done) { return ::write(m_descriptor, bytes + done, count - done); });
 }
 
 bool VELFmFile::close() {

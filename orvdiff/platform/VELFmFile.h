@@ -25,6 +25,9 @@ class VELFmFile {
   /// Reads up to `count` bytes; fewer only at the end of the file or after a read error.
   std::size_t read(char* buffer, std::size_t count);
 
+  /// Whether a read met an error rather than the end of the file.
+  bool hasFailed() const { return m_failed; }
+
   /// Writes `count` bytes; fewer only after a write error, such as a full disk.
   std::size_t write(const char* bytes, std::size_t count);
 
@@ -33,4 +36,5 @@ class VELFmFile {
 
  private:
   int m_descriptor = -1;
+  bool m_failed = false;
 };

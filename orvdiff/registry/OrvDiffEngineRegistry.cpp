@@ -7,7 +7,9 @@ void OrvDiffEngineRegistry::registerDiffEngine(OrvOutputFormat format, OrvDiffEn
   m_engines.emplace(format, engine);
 }
 
-void OrvDiffEngineRegistry::addListener(OrvDiffListener* listener) { m_listeners.insert(listener); }
+void OrvDiffEngineRegistry::addListener(OrvDiffListener* listener) {
+  m_listeners.insert(listener);
+}
 
 void OrvDiffEngineRegistry::removeListener(OrvDiffListener* listener) {
   m_listeners.erase(listener);

@@ -16,7 +16,9 @@ void OrvDiffResultPass::notifyListener(OrvDiffListener& listener) const {
   listener.comparisonNotification(*this);
 }
 
-bool OrvDiffResultPass::isPassed() const { return true; }
+bool OrvDiffResultPass::isPassed() const {
+  return true;
+}
 
 OrvDiffResultFail::OrvDiffResultFail(const std::string& masterName, const std::string& actualName)
     : OrvDiffResult(masterName, actualName) {}
@@ -27,7 +29,9 @@ void OrvDiffResultFail::notifyListener(OrvDiffListener& listener) const {
   listener.comparisonNotification(*this);
 }
 
-bool OrvDiffResultFail::isPassed() const { return false; }
+bool OrvDiffResultFail::isPassed() const {
+  return false;
+}
 
 OrvDiffResultFailDiff::OrvDiffResultFailDiff(const std::string& masterName,
                                              const std::string& actualName)

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+#include "orvdiff/compare/PatternProgram.h"
+
+/// Finds the matches of a program in one text, in time that grows in line with the text.
+///
+/// The search is ICU's: leftmost start, alternatives in order, greedy runs longest first, lazy runs
+/// shortest first, and a search goes on where the last match ended. What makes it linear is that
+/// every repetition remembers from which positions the rest of the expression is known to fail,
+/// so no stretch of text is tried twice by the same repetition. ICU's own search is quadratic on,
+/// say, ten thousand "<script" without an end tag, and gives up altogether on a long enough run.
+class LinearMatcher {
+ public:
+  /// Both must outlive the matcher.
+  LinearMatcher(const PatternProgram& program, std::string_view text);
+
+  struct Match {
+    std::size_t begin;
+    std::size_t end;
+  };
+
+  /// Finds the first match that starts at or after `from`, which must not be before the end of an
+  /// earlier match.
+  bool find(std::size_t from, Match& match);
+
+ private:
+  /// A choice to come back to: a repetition that can end elsewhere or a branch with more choices.
+  struct Frame {
+    std::size_t step;
+    std::size_t position;  ///< Repeat: where it ends now; Branch: where it stands
+    std::size_t limit;     ///< Repeat: the first position where it can end; Branch: next choice
+    std::size_t runEnd;    ///< Repeat: the last position where it could end, greedy ones only
+  };
+
+  /// Positions where the rest of the expression after a repetition is known to fail: `first` to
+  /// `last`, which is where the run of the repeated bytes ends.
+  struct DeadStretch {
+    std::size_t first = 1;
+    std::size_t last = 0;  ///< less than `first`: none
+  };
+
+  bool nextStart(std::size_t from, std::size_t& position, std::size_t& start) const;
+  std::size_t matchAt(std::size_t start);
+  bool advance(const PatternStep& step, std::size_t& position) const;
+  bool enterGreedy(std::size_t index, std::size_t& position);
+  bool enterLazy(std::size_t index, std::size_t& position);
+  bool resume(std::size_t& index, std::size_t& position);
+  bool shortenGreedy(Frame& frame);
+  bool lengthenLazy(Frame& frame);
+  bool findLazyEnd(Frame& frame);
+  std::size_t runEnd(const PatternStep& step, std::size_t position, std::size_t limit) const;
+  bool isInRun(const PatternStep& step, std::size_t position) const;
+  bool isLineEnd(std::size_t position) const;
+  bool isInsideLineEnd(std::size_t position) const;
+  bool startsWith(std::string_view literal, std::size_t position) const;
+  bool isWordBoundary(std::size_t position) const;
+
+  const PatternProgram& m_program;
+  const std::string_view m_text;
+  std::vector<Frame> m_frames;
+  std::vector<DeadStretch> m_dead;
+};

@@ -1,0 +1,237 @@
+#include "orvdiff/compare/OrvDiffLib.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+#include "orvdiff/compare/EqualContents.h"
+#include "orvdiff/compare/VmdStatistics.h"
+#include "orvdiff/compare/WorkingText.h"
+#include "orvdiff/platform/I18N.h"
+#include "orvdiff/platform/VELAssert.h"
+#include "orvdiff/platform/VELDowncastSize.h"
+#include "orvdiff/platform/VELFmDir.h"
+#include "orvdiff/platform/VELFmFile.h"
+#include "orvdiff/registry/OrvDiffResult.h"
+
+namespace {
+
+/// Reads `fh` to its end into `buffer` and puts a NUL behind. False when the stream fails or holds
+/// more than `capacity` - 1 bytes.
+bool readStreamIntoBuffer(FILE* fh, char* buffer, std::size_t capacity) {
+  VEL_ASSERT(buffer);
+  VEL_ASSERT(fh);
+  std::size_t filled = 0;
+  std::size_t room = capacity;
+  while (std::feof(fh) == 0) {
+    const std::size_t count = std::fread(buffer + filled, 1, room, fh);
+    if (std::ferror(fh) != 0) {
+      return false;
+    }
+    filled += count;
+    if (count >= room) {
+      return false;  // no byte is left for the terminator: the file has grown since it was measured
+    }
+    room -= count;
+  }
+  buffer[filled] = '\0';
+  return true;
+}
+
+/// Whether two files hold the same text. Both streams then stand at their start again.
+bool holdSameText(FILE* master, FILE* actual) {
+  const auto reader = [](FILE* stream) {
+    return [stream](char* block, std::size_t count) { return std::fread(block, 1, count, stream); };
+  };
+  const bool equal = haveEqualContents(reader(master), reader(actual), true) &&
+                     std::ferror(master) == 0 && std::ferror(actual) == 0;
+  std::rewind(master);
+  std::rewind(actual);
+  return equal;
+}
+
+void writeCleansedFile(const std::string& baseName, const char* text) {
+  const OrvFileHandle file((baseName + ".cleansed").c_str(), "w");
+  if (file != nullptr) {
+    std::fwrite(text, 1, std::strlen(text), file);
+  }
+}
+
+}  // namespace
+
+OrvDiffLib::OrvDiffLib() = default;
+OrvDiffLib::~OrvDiffLib() = default;
+
+int OrvDiffLib::getFileLength(FILE* fp) {
+  VEL_ASSERT(fp);
+  const long position = std::ftell(fp);
+  const long length = std::fseek(fp, 0, SEEK_END) == 0 ? std::ftell(fp) : 0;
+  std::fseek(fp, position, SEEK_SET);
+  VEL_ASSERT_NAMED(length <= INT_MAX, "Files of 2 GiB or more cannot be compared");
+  return static_cast<int>(length);
+}
+
+OrvTextBuffer OrvDiffLib::slurpFile(OrvFileHandle& handle) {
+  const std::size_t size = static_cast<std::size_t>(getFileLength(handle)) + 1;
+  OrvTextBuffer buffer = velNewArray<char>(VEL_HERE, size);
+  VEL_ASSERT(NULL != buffer);
+  const bool ok = readStreamIntoBuffer(handle, buffer.get(), size);
+  VEL_ASSERT_NAMED(ok, "Unable to read all of the contents of file ");
+  return buffer;
+}
+
+bool OrvDiffLib::readFileIntoBuffer(const char* fileName, OrvTextBuffer& buffer,
+                                    unsigned int& length) {
+  VELFmFile file;
+  if (file.open(fileName, VELFmFile::eOpenExisting, 1) == 0) {
+    return false;
+  }
+  const std::uint32_t size = VELDowncastSize::uint32(file.getLength(), "OrvDiffLib", __LINE__);
+  OrvTextBuffer bytes = velNewArray<char>(VEL_HERE, size);
+  const std::size_t count = file.read(bytes.get(), size);
+  std::fill(bytes.get() + count, bytes.get() + size, '\0');  // never compare what was not read
+  file.close();
+  buffer = std::move(bytes);
+  length = size;
+  return true;
+}
+
+OrvDiffResult* OrvDiffLib::checkOpenFiles(const std::string& masterName,
+                                          const std::string& actualName, OrvFileHandle& master,
+                                          OrvFileHandle& actual) {
+  if (master == nullptr) {
+    return velNew<OrvDiffResultFailFileMissing>(VEL_HERE, masterName, actualName, masterName);
+  }
+  if (actual == nullptr) {
+    return velNew<OrvDiffResultFailFileMissing>(VEL_HERE, masterName, actualName, actualName);
+  }
+  return nullptr;
+}
+
+OrvTextBuffer OrvDiffLib::strdupnew(const char* in) {
+  VEL_ASSERT(in);
+  const std::size_t size = std::strlen(in) + 1;
+  OrvTextBuffer copy = velNewArray<char>(VEL_HERE, size);
+  std::memcpy(copy.get(), in, size);
+  return copy;
+}
+
+void OrvDiffLib::cleanse(OrvTextBuffer& masterBuffer, OrvTextBuffer& currentBuffer,
+                         const OrvPatternList& patterns) {
+  VEL_ASSERT(masterBuffer.get());
+  VEL_ASSERT(currentBuffer.get());
+  WorkingText master(masterBuffer);
+  WorkingText current(currentBuffer);
+  master.removeCarriageReturns();
+  current.removeCarriageReturns();
+  for (const OrvDiffNormalizationPattern* const pattern : patterns) {
+    VEL_ASSERT(pattern);
+    master.apply(*pattern);
+    current.apply(*pattern);
+  }
+}
+
+std::size_t OrvDiffLib::compareStrings(const char* masterBuffer, const char* currentBuffer) {
+  VEL_ASSERT(masterBuffer);
+  VEL_ASSERT(currentBuffer);
+  constexpr std::size_t kBlockSize = 4096;
+  const std::size_t masterLength = std::strlen(masterBuffer);
+  const std::size_t currentLength = std::strlen(currentBuffer);
+  const std::size_t common = std::min(masterLength, currentLength);
+  std::size_t position = 0;
+  while (position + kBlockSize <= common &&
+         std::memcmp(masterBuffer + position, currentBuffer + position, kBlockSize) == 0) {
+    position += kBlockSize;
+  }
+  while (position < common && masterBuffer[position] == currentBuffer[position]) {
+    ++position;
+  }
+  return position == masterLength && position == currentLength ? std::string::npos : position;
+}
+
+OrvDiffResult* OrvDiffLib::createComparisonResult(const std::string& masterName,
+                                                  const std::string& actualName,
+                                                  OrvTextBuffer& masterBuffer,
+                                                  OrvTextBuffer& actualBuffer, std::size_t position,
+                                                  bool normalized) {
+  if (position == std::string::npos) {
+    return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
+  }
+  if (!normalized) {
+    return velNew<OrvDiffResultFailDiff>(VEL_HERE, masterName, actualName);
+  }
+  OrvDiffResult* const result = velNew<OrvDiffResultFailDiffNormalized>(
+      VEL_HERE, masterName, actualName, masterBuffer.get(), actualBuffer.get(), position);
+  masterBuffer.release();
+  actualBuffer.release();
+  return result;
+}
+
+OrvDiffResult* OrvDiffLib::textBufferComparison(
+    const std::string& masterName, const std::string& actualName, OrvTextBuffer& masterBuffer,
+    OrvTextBuffer& currentBuffer, const OrvPatternList& patterns, bool writeCleansed) {
+  cleanse(masterBuffer, currentBuffer, patterns);
+  const std::size_t position = compareStrings(masterBuffer.get(), currentBuffer.get());
+  if (writeCleansed) {
+    writeCleansedFile(masterName, masterBuffer.get());
+    writeCleansedFile(actualName, currentBuffer.get());
+  }
+  return createComparisonResult(masterName, actualName, masterBuffer, currentBuffer, position,
+                                !patterns.empty());
+}
+
+OrvDiffResult* OrvDiffLib::textFileComparison(const std::string& masterName,
+                                              const std::string& actualName,
+                                              const OrvPatternList& patterns, bool writeCleansed,
+                                              const char* actualText) {
+  OrvFileHandle master(masterName.c_str(), "r");
+  OrvFileHandle actual(actualName.c_str(), "r");
+  OrvFileHandle& needed = actualText != nullptr ? master : actual;
+  OrvDiffResult* const missing = checkOpenFiles(masterName, actualName, master, needed);
+  if (missing != nullptr) {
+    return missing;
+  }
+  // Equal texts stay equal whatever is done to both of them.
+  const bool equalIsEnough = !writeCleansed && WorkingText::cannotFail(patterns);
+  if (equalIsEnough && actualText == nullptr && holdSameText(master, actual)) {
+    return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
+  }
+  OrvTextBuffer masterBuffer = slurpFile(master);
+  if (equalIsEnough && actualText != nullptr && std::strcmp(masterBuffer.get(), actualText) == 0) {
+    return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
+  }
+  OrvTextBuffer currentBuffer = actualText != nullptr ? strdupnew(actualText) : slurpFile(actual);
+  return textBufferComparison(masterName, actualName, masterBuffer, currentBuffer, patterns,
+                              writeCleansed);
+}
+
+void OrvDiffLib::writeEncodedStringToFile(const char* fname, const char* encoding,
+                                          const char* str) {
+  VEL_ASSERT(str);
+  VEL_ASSERT(encoding);
+  VEL_ASSERT(fname);
+  const I18NString text(str);
+  if (text.empty()) {
+    return;
+  }
+  const std::string bytes = text.toBytes(encoding);
+  VELFmFile file;
+  const bool bFileOpened = file.open(fname, VELFmFile::eCreateForWriting, 0) != 0;
+  VEL_ASSERT(bFileOpened);
+  const bool bFileWritten = file.write(bytes.data(), bytes.size()) == bytes.size() && file.close();
+  if (!bFileWritten) {
+    VELFmDir::discardFile(fname);
+  }
+  VEL_ASSERT(bFileWritten);
+}
+
+OrvDiffResult* OrvDiffLib::vmdCompare(const std::string& masterName, const std::string& actualName,
+                                      const char* masterText, const char* actualText) {
+  VmdStatistics master;
+  VmdStatistics actual;
+  if (parseVmdStatistics(master, masterText) && parseVmdStatistics(actual, actualText) &&
+      agree(master, actual)) {
+    return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
+  }
+  return velNew<OrvDiffResultFailDiff>(VEL_HERE, masterName, actualName);
+}

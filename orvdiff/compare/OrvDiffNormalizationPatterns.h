@@ -1,0 +1,97 @@
+#pragma once
+
+#include <list>
+#include <memory>
+
+#include "orvdiff/compare/OrvDiffNormalizationPattern.h"
+#include "orvdiff/orvdiff_export.h"
+
+/// Patterns in the order in which they are applied. The list borrows them.
+using OrvPatternList = std::list<const OrvDiffNormalizationPattern*>;
+
+/// The process-wide catalogue of the substitutions that make report outputs comparable.
+///
+/// A pattern is compiled when it is first asked for and shared from then on. No locks: for the one
+/// thread that verifies.
+class ORVDIFF_API OrvDiffNormalizationPatterns {
+ public:
+  enum OrvNormalizationPatternsEnum {
+    eScriptElement,
+    eChartNameAttribute,
+    eNextNameAndIdAttributes,
+    eCopyrightMetaTag,
+    eGeneratorIdMetaTag,
+    eTrademarkMetaTag,
+    eUaCompatibleMetaTag,
+    eEventHandlerAttribute,
+    eImageSourcePrefix,
+    eCtxAttribute,
+    eNameAttribute,
+    ePromptIdAttribute,
+    eForAttribute,
+    eAriaLabelledByAttribute,
+    eAriaLabelledByHeadersAttribute,
+    eIdAttribute,
+    eChartTempName,
+    eRemoveReferenceCall,
+    eCoordsAttribute,
+    eCoordElement,
+    eLabelForTag,
+    eQuotedPrintableEquals,
+    eBinDirectory,
+    eExcelDataElement,
+    eExponentNumber,
+    eDecimalNumber,
+    eQuotedChartTempName,
+    eFilenameElement,
+    eAreaElement,
+    eAreaTag,
+    ePngContent,
+    eLineBreak,
+    eSoftLineBreak,
+    eWidthStyle,
+    eAxisValueAsStringLine,
+    eTitleAttribute,
+    eReportSpecNamespaceVersion,
+  };
+
+  /// The shared pattern of `id`; the catalogue owns it. The pointer is good until `reset`, or, for
+  /// one added to an engine, as long as that engine lives.
+  static const OrvDiffNormalizationPattern* getPattern(OrvNormalizationPatternsEnum id);
+
+  /// Forgets every compiled pattern; the next `getPattern` builds a new one. Patterns that no
+  /// living engine holds are freed at once, the others with the last engine that does.
+  static void reset();
+
+ private:
+  friend class OrvHeldPatterns;
+
+  struct OrvNormalizationPatternEntry {
+    OrvNormalizationPatternsEnum patternId;
+    const char* regularExpression;
+    const char* replacementText;  ///< null: matches are deleted
+    std::shared_ptr<const OrvDiffNormalizationPattern> cachedPattern;
+  };
+
+  /// Shares in the ownership of `pattern` if it is the catalogue's, else null.
+  static std::shared_ptr<const OrvDiffNormalizationPattern> share(
+      const OrvDiffNormalizationPattern* pattern);
+
+  static const unsigned short m_numPatternsInArray = 37;
+  static OrvNormalizationPatternEntry m_normalizationPatternArray[m_numPatternsInArray];
+};
+
+/// A pattern list that keeps the catalogue's patterns alive while it lives, also across a `reset`.
+/// Patterns from elsewhere are borrowed as ever.
+class ORVDIFF_API OrvHeldPatterns {
+ public:
+  /// Appends `pattern`, which must not be null. No check for duplicates: a pattern added twice is
+  /// applied twice.
+  void add(const OrvDiffNormalizationPattern* pattern);
+
+  const OrvPatternList& list() const { return m_list; }
+
+ private:
+  OrvPatternList m_list;
+  std::list<std::shared_ptr<const OrvDiffNormalizationPattern>> m_shares;
+};

@@ -1,0 +1,80 @@
+#include "orvdiff/compare/WorkingText.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "orvdiff/compare/LinearMatcher.h"
+#include "orvdiff/compare/PatternProgram.h"
+#include "orvdiff/platform/VELAssert.h"
+
+namespace {
+
+/// Appends pieces to memory that is large enough for all of them.
+class Appender {
+ public:
+  explicit Appender(char* memory) : m_begin(memory), m_end(memory) {}
+
+  void append(std::string_view piece) {
+    std::memcpy(m_end, piece.data(), piece.size());
+    m_end += piece.size();
+  }
+
+  std::size_t size() const { return static_cast<std::size_t>(m_end - m_begin); }
+
+ private:
+  char* m_begin;
+  char* m_end;
+};
+
+}  // namespace
+
+WorkingText::WorkingText(OrvTextBuffer& buffer)
+    : m_text(buffer), m_length(std::strlen(buffer.get())) {}
+
+bool WorkingText::cannotFail(const OrvPatternList& patterns) {
+  return std::all_of(patterns.begin(), patterns.end(), [](const auto* pattern) {
+    return pattern != nullptr && pattern->hasProgram();
+  });
+}
+
+void WorkingText::removeCarriageReturns() {
+  char* const begin = m_text.get();
+  char* const end = std::remove(begin, begin + m_length, '\r');
+  *end = '\0';
+  m_length = static_cast<std::size_t>(end - begin);
+}
+
+void WorkingText::apply(const OrvDiffNormalizationPattern& pattern) {
+  if (pattern.hasProgram()) {
+    runProgram(pattern);
+    return;
+  }
+  pattern.normalizeText(m_text);
+  m_length = std::strlen(m_text.get());
+  m_scratch.reset();  // the new text may be longer
+}
+
+void WorkingText::runProgram(const OrvDiffNormalizationPattern& pattern) {
+  // A match is replaced by something no longer than itself, so the result fits where the text did.
+  const std::string_view text(m_text.get(), m_length);
+  LinearMatcher matcher(*pattern.m_program, text);
+  LinearMatcher::Match match = {};
+  if (!matcher.find(0, match)) {
+    return;
+  }
+  if (m_scratch == nullptr) {
+    m_scratch = velNewArray<char>(VEL_HERE, m_length + 1);
+  }
+  Appender result(m_scratch.get());
+  std::size_t copied = 0;
+  do {
+    result.append(text.substr(copied, match.begin - copied));
+    result.append(pattern.m_literalReplacement);
+    copied = match.end;
+  } while (matcher.find(copied, match));
+  result.append(text.substr(copied));
+  m_length = result.size();
+  m_scratch[m_length] = '\0';
+  m_text.swap(m_scratch);
+}

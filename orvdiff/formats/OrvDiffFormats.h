@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "orvdiff/engine/OrvDiffFileEngine.h"
+#include "orvdiff/orvdiff_export.h"
+#include "orvdiff/platform/OrvOutputFormat.h"
+
+/// What an engine may be told at construction. The texts must outlive the engine.
+struct OrvFormatArguments {
+  const char* subFolder = nullptr;                ///< every format; null: none
+  const char* outputDirectoryTypeName = nullptr;  ///< formats that need arguments
+  const char* masterSubFolder = nullptr;          ///< likewise; null: none
+  const char* fileNameSuffix = nullptr;           ///< chart graphics scripts; null: none
+};
+
+/// One verifiable format.
+struct OrvDiffFormat {
+  std::string_view name;  ///< as a person writes it on a command line
+  OrvOutputFormat format;
+  std::string_view comparison;  ///< how its outputs are compared, in a few words
+  bool needsArguments;          ///< whether `outputDirectoryTypeName` must be given
+  std::unique_ptr<OrvDiffFileEngine> (*createEngine)(const OrvFormatArguments& arguments);
+};
+
+/// The one list of all formats.
+class ORVDIFF_API OrvDiffFormats {
+ public:
+  /// Every format once, in the order in which a run verifies them.
+  static const std::vector<OrvDiffFormat>& all();
+
+  /// The format of this name, or null.
+  static const OrvDiffFormat* find(std::string_view name);
+};

@@ -1,0 +1,237 @@
+#include "orvdiff/formats/OrvDiffTextEngines.h"
+
+#include <initializer_list>
+
+#include "orvdiff/platform/VELAssert.h"
+#include "orvdiff/platform/VELFmDir.h"
+
+using Patterns = OrvDiffNormalizationPatterns;
+
+OrvDiffNaoFileEngine::OrvDiffNaoFileEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder, {"v5DebugNAO", "/", "*.nao"}) {
+  OrvPatternList patterns;
+  getNormalizationPatterns(patterns);
+  for (const OrvDiffNormalizationPattern* const pattern : patterns) {
+    addCleansingPattern(pattern);
+  }
+}
+
+OrvDiffNaoFileEngine::~OrvDiffNaoFileEngine() = default;
+
+void OrvDiffNaoFileEngine::getNormalizationPatterns(OrvPatternList& patterns) {
+  for (const auto id :
+       {Patterns::eScriptElement, Patterns::eChartNameAttribute, Patterns::eNextNameAndIdAttributes,
+        Patterns::eCopyrightMetaTag, Patterns::eGeneratorIdMetaTag, Patterns::eTitleAttribute,
+        Patterns::eTrademarkMetaTag, Patterns::eUaCompatibleMetaTag,
+        Patterns::eEventHandlerAttribute, Patterns::eCtxAttribute, Patterns::eIdAttribute,
+        Patterns::eNameAttribute, Patterns::eCoordsAttribute, Patterns::eLabelForTag}) {
+    patterns.push_back(Patterns::getPattern(id));
+  }
+}
+
+OrvDiffPnaoFileEngine::OrvDiffPnaoFileEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder, {"v5DebugPromptNAO", "/PromptNAO/", "*.nao"}) {
+  OrvPatternList patterns;
+  OrvDiffNaoFileEngine::getNormalizationPatterns(patterns);
+  for (const OrvDiffNormalizationPattern* const pattern : patterns) {
+    addCleansingPattern(pattern);
+  }
+}
+
+OrvDiffPnaoFileEngine::~OrvDiffPnaoFileEngine() = default;
+
+OrvDiffDrilledReportSpecEngine::OrvDiffDrilledReportSpecEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder,
+                              {"v5DebugDrilledReportSpec", "/DrilledReportSpec/", "*.xml"}) {
+  for (const auto id : {Patterns::eCoordsAttribute, Patterns::eReportSpecNamespaceVersion}) {
+    addCleansingPattern(Patterns::getPattern(id));
+  }
+}
+
+OrvDiffDrilledReportSpecEngine::~OrvDiffDrilledReportSpecEngine() = default;
+
+OrvDiffRefQueryItemEngine::OrvDiffRefQueryItemEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder, {"v5DebugRefQueryItems", "/RefQueryItems/", "*.xml"}) {
+  for (const auto id : {Patterns::eCoordsAttribute}) {
+    addCleansingPattern(Patterns::getPattern(id));
+  }
+}
+
+OrvDiffRefQueryItemEngine::~OrvDiffRefQueryItemEngine() = default;
+
+OrvDiffDrillUpDownStateEngine::OrvDiffDrillUpDownStateEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder,
+                              {"v5DebugDrilledUpDownState", "/DrilledUpDownState/", "*.xml"}) {
+  for (const auto id : {Patterns::eCoordsAttribute}) {
+    addCleansingPattern(Patterns::getPattern(id));
+  }
+}
+
+OrvDiffDrillUpDownStateEngine::~OrvDiffDrillUpDownStateEngine() = default;
+
+OrvDiffPagedLayoutDataXmlFileEngine::OrvDiffPagedLayoutDataXmlFileEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder, {"v5DebugPagedDataXML", "/PagedDataXML/", "*.xml"}) {
+  for (const auto id : {Patterns::eCoordElement, Patterns::eFilenameElement}) {
+    addCleansingPattern(Patterns::getPattern(id));
+  }
+}
+
+OrvDiffPagedLayoutDataXmlFileEngine::~OrvDiffPagedLayoutDataXmlFileEngine() = default;
+
+OrvDiffRawXmlFileEngine::OrvDiffRawXmlFileEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder, {"v5DebugRawXml", "/RawXML/", "*.xml"}) {
+  for (const auto id : {Patterns::eCoordsAttribute}) {
+    addCleansingPattern(Patterns::getPattern(id));
+  }
+}
+
+OrvDiffRawXmlFileEngine::~OrvDiffRawXmlFileEngine() = default;
+
+OrvDiffMhtFileEngine::OrvDiffMhtFileEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder, {"v5DebugMHT", "/", "*.mht"}) {
+  for (const auto id :
+       {Patterns::eSoftLineBreak, Patterns::eLineBreak, Patterns::eQuotedPrintableEquals,
+        Patterns::eScriptElement, Patterns::eChartNameAttribute, Patterns::eImageSourcePrefix,
+        Patterns::eCopyrightMetaTag, Patterns::eGeneratorIdMetaTag, Patterns::eTrademarkMetaTag,
+        Patterns::eUaCompatibleMetaTag}) {
+    addCleansingPattern(Patterns::getPattern(id));
+  }
+}
+
+OrvDiffMhtFileEngine::~OrvDiffMhtFileEngine() = default;
+
+OrvDiffRaFileEngine::OrvDiffRaFileEngine(const char* subFolder) : OrvDiffMhtFileEngine(subFolder) {}
+
+OrvDiffRaFileEngine::~OrvDiffRaFileEngine() = default;
+
+std::string OrvDiffRaFileEngine::getOutputDirectoryTypeName() const {
+  return "v5DebugRA";
+}
+
+OrvDiffHtmlFileEngine::OrvDiffHtmlFileEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder, {"v5DebugHTML", "/", "*.html"}) {
+  for (const auto id :
+       {Patterns::eLineBreak, Patterns::eScriptElement, Patterns::eChartNameAttribute,
+        Patterns::eNextNameAndIdAttributes, Patterns::eCopyrightMetaTag,
+        Patterns::eGeneratorIdMetaTag, Patterns::eTrademarkMetaTag, Patterns::eUaCompatibleMetaTag,
+        Patterns::eEventHandlerAttribute, Patterns::ePromptIdAttribute, Patterns::eCoordsAttribute,
+        Patterns::eAriaLabelledByAttribute, Patterns::eIdAttribute,
+        Patterns::eAriaLabelledByHeadersAttribute, Patterns::eCtxAttribute, Patterns::eForAttribute,
+        Patterns::eNameAttribute}) {
+    addCleansingPattern(Patterns::getPattern(id));
+  }
+}
+
+OrvDiffHtmlFileEngine::~OrvDiffHtmlFileEngine() = default;
+
+OrvDiffXhtmlFileEngine::OrvDiffXhtmlFileEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder, {"v5DebugXHTML", "/", "*.xml"}) {
+  for (const auto id :
+       {Patterns::eScriptElement, Patterns::eChartNameAttribute, Patterns::eCoordsAttribute}) {
+    addCleansingPattern(Patterns::getPattern(id));
+  }
+}
+
+OrvDiffXhtmlFileEngine::~OrvDiffXhtmlFileEngine() = default;
+
+OrvDiffXmlFileEngine::OrvDiffXmlFileEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder, {"v5DebugXML", "/XML/", "*.xml"}) {}
+
+OrvDiffXmlFileEngine::~OrvDiffXmlFileEngine() = default;
+
+OrvDiffVizFileEngine::OrvDiffVizFileEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder, {"v5DebugViz", "/Viz/", "*.xml"}) {}
+
+OrvDiffVizFileEngine::~OrvDiffVizFileEngine() = default;
+
+OrvDiffXlsFileEngine::OrvDiffXlsFileEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder, {"v5DebugXLS", "/XLS/", "*.html"}) {
+  for (const auto id : {Patterns::eScriptElement, Patterns::eImageSourcePrefix}) {
+    addCleansingPattern(Patterns::getPattern(id));
+  }
+}
+
+OrvDiffXlsFileEngine::~OrvDiffXlsFileEngine() = default;
+
+OrvDiffXlwaFileEngine::OrvDiffXlwaFileEngine(const char* subFolder)
+    : OrvDiffTextFormatEngine(subFolder, {"v5DebugXLWA", "/XLWA/", ".mht"}) {
+  for (const auto id : {Patterns::eScriptElement, Patterns::eImageSourcePrefix}) {
+    addCleansingPattern(Patterns::getPattern(id));
+  }
+}
+
+OrvDiffXlwaFileEngine::~OrvDiffXlwaFileEngine() = default;
+
+namespace {
+
+const char* required(const char* outputDirectoryTypeName) {
+  VEL_ASSERT(outputDirectoryTypeName);
+  return outputDirectoryTypeName;
+}
+
+const char* orEmpty(const char* text) {
+  return text != nullptr ? text : "";
+}
+
+/// The master folder, one level deeper when there is a sub-folder.
+std::string descend(std::string directory, const std::string& subFolder) {
+  if (!subFolder.empty()) {
+    VELFmDir::joinPath(directory, subFolder.c_str());
+  }
+  return directory;
+}
+
+}  // namespace
+
+OrvDiffCgsFileEngine::OrvDiffCgsFileEngine(const char* subFolder,
+                                           const char* outputDirectoryTypeName,
+                                           const char* masterSubFolder, const char* fileNameSuffix)
+    : OrvDiffTextFileTypeEngine(subFolder),
+      m_outputDirectoryTypeName(required(outputDirectoryTypeName)),
+      m_masterSubFolder(orEmpty(masterSubFolder)),
+      m_fileNameSuffix(orEmpty(fileNameSuffix)) {
+  for (const auto id :
+       {Patterns::eChartTempName, Patterns::eRemoveReferenceCall, Patterns::eBinDirectory}) {
+    addCleansingPattern(Patterns::getPattern(id));
+  }
+}
+
+OrvDiffCgsFileEngine::~OrvDiffCgsFileEngine() = default;
+
+void OrvDiffCgsFileEngine::verifyOutput(const OrvDiffListenerSet& listeners, const char* location,
+                                        OrvTestInfo* /*testInfo*/) {
+  OrvDiffTextFileTypeEngine::verifyOutput(listeners, location, nullptr);
+}
+
+std::string OrvDiffCgsFileEngine::getOutputDirectoryTypeName() const {
+  return m_outputDirectoryTypeName;
+}
+
+std::string OrvDiffCgsFileEngine::getMasterFileGlobExpression(const std::string& location) const {
+  std::string pattern = descend(getMasterFileDirectory(location), m_masterSubFolder);
+  VELFmDir::joinPath(pattern, getReportName(location).c_str());
+  pattern += '*';
+  if (!m_fileNameSuffix.empty()) {
+    pattern += '_' + m_fileNameSuffix;
+  }
+  return pattern + ".cgs";
+}
+
+OrvDiffPrpFileEngine::OrvDiffPrpFileEngine(const char* subFolder,
+                                           const char* outputDirectoryTypeName,
+                                           const char* masterSubFolder)
+    : OrvDiffTextFileTypeEngine(subFolder),
+      m_outputDirectoryTypeName(required(outputDirectoryTypeName)),
+      m_masterSubFolder(orEmpty(masterSubFolder)) {}
+
+OrvDiffPrpFileEngine::~OrvDiffPrpFileEngine() = default;
+
+std::string OrvDiffPrpFileEngine::getOutputDirectoryTypeName() const {
+  return m_outputDirectoryTypeName;
+}
+
+std::string OrvDiffPrpFileEngine::getMasterFileGlobExpression(const std::string& location) const {
+  std::string pattern = descend(getMasterFileDirectory(location), m_masterSubFolder);
+  VELFmDir::joinPath(pattern, (getReportName(location) + "*.prp").c_str());
+  return pattern;
+}

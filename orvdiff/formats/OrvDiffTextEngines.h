@@ -1,0 +1,163 @@
+#pragma once
+
+#include <string>
+
+#include "orvdiff/engine/OrvLaidOutEngine.h"
+#include "orvdiff/formats/OrvDiffTextFileTypeEngine.h"
+#include "orvdiff/orvdiff_export.h"
+
+/// The engines whose outputs are compared as normalised text. Each one says where its files lie and
+/// which patterns, in which order, make two runs comparable; all else is the base's. `subFolder` is
+/// the file engine's: not copied, null or empty for none.
+
+/// What a text engine with a fixed layout derives from.
+using OrvDiffTextFormatEngine = OrvLaidOutEngine<OrvDiffTextFileTypeEngine>;
+
+/// The report's object tree.
+class ORVDIFF_API OrvDiffNaoFileEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffNaoFileEngine(const char* subFolder);
+  ~OrvDiffNaoFileEngine() override;
+
+  /// Appends the patterns of object trees, for this engine and the prompt pages'.
+  static void getNormalizationPatterns(OrvPatternList& patterns);
+};
+
+/// A prompt page's object tree.
+class ORVDIFF_API OrvDiffPnaoFileEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffPnaoFileEngine(const char* subFolder);
+  ~OrvDiffPnaoFileEngine() override;
+};
+
+/// The specification of a drilled report.
+class ORVDIFF_API OrvDiffDrilledReportSpecEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffDrilledReportSpecEngine(const char* subFolder);
+  ~OrvDiffDrilledReportSpecEngine() override;
+};
+
+/// The query items that a report refers to.
+class ORVDIFF_API OrvDiffRefQueryItemEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffRefQueryItemEngine(const char* subFolder);
+  ~OrvDiffRefQueryItemEngine() override;
+};
+
+/// Where a report can be drilled up and down.
+class ORVDIFF_API OrvDiffDrillUpDownStateEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffDrillUpDownStateEngine(const char* subFolder);
+  ~OrvDiffDrillUpDownStateEngine() override;
+};
+
+/// Layout data, page by page.
+class ORVDIFF_API OrvDiffPagedLayoutDataXmlFileEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffPagedLayoutDataXmlFileEngine(const char* subFolder);
+  ~OrvDiffPagedLayoutDataXmlFileEngine() override;
+};
+
+/// The server's XML before rendering.
+class ORVDIFF_API OrvDiffRawXmlFileEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffRawXmlFileEngine(const char* subFolder);
+  ~OrvDiffRawXmlFileEngine() override;
+};
+
+/// A page with its parts in one MIME document.
+class ORVDIFF_API OrvDiffMhtFileEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffMhtFileEngine(const char* subFolder);
+  ~OrvDiffMhtFileEngine() override;
+};
+
+/// The same document as the report-authoring view stores it: masters and patterns of the MIME
+/// document, an output folder of its own.
+class ORVDIFF_API OrvDiffRaFileEngine : public OrvDiffMhtFileEngine {
+ public:
+  explicit OrvDiffRaFileEngine(const char* subFolder);
+  ~OrvDiffRaFileEngine() override;
+  std::string getOutputDirectoryTypeName() const override;
+};
+
+/// HTML pages.
+class ORVDIFF_API OrvDiffHtmlFileEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffHtmlFileEngine(const char* subFolder);
+  ~OrvDiffHtmlFileEngine() override;
+};
+
+/// XHTML pages.
+class ORVDIFF_API OrvDiffXhtmlFileEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffXhtmlFileEngine(const char* subFolder);
+  ~OrvDiffXhtmlFileEngine() override;
+};
+
+/// XML data.
+class ORVDIFF_API OrvDiffXmlFileEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffXmlFileEngine(const char* subFolder);
+  ~OrvDiffXmlFileEngine() override;
+};
+
+/// Visualisation data.
+class ORVDIFF_API OrvDiffVizFileEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffVizFileEngine(const char* subFolder);
+  ~OrvDiffVizFileEngine() override;
+};
+
+/// A spreadsheet as HTML.
+class ORVDIFF_API OrvDiffXlsFileEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffXlsFileEngine(const char* subFolder);
+  ~OrvDiffXlsFileEngine() override;
+};
+
+/// A spreadsheet as a web archive; one master, named exactly like the report.
+class ORVDIFF_API OrvDiffXlwaFileEngine : public OrvDiffTextFormatEngine {
+ public:
+  explicit OrvDiffXlwaFileEngine(const char* subFolder);
+  ~OrvDiffXlwaFileEngine() override;
+};
+
+/// Chart graphics scripts. Where they lie depends on the chart service under test, so the host says
+/// so. Always compared on disk, whatever the host holds in memory.
+class ORVDIFF_API OrvDiffCgsFileEngine : public OrvDiffTextFileTypeEngine {
+ public:
+  /// Copies its arguments but `subFolder`. Null `outputDirectoryTypeName` raises `VELAssertError`.
+  /// `masterSubFolder` (null: none) is a further level below the master folder; with
+  /// `fileNameSuffix` (null: none) only masters whose names end in "_" + suffix are found.
+  OrvDiffCgsFileEngine(const char* subFolder, const char* outputDirectoryTypeName,
+                       const char* masterSubFolder, const char* fileNameSuffix);
+  ~OrvDiffCgsFileEngine() override;
+
+  /// Looks for outputs on disk only: `testInfo` is not asked.
+  void verifyOutput(const OrvDiffListenerSet& listeners, const char* location,
+                    OrvTestInfo* testInfo) override;
+  std::string getOutputDirectoryTypeName() const override;
+  std::string getMasterFileGlobExpression(const std::string& location) const override;
+
+ private:
+  std::string m_outputDirectoryTypeName;
+  std::string m_masterSubFolder;
+  std::string m_fileNameSuffix;
+};
+
+/// Prompt pages. The host says where they lie.
+class ORVDIFF_API OrvDiffPrpFileEngine : public OrvDiffTextFileTypeEngine {
+ public:
+  /// As for `OrvDiffCgsFileEngine`.
+  OrvDiffPrpFileEngine(const char* subFolder, const char* outputDirectoryTypeName,
+                       const char* masterSubFolder);
+  ~OrvDiffPrpFileEngine() override;
+
+  std::string getOutputDirectoryTypeName() const override;
+  std::string getMasterFileGlobExpression(const std::string& location) const override;
+
+ private:
+  std::string m_outputDirectoryTypeName;
+  std::string m_masterSubFolder;
+};

@@ -1,0 +1,46 @@
+#include "orvdiff/formats/OrvDiffTextFileTypeEngine.h"
+
+#include <optional>
+
+#include "orvdiff/compare/OrvDiffLib.h"
+#include "orvdiff/engine/InMemoryText.h"
+#include "orvdiff/platform/VELAssert.h"
+
+namespace {
+
+/// Where a null pattern is reported; hosts know the line.
+constexpr VELPlace kNullPatternPlace = {"OrvDiffTextFileTypeEngine", 68};
+
+}  // namespace
+
+OrvDiffTextFileTypeEngine::OrvDiffTextFileTypeEngine(const char* subFolder)
+    : OrvDiffFileEngine(subFolder) {}
+
+OrvDiffTextFileTypeEngine::~OrvDiffTextFileTypeEngine() {
+  OrvDiffNormalizationPatterns::reset();  // releases only, so nothing can be raised here
+}
+
+void OrvDiffTextFileTypeEngine::verifyOutput(const OrvDiffListenerSet& listeners,
+                                             const char* location, OrvTestInfo* testInfo) {
+  OrvDiffFileEngine::verifyOutput(listeners, location, testInfo);
+}
+
+OrvDiffResult* OrvDiffTextFileTypeEngine::performDiff(const std::string& masterName,
+                                                      const std::string& actualName,
+                                                      std::strstream* inMemoryOutput) {
+  std::optional<InMemoryText> output;
+  if (inMemoryOutput != nullptr) {
+    output.emplace(*inMemoryOutput);
+  }
+  OrvDiffResult* const result = OrvDiffLib::textFileComparison(
+      masterName, actualName, m_cleansingPatterns.list(), false, output ? output->text() : nullptr);
+  if (output) {
+    output->unfreeze();
+  }
+  return result;
+}
+
+void OrvDiffTextFileTypeEngine::addCleansingPattern(const OrvDiffNormalizationPattern* pattern) {
+  VEL_ASSERT_AT(pattern, kNullPatternPlace);
+  m_cleansingPatterns.add(pattern);
+}

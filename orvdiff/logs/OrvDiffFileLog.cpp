@@ -1,0 +1,28 @@
+#include "orvdiff/logs/OrvDiffFileLog.h"
+
+#include <exception>
+
+#include "orvdiff/registry/OrvDiffResult.h"
+
+OrvDiffFileLog::OrvDiffFileLog(const char* fileName) : m_file(fileName) {
+  m_streamLog.open(&m_file);
+}
+
+OrvDiffFileLog::~OrvDiffFileLog() {
+  try {
+    m_streamLog.close();
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): nobody is left to tell
+  }
+}
+
+void OrvDiffFileLog::comparisonNotification(const OrvDiffResultFailFileMissing& result) {
+  result.notifyListener(m_streamLog);
+}
+
+void OrvDiffFileLog::comparisonNotification(const OrvDiffResultFailDiff& result) {
+  result.notifyListener(m_streamLog);
+}
+
+void OrvDiffFileLog::comparisonNotification(const OrvDiffResultPass& result) {
+  result.notifyListener(m_streamLog);
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+/// The whole public interface of orvdiff.
+
+#include "orvdiff/compare/OrvDiffLib.h"
+#include "orvdiff/compare/OrvDiffNormalizationPattern.h"
+#include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
+#include "orvdiff/compare/OrvFileHandle.h"
+#include "orvdiff/compare/OrvTextBuffer.h"
+#include "orvdiff/engine/OrvDiffFileEngine.h"
+#include "orvdiff/formats/OrvDiffFormats.h"
+#include "orvdiff/formats/OrvDiffImageEngines.h"
+#include "orvdiff/formats/OrvDiffTextEngines.h"
+#include "orvdiff/formats/OrvDiffTextFileTypeEngine.h"
+#include "orvdiff/logs/OrvDiffFileLog.h"
+#include "orvdiff/logs/OrvDiffLogNormalized.h"
+#include "orvdiff/logs/OrvDiffStreamLog.h"
+#include "orvdiff/platform/OrvOutputFormat.h"
+#include "orvdiff/platform/OrvStrStream.h"
+#include "orvdiff/platform/OrvTestInfo.h"
+#include "orvdiff/platform/VELErrors.h"
+#include "orvdiff/registry/OrvDiffEngine.h"
+#include "orvdiff/registry/OrvDiffEngineRegistry.h"
+#include "orvdiff/registry/OrvDiffListener.h"
+#include "orvdiff/registry/OrvDiffResult.h"
