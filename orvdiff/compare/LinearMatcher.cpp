@@ -53,6 +53,9 @@ LinearMatcher::LinearMatcher(const PatternProgram& program, std::string_view tex
     : m_program(program), m_text(text), m_dead(program.stepCount()) {}
 
 bool LinearMatcher::find(std::size_t from, Match& match) {
+  if (!mayMatch(from)) {
+    return false;
+  }
   std::size_t position = from;
   std::size_t start = 0;
   while (nextStart(from, position, start)) {
@@ -66,20 +69,30 @@ bool LinearMatcher::find(std::size_t from, Match& match) {
   return false;
 }
 
+/// Whether the literal that every match contains occurs at or after `from`. Where a match starts
+/// with an anchor, looking for that says as much.
+bool LinearMatcher::mayMatch(std::size_t from) {
+  const std::string& required = m_program.requiredLiteral();
+  if (!m_program.anchor().empty() || required.empty()) {
+    return true;
+  }
+  if (!m_requiredIsKnown || (m_required != kNone && m_required < from)) {
+    m_required = findLiteral(m_text, required, from);
+    m_requiredIsKnown = true;
+  }
+  return m_required != kNone;
+}
+
 /// Moves `position` to the next place at or after it where a match may announce itself and sets the
 /// `start` that such a match has, not before `from`.
 bool LinearMatcher::nextStart(std::size_t from, std::size_t& position, std::size_t& start) const {
   if (m_program.anchor().empty()) {
-    const ByteSet& firstBytes = m_program.firstBytes();
-    while (position < m_text.size() &&
-           (!firstBytes[byteAt(m_text, position)] || isInsideLineEnd(position))) {
-      ++position;
-    }
+    position = findFirstByte(position);
     start = position;
-    return position < m_text.size();
+    return position != kNone;
   }
   const std::size_t offset = m_program.anchorOffset();
-  const std::size_t found = findLiteral(m_text, m_program.anchor(), position + offset);
+  const std::size_t found = findAnchor(position + offset);
   if (found == kNone) {
     return false;
   }
@@ -91,6 +104,32 @@ bool LinearMatcher::nextStart(std::size_t from, std::size_t& position, std::size
     }
   }
   return true;
+}
+
+std::size_t LinearMatcher::findFirstByte(std::size_t from) const {
+  const std::string& fewFirstBytes = m_program.fewFirstBytes();
+  if (!fewFirstBytes.empty()) {
+    return findEither(m_text, fewFirstBytes.front(), fewFirstBytes.back(), from);
+  }
+  const ByteSet& firstBytes = m_program.firstBytes();
+  while (from < m_text.size() && (!firstBytes[byteAt(m_text, from)] || isInsideLineEnd(from))) {
+    ++from;
+  }
+  return from < m_text.size() ? from : kNone;
+}
+
+std::size_t LinearMatcher::findAnchor(std::size_t from) const {
+  const std::string& anchor = m_program.anchor();
+  const ByteSet& followers = m_program.anchorFollowers();
+  std::size_t found = findLiteral(m_text, anchor, from);
+  while (found != kNone && !followers.all()) {
+    const std::size_t next = found + anchor.size();
+    if (next < m_text.size() && followers[byteAt(m_text, next)]) {
+      break;
+    }
+    found = findLiteral(m_text, anchor, found + 1);
+  }
+  return found;
 }
 
 /// Where the match that starts at `start` ends, or kNone.
