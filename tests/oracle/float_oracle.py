@@ -38,7 +38,9 @@ def verdict(master, actual):
 
 
 def number(rng):
-    digits = lambda longest: "".join(rng.choices("0123456789", k=rng.randint(1, longest)))
+    def digits(most):
+        return "".join(rng.choices("0123456789", k=rng.randint(1, most)))
+
     longest = rng.choice([1, 3, 17, 17, 40]) if rng.random() < 0.98 else 400
     mantissa = rng.choice([digits(longest), digits(longest) + ".", "." + digits(longest),
                            digits(4) + "." + digits(longest)])
