@@ -6,10 +6,11 @@
 //
 // Prints how many pairs passed and how many did not; the exit status is 0 when all passed.
 
+#include <dirent.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -40,10 +41,15 @@ class Tally : public OrvDiffListener {
 
 std::vector<std::string> reportsIn(const std::string& folder) {
   std::vector<std::string> reports;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    if (entry.path().extension() == ".xml") {
-      reports.push_back(entry.path().string());
+  DIR* const open = opendir(folder.c_str());
+  while (const dirent* const entry = open != nullptr ? readdir(open) : nullptr) {
+    const std::string_view name = entry->d_name;
+    if (name.size() > 4 && name.substr(name.size() - 4) == ".xml") {
+      reports.push_back(folder + '/' + entry->d_name);
     }
+  }
+  if (open != nullptr) {
+    closedir(open);
   }
   std::sort(reports.begin(), reports.end());
   return reports;
