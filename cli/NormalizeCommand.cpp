@@ -7,6 +7,7 @@
 #include "cli/Printable.h"
 #include "cli/Trouble.h"
 #include "orvdiff/compare/OrvDiffLib.h"
+#include "orvdiff/platform/VELErrors.h"
 
 namespace {
 
@@ -33,9 +34,13 @@ ExitStatus run(const NormalizeOptions& options) {
     throw Trouble("format " + options.format + " normalises nothing; it compares by " +
                   std::string(format.comparison));
   }
-  OrvTextBuffer text = readText(options.file);
-  OrvTextBuffer noOther = OrvDiffLib::strdupnew("");
-  OrvDiffLib::cleanse(text, noOther, *patterns);
-  std::cout << text.get();
+  try {
+    OrvTextBuffer text = readText(options.file);
+    OrvTextBuffer noOther = OrvDiffLib::strdupnew("");
+    OrvDiffLib::cleanse(text, noOther, *patterns);
+    std::cout << text.get();
+  } catch (const VELThrowable& error) {
+    throw Trouble(options.file + ": " + error.what());
+  }
   return kExitPassed;
 }

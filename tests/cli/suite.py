@@ -7,7 +7,7 @@ import subprocess
 import tempfile
 import unittest
 
-PROGRAM = os.environ.get("ORVDIFF", "orvdiff")
+PROGRAM = os.path.join(os.environ["ORVDIFF_BIN_DIR"], "orvdiff")
 
 
 class Run:

@@ -1,3 +1,4 @@
+import os
 import unittest
 
 from suite import SuiteTest
@@ -55,6 +56,15 @@ class Compare(SuiteTest):
                 self.assertEqual((run.status, run.err), (status, ""))
                 self.assertIn(said, run.out)
                 self.assertEqual(bool(run.out), status != 0)
+
+    def test_a_file_that_is_too_large_is_named(self):
+        os.truncate(self.write("work/large"), 1 << 31)
+        self.write("work/small", "x")
+        for arguments in (("compare", "html", "small", "large"), ("normalize", "html", "large")):
+            with self.subTest(arguments):
+                run = self.run_program(*arguments)
+                self.assertEqual((run.status, run.out), (2, ""))
+                self.assertRegex(run.err, "large: .*2 GiB")
 
     def test_unknown_format(self):
         run = self.run_program("compare", "xhtm", "a", "b")
