@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 
+#include "orvdiff/platform/VELAssert.h"
 #include "orvdiff/platform/VELFmFile.h"
 
 /// Whether two byte sources hold the same, in constant memory. A source is called as
@@ -17,7 +18,7 @@ bool haveEqualContents(ReadMaster readMaster, ReadActual readActual, std::uint64
   constexpr std::uint64_t kLargestBlock = std::uint64_t{64} << 10;
   const std::uint64_t total = length > 0 ? length : UINT64_MAX;
   const auto blockSize = static_cast<std::size_t>(std::min(kLargestBlock, total));
-  const std::unique_ptr<char[]> blocks(new char[2 * blockSize]);
+  const std::unique_ptr<char[]> blocks = velNewArray<char>(VEL_HERE, 2 * blockSize);
   char* const master = blocks.get();
   char* const actual = blocks.get() + blockSize;
   for (std::uint64_t done = 0; done < total; done += blockSize) {

@@ -57,10 +57,6 @@ class LinearMatcher {
   bool findLazyEnd(Frame& frame);
   std::size_t runEnd(const PatternStep& step, std::size_t position, std::size_t limit) const;
   bool isInRun(const PatternStep& step, std::size_t position) const;
-  bool isLineEnd(std::size_t position) const;
-  bool isInsideLineEnd(std::size_t position) const;
-  bool startsWith(std::string_view literal, std::size_t position) const;
-  bool isWordBoundary(std::size_t position) const;
 
   const PatternProgram& m_program;
   const std::string_view m_text;

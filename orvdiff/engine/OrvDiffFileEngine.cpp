@@ -97,6 +97,20 @@ void OrvDiffFileEngine::verifyOutput(const OrvDiffListenerSet& listeners, const 
   }
 }
 
+std::vector<OrvFilePair> OrvDiffFileEngine::findPairs(const std::string& location) const {
+  std::list<std::string> masters;
+  globFiles(getMasterPattern(location).c_str(), masters);
+  std::vector<OrvFilePair> pairs;
+  for (const std::string& master : masters) {
+    pairs.push_back({master, getActualFile(master)});
+  }
+  return pairs;
+}
+
+std::string OrvDiffFileEngine::getMasterPattern(const std::string& location) const {
+  return getMasterFileGlobExpression(location);
+}
+
 void OrvDiffFileEngine::setMasterAndOutputFoldersSuffix(std::string suffix) {
   m_masterAndOutputFoldersSuffix = std::move(suffix);
 }
