@@ -3,6 +3,7 @@
 //
 // usage: orvdiff_verify_pairs suite FORMAT FOLDER     verifies every report, *.xml, in FOLDER
 //        orvdiff_verify_pairs numbers MASTER ACTUAL   compares two texts by their numbers
+//        orvdiff_verify_pairs check ACTUAL EXPECTED   the test harness's check of two files
 //
 // Prints how many pairs passed and how many did not; the exit status is 0 when all passed.
 
@@ -25,9 +26,9 @@ namespace {
 class Tally : public OrvDiffListener {
  public:
   using OrvDiffListener::comparisonNotification;
-  void comparisonNotification(const OrvDiffResult& result) override {
-    ++(result.isPassed() ? m_passed : m_failed);
-  }
+  void comparisonNotification(const OrvDiffResult& result) override { count(result.isPassed()); }
+
+  void count(bool passed) { ++(passed ? m_passed : m_failed); }
 
   int report() const {
     std::printf("%d passed, %d did not\n", m_passed, m_failed);
@@ -82,7 +83,15 @@ void compareNumbers(const char* master, const char* actual, Tally& tally) {
   const OrvTextBuffer actualText = read(actual);
   const std::unique_ptr<OrvDiffResult> result(OrvDiffFloatComparison().performStringDiff(
       master, actual, masterText.get(), actualText.get()));
-  tally.comparisonNotification(*result);
+  tally.count(result->isPassed());
+}
+
+void checkFile(const char* actual, const char* expected, Tally& tally) {
+  MOXTestHarness* const harness = MOXTestHarness::getInstance();
+  harness->startScript(nullptr);
+  harness->startTest("check", nullptr);
+  tally.count(harness->check_file("equal files", actual, expected) == 1);
+  harness->endScript(false);
 }
 
 }  // namespace
@@ -95,9 +104,10 @@ int main(int argc, char** argv) {
       verifySuite(argv[2], argv[3], tally);
     } else if (work == "numbers") {
       compareNumbers(argv[2], argv[3], tally);
+    } else if (work == "check") {
+      checkFile(argv[2], argv[3], tally);
     } else {
-      std::fputs("usage: orvdiff_verify_pairs suite FORMAT FOLDER | numbers MASTER ACTUAL\n",
-                 stderr);
+      std::fputs("usage: orvdiff_verify_pairs suite|numbers|check ONE OTHER\n", stderr);
       return 2;
     }
   } catch (const std::exception& error) {
