@@ -1,13 +1,15 @@
 #include "cli/ReportFinder.h"
 
+#include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <map>
+#include <memory>
 #include <set>
+#include <string_view>
 #include <system_error>
 #include <tuple>
 #include <utility>
@@ -40,37 +42,55 @@ FolderId identify(const fs::path& folder) {
   return {status.st_dev, status.st_ino};
 }
 
+/// What a folder holds, by name; hidden entries are left out.
 struct FolderContents {
-  std::vector<fs::path> files;
-  std::vector<fs::path> folders;
+  std::vector<std::string> files;
+  std::vector<std::string> folders;
   bool hasMasters = false;
 };
 
-void sortEntry(const fs::directory_entry& entry, const fs::path& path, FolderContents& contents) {
+enum class Kind { File, Folder, Other };
+
+Kind kindOf(const dirent& entry, const fs::path& folder) {
+  if (entry.d_type == DT_REG || entry.d_type == DT_DIR) {
+    return entry.d_type == DT_REG ? Kind::File : Kind::Folder;
+  }
   std::error_code unreachable;  // a link to nothing is neither file nor folder
-  if (entry.is_directory(unreachable)) {
-    const bool isMasters = path.filename() == kMasterFolder;
-    contents.hasMasters = contents.hasMasters || isMasters;
-    if (!isMasters) {
-      contents.folders.push_back(path);
-    }
-  } else if (entry.is_regular_file(unreachable)) {
-    contents.files.push_back(path);
+  switch (fs::status(folder / entry.d_name, unreachable).type()) {
+    case fs::file_type::regular:
+      return Kind::File;
+    case fs::file_type::directory:
+      return Kind::Folder;
+    default:
+      return Kind::Other;
   }
 }
 
 FolderContents readFolder(const fs::path& folder) {
-  FolderContents contents;
-  std::error_code error;
-  fs::directory_iterator entry(folder.empty() ? "." : folder, error);
-  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-    const fs::path name = entry->path().filename();
-    if (name.native().front() != '.') {
-      sortEntry(*entry, folder / name, contents);
-    }
+  const std::unique_ptr<DIR, int (*)(DIR*)> open(opendir(folder.empty() ? "." : folder.c_str()),
+                                                 closedir);
+  if (open == nullptr) {
+    raiseSystemError(folder, errno);
   }
-  if (error) {
-    throw Trouble(folder.string() + ": " + error.message());
+  FolderContents contents;
+  errno = 0;
+  while (const dirent* const entry = readdir(open.get())) {
+    const std::string_view name = entry->d_name;
+    if (name.front() == '.') {
+      continue;
+    }
+    const Kind kind = kindOf(*entry, folder);
+    if (kind == Kind::File) {
+      contents.files.emplace_back(name);
+    } else if (kind == Kind::Folder && name == kMasterFolder) {
+      contents.hasMasters = true;
+    } else if (kind == Kind::Folder) {
+      contents.folders.emplace_back(name);
+    }
+    errno = 0;
+  }
+  if (errno != 0) {
+    raiseSystemError(folder, errno);
   }
   std::sort(contents.folders.begin(), contents.folders.end());
   return contents;
@@ -88,14 +108,19 @@ class Finder {
     } else if (access(location.c_str(), R_OK) != 0) {
       raiseSystemError(path, errno);
     } else {
-      addReport(identify(path.parent_path()), path);
+      m_reports.push_back({identify(path.parent_path()), path.filename(), path});
+      m_mayRepeat = true;
     }
   }
 
-  std::vector<std::string> sortedReports() const {
+  /// Every report once, by the path at which it was found first.
+  std::vector<std::string> sortedReports() && {
+    if (m_mayRepeat) {
+      removeRepeated();
+    }
     std::vector<std::string> paths;
-    for (const auto& [id, path] : m_reports) {
-      paths.push_back(path);
+    for (Report& report : m_reports) {
+      paths.push_back(std::move(report.path));
     }
     std::sort(paths.begin(), paths.end());
     return paths;
@@ -110,21 +135,35 @@ class Finder {
     }
     const FolderContents contents = readFolder(folder);
     if (contents.hasMasters) {
-      for (const fs::path& file : contents.files) {
-        addReport(id, file);
+      const std::string prefix = folder / "";
+      for (const std::string& file : contents.files) {
+        m_reports.push_back({id, file, prefix + file});
       }
     }
-    for (const fs::path& subFolder : contents.folders) {
-      search(subFolder);
+    for (const std::string& subFolder : contents.folders) {
+      search(folder / subFolder);
     }
   }
 
-  void addReport(const FolderId& folder, const fs::path& file) {
-    m_reports.emplace(std::make_tuple(folder, file.filename().string()), file.string());
+  struct Report {
+    FolderId folder;
+    std::string name;
+    std::string path;
+  };
+
+  void removeRepeated() {
+    const auto place = [](const Report& report) { return std::tie(report.folder, report.name); };
+    std::stable_sort(m_reports.begin(), m_reports.end(),
+                     [&](const Report& a, const Report& b) { return place(a) < place(b); });
+    const auto end =
+        std::unique(m_reports.begin(), m_reports.end(),
+                    [&](const Report& a, const Report& b) { return place(a) == place(b); });
+    m_reports.erase(end, m_reports.end());
   }
 
   std::set<FolderId> m_searched;
-  std::map<std::tuple<FolderId, std::string>, std::string> m_reports;
+  std::vector<Report> m_reports;
+  bool m_mayRepeat = false;  ///< a search alone finds nothing twice
 };
 
 }  // namespace
@@ -134,5 +173,5 @@ std::vector<std::string> findReports(const std::vector<std::string>& locations) 
   for (const std::string& location : locations) {
     finder.add(location);
   }
-  return finder.sortedReports();
+  return std::move(finder).sortedReports();
 }
