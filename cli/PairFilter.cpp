@@ -25,6 +25,7 @@ void PairFilter::startReport(std::string_view report, std::string_view format) {
 std::vector<std::string> PairFilter::unverifiedAmong(
     const std::vector<std::string>& reports) const {
   std::unordered_set<std::string_view> verified = m_claimedStems;
+  verified.reserve(verified.size() + m_stemOfPair.size());
   for (const auto& [pair, stem] : m_stemOfPair) {
     verified.insert(stem);
   }
@@ -50,8 +51,9 @@ void PairFilter::comparisonNotification(const OrvDiffResult& result) {
 }
 
 bool PairFilter::isFirstTime(const OrvDiffResult& result) {
-  std::string pair(m_format);
-  pair += '\n' + result.getMasterName() + '\n' + result.getActualName();
+  std::string pair;  // a format has one output for a master
+  pair.reserve(m_format.size() + 1 + result.getMasterName().size());
+  pair.append(m_format).append(1, '\n').append(result.getMasterName());
   const auto [known, inserted] = m_stemOfPair.try_emplace(std::move(pair), m_stem);
   if (m_stem.size() > known->second.size()) {
     known->second = m_stem;

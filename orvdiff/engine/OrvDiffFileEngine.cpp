@@ -157,9 +157,9 @@ std::string OrvDiffFileEngine::getReportName(const std::string& location) const 
 }
 
 std::string OrvDiffFileEngine::getActualFile(const std::string& masterFile) const {
-  std::string fileName;
-  VELFmDir::splitPath(masterFile.c_str(), nullptr, &fileName);
-  return getOutputDirectory() + '/' + fileName;
+  std::string path = getOutputDirectory();
+  path += '/';
+  return path.append(masterFile, masterFile.rfind('/') + 1, std::string::npos);
 }
 
 void OrvDiffFileEngine::compareMaster(const std::string& masterFile,

@@ -42,12 +42,14 @@ void OrvGlob::globFiles(const char* pattern, std::list<std::string>& files) {
   VELFmDir::splitPath(pattern, &folder, &namePattern);
   const std::vector<std::string>& names = listings.list(folder);
   // Whatever matches starts with what stands before the first star, so it is found by bisection.
-  const std::string prefix = namePattern.substr(0, namePattern.find('*'));
+  const std::string_view prefix = std::string_view(namePattern).substr(0, namePattern.find('*'));
   auto name = std::lower_bound(names.begin(), names.end(), prefix);
   for (; name != names.end() && name->compare(0, prefix.size(), prefix) == 0; ++name) {
     if (matches(namePattern, *name)) {
-      files.push_back(folder);
-      VELFmDir::joinPath(files.back(), name->c_str());
+      std::string& file = files.emplace_back();
+      file.reserve(folder.size() + 1 + name->size());
+      file += folder;
+      VELFmDir::joinPath(file, name->c_str());
     }
   }
 }

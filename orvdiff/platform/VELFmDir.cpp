@@ -27,6 +27,16 @@ void VELFmDir::joinPath(std::string& path, const char* component) {
   path += component;
 }
 
+namespace {
+
+/// An owner's own permission bits decide, so the common case needs no second look at the path.
+bool mayRead(const char* path, const struct stat& status) {
+  const bool asOwner = (status.st_mode & S_IRUSR) != 0 && status.st_uid == getuid();
+  return asOwner || access(path, R_OK) == 0;
+}
+
+}  // namespace
+
 int VELFmDir::exists(const char* path, unsigned short mode) {
   struct stat status = {};
   if (stat(path, &status) != 0) {
@@ -34,7 +44,7 @@ int VELFmDir::exists(const char* path, unsigned short mode) {
   }
   const bool kindFits = ((mode & eRegularFile) == 0 || S_ISREG(status.st_mode)) &&
                         ((mode & eFolder) == 0 || S_ISDIR(status.st_mode));
-  const bool granted = (mode & eReadable) == 0 || access(path, R_OK) == 0;
+  const bool granted = (mode & eReadable) == 0 || mayRead(path, status);
   return kindFits && granted ? 1 : 0;
 }
 
