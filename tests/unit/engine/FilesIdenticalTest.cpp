@@ -1,0 +1,57 @@
+#include <sstream>
+
+#include "tests/unit/engine/TestEngine.h"
+#include "tests/unit/support/Testing.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+TEST(FilesIdentical, OnDiskAndInMemory) {
+  const std::string kLong(200000, 'x');
+  const struct {
+    std::string master;
+    std::string actual;
+    const char* described;
+  } kRows[] = {
+      {"", "", "pass m a"},
+      {"a", "", "diff m a"},
+      {"", "a", "diff m a"},
+      {"abc", "abc", "pass m a"},
+      {"abc", "abd", "diff m a"},
+      {"abc", "ab", "diff m a"},
+      {"ab", "abc", "diff m a"},
+      {"a\0b"s, "a\0c"s, "diff m a"},
+      {"a\r\n", "a\n", "diff m a"},
+      {kLong, kLong, "pass m a"},
+      {kLong + "y", kLong + "z", "diff m a"},
+  };
+  const TestFolder folder;
+  for (const auto& row : kRows) {
+    TestFolder::write("m", row.master);
+    TestFolder::write("a", row.actual);
+    EXPECT_EQ(described(TestEngine::areFilesIdentical("m", "a", nullptr)), row.described);
+    std::filesystem::remove("a");
+    std::stringstream stream;
+    stream << row.actual;
+    for (int time = 0; time < 2; ++time) {
+      EXPECT_EQ(described(TestEngine::areFilesIdentical("m", "a", &stream)), row.described);
+      stream.ignore(1000000);  // the host may read its stream to the end
+    }
+  }
+}
+
+TEST(FilesIdentical, ReportsWhatCannotBeRead) {
+  const TestFolder folder;
+  TestFolder::write("file", "");
+  std::filesystem::create_symlink("nowhere", "dangling");
+  const char* const kRows[][3] = {{"none", "file", "none"}, {"none", "none2", "none"},
+                                  {"file", "none", "none"}, {".", "file", "."},
+                                  {"file", ".", "."},       {"dangling", "file", "dangling"}};
+  for (const auto& [master, actual, missing] : kRows) {
+    EXPECT_EQ(described(TestEngine::areFilesIdentical(master, actual, nullptr)),
+              "missing "s + master + " " + actual + " " + missing);
+  }
+}
+
+}  // namespace
