@@ -53,14 +53,25 @@ void writeOutput(std::strstream& stream, bool binary, const std::string& fileNam
   output.unfreeze();
 }
 
+/// Puts the read position at the start, wherever and in whatever state the stream was left.
+void goToStart(std::iostream& stream) {
+  stream.clear();
+  stream.seekg(0);
+  stream.clear();  // a stream that nothing was written to may refuse
+}
+
 /// The number of bytes that a stream holds; its read position is then at the start.
 std::size_t measure(std::iostream& stream) {
-  stream.clear();  // the host may have read it to its end
-  stream.seekg(0, std::ios::end);
-  const std::streamoff end = stream.tellg();
-  stream.clear();  // a stream that nothing was written to cannot be sought
-  stream.seekg(0, std::ios::beg);
-  return end > 0 ? static_cast<std::size_t>(end) : 0;
+  std::streamoff length = 0;
+  if (auto* const memory = dynamic_cast<std::strstream*>(&stream)) {
+    length = memory->pcount();  // the end of the stream would be that of the memory it has reserved
+  } else {
+    stream.clear();
+    stream.seekg(0, std::ios::end);
+    length = stream.tellg();
+  }
+  goToStart(stream);
+  return length > 0 ? static_cast<std::size_t>(length) : 0;
 }
 
 bool holdsSameBytes(VELFmFile& master, std::iostream& output) {
@@ -68,9 +79,12 @@ bool holdsSameBytes(VELFmFile& master, std::iostream& output) {
   if (length != master.getLength()) {
     return false;
   }
-  const auto readOutput = [&output](char* block, std::size_t count) {
-    output.read(block, static_cast<std::streamsize>(count));
-    return static_cast<std::size_t>(output.gcount());
+  std::size_t rest = length;
+  const auto readOutput = [&output, &rest](char* block, std::size_t count) {
+    output.read(block, static_cast<std::streamsize>(std::min(count, rest)));
+    const auto done = static_cast<std::size_t>(output.gcount());
+    rest -= done;
+    return done;
   };
   const auto readMaster = [&master](char* block, std::size_t count) {
     return master.read(block, count);
