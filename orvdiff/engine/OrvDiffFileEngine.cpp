@@ -27,10 +27,17 @@ bool isGiven(const char* text) {
   return text != nullptr && *text != '\0';
 }
 
+/// Puts the read position at the start, wherever and in whatever state the stream was left.
+void goToStart(std::iostream& stream) {
+  stream.clear();
+  stream.seekg(0);
+  stream.clear();  // a stream that nothing was written to may refuse
+}
+
 /// Writes the bytes of an in-memory output. What cannot be written is dropped without a word, but
 /// no half of it is left behind.
 void writeBytes(std::strstream& stream, const std::string& fileName) {
-  stream.seekg(0);
+  goToStart(stream);
   std::ofstream file(fileName, std::ios::out | std::ios::binary | std::ios::trunc);
   const bool opened = file.is_open();
   const char* const bytes = stream.str();
@@ -42,22 +49,18 @@ void writeBytes(std::strstream& stream, const std::string& fileName) {
   }
 }
 
+struct Unfreeze {
+  void operator()(std::strstream* stream) const { stream->freeze(false); }
+};
+
 void writeOutput(std::strstream& stream, bool binary, const std::string& fileName) {
+  const std::unique_ptr<std::strstream, Unfreeze> unfreezing(&stream);  // also after an error
   if (binary) {
     writeBytes(stream, fileName);
-    stream.freeze(false);
-    return;
+  } else {
+    const InMemoryText output(stream);
+    OrvDiffLib::writeEncodedStringToFile(fileName.c_str(), "utf-8", output.text());
   }
-  InMemoryText output(stream);
-  OrvDiffLib::writeEncodedStringToFile(fileName.c_str(), "utf-8", output.text());
-  output.unfreeze();
-}
-
-/// Puts the read position at the start, wherever and in whatever state the stream was left.
-void goToStart(std::iostream& stream) {
-  stream.clear();
-  stream.seekg(0);
-  stream.clear();  // a stream that nothing was written to may refuse
 }
 
 /// The number of bytes that a stream holds; its read position is then at the start.
