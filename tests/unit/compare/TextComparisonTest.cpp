@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "tests/unit/support/Testing.h"
 
@@ -102,6 +104,25 @@ TEST(TextFileComparison, FromDiskAndFromMemory) {
     EXPECT_EQ(described(OrvDiffLib::textFileComparison(master, actual, none, true, text)),
               expected);
   }
+}
+
+/// The name of a pipe that holds `contents` and nothing more.
+std::string pipeWith(const std::string& contents) {
+  int ends[2] = {};
+  EXPECT_EQ(pipe(ends), 0);
+  EXPECT_EQ(write(ends[1], contents.data(), contents.size()),
+            static_cast<ssize_t>(contents.size()));
+  close(ends[1]);
+  return "/dev/fd/" + std::to_string(ends[0]);
+}
+
+TEST(TextFileComparison, WhatCanBeReadOnlyOnceIsNeverTakenForEmpty) {
+  const std::string master = pipeWith("one text");
+  const std::string actual = pipeWith("another text");
+  EXPECT_EQ(raisedBy([&] {
+              described(OrvDiffLib::textFileComparison(master, actual, {}, false, nullptr));
+            }),
+            "OrvDiffLib: VEL_ASSERT_NAMED(ok, \"Unable to read all of the contents of file \");");
 }
 
 TEST(TextFileComparison, RefusesWhatIsNull) {
