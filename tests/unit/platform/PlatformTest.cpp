@@ -98,6 +98,9 @@ TEST(I18N, Utf8TravelsThroughUtf16WithoutLoss) {
   }
   EXPECT_EQ(I18NString("gr\xF6\xDF", "iso-8859-1").toBytes(), "gr\xC3\xB6\xC3\x9F");
   EXPECT_EQ(I18NString(reinterpret_cast<const char*>(u"\u00F6"), "UTF-16").toBytes(), "\xC3\xB6");
+  const std::string utf16 = I18NString("a\xC3\xB6").toBytes("utf-16");
+  EXPECT_EQ(utf16, std::string(reinterpret_cast<const char*>(u"a\u00F6"), 4));
+  EXPECT_EQ(I18NString("ab").toBytes("utf-32").size(), 8U);
   EXPECT_THROW(I18NConverter("no-such-encoding"), VELAssertError);
 }
 
