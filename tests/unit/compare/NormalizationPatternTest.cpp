@@ -46,6 +46,8 @@ TEST(NormalizationPattern, ReplacesEveryMatchWithinTheTextsLengthPlusOne) {
       {"a.c", "-", "abc a\nc a\xC3\xA9" "c a\xF0\x9F\x98\x80" "c a\xE9" "c", "- a\nc - - -"},
       {"^b", "", "b\nb", "\nb"},
       {"B", "", "bB", "b"},
+      {"[!--a]", "", "!\"-a", "\"-a"},
+      {"[-+--.]", "", "-+,.", ",."},
       {"a", "bc", "xax", "xbcx"},
       {"a", "bcd", "xax", kFailed},
       {"a", "bcde", "xax", kFailed},
