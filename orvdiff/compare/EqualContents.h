@@ -2,7 +2,8 @@
 
 #include <cstddef>
 #include <cstring>
-#include <memory>
+
+#include "orvdiff/platform/VELAssert.h"
 
 /// Whether two byte sources hold the same, in constant memory. A source is called as
 /// `read(buffer, count)` and returns how many bytes it delivered, fewer than `count` only at its
@@ -10,7 +11,7 @@
 template <typename ReadMaster, typename ReadActual>
 bool haveEqualContents(ReadMaster readMaster, ReadActual readActual, bool untilNul) {
   constexpr std::size_t kBlockSize = std::size_t{64} << 10;
-  const std::unique_ptr<char[]> blocks(new char[2 * kBlockSize]);
+  const auto blocks = velNewArray<char>(VEL_HERE, 2 * kBlockSize);
   char* const master = blocks.get();
   char* const actual = blocks.get() + kBlockSize;
   for (;;) {
