@@ -2,6 +2,7 @@
 
 /// The whole public interface of orvdiff.
 
+#include "orvdiff/compare/OrvDiffFloatComparison.h"
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/compare/OrvDiffNormalizationPattern.h"
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
@@ -12,8 +13,10 @@
 #include "orvdiff/formats/OrvDiffImageEngines.h"
 #include "orvdiff/formats/OrvDiffTextEngines.h"
 #include "orvdiff/formats/OrvDiffTextFileTypeEngine.h"
+#include "orvdiff/harness/MOXTestHarness.h"
 #include "orvdiff/logs/OrvDiffFileLog.h"
 #include "orvdiff/logs/OrvDiffLogNormalized.h"
+#include "orvdiff/logs/OrvDiffMoxLog.h"
 #include "orvdiff/logs/OrvDiffStreamLog.h"
 #include "orvdiff/platform/OrvOutputFormat.h"
 #include "orvdiff/platform/OrvStrStream.h"

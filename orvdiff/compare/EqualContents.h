@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <memory>
 
 #include "orvdiff/platform/VELAssert.h"
 
@@ -11,7 +12,7 @@
 template <typename ReadMaster, typename ReadActual>
 bool haveEqualContents(ReadMaster readMaster, ReadActual readActual, bool untilNul) {
   constexpr std::size_t kBlockSize = std::size_t{64} << 10;
-  const auto blocks = velNewArray<char>(VEL_HERE, 2 * kBlockSize);
+  const std::unique_ptr<char[]> blocks = velNewArray<char>(VEL_HERE, 2 * kBlockSize);
   char* const master = blocks.get();
   char* const actual = blocks.get() + kBlockSize;
   for (;;) {

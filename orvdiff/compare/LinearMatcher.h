@@ -43,7 +43,10 @@ class LinearMatcher {
     std::size_t last = 0;  ///< less than `first`: none
   };
 
+  bool mayMatch(std::size_t from);
   bool nextStart(std::size_t from, std::size_t& position, std::size_t& start) const;
+  std::size_t findFirstByte(std::size_t from) const;
+  std::size_t findAnchor(std::size_t from) const;
   std::size_t matchAt(std::size_t start);
   bool advance(const PatternStep& step, std::size_t& position) const;
   bool enterGreedy(std::size_t index, std::size_t& position);
@@ -54,13 +57,11 @@ class LinearMatcher {
   bool findLazyEnd(Frame& frame);
   std::size_t runEnd(const PatternStep& step, std::size_t position, std::size_t limit) const;
   bool isInRun(const PatternStep& step, std::size_t position) const;
-  bool isLineEnd(std::size_t position) const;
-  bool isInsideLineEnd(std::size_t position) const;
-  bool startsWith(std::string_view literal, std::size_t position) const;
-  bool isWordBoundary(std::size_t position) const;
 
   const PatternProgram& m_program;
   const std::string_view m_text;
   std::vector<Frame> m_frames;
   std::vector<DeadStretch> m_dead;
+  std::size_t m_required = 0;
+  bool m_requiredIsKnown = false;
 };

@@ -78,7 +78,7 @@ int OrvDiffLib::getFileLength(FILE* fp) {
 OrvTextBuffer OrvDiffLib::slurpFile(OrvFileHandle& handle) {
   const std::size_t size = static_cast<std::size_t>(getFileLength(handle)) + 1;
   OrvTextBuffer buffer = velNewArray<char>(VEL_HERE, size);
-  VEL_ASSERT(NULL != buffer);
+  VEL_ASSERT(NULL != buffer);  // NOLINT(modernize-use-nullptr): the text is the interface
   const bool ok = readStreamIntoBuffer(handle, buffer.get(), size);
   VEL_ASSERT_NAMED(ok, "Unable to read all of the contents of file ");
   return buffer;

@@ -1,6 +1,7 @@
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
 
 #include "orvdiff/platform/OrvDeployment.h"
+#include "orvdiff/platform/VELAssert.h"
 
 // The expressions delete (or unify) what changes from run to run: script blocks, generated
 // identifiers, chart file names, generator tags, coordinates. A row's index is its enum value.
@@ -51,8 +52,10 @@ const OrvDiffNormalizationPattern* OrvDiffNormalizationPatterns::getPattern(
     OrvNormalizationPatternsEnum id) {
   OrvNormalizationPatternEntry& row = m_normalizationPatternArray[id];
   if (row.cachedPattern == nullptr) {
-    row.cachedPattern = std::make_shared<const OrvDiffNormalizationPattern>(row.regularExpression,
-                                                                            row.replacementText);
+    row.cachedPattern = velGuardAllocation(VEL_HERE, [&row] {
+      return std::make_shared<const OrvDiffNormalizationPattern>(row.regularExpression,
+                                                                 row.replacementText);
+    });
   }
   return row.cachedPattern.get();
 }

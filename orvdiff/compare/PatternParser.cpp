@@ -116,8 +116,8 @@ bool PatternParser::parseSet(PatternNode& node) {
     if (isRange && (!takeIf('-') || !parseSetMember(last) || last < first)) {
       return false;
     }
-    for (int c = first; c <= last; ++c) {
-      node.set.set(static_cast<std::size_t>(c));
+    for (auto c = static_cast<unsigned char>(first); c <= static_cast<unsigned char>(last); ++c) {
+      node.set.set(c);
     }
   }
   return true;

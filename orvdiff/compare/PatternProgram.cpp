@@ -117,7 +117,7 @@ class PatternCompiler {
   void compile(const Sequence& sequence) {
     m_program.m_minimumLength = minimumLengthOf(sequence);
     m_program.m_start = emitSequence(sequence, emit(PatternStep()));
-    m_program.m_firstBytes = firstBytesOf(m_program.m_start);
+    findFirstBytes();
     findRequiredLiteral(sequence);
     findAnchor();
   }
@@ -243,6 +243,16 @@ class PatternCompiler {
     return bytes;
   }
 
+  void findFirstBytes() {
+    const ByteSet bytes = firstBytesOf(m_program.m_start);
+    m_program.m_firstBytes = bytes;
+    for (char byte = 0; bytes.count() <= 2 && byte >= 0 && byte < 127; ++byte) {
+      if (bytes[static_cast<std::size_t>(byte)]) {
+        m_program.m_fewFirstBytes += byte;
+      }
+    }
+  }
+
   void findRequiredLiteral(const Sequence& sequence) {
     std::string current;
     for (const PatternNode& node : sequence) {
@@ -277,6 +287,7 @@ class PatternCompiler {
     if (step->kind == PatternStep::Kind::Literal && step->literal.size() > 1) {
       m_program.m_anchor = step->literal;
       m_program.m_anchorOffset = offset;
+      m_program.m_anchorFollowers = firstBytesOf(step->next);
       m_program.m_hasLeadingRun = leadingRun;
     }
   }

@@ -60,9 +60,13 @@ class PatternProgram {
   /// `leadingRun` bytes. May be empty: then matches are looked for at every byte of `firstBytes`.
   const std::string& anchor() const { return m_anchor; }
   std::size_t anchorOffset() const { return m_anchorOffset; }
+  /// The bytes that may follow the anchor.
+  const ByteSet& anchorFollowers() const { return m_anchorFollowers; }
   /// The first step when it repeats a set that the anchor does not start with, else null.
   const PatternStep* leadingRun() const { return m_hasLeadingRun ? &m_steps[m_start] : nullptr; }
   const ByteSet& firstBytes() const { return m_firstBytes; }
+  /// The same when they are one or two ASCII bytes, else empty.
+  const std::string& fewFirstBytes() const { return m_fewFirstBytes; }
 
  private:
   friend class PatternCompiler;
@@ -73,6 +77,8 @@ class PatternProgram {
   std::string m_requiredLiteral;
   std::string m_anchor;
   std::size_t m_anchorOffset = 0;
+  ByteSet m_anchorFollowers;
   bool m_hasLeadingRun = false;
   ByteSet m_firstBytes;
+  std::string m_fewFirstBytes;
 };

@@ -39,10 +39,24 @@ bool WorkingText::cannotFail(const OrvPatternList& patterns) {
 }
 
 void WorkingText::removeCarriageReturns() {
-  char* const begin = m_text.get();
-  char* const end = std::remove(begin, begin + m_length, '\r');
-  *end = '\0';
-  m_length = static_cast<std::size_t>(end - begin);
+  char* const text = m_text.get();
+  const char* const end = text + m_length;
+  const auto nextReturn = [end](char* from) {
+    void* const found = std::memchr(from, '\r', static_cast<std::size_t>(end - from));
+    return found != nullptr ? static_cast<char*>(found) : nullptr;
+  };
+  char* target = nextReturn(text);
+  for (char* source = target; source != nullptr;) {
+    char* const piece = source + 1;
+    source = nextReturn(piece);
+    const auto count = static_cast<std::size_t>((source != nullptr ? source : end) - piece);
+    std::memmove(target, piece, count);
+    target += count;
+  }
+  if (target != nullptr) {
+    *target = '\0';
+    m_length = static_cast<std::size_t>(target - text);
+  }
 }
 
 void WorkingText::apply(const OrvDiffNormalizationPattern& pattern) {

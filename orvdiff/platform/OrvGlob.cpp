@@ -1,12 +1,10 @@
 #include "orvdiff/platform/OrvGlob.h"
 
-#include <dirent.h>
-
 #include <algorithm>
-#include <memory>
 #include <string_view>
 #include <vector>
 
+#include "orvdiff/platform/OrvFolderListings.h"
 #include "orvdiff/platform/VELFmDir.h"
 
 namespace {
@@ -35,30 +33,21 @@ bool matches(std::string_view pattern, std::string_view name) {
   return pattern.find_first_not_of('*', p) == std::string_view::npos;
 }
 
-std::vector<std::string> listFolder(const std::string& folder) {
-  std::vector<std::string> names;
-  const std::unique_ptr<DIR, int (*)(DIR*)> open(opendir(folder.empty() ? "." : folder.c_str()),
-                                                 closedir);
-  while (const dirent* const entry = open ? readdir(open.get()) : nullptr) {
-    const std::string_view name(entry->d_name);
-    if (name != "." && name != "..") {
-      names.emplace_back(name);
-    }
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
 }  // namespace
 
 void OrvGlob::globFiles(const char* pattern, std::list<std::string>& files) {
+  thread_local OrvFolderListings listings;
   std::string folder;
   std::string namePattern;
   VELFmDir::splitPath(pattern, &folder, &namePattern);
-  for (const std::string& name : listFolder(folder)) {
-    if (matches(namePattern, name)) {
+  const std::vector<std::string>& names = listings.list(folder);
+  // Whatever matches starts with what stands before the first star, so it is found by bisection.
+  const std::string prefix = namePattern.substr(0, namePattern.find('*'));
+  auto name = std::lower_bound(names.begin(), names.end(), prefix);
+  for (; name != names.end() && name->compare(0, prefix.size(), prefix) == 0; ++name) {
+    if (matches(namePattern, *name)) {
       files.push_back(folder);
-      VELFmDir::joinPath(files.back(), name.c_str());
+      VELFmDir::joinPath(files.back(), name->c_str());
     }
   }
 }

@@ -1,0 +1,50 @@
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <iostream>
+#include <iterator>
+#include <string>
+
+#include "orvdiff/platform/VELErrors.h"
+#include "tests/support/PatternPieces.h"
+#include "tests/support/PlainNormalizer.h"
+
+namespace {
+
+/// A byte that is the number of a piece stands for that piece, so that the fuzzer need not find the
+/// patterns' long literals letter by letter; any other byte stands for itself.
+std::string textOf(const std::uint8_t* data, std::size_t size) {
+  std::string text;
+  for (std::size_t i = 0; i < size; ++i) {
+    if (data[i] < std::size(kPieces)) {
+      text += kPieces[data[i]];
+    } else {
+      text += static_cast<char>(data[i]);
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+/// The first byte selects a pattern list; the rest is a text. The shared path and the plain one
+/// must agree. Where ICU gives up on its stack limit there is nothing to compare with.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const std::vector<OrvPatternList> lists = patternListsToTry();
+  if (size == 0) {
+    return 0;
+  }
+  const OrvPatternList& patterns = lists[data[0] % lists.size()];
+  const std::string text = textOf(data + 1, size - 1);
+  std::string plain;
+  try {
+    plain = normalizePlainly(text.c_str(), patterns);
+  } catch (const VELAssertError&) {
+    return 0;
+  }
+  if (plain != normalize(text.c_str(), patterns)) {
+    std::cerr << "the shared path differs from ICU\n";
+    std::abort();
+  }
+  return 0;
+}

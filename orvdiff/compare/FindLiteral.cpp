@@ -1,0 +1,78 @@
+#include "orvdiff/compare/FindLiteral.h"
+
+#include <cstring>
+
+#include <array>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace {
+
+/// The search of the C library. It sets up tables on every call, which is a waste for literals that
+/// occur every few hundred bytes.
+std::size_t findPlainly(std::string_view text, std::string_view literal, std::size_t from) {
+  const void* const found =
+      memmem(text.data() + from, text.size() - from, literal.data(), literal.size());
+  return found == nullptr ? std::string_view::npos
+                          : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+}
+
+#if defined(__SSE2__)
+constexpr std::size_t kWidth = sizeof(__m128i);
+
+__m128i load(std::string_view text, std::size_t position) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + position));
+}
+
+unsigned maskOf(__m128i fits) {
+  return static_cast<unsigned>(_mm_movemask_epi8(fits));
+}
+
+std::size_t lowestBit(unsigned mask) {
+  return static_cast<std::size_t>(__builtin_ctz(mask));
+}
+#endif
+
+}  // namespace
+
+std::size_t findLiteral(std::string_view text, std::string_view literal, std::size_t from) {
+  if (from >= text.size() || text.size() - from < literal.size()) {
+    return std::string_view::npos;
+  }
+#if defined(__SSE2__)
+  // Sixteen places at a time: those where both the first and the last byte fit are looked at.
+  const std::size_t lastOffset = literal.size() - 1;
+  const __m128i first = _mm_set1_epi8(literal.front());
+  const __m128i last = _mm_set1_epi8(literal.back());
+  for (; from + lastOffset + kWidth <= text.size(); from += kWidth) {
+    unsigned mask = maskOf(_mm_and_si128(_mm_cmpeq_epi8(first, load(text, from)),
+                                         _mm_cmpeq_epi8(last, load(text, from + lastOffset))));
+    for (; mask != 0; mask &= mask - 1) {
+      const std::size_t place = from + lowestBit(mask);
+      if (std::memcmp(text.data() + place, literal.data(), literal.size()) == 0) {
+        return place;
+      }
+    }
+  }
+#endif
+  return findPlainly(text, literal, from);
+}
+
+std::size_t findEither(std::string_view text, char one, char other, std::size_t from) {
+#if defined(__SSE2__)
+  const __m128i first = _mm_set1_epi8(one);
+  const __m128i second = _mm_set1_epi8(other);
+  for (; from + kWidth <= text.size(); from += kWidth) {
+    const __m128i bytes = load(text, from);
+    const unsigned mask =
+        maskOf(_mm_or_si128(_mm_cmpeq_epi8(first, bytes), _mm_cmpeq_epi8(second, bytes)));
+    if (mask != 0) {
+      return from + lowestBit(mask);
+    }
+  }
+#endif
+  const std::array<char, 2> either = {one, other};
+  return text.find_first_of(std::string_view(either.data(), either.size()), from);
+}

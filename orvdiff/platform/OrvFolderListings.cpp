@@ -1,0 +1,66 @@
+#include "orvdiff/platform/OrvFolderListings.h"
+
+#include <dirent.h>
+
+#include <algorithm>
+#include <ctime>
+#include <memory>
+#include <string_view>
+
+namespace {
+
+constexpr std::size_t kMostFolders = 256;  // then start afresh, so that memory stays bounded
+
+/// Seconds after which a folder's next change is sure to give it another time stamp. The coarsest
+/// file systems in use count two seconds a tick.
+constexpr std::time_t kSettleSeconds = 3;
+
+bool areEqual(const timespec& one, const timespec& other) {
+  return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
+}
+
+bool isUnchanged(const struct stat& before, const struct stat& now) {
+  return before.st_dev == now.st_dev && before.st_ino == now.st_ino &&
+         areEqual(before.st_mtim, now.st_mtim) && areEqual(before.st_ctim, now.st_ctim);
+}
+
+bool hasSettled(const struct stat& folder) {
+  const std::time_t changed = std::max(folder.st_mtim.tv_sec, folder.st_ctim.tv_sec);
+  return std::time(nullptr) - changed > kSettleSeconds;
+}
+
+std::vector<std::string> readNames(const char* folder) {
+  std::vector<std::string> names;
+  const std::unique_ptr<DIR, int (*)(DIR*)> open(opendir(folder), closedir);
+  while (const dirent* const entry = open ? readdir(open.get()) : nullptr) {
+    const std::string_view name(entry->d_name);
+    if (name != "." && name != "..") {
+      names.emplace_back(name);
+    }
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+}  // namespace
+
+const std::vector<std::string>& OrvFolderListings::list(const std::string& folder) {
+  static const std::vector<std::string> kNoNames;
+  const char* const path = folder.empty() ? "." : folder.c_str();
+  struct stat now = {};
+  if (stat(path, &now) != 0) {
+    return kNoNames;
+  }
+  const auto known = m_listings.find(folder);
+  if (known != m_listings.end() && known->second.reusable &&
+      isUnchanged(known->second.identity, now)) {
+    return known->second.names;
+  }
+  if (m_listings.size() >= kMostFolders) {
+    m_listings.clear();
+  }
+  const bool reusable = hasSettled(now);
+  Listing& listing = m_listings[folder];
+  listing = {now, reusable, readNames(path)};
+  return listing.names;
+}

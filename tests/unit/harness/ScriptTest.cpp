@@ -1,0 +1,65 @@
+#include <future>
+
+#include "HarnessTest.h"
+
+namespace {
+
+using ScriptTest = HarnessTest;
+
+TEST_F(ScriptTest, AnUnopenedScriptStillEndsWithItsReport) {
+  harness().setLogLevel(MOXLogLevel::Minimal);
+  harness().openLogFile("log", false);
+  EXPECT_EQ(harness().endScript(false), 0);
+  EXPECT_EQ(readFile("log").substr(0, 74),
+            ">> Script Error: endScript() called outside test script\r\n= Test Finished: ");
+  EXPECT_EQ(harness().getLogLevel(), MOXLogLevel::None) << "a fresh harness";
+}
+
+TEST_F(ScriptTest, ReleasesOfTheOutputThatNobodyHoldsAreIgnored) {
+  for (const bool hold : {false, true, true}) {
+    harness().lockOutput(hold);
+  }
+  harness().lockOutput(false);
+  harness().lockOutput(false);
+  harness().lockOutput(false);
+  std::async(std::launch::async, [] {
+    harness().lockOutput(true), harness().lockOutput(false);
+  }).get();
+  harness().lockOutput(true);
+  harness().endScript(false);  // with the output still held
+}
+
+TEST_F(ScriptTest, RowsCountCharactersAndNeverCutOne) {
+  const std::string umlauts = "\u00e4\u00f6\u00fc\u00e4\u00f6\u00fc\u00e4\u00f6\u00fc\u00e4";
+  const struct {
+    std::string name;
+    std::string cell;
+  } kRows[] = {
+      {"", std::string(30, ' ')},
+      {"100%s\tdone", "100%s\tdone" + std::string(20, ' ')},
+      {std::string(30, 'n'), std::string(30, 'n')},
+      {std::string(31, 'n'), std::string(30, 'n')},
+      {umlauts, umlauts + std::string(20, ' ')},
+      {umlauts + umlauts + umlauts + "X", umlauts + umlauts + umlauts},
+      {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80" + std::string(29, ' ')},
+      {"cut\xE2\x82", "cut\xE2\x82" + std::string(26, ' ')},
+      {"\xFF\xA9", "\xFF\xA9" + std::string(28, ' ')},
+  };
+  startTest(MOXLogLevel::Normal);
+  for (const auto& row : kRows) {
+    harness().startTest(row.name.c_str(), nullptr);
+  }
+  harness().getCurrentTest()->setChecksPassed(12345678);
+  harness().endScript(false);
+  const std::string report = readFile("log");
+  for (const auto& row : kRows) {
+    const std::string counters = &row != &kRows[8] ? "       0       0       0       0"
+                                                   : "       0       0   12345678       0";
+    EXPECT_NE(report.find("\n= " + row.cell + " " + counters + "         PASS =\n"),
+              std::string::npos)
+        << row.name << "\n"
+        << report;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,116 @@
+#include "orvdiff/logs/OrvDiffMoxLog.h"
+
+#include <cstring>
+#include <limits>
+
+#include "orvdiff/platform/VELErrors.h"
+#include "orvdiff/registry/OrvDiffResult.h"
+#include "tests/unit/harness/HarnessTest.h"
+
+namespace {
+
+class OrvDiffMoxLogTest : public HarnessTest, public OrvDiffMoxLog {
+ protected:
+  void logCheck(const char* description, bool passed) override {
+    m_checks += std::string(passed ? "+ " : "- ") + description + "\n";
+  }
+  MOXTestHarness* getHarness() override { return m_harness; }
+
+  std::string m_checks;
+  MOXTestHarness* m_harness = MOXTestHarness::getInstance();
+};
+
+char* copyOf(const char* text) {
+  if (text == nullptr) {
+    return nullptr;
+  }
+  const std::size_t size = std::strlen(text) + 1;
+  return static_cast<char*>(std::memcpy(new char[size], text, size));
+}
+
+OrvDiffResultFailDiffNormalized difference(const char* master, const char* actual,
+                                           std::uint64_t position) {
+  return {"m", "a", copyOf(master), copyOf(actual), position};
+}
+
+TEST_F(OrvDiffMoxLogTest, EveryResultIsOneCheck) {
+  OrvDiffResultPass("masters/r.html", "r.html").notifyListener(*this);
+  OrvDiffResultFail("m", "a").notifyListener(*this);
+  OrvDiffResultFailDiff("m", "a").notifyListener(*this);
+  OrvDiffResultFailFileMissing("m", "a", "m").notifyListener(*this);
+  OrvDiffResultFailFileMissing("m", "a", "a").notifyListener(*this);
+  EXPECT_EQ(m_checks,
+            "+ Contents are equivalent: masters/r.html and r.html\n"
+            "- Contents are equivalent: m and a\n"
+            "- Contents are equivalent: m and a\n"
+            "- Master file is missing: m\n"
+            "- Actual file is missing: a\n");
+  EXPECT_EQ(console(), "");
+}
+
+TEST_F(OrvDiffMoxLogTest, NormalizedDifferencesAreDumped) {
+  const std::string headline = ">>  FAILED: Check File: m and a\n";
+  const std::string columns(60, ' ');
+  const std::string nothing = "0 bytes compared.  A total of 0 bytes unequal\n\n";
+  const std::string many(300, 'x');
+  const struct {
+    int level;
+    std::string master;
+    std::string actual;
+    std::uint64_t position;
+    std::string start;
+    std::string end;
+  } kRows[] = {
+      {MOXLogLevel::None, "abc", "abd", 2, "", ""},
+      {MOXLogLevel::Concise, "abc", "abd", 2, headline, headline},
+      {MOXLogLevel::Normal, "abc", "abd", 2,
+       headline + "Offset: 0X2 (2)\n  actual:  64" + columns + "     d\nexpected:  63" + columns +
+           "     c\n           ^^" + columns + "     ^\n",
+       "\n1 bytes compared.  A total of 1 bytes unequal\n\n"},
+      {MOXLogLevel::Normal, "abc", "abcd", 3, headline, headline + nothing},
+      {MOXLogLevel::Normal, "", "", 9, headline, headline + nothing},
+      {MOXLogLevel::Detailed, "a" + many, "b" + many, 0, headline,
+       "\n128 bytes compared.  A total of 1 bytes unequal\n\n"},
+  };
+  for (const auto& row : kRows) {
+    m_checks.clear();
+    harness().setLogLevel(row.level);
+    harness().openLogFile("log", false);
+    difference(row.master.c_str(), row.actual.c_str(), row.position).notifyListener(*this);
+    EXPECT_EQ(m_checks, "- Normalized contents are equivalent: m and a\n");
+    EXPECT_EQ(log().rfind(row.start, 0), 0U) << log();
+    ASSERT_GE(log().size(), row.end.size());
+    EXPECT_EQ(log().substr(log().size() - row.end.size()), row.end);
+    harness().closeLogFile();
+  }
+}
+
+TEST_F(OrvDiffMoxLogTest, BrokenContractsRaiseAfterTheCheck) {
+  constexpr auto kNoDifference = std::numeric_limits<std::uint64_t>::max();
+  const struct {
+    const char* master;
+    const char* actual;
+    std::uint64_t position;
+    bool hasHarness;
+    const char* text;
+  } kRows[] = {
+      {"a", "b", 0, false, "VEL_ASSERT(harness);"},
+      {nullptr, "b", 0, true, "VEL_ASSERT(masterBuffer);"},
+      {"a", nullptr, 0, true, "VEL_ASSERT(actualBuffer);"},
+      {"a", "b", kNoDifference, true, "VEL_ASSERT(value <= UINT32_MAX);"},
+  };
+  for (const auto& row : kRows) {
+    m_checks.clear();
+    m_harness = row.hasHarness ? &harness() : nullptr;
+    try {
+      difference(row.master, row.actual, row.position).notifyListener(*this);
+      ADD_FAILURE() << row.text;
+    } catch (const VELAssertError& error) {
+      EXPECT_EQ(error.getText(), row.text);
+      EXPECT_EQ(error.getSourceUnit(), "OrvDiffMoxLog");
+    }
+    EXPECT_EQ(m_checks, "- Normalized contents are equivalent: m and a\n");
+  }
+}
+
+}  // namespace
