@@ -1,5 +1,5 @@
 #include "orvdiff/compare/OrvDiffLib.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 

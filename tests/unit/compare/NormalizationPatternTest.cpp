@@ -1,6 +1,6 @@
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/platform/OrvDeployment.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 

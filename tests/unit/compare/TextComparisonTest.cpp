@@ -1,7 +1,7 @@
 #include <unistd.h>
 
 #include "orvdiff/compare/OrvDiffLib.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 

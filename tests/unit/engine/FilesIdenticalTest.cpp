@@ -1,7 +1,7 @@
 #include <sstream>
 
 #include "tests/unit/engine/TestEngine.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 

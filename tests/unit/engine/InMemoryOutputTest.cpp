@@ -1,6 +1,6 @@
 #include "orvdiff/platform/OrvTestInfo.h"
 #include "tests/unit/engine/TestEngine.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 #include "tests/unit/engine/TestEngine.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include <new>
 
 #include "orvdiff/formats/OrvDiffTextEngines.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 long g_livingBlocks = 0;

@@ -2,7 +2,7 @@
 #include "orvdiff/formats/OrvDiffImageEngines.h"
 #include "orvdiff/formats/OrvDiffTextEngines.h"
 #include "orvdiff/platform/OrvTestInfo.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 

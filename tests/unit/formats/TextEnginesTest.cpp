@@ -2,7 +2,7 @@
 #include "orvdiff/formats/OrvDiffFormats.h"
 #include "orvdiff/formats/OrvDiffTextEngines.h"
 #include "orvdiff/platform/OrvDeployment.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include "orvdiff/logs/OrvDiffFileLog.h"
 #include "orvdiff/logs/OrvDiffLogNormalized.h"
 #include "orvdiff/logs/OrvDiffStreamLog.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 

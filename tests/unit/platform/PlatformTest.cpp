@@ -4,7 +4,7 @@
 #include "orvdiff/platform/OrvGlob.h"
 #include "orvdiff/platform/OrvHelper.h"
 #include "orvdiff/platform/VELFmDir.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 

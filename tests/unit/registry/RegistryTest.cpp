@@ -3,7 +3,7 @@
 #include <functional>
 #include <stdexcept>
 
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 
