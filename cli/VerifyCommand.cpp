@@ -62,6 +62,7 @@ class Run {
     std::ptrdiff_t finished = 0;
     try {
       for (const std::string& report : reports) {
+        stopIfWanted();
         sendOutput();
         progress.show(++m_totals.done, reports.size(), report);
         verifyReport(report);
@@ -77,12 +78,16 @@ class Run {
   RunTotals& totals() { return m_totals; }
 
  private:
+  static void stopIfWanted() {
+    if (InterruptWatch::isStopWanted()) {
+      throw Interrupted();
+    }
+  }
+
   void verifyReport(const std::string& report) {
     const HarnessLog::TestCase testCase(m_harnessLog, report);
     for (const SelectedFormat& selected : m_formats) {
-      if (InterruptWatch::isStopWanted()) {
-        throw Interrupted();
-      }
+      stopIfWanted();
       m_filter.startReport(report, selected.format->name);
       try {
         m_registry.verifyOutput(selected.format->format, report.c_str(), nullptr);

@@ -38,8 +38,12 @@ bool readStreamIntoBuffer(FILE* fh, char* buffer, std::size_t capacity) {
   return true;
 }
 
-/// Whether two files hold the same text. Both streams then stand at their start again.
+/// Whether two files are known to hold the same text. Both streams then stand at their start again;
+/// what can be read only once, such as a pipe, is not touched.
 bool holdSameText(FILE* master, FILE* actual) {
+  if (std::fseek(master, 0, SEEK_SET) != 0 || std::fseek(actual, 0, SEEK_SET) != 0) {
+    return false;
+  }
   const auto reader = [](FILE* stream) {
     return [stream](char* block, std::size_t count) { return std::fread(block, 1, count, stream); };
   };
