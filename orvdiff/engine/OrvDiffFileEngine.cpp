@@ -93,18 +93,9 @@ bool holdsSameBytes(VELFmFile& master, std::iostream& output) {
   const auto readMaster = [&master](char* block, std::size_t count) {
     return master.read(block, count);
   };
-  const bool equal = haveEqualContents(readMaster, readOutput, false) && !master.hasFailed();
+  const bool equal = haveEqualContents(readMaster, readOutput, length) && !master.hasFailed();
   output.clear();
   return equal;
-}
-
-bool holdSameBytes(VELFmFile& master, VELFmFile& actual) {
-  const auto reader = [](VELFmFile& file) {
-    return [&file](char* block, std::size_t count) { return file.read(block, count); };
-  };
-  return master.getLength() == actual.getLength() &&
-         haveEqualContents(reader(master), reader(actual), false) && !master.hasFailed() &&
-         !actual.hasFailed();
 }
 
 }  // namespace
@@ -227,7 +218,7 @@ OrvDiffResult* OrvDiffFileEngine::areFilesIdentical(const std::string& masterNam
     return velNew<OrvDiffResultFailFileMissing>(VEL_HERE, masterName, actualName, actualName);
   }
   const bool identical = inMemoryOutput != nullptr ? holdsSameBytes(master, *inMemoryOutput)
-                                                   : holdSameBytes(master, actual);
+                                                   : haveEqualContents(master, actual);
   if (identical) {
     return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
   }
