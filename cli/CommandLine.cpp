@@ -17,10 +17,19 @@ struct Values {
   bool verbose = false;
   NormalizeOptions normalize;
   CompareOptions compare;
+  NumdiffOptions numdiff;
   VerifyOptions verify;
 
   Verbosity verbosity() const {
     return quiet ? Verbosity::Quiet : verbose ? Verbosity::Verbose : Verbosity::Normal;
+  }
+
+  /// `options` with what the common options say of how to print.
+  template <typename Options>
+  Options styled(Options options) const {
+    options.verbosity = verbosity();
+    options.color = color;
+    return options;
   }
 };
 
@@ -54,6 +63,14 @@ void addPlaces(CLI::App& verify, FormatOptions& formats) {
   }
 }
 
+const std::map<std::string, int>& harnessLogLevels() {
+  static const std::map<std::string, int> levels = {{"minimal", MOXLogLevel::Minimal},
+                                                    {"concise", MOXLogLevel::Concise},
+                                                    {"normal", MOXLogLevel::Normal},
+                                                    {"detailed", MOXLogLevel::Detailed}};
+  return levels;
+}
+
 void addVerify(CLI::App& app, Values& values) {
   VerifyOptions& verify = values.verify;
   CLI::App* const command = app.add_subcommand(
@@ -83,11 +100,23 @@ void addVerify(CLI::App& app, Values& values) {
       ->add_option("--summary", verify.summaryFile,
                    "Write the test summary to FILE; - is standard output")
       ->type_name("FILE");
+  command
+      ->add_option("--harness-log", verify.harnessLog,
+                   "Run as a test script, one test case per report, and write its log to FILE")
+      ->type_name("FILE");
+  command->add_option("--log-level", verify.harnessLogLevel, "How much the harness log says")
+      ->transform(CLI::CheckedTransformer(harnessLogLevels()))
+      ->option_text("minimal|concise|normal|detailed (default: normal)");
   command->add_flag("--save-normalized", verify.saveNormalized,
                     "Keep the normalised texts of a difference beside the output");
   command->add_flag("--list", verify.listOnly, "Say what would be verified, and run nothing");
   command->add_flag("--allow-none", verify.allowNone, "Nothing to verify is no trouble");
   addPlaces(*command, verify.formats);
+}
+
+void addPair(CLI::App& command, PairOptions& pair) {
+  command.add_option("MASTER", pair.master, "What the output should be")->required()->type_name("");
+  command.add_option("ACTUAL", pair.actual, "What the output is")->required()->type_name("");
 }
 
 void addCompare(CLI::App& app, CompareOptions& compare) {
@@ -96,10 +125,13 @@ void addCompare(CLI::App& app, CompareOptions& compare) {
   command->add_option("FORMAT", compare.format, "A name that \"orvdiff formats\" lists")
       ->required()
       ->type_name("");
-  command->add_option("MASTER", compare.master, "What the output should be")
-      ->required()
-      ->type_name("");
-  command->add_option("ACTUAL", compare.actual, "What the output is")->required()->type_name("");
+  addPair(*command, compare);
+}
+
+void addNumdiff(CLI::App& app, NumdiffOptions& numdiff) {
+  addPair(
+      *app.add_subcommand("numdiff", "Compare the numbers in two files, to about fifteen digits"),
+      numdiff);
 }
 
 void addNormalize(CLI::App& app, NormalizeOptions& normalize) {
@@ -161,13 +193,12 @@ Command chosenCommand(const CLI::App& app, Values& values) {
     return values.normalize;
   }
   if (app.got_subcommand("compare")) {
-    values.compare.verbosity = values.verbosity();
-    values.compare.color = values.color;
-    return values.compare;
+    return values.styled(values.compare);
   }
-  values.verify.verbosity = values.verbosity();
-  values.verify.color = values.color;
-  return values.verify;
+  if (app.got_subcommand("numdiff")) {
+    return values.styled(values.numdiff);
+  }
+  return values.styled(values.verify);
 }
 
 }  // namespace
@@ -180,6 +211,7 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& r
   addCommonOptions(app, values);
   addVerify(app, values);
   addCompare(app, values.compare);
+  addNumdiff(app, values.numdiff);
   addNormalize(app, values.normalize);
   app.add_subcommand("formats", "List the formats, where their files lie and how they compare");
   for (CLI::App* const command : app.get_subcommands({})) {

@@ -8,6 +8,7 @@
 
 #include "cli/ExitStatus.h"
 #include "cli/Terminal.h"
+#include "orvdiff/harness/MOXTestHarness.h"
 
 /// Where the files of a format that needs to be told lie.
 struct FormatPlaces {
@@ -31,6 +32,8 @@ struct VerifyOptions {
   std::vector<std::string> locations;
   FormatOptions formats;
   std::string summaryFile;  ///< empty: none
+  std::string harnessLog;   ///< empty: none
+  int harnessLogLevel = MOXLogLevel::Normal;
   bool saveNormalized = false;
   bool listOnly = false;
   bool allowNone = false;
@@ -45,15 +48,22 @@ struct NormalizeOptions {
   std::string file;
 };
 
-struct CompareOptions {
-  std::string format;
+/// One pair to compare.
+struct PairOptions {
   std::string master;
   std::string actual;
   Verbosity verbosity = Verbosity::Normal;
   ColorChoice color = ColorChoice::Auto;
 };
 
-using Command = std::variant<FormatsOptions, NormalizeOptions, CompareOptions, VerifyOptions>;
+struct CompareOptions : PairOptions {
+  std::string format;
+};
+
+struct NumdiffOptions : PairOptions {};
+
+using Command =
+    std::variant<FormatsOptions, NormalizeOptions, CompareOptions, NumdiffOptions, VerifyOptions>;
 
 /// What the user asked for.
 struct CommandLine {

@@ -9,4 +9,5 @@
 ExitStatus run(const FormatsOptions& options);
 ExitStatus run(const NormalizeOptions& options);
 ExitStatus run(const CompareOptions& options);
+ExitStatus run(const NumdiffOptions& options);
 ExitStatus run(const VerifyOptions& options);

@@ -9,6 +9,7 @@
 #include "cli/ClosingSummary.h"
 #include "cli/Commands.h"
 #include "cli/FormatSelection.h"
+#include "cli/HarnessLog.h"
 #include "cli/Interrupt.h"
 #include "cli/ListCommand.h"
 #include "cli/NormalizedSaver.h"
@@ -47,6 +48,12 @@ class Run {
 
   void addListener(OrvDiffListener& listener) { m_filter.add(listener); }
 
+  /// `log` is told where each report starts and ends, and must outlive the run.
+  void logTo(HarnessLog& log) {
+    m_filter.add(log.listener());
+    m_harnessLog = &log;
+  }
+
   void verify(const std::vector<std::string>& reports, bool showProgress) {
     const auto start = std::chrono::steady_clock::now();
     const InterruptWatch watch;
@@ -55,6 +62,7 @@ class Run {
     std::ptrdiff_t finished = 0;
     try {
       for (const std::string& report : reports) {
+        stopIfWanted();
         sendOutput();
         progress.show(++m_totals.done, reports.size(), report);
         verifyReport(report);
@@ -70,11 +78,16 @@ class Run {
   RunTotals& totals() { return m_totals; }
 
  private:
+  static void stopIfWanted() {
+    if (InterruptWatch::isStopWanted()) {
+      throw Interrupted();
+    }
+  }
+
   void verifyReport(const std::string& report) {
+    const HarnessLog::TestCase testCase(m_harnessLog, report);
     for (const SelectedFormat& selected : m_formats) {
-      if (InterruptWatch::isStopWanted()) {
-        throw Interrupted();
-      }
+      stopIfWanted();
       m_filter.startReport(report, selected.format->name);
       try {
         m_registry.verifyOutput(selected.format->format, report.c_str(), nullptr);
@@ -82,6 +95,7 @@ class Run {
         ++m_totals.errors;
         m_filter.claimMasters();
         printError(report, selected, error);
+        testCase.fail(error.what());
       }
     }
   }
@@ -104,6 +118,7 @@ class Run {
   const Palette& m_palette;
   OrvDiffEngineRegistry m_registry;
   PairFilter m_filter;
+  HarnessLog* m_harnessLog = nullptr;
   RunTotals m_totals;
 };
 
@@ -130,6 +145,10 @@ ExitStatus run(const VerifyOptions& options) {
   if (!options.summaryFile.empty()) {
     summary.emplace(options.summaryFile);
   }
+  std::optional<HarnessLog> harnessLog;
+  if (!options.harnessLog.empty()) {
+    harnessLog.emplace(options.harnessLog, options.harnessLogLevel);
+  }
   const Palette palette(options.color);
   ResultPrinter printer(options.verbosity, palette);
   NormalizedSaver saver;
@@ -141,6 +160,9 @@ ExitStatus run(const VerifyOptions& options) {
   if (options.saveNormalized) {
     run.addListener(saver);
   }
+  if (harnessLog) {
+    run.logTo(*harnessLog);
+  }
   run.verify(reports, options.verbosity != Verbosity::Quiet && canShowProgress());
   RunTotals& totals = run.totals();
   totals.unsaved = saver.unsavedFiles();
@@ -148,6 +170,9 @@ ExitStatus run(const VerifyOptions& options) {
   printHints(totals, options.allowNone);
   if (summary && !totals.interrupted) {
     summary->finish();
+  }
+  if (harnessLog) {
+    harnessLog->finish();
   }
   return exitStatusOf(totals, options.allowNone);
 }

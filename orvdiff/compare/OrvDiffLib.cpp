@@ -179,7 +179,9 @@ OrvDiffResult* OrvDiffLib::textFileComparison(const std::string& masterName,
   const bool bothOpen = masterFile.open(masterName.c_str(), VELFmFile::eOpenExisting, 1) != 0 &&
                         actualText == nullptr &&
                         actualFile.open(actualName.c_str(), VELFmFile::eOpenExisting, 1) != 0;
-  if (equalIsEnough && bothOpen && haveEqualContents(masterFile, actualFile)) {
+  // A pipe can be read only once, and then by what follows.
+  const bool canReadTwice = bothOpen && masterFile.isRegular() && actualFile.isRegular();
+  if (equalIsEnough && canReadTwice && haveEqualContents(masterFile, actualFile)) {
     return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
   }
   OrvFileHandle master(masterFile.releaseStream());

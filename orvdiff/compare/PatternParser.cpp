@@ -110,6 +110,9 @@ bool PatternParser::parseSet(PatternNode& node) {
     }
     char last = first;
     const bool isRange = m_rest.size() > 1 && m_rest[0] == '-' && m_rest[1] != ']';
+    if (isRange && m_rest[1] == '-') {
+      return false;  // "--" takes one set from another: left to ICU
+    }
     if (isRange && (!takeIf('-') || !parseSetMember(last) || last < first)) {
       return false;
     }

@@ -27,10 +27,17 @@ bool isGiven(const char* text) {
   return text != nullptr && *text != '\0';
 }
 
+/// Puts the read position at the start, wherever and in whatever state the stream was left.
+void goToStart(std::iostream& stream) {
+  stream.clear();
+  stream.seekg(0);
+  stream.clear();  // a stream that nothing was written to may refuse
+}
+
 /// Writes the bytes of an in-memory output. What cannot be written is dropped without a word, but
 /// no half of it is left behind.
 void writeBytes(std::strstream& stream, const std::string& fileName) {
-  stream.seekg(0);
+  goToStart(stream);
   std::ofstream file(fileName, std::ios::out | std::ios::binary | std::ios::trunc);
   const bool opened = file.is_open();
   const char* const bytes = stream.str();
@@ -42,25 +49,33 @@ void writeBytes(std::strstream& stream, const std::string& fileName) {
   }
 }
 
+struct Unfreeze {
+  void operator()(std::strstream* stream) const { stream->freeze(false); }
+};
+
 void writeOutput(std::strstream& stream, bool binary, const std::string& fileName) {
+  const std::unique_ptr<std::strstream, Unfreeze> unfreezing(&stream);  // also after an error
   if (binary) {
     writeBytes(stream, fileName);
-    stream.freeze(false);
-    return;
+  } else {
+    const InMemoryText output(stream);
+    OrvDiffLib::writeEncodedStringToFile(fileName.c_str(), "utf-8", output.text());
   }
-  InMemoryText output(stream);
-  OrvDiffLib::writeEncodedStringToFile(fileName.c_str(), "utf-8", output.text());
-  output.unfreeze();
 }
 
 /// The number of bytes that a stream holds; its read position is then at the start.
 std::size_t measure(std::iostream& stream) {
-  stream.clear();  // the host may have read it to its end
-  stream.seekg(0, std::ios::end);
-  const std::streamoff end = stream.tellg();
-  stream.clear();  // a stream that nothing was written to cannot be sought
-  stream.seekg(0, std::ios::beg);
-  return end > 0 ? static_cast<std::size_t>(end) : 0;
+  stream.clear();
+  std::streamoff length = 0;
+  auto* const memory = dynamic_cast<std::strstream*>(&stream);
+  if (memory != nullptr && memory->tellp() != std::streampos(-1)) {
+    length = memory->pcount();  // its end would be that of the memory it has reserved
+  } else {
+    stream.seekg(0, std::ios::end);
+    length = stream.tellg();
+  }
+  goToStart(stream);
+  return length > 0 ? static_cast<std::size_t>(length) : 0;
 }
 
 bool holdsSameBytes(VELFmFile& master, std::iostream& output) {
@@ -68,9 +83,12 @@ bool holdsSameBytes(VELFmFile& master, std::iostream& output) {
   if (length != master.getLength()) {
     return false;
   }
-  const auto readOutput = [&output](char* block, std::size_t count) {
-    output.read(block, static_cast<std::streamsize>(count));
-    return static_cast<std::size_t>(output.gcount());
+  std::size_t rest = length;
+  const auto readOutput = [&output, &rest](char* block, std::size_t count) {
+    output.read(block, static_cast<std::streamsize>(std::min(count, rest)));
+    const auto done = static_cast<std::size_t>(output.gcount());
+    rest -= done;
+    return done;
   };
   const auto readMaster = [&master](char* block, std::size_t count) {
     return master.read(block, count);

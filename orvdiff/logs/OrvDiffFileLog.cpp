@@ -1,7 +1,5 @@
 #include "orvdiff/logs/OrvDiffFileLog.h"
 
-#include <exception>
-
 #include "orvdiff/registry/OrvDiffResult.h"
 
 OrvDiffFileLog::OrvDiffFileLog(const char* fileName) : m_file(fileName) {
@@ -11,7 +9,7 @@ OrvDiffFileLog::OrvDiffFileLog(const char* fileName) : m_file(fileName) {
 OrvDiffFileLog::~OrvDiffFileLog() {
   try {
     m_streamLog.close();
-  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): nobody is left to tell
+  } catch (...) {  // NOLINT(bugprone-empty-catch): nobody is left to tell
   }
 }
 

@@ -67,6 +67,13 @@ I18NConverter::I18NConverter(const char* encoding) {
   UErrorCode status = U_ZERO_ERROR;
   m_converter.reset(ucnv_open(encoding, &status));
   VEL_ASSERT_NAMED(U_SUCCESS(status), "The encoding is known");
+  // These two write a byte-order mark, which no text here wants; their kin of fixed order do not.
+  if (ucnv_getType(m_converter.get()) == UCNV_UTF16) {
+    m_converter.reset(ucnv_open("UTF16_PlatformEndian", &status));
+  } else if (ucnv_getType(m_converter.get()) == UCNV_UTF32) {
+    m_converter.reset(ucnv_open("UTF32_PlatformEndian", &status));
+  }
+  VEL_ASSERT_NAMED(U_SUCCESS(status), "The encoding is known");
   if (ucnv_getType(m_converter.get()) == UCNV_UTF8) {
     ucnv_setToUCallBack(m_converter.get(), escapeInvalidBytes, nullptr, nullptr, nullptr, &status);
     ucnv_setFromUCallBack(m_converter.get(), restoreEscapedBytes, nullptr, nullptr, nullptr,

@@ -3,9 +3,17 @@
 OrvTestInfo::OrvTestInfo() = default;
 OrvTestInfo::~OrvTestInfo() = default;
 
+void OrvTestInfo::UnfreezeAndDelete::operator()(std::strstream* stream) const {
+  stream->freeze(false);
+  delete stream;
+}
+
 std::strstream& OrvTestInfo::addOutput(const std::string& fileName, bool binary) {
   Output& output = m_outputs[fileName];
-  output = {std::make_unique<std::strstream>(), binary};
+  output.stream.reset(new std::strstream());
+  output.binary = binary;
+  *output.stream << std::ends;  // until the host writes, the text is empty rather than anything
+  output.stream->seekp(0);
   return *output.stream;
 }
 

@@ -34,8 +34,12 @@ class ORVDIFF_API OrvTestInfo {
   virtual std::strstream* getOutputStream(const char* fileName, bool& binary);
 
  private:
+  /// A stream that an error left frozen would not free its buffer.
+  struct UnfreezeAndDelete {
+    void operator()(std::strstream* stream) const;
+  };
   struct Output {
-    std::unique_ptr<std::strstream> stream;
+    std::unique_ptr<std::strstream, UnfreezeAndDelete> stream;
     bool binary;
   };
   std::map<std::string, Output> m_outputs;

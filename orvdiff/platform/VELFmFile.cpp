@@ -40,6 +40,7 @@ int VELFmFile::open(const char* name, int createMode, int /*flag*/) {
     close();
   }
   m_length = static_cast<std::uint64_t>(status.st_size);
+  m_isRegular = S_ISREG(status.st_mode);
   return m_descriptor >= 0 ? 1 : 0;
 }
 

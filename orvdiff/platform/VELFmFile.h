@@ -23,6 +23,9 @@ class VELFmFile {
   /// Size in bytes when the file was opened.
   std::uint64_t getLength() const { return m_length; }
 
+  /// Whether what was opened is a regular file, which can be read again, and not a pipe.
+  bool isRegular() const { return m_isRegular; }
+
   /// Reads up to `count` bytes; fewer only at the end of the file or after a read error.
   std::size_t read(char* buffer, std::size_t count);
 
@@ -42,5 +45,6 @@ class VELFmFile {
  private:
   int m_descriptor = -1;
   std::uint64_t m_length = 0;
+  bool m_isRegular = false;
   bool m_failed = false;
 };

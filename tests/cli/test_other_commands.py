@@ -4,6 +4,27 @@ import unittest
 from suite import SuiteTest
 
 
+class Numdiff(SuiteTest):
+    def test_shows_the_first_pair_out_of_tolerance(self):
+        rows = [  # master, actual, status, what is said
+            ("x = 1.0", "y = 1.00000000000001", 0, ()),
+            ("a 1\nb 100.25\n", "a 1\nbb 100.26\n", 1,
+             ("master: 100.25 at 2:3", "actual: 100.26 at 2:4", "differ by 0.01; 1e-12 is")),
+            ("1 2", "1", 1, ("master: 2 at 1:3", "actual: no further number")),
+            ("1", None, 1, ("the actual output is not there",)),
+        ]
+        for master, actual, status, said in rows:
+            with self.subTest(master=master, actual=actual):
+                for file, content in (("one", master), ("other", actual)):
+                    (self.server / "work" / file).unlink(missing_ok=True)
+                    if content is not None:
+                        self.write("work/" + file, content)
+                run = self.run_program("numdiff", "one", "other")
+                self.assertEqual((run.status, run.err), (status, ""))
+                for text in said:
+                    self.assertIn(text, run.out)
+
+
 class Usage(SuiteTest):
     def test_mistakes_end_with_trouble_and_a_message(self):
         for arguments in ((), ("frobnicate",), ("verify",), ("verify", "--frob", "x"),

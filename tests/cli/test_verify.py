@@ -344,6 +344,27 @@ class Files(SuiteTest):
         self.assertRegex(run.err, r"R\.html\.normalized_master could not be saved\n$")
 
 
+    def test_a_harness_log_has_a_test_case_per_report_and_ends_with_the_table(self):
+        self.report("Same", "<p>x</p>", "<p>x</p>")
+        self.report("Other", "<p>1,284</p>", "<p>1,248</p>")
+        for level, has_dump in (("concise", False), ("normal", True)):
+            with self.subTest(level):
+                run = self.verify("--harness-log", "run.mxr", "--log-level", level)
+                self.assertEqual((run.status, run.err), (1, ""))
+                self.assertNotIn("MOX Test Harness", run.out)
+                log = (self.server / "work/run.mxr").read_bytes().decode()
+                self.assertEqual("Offset: 0X6 (6)" in log, has_dump)
+                self.assertIn("Start Test: Other\n", log)
+                self.assertIn("PASSED: Contents are equivalent: ../suite/Masters/Same.html and ",
+                              log)
+                self.assertRegex(log, r"= TOTALS  +0  +1  +1  +0  +>> FAIL =\n=+\n\Z")
+        for place, said in (("nowhere/run.mxr", "cannot be written"), ("/dev/full", "to its end")):
+            run = self.verify("--harness-log", place)
+            self.assertEqual(run.status, 2)
+            self.assertIn(f"{place} ", run.err)
+            self.assertIn(said, run.err)
+
+
 class Interruption(SuiteTest):
     def test_ctrl_c_ends_the_run_behind_the_running_pair_and_says_what_was_done(self):
         self.report("A", "<p>a</p>", "<p>b</p>")
@@ -359,10 +380,10 @@ class Interruption(SuiteTest):
             writer.write(b"<p>same</p>")
         out = running.communicate(timeout=60)[0].decode()
         self.assertEqual(running.returncode, 130)
-        self.assertIn("Interrupted in report 2 of 3. 2 reports, 2 pairs: 1 passed, 1 differ", out)
+        self.assertIn("Interrupted in report 2 of 3. 2 reports, 1 pair: 0 passed, 1 differ", out)
         self.assertNotIn("Not verified", out)
         summary = (self.server / "work/s.xml").read_text()
-        self.assertEqual(summary.count("<TestCase"), 2)
+        self.assertEqual(summary.count("<TestCase"), 1)
         self.assertNotIn("</TestSummary>", summary)  # nobody takes it for the whole
 
 

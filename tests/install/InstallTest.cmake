@@ -1,0 +1,30 @@
+# Installs the library, moves the installation, and builds and runs a program against it in both
+# ways that users have: find_package and pkg-config.
+file(REMOVE_RECURSE "${WORK_DIR}")
+file(MAKE_DIRECTORY "${WORK_DIR}")
+set(prefix "${WORK_DIR}/moved here")
+
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output
+                  ERROR_VARIABLE output WORKING_DIRECTORY "${WORK_DIR}")
+  if(NOT status EQUAL 0)
+    list(JOIN ARGN " " command)
+    message(FATAL_ERROR "${command}: ${status}\n${output}")
+  endif()
+  set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${WORK_DIR}/installed")
+file(RENAME "${WORK_DIR}/installed" "${prefix}")
+
+run("${CMAKE_COMMAND}" -S "${CONSUMER_DIR}" -B "${WORK_DIR}/build" -G "${GENERATOR}"
+    "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_PREFIX_PATH=${prefix}")
+run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build")
+run("${WORK_DIR}/build/consumer")
+
+set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIB_DIR}/pkgconfig")
+run(pkg-config --cflags --libs orvdiff)
+separate_arguments(flags UNIX_COMMAND "${output}")
+run("${CXX}" -std=c++17 "${CONSUMER_DIR}/main.cpp" -o "${WORK_DIR}/consumer" ${flags})
+set(ENV{LD_LIBRARY_PATH} "${prefix}/${LIB_DIR}")
+run("${WORK_DIR}/consumer")

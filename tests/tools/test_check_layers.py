@@ -1,0 +1,66 @@
+"""Shows that the layer check accepts the house's own tree and rejects what breaks the layers."""
+
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(os.environ.get("ORVDIFF_SOURCE_DIR", pathlib.Path(__file__).parents[2]))
+
+ACCEPTED = {
+    "orvdiff/registry/A.h": "orvdiff/platform/B.h",
+    "orvdiff/harness/A.h": "orvdiff/platform/B.h",
+    "orvdiff/logs/A.cpp": "orvdiff/harness/B.h",
+    "orvdiff/compare/A.cpp": "orvdiff/compare/B.h",
+    "orvdiff/engine/A.cpp": "orvdiff/compare/B.h",
+    "orvdiff/platform/A.h": "orvdiff/orvdiff_export.h",
+    "orvdiff/orvdiff.h": "orvdiff/formats/B.h",
+    "cli/A.cpp": "orvdiff/orvdiff.h",
+}
+REJECTED = {
+    "orvdiff/platform/A.h": "orvdiff/registry/B.h",
+    "orvdiff/registry/A.h": "orvdiff/harness/B.h",
+    "orvdiff/harness/A.h": "orvdiff/registry/B.h",
+    "orvdiff/compare/A.cpp": "orvdiff/logs/B.h",
+    "orvdiff/compare/B.cpp": "../engine/B.h",
+    "orvdiff/logs/A.cpp": "orvdiff/compare/B.h",
+    "orvdiff/engine/A.cpp": "orvdiff/formats/B.h",
+    "orvdiff/formats/A.cpp": "cli/B.h",
+    "orvdiff/formats/B.cpp": "orvdiff/orvdiff.h",
+    "orvdiff/newcomer/A.cpp": "orvdiff/platform/B.h",
+}
+
+
+def run(root):
+    return subprocess.run([sys.executable, ROOT / "tools/check_layers", root],
+                          capture_output=True, text=True)
+
+
+def write_tree(root, includes):
+    for name, included in includes.items():
+        path = pathlib.Path(root, name)
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(f"#pragma once\n#include <string>\n#include \"{included}\"\n")
+
+
+class CheckLayersTest(unittest.TestCase):
+    def test_accepts(self):
+        with tempfile.TemporaryDirectory() as root:
+            write_tree(root, ACCEPTED)
+            for tree in (root, ROOT):
+                result = run(tree)
+                self.assertEqual((result.returncode, result.stdout), (0, ""), result.stderr)
+
+    def test_rejects_and_names_the_line(self):
+        with tempfile.TemporaryDirectory() as root:
+            write_tree(root, REJECTED)
+            result = run(root)
+            self.assertEqual(result.returncode, 1)
+            self.assertEqual(sorted(line.split(": ")[0] for line in result.stdout.splitlines()),
+                             sorted(f"{name}:3" for name in REJECTED))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,80 @@
+#include "orvdiff/compare/OrvDiffLib.h"
+#include "tests/support/Testing.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+TEST(FileReading, WholeFilesInBothForms) {
+  const TestFolder folder;
+  for (const std::string& contents : {""s, "with\0NUL\r\n"s, std::string(100000, 'x')}) {
+    TestFolder::write("file", contents);
+    OrvFileHandle handle("file", "r");
+    EXPECT_EQ(OrvDiffLib::getFileLength(handle), static_cast<int>(contents.size()));
+    EXPECT_EQ(std::string(OrvDiffLib::slurpFile(handle).get(), contents.size() + 1),
+              contents + '\0');
+    OrvTextBuffer buffer;
+    unsigned int length = 1;
+    EXPECT_TRUE(OrvDiffLib::readFileIntoBuffer("file", buffer, length));
+    EXPECT_EQ(std::string(buffer.get(), length), contents);
+  }
+  TestFolder::write("file", "0123456789");
+  OrvFileHandle handle("file", "r");
+  std::fseek(handle, 4, SEEK_SET);
+  EXPECT_EQ(OrvDiffLib::getFileLength(handle), 10);
+  EXPECT_STREQ(OrvDiffLib::slurpFile(handle).get(), "456789");
+}
+
+TEST(FileReading, FailuresAreClear) {
+  const TestFolder folder;
+  TestFolder::write("file", "");
+  const char* const kNotOpened[][2] = {
+      {nullptr, "r"}, {"file", nullptr}, {"none", "r"}, {".", "r"}, {"none/x", "w"}};
+  for (const auto& [path, mode] : kNotOpened) {
+    EXPECT_EQ(OrvFileHandle(path, mode), nullptr);
+  }
+  OrvTextBuffer buffer = OrvDiffLib::strdupnew("before");
+  unsigned int length = 77;
+  EXPECT_FALSE(OrvDiffLib::readFileIntoBuffer("none", buffer, length));
+  EXPECT_FALSE(OrvDiffLib::readFileIntoBuffer(".", buffer, length));
+  EXPECT_EQ(buffer.get() + std::to_string(length), "before77");
+  EXPECT_EQ(raisedBy([] { OrvDiffLib::strdupnew(nullptr); }), "OrvDiffLib: VEL_ASSERT(in);");
+  // A file that is longer than it says (all of /proc measures 0), one that cannot be read, none.
+  const std::string kUnreadable =
+      "OrvDiffLib: VEL_ASSERT_NAMED(ok, \"Unable to read all of the contents of file \");";
+  const std::string kRows[][3] = {{"/proc/self/status", "r", kUnreadable},
+                                  {"file", "w", kUnreadable},
+                                  {"none", "r", "OrvDiffLib: VEL_ASSERT(fp);"}};
+  for (const auto& [path, mode, error] : kRows) {
+    OrvFileHandle handle(path.c_str(), mode.c_str());
+    EXPECT_EQ(raisedBy([&handle] { OrvDiffLib::slurpFile(handle); }), error);
+  }
+}
+
+TEST(EncodedWriting, WritesTheTextAndNothingElse) {
+  const TestFolder folder;
+  const char* const kRows[][3] = {{"utf-8", "gr\xC3\xB6\r\n\xE9", "gr\xC3\xB6\r\n\xE9"},
+                                  {"utf-8", "", "from before"},
+                                  {"iso-8859-1", "gr\xC3\xB6", "gr\xF6"}};
+  for (const auto& [encoding, text, written] : kRows) {
+    TestFolder::write("file", "from before");
+    OrvDiffLib::writeEncodedStringToFile("file", encoding, text);
+    EXPECT_EQ(TestFolder::read("file"), written);
+  }
+  OrvDiffLib::writeEncodedStringToFile("new", "utf-8", "");
+  const char* const kRefused[][4] = {{nullptr, nullptr, nullptr, "VEL_ASSERT(str);"},
+                                     {nullptr, nullptr, "x", "VEL_ASSERT(encoding);"},
+                                     {nullptr, "utf-8", "x", "VEL_ASSERT(fname);"},
+                                     {"none/f", "utf-8", "x", "VEL_ASSERT(bFileOpened);"},
+                                     {".", "utf-8", "x", "VEL_ASSERT(bFileOpened);"},
+                                     {"/dev/full", "utf-8", "x", "VEL_ASSERT(bFileWritten);"}};
+  for (const auto& row : kRefused) {
+    EXPECT_EQ(raisedBy([&] { OrvDiffLib::writeEncodedStringToFile(row[0], row[1], row[2]); }),
+              "OrvDiffLib: "s + row[3]);
+  }
+  EXPECT_THROW(OrvDiffLib::writeEncodedStringToFile("new", "no-such", "x"), VELAssertError);
+  EXPECT_FALSE(std::filesystem::exists("new"));
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
+}
+
+}  // namespace

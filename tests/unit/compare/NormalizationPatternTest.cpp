@@ -1,0 +1,186 @@
+#include "orvdiff/compare/OrvDiffLib.h"
+#include "orvdiff/platform/OrvDeployment.h"
+#include "tests/support/Testing.h"
+
+namespace {
+
+const std::string kFailed =
+    "OrvDiffNormalizationPattern: VEL_ASSERT_NAMED(U_SUCCESS( status ), \"Replacement using "
+    "regular expression failed.\");";
+
+/// What the pattern makes of a text by itself, or the error that it raises (the text must then be
+/// as it was). Checks that a list of just this pattern agrees, unless carriage returns, which a
+/// list removes first, make that another question.
+std::string normalized(const OrvDiffNormalizationPattern& pattern, const std::string& text) {
+  OrvTextBuffer buffer = OrvDiffLib::strdupnew(text.c_str());
+  const std::string error = raisedBy([&] { pattern.normalizeText(buffer); });
+  if (text.find('\r') == std::string::npos) {
+    OrvTextBuffer listed = OrvDiffLib::strdupnew(text.c_str());
+    OrvTextBuffer empty = OrvDiffLib::strdupnew("");
+    EXPECT_EQ(raisedBy([&] { OrvDiffLib::cleanse(listed, empty, {&pattern}); }), error);
+    EXPECT_STREQ(listed.get(), buffer.get());
+  }
+  if (error != "nothing") {
+    EXPECT_EQ(buffer.get(), text);
+    return error;
+  }
+  return buffer.get();
+}
+
+// clang-format off
+TEST(NormalizationPattern, ReplacesEveryMatchWithinTheTextsLengthPlusOne) {
+  const std::string kSmile = "\xF0\x9F\x98\x80";  // two code units in UTF-16
+  const struct {
+    const char* pattern;
+    std::string replacement;
+    std::string text;
+    std::string expected;
+  } kRows[] = {
+      {"=3D", "=", "a=3Db=3D", "a=b="},
+      {"b+", "", "abbbcb", "ac"},
+      {"b", "x", "", ""},
+      {"x", "y", "no match \xC3\xA9\xE9", "no match \xC3\xA9\xE9"},
+      {"(a)(b)", "$2$1", "abab", "baba"},
+      {"ab", "\\$", "ab", "$"},
+      {".+", "\xC3\xA9", "abc\xE9\nd", "\xC3\xA9\n\xC3\xA9"},
+      {"a.c", "-", "abc a\nc a\xC3\xA9" "c a\xF0\x9F\x98\x80" "c a\xE9" "c", "- a\nc - - -"},
+      {"^b", "", "b\nb", "\nb"},
+      {"B", "", "bB", "b"},
+      {"[!--a]", "", "!\"-a", "\"-a"},
+      {"[-+--.]", "", "-+,.", ",."},
+      {"a", "bc", "xax", "xbcx"},
+      {"a", "bcd", "xax", kFailed},
+      {"a", "bcde", "xax", kFailed},
+      {"a", "bc", "aXa", kFailed},
+      {"a(X?)", "bc", "aXa", "bcbc"},
+      {"\\u00E9", "bc", "\xC3\xA9", "bc"},
+      {"\\u00E9", "bcd", "\xC3\xA9", kFailed},
+      {"a", kSmile, "\xE9" "a", "\xE9" + kSmile},
+      {"a", kSmile + "b", "\xE9" "a", kFailed},
+      {"\\U0001F600", "bcd", kSmile, "bcd"},
+      {"\\U0001F600", "bcde", kSmile, kFailed},
+  };
+  // clang-format on
+  for (const auto& row : kRows) {
+    OrvDiffNormalizationPattern pattern(row.pattern, "replaced before it is used");
+    pattern.setReplacementText(row.replacement.c_str());
+    EXPECT_EQ(normalized(pattern, row.text), row.expected) << row.pattern << " " << row.replacement;
+    if (row.replacement.empty()) {
+      pattern.setReplacementText(nullptr);
+      EXPECT_EQ(normalized(pattern, row.text), row.expected) << row.pattern;
+    }
+  }
+}
+
+TEST(NormalizationPattern, RefusesMisuse) {
+  for (const char* const invalid : {"(", "[a", "a)"}) {
+    EXPECT_EQ(raisedBy([&] { const OrvDiffNormalizationPattern pattern(invalid, nullptr); }),
+              "OrvDiffNormalizationPattern: VEL_ASSERT_NAMED(m_regEx, \"Regular expression "
+              "compiled\");");
+  }
+  const OrvDiffNormalizationPattern pattern("a", nullptr);
+  OrvTextBuffer none;
+  EXPECT_EQ(raisedBy([&] { pattern.normalizeText(none); }),
+            "OrvDiffNormalizationPattern: VEL_ASSERT(buffer.get());");
+}
+
+TEST(ConversionAllocator, FollowsTheConvertersProtocol) {
+  const auto allocate = OrvDiffNormalizationPattern::conversionAllocator;
+  int status = 7;
+  const std::unique_ptr<char[]> block(allocate(nullptr, nullptr, 3, &status));
+  EXPECT_NE(block, nullptr);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(allocate(nullptr, nullptr, -1, &status), nullptr);
+  EXPECT_EQ(status, -10);
+  EXPECT_EQ(allocate(nullptr, nullptr, 0, &status), nullptr);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(allocate(nullptr, new char[8], 0, nullptr), nullptr);  // leaks unless released
+  EXPECT_EQ(allocate(nullptr, nullptr, -1, nullptr), nullptr);
+  EXPECT_EQ(raisedBy([&] { allocate(nullptr, block.get(), 3, &status); }),
+            "OrvDiffNormalizationPattern: VEL_ASSERT_NAMED(!pBufferToDelete, \"Do not support "
+            "reallocation\");");
+}
+
+using Patterns = OrvDiffNormalizationPatterns;
+
+struct Row {
+  Patterns::OrvNormalizationPatternsEnum id;
+  const char* text;       ///< a text that the pattern must change
+  const char* result;     ///< into this
+  const char* unchanged;  ///< and a near miss that it must leave alone
+};
+
+#define NS "http://" ORV_REPORT_NAMESPACE_HOST "/schemas/report/13"
+
+// clang-format off
+const Row kRows[] = {
+    {Patterns::eScriptElement, "a<script x>\nb</script>c</script>", "ac</script>", "<SCRIPT></SCRIPT><script>"},
+    {Patterns::eChartNameAttribute, R"~(<i name="chart1" x>)~", "<i  x>", R"~(<i name="Chart1" filename="chart1">)~"},
+    {Patterns::eNextNameAndIdAttributes, R"~(<a name="next1" id="next2">)~", "<a >", R"~(<a name="next1"  id="next2">)~"},
+    {Patterns::eCopyrightMetaTag, "a<meta name=\"Copyright\" c>\r\n\nb", "ab", R"~(<meta name="copyright">)~"},
+    {Patterns::eGeneratorIdMetaTag, "a<meta name=\"GeneratorID\" c>\n\nb", "ab", R"~(<meta name="Generator">)~"},
+    {Patterns::eTrademarkMetaTag, "a<meta name=\"Trademark\" c>\nb", "a\nb", "<meta name=\"Trademark\"\n>"},
+    {Patterns::eUaCompatibleMetaTag, "<meta http-equiv=\"X-UA-Compatible\" c>\nb", "b", R"~(<meta http-equiv="X+UA+Compatible">)~"},
+    {Patterns::eEventHandlerAttribute, R"~(<a onclick="f(1)"  ondblclick="" b>)~", "<a b>", R"~(<a onblur="f()" onclick='f()'>)~"},
+    {Patterns::eImageSourcePrefix, R"~(<img src="../v1/a/v1/b">)~", R"~(a/v1/b">)~", "<img src=\"a\nv1/b\">"},
+    {Patterns::eCtxAttribute, R"~(<td ctx="1:2:3">)~", "<td>", R"~(<td ctx="" ctx="a">)~"},
+    {Patterns::eNameAttribute, R"~(<td name="a_1"  x>)~", "<tdx>", R"~(<td name="a-1">)~"},
+    {Patterns::ePromptIdAttribute, R"~(<i id="PRMT_a1" x>)~", "<ix>", R"~(<i id="PRMT_" id="prmt_a">)~"},
+    {Patterns::eForAttribute, R"~(<l for="a[0]" x>)~", "<lx>", R"~(<l for="a.b">)~"},
+    {Patterns::eAriaLabelledByAttribute, R"~(<td  aria-labelledby=" _THIS_a.bhiddenspan1 c.d" x>)~", "<tdx>", R"~(<td aria-labelledby="a b">)~"},
+    {Patterns::eAriaLabelledByHeadersAttribute, R"~(<td aria-labelledby="_THIS_hdr1 _THIS_hdr22 _THIS_ahiddenspan3 b.c" x>)~", "<td x>", R"~(<td aria-labelledby="_THIS_hdr b">)~"},
+    {Patterns::eIdAttribute, R"~(<td  id="a.b_1"  x>)~", "<tdx>", R"~(<td id="a-b">)~"},
+    {Patterns::eChartTempName, "chart_tmp_12.png", ".png", "chart_tmp_x"},
+    {Patterns::eRemoveReferenceCall, "c12.removeReference()", "()", "c12-removeReference c.removeReference"},
+    {Patterns::eCoordsAttribute, R"~(<area coords="1,2" x>)~", "<area  x>", R"~(<area xcoords="1,2">)~"},
+    {Patterns::eCoordElement, "a<coord>1</coord>b", "ab", "<coord>\n</coord>"},
+    {Patterns::eLabelForTag, R"~(a<label for="x y">b)~", "ab", R"~(<label for="x" y>)~"},
+    {Patterns::eQuotedPrintableEquals, "a=3Db", "a=b", "a=3db"},
+    {Patterns::eBinDirectory, R"~(a/bin\b\bind/c)~", "abc", "/bi/ /binds/ bin/"},
+    {Patterns::eExcelDataElement, "a<x:Data>1</x:Data>b", "ab", "<x:Data>\n</x:Data>"},
+    {Patterns::eExponentNumber, "a-1.5E+10b.2e-3c", "abc", "1.5E10"},
+    {Patterns::eDecimalNumber, "a-1.5b+.25e-3c", "abc", "15 1."},
+    {Patterns::eQuotedChartTempName, R"~(<i src="a/chart_tmp_1">)~", "<i src=>", R"~("chart_tmp_1.png)~"},
+    {Patterns::eFilenameElement, "a<filename>f</filename>b", "ab", "<filename>\n</filename>"},
+    {Patterns::eAreaElement, "x<area a>b</area>y", "xy", "<area a>\n</area>"},
+    {Patterns::eAreaTag, "x<area a>b</area>y", "xb</area>y", "<are a><area\n>"},
+    {Patterns::ePngContent, "a Content-Type: image/png; name=x\nb", "a \nb", "Content-Type: image/gif"},
+    {Patterns::eLineBreak, "a\nb\r\nc\n\nd", "abcd", "a\rb"},
+    {Patterns::eSoftLineBreak, "a=\nb=\r\nc", "abc", "a= \nb\n"},
+    {Patterns::eWidthStyle, "height:1px;width:12px;x", "height:1px;x", "width:12;width:px;"},
+    {Patterns::eAxisValueAsStringLine, "a\nb getAxisValueAsString(1) c\n\r\nd", "a\nd", "getAxisvalueAsString"},
+    {Patterns::eTitleAttribute, R"~(<a title="x y" z>)~", "<a  z>", R"~(<a subtitle="x">)~"},
+    {Patterns::eReportSpecNamespaceVersion, "\"" NS ".12/\"" NS ".1/", "\"" NS "/\"" NS "/", NS "/ " NS "./ https" NS ".1"},
+};
+// clang-format on
+
+TEST(Catalogue, EveryRowChangesItsTextAndLeavesTheNearMiss) {
+  ASSERT_EQ(std::size(kRows), 37U);
+  for (std::size_t i = 0; i < std::size(kRows); ++i) {
+    const Row& row = kRows[i];
+    ASSERT_EQ(static_cast<std::size_t>(row.id), i);
+    EXPECT_EQ(normalized(*Patterns::getPattern(row.id), row.text), row.result) << i;
+    EXPECT_EQ(normalized(*Patterns::getPattern(row.id), row.unchanged), row.unchanged) << i;
+  }
+}
+
+TEST(Catalogue, TheNamespaceHostIsTakenLiterally) {
+  std::string other = NS ".1/";
+  other[other.find('.')] = 'x';
+  EXPECT_EQ(normalized(*Patterns::getPattern(Patterns::eReportSpecNamespaceVersion), other), other);
+}
+
+TEST(Catalogue, SharesAPatternUntilReset) {
+  Patterns::reset();
+  Patterns::reset();
+  const auto* const pattern = Patterns::getPattern(Patterns::eCoordElement);
+  EXPECT_EQ(Patterns::getPattern(Patterns::eCoordElement), pattern);
+  EXPECT_NE(Patterns::getPattern(Patterns::eFilenameElement), pattern);
+  OrvHeldPatterns held;  // keeps the memory, so that the new pattern must lie elsewhere
+  held.add(pattern);
+  Patterns::reset();
+  EXPECT_NE(Patterns::getPattern(Patterns::eCoordElement), pattern);
+  EXPECT_EQ(normalized(*held.list().front(), "<coord></coord>"), "");
+}
+
+}  // namespace

@@ -1,0 +1,98 @@
+#include <stdexcept>
+
+#include "tests/unit/engine/TestEngine.h"
+#include "tests/support/Testing.h"
+
+namespace {
+
+using namespace std::string_literals;
+using testing::ElementsAre;
+
+const std::string kBi = "../webcontent/bi/type/";
+
+/// A difference that counts the objects of its kind.
+struct CountedDiff : OrvDiffResultFailDiff {
+  CountedDiff(const std::string& masterName, const std::string& actualName)
+      : OrvDiffResultFailDiff(masterName, actualName) {
+    ++created;
+    ++living;
+  }
+  ~CountedDiff() override { --living; }
+  static inline int created = 0;
+  static inline int living = 0;
+};
+
+/// Raises when it hears of a given master.
+struct RaisingListener : OrvDiffListener {
+  explicit RaisingListener(std::string master) : m_master(std::move(master)) {}
+  using OrvDiffListener::comparisonNotification;
+  void comparisonNotification(const OrvDiffResult& result) override {
+    if (result.getMasterName() == m_master) {
+      EXPECT_EQ(CountedDiff::living, 1);
+      throw std::runtime_error("listener");
+    }
+  }
+  std::string m_master;
+};
+
+class Driver : public testing::Test {
+ protected:
+  Driver() {
+    CountedDiff::created = 0;
+    for (const char* const name : {"R_2.pdf", "R.pdf", "R_1.pdf", "R_0.pdf", "S.pdf", "R.txt"}) {
+      TestFolder::write("Masters/"s + name, "");
+      TestFolder::write(kBi + name, "");
+    }
+    std::filesystem::remove(kBi + "R_0.pdf");
+    std::filesystem::remove(kBi + "S.pdf");
+    std::filesystem::create_directory(kBi + "S.pdf");
+  }
+  ~Driver() override { EXPECT_EQ(CountedDiff::living, 0); }
+
+  TestFolder m_folder;
+  Recorder m_recorder;
+  std::string m_compared;
+  std::string m_raisesFor;
+  TestEngine m_engine{nullptr, [this](const std::string& m, const std::string& a, auto*) {
+                        m_compared += m.substr(8) + " ";
+                        if (m == m_raisesFor) {
+                          throw std::runtime_error("comparison");
+                        }
+                        return new CountedDiff(m, a);
+                      }};
+};
+
+TEST_F(Driver, ComparesEachMasterWithItsOutputInOrderOfName) {
+  Recorder second;
+  m_engine.verifyOutput({&m_recorder, &second}, "R.xml", nullptr);
+  EXPECT_THAT(m_recorder.heard,
+              ElementsAre("diff Masters/R.pdf " + kBi + "R.pdf",
+                          "missing Masters/R_0.pdf " + kBi + "R_0.pdf " + kBi + "R_0.pdf",
+                          "diff Masters/R_1.pdf " + kBi + "R_1.pdf",
+                          "diff Masters/R_2.pdf " + kBi + "R_2.pdf"));
+  EXPECT_EQ(second.heard, m_recorder.heard);
+  EXPECT_EQ(m_compared, "R.pdf R_1.pdf R_2.pdf ");
+  m_engine.verifyOutput({&m_recorder}, "none/Unknown.xml", nullptr);
+  m_engine.verifyOutput({&m_recorder}, "S.xml", nullptr);  // its output is a folder
+  EXPECT_EQ(m_recorder.heard.back(), "missing Masters/S.pdf " + kBi + "S.pdf " + kBi + "S.pdf");
+  EXPECT_EQ(m_recorder.heard.size(), 5U);
+}
+
+TEST_F(Driver, AnExceptionEndsTheVerificationAndDeletesTheResult) {
+  RaisingListener raising("Masters/R_1.pdf");
+  EXPECT_THROW(m_engine.verifyOutput({&raising}, "R.xml", nullptr), std::runtime_error);
+  EXPECT_EQ(m_compared, "R.pdf R_1.pdf ");
+  EXPECT_EQ(raisedBy([&] {
+              m_engine.verifyOutput({nullptr, &m_recorder}, "R.xml", nullptr);
+            }),
+            "OrvDiffFileEngine: VEL_ASSERT(listener);");
+  EXPECT_THAT(m_recorder.heard, ElementsAre());
+  m_compared.clear();
+  m_raisesFor = "Masters/R_1.pdf";
+  EXPECT_THROW(m_engine.verifyOutput({&m_recorder}, "R.xml", nullptr), std::runtime_error);
+  EXPECT_EQ(m_compared, "R.pdf R_1.pdf ");
+  EXPECT_EQ(m_recorder.heard.size(), 2U);
+  EXPECT_EQ(CountedDiff::created, 4);
+}
+
+}  // namespace

@@ -1,0 +1,101 @@
+#include "orvdiff/platform/OrvTestInfo.h"
+#include "tests/unit/engine/TestEngine.h"
+#include "tests/support/Testing.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+const std::string kActual = "../webcontent/bi/type/R.pdf";
+
+/// What is on disk by the time of the notification.
+struct DiskWitness : OrvDiffListener {
+  using OrvDiffListener::comparisonNotification;
+  void comparisonNotification(const OrvDiffResult& result) override {
+    onDisk = TestFolder::read(result.getActualName());
+  }
+  std::string onDisk = "(nobody told)";
+};
+
+/// A frozen stream takes no more text once its buffer is full.
+void expectUnfrozen(std::strstream& output) {
+  output.clear();
+  output << std::string(4096, 'x');
+  EXPECT_TRUE(output.good());
+}
+
+TEST(InMemoryOutput, AFailingOneIsOnDiskBeforeAnyoneIsTold) {
+  const struct {
+    bool passes;
+    bool binary;
+    std::string written;
+    std::string onDisk;
+  } kRows[] = {
+      {false, true, "bytes\0\xFF more\r\n"s, "bytes\0\xFF more\r\n"s},
+      {false, true, "", ""},
+      {false, false, "gr\xC3\xB6\r\n\xE9\0after"s, "gr\xC3\xB6\r\n\xE9"},
+      {false, false, "never ended", "never ended"},
+      {false, false, "\0after"s, "stale"},
+      {false, false, "", "stale"},
+      {true, true, "bytes", "stale"},
+      {true, false, "text\0"s, "stale"},
+  };
+  const TestFolder folder;
+  TestFolder::write("Masters/R.pdf", "");
+  for (const auto& row : kRows) {
+    TestFolder::write(kActual, "stale");
+    OrvTestInfo info;
+    std::strstream& output = info.addOutput(kActual, row.binary);
+    EXPECT_EQ(output.pcount(), 0);
+    output << row.written;
+    TestEngine engine(nullptr, [&](const auto& m, const auto& a, auto* stream) -> OrvDiffResult* {
+      EXPECT_EQ(stream, &output);
+      stream->ignore(1000000);  // an engine may leave the read position anywhere
+      if (row.passes) {
+        return new OrvDiffResultPass(m, a);
+      }
+      return new OrvDiffResultFailDiff(m, a);
+    });
+    DiskWitness witness;
+    engine.verifyOutput({&witness}, "R.xml", &info);
+    EXPECT_EQ(witness.onDisk, row.onDisk) << row.written;
+    expectUnfrozen(output);
+  }
+}
+
+TEST(InMemoryOutput, IsTheHostsAgainAfterAnError) {
+  const TestFolder folder;
+  TestFolder::write("Masters/R.pdf", "");
+  OrvTestInfo info;
+  std::strstream& output = info.addOutput(kActual, false);
+  output << "text" << std::ends;
+  TestEngine engine(
+      nullptr, [](const auto& m, const auto& a, auto*) { return new OrvDiffResultFailDiff(m, a); });
+  EXPECT_EQ(raisedBy([&] { engine.verifyOutput({}, "R.xml", &info); }),
+            "OrvDiffLib: VEL_ASSERT(bFileOpened);");
+  expectUnfrozen(output);
+  output.str();  // freezes it; its memory is freed all the same
+}
+
+/// Says that every output is in memory and has none.
+struct ForgetfulTestInfo : OrvTestInfo {
+  bool isOutputInMemory(const char*) override { return true; }
+  std::strstream* getOutputStream(const char*, bool&) override { return nullptr; }
+};
+
+TEST(InMemoryOutput, IsMissingUnlessKnownByItsExactPath) {
+  const TestFolder folder;
+  TestFolder::write("Masters/R.pdf", "");
+  const std::string kMissing = "missing Masters/R.pdf " + kActual + " " + kActual;
+  TestEngine engine(nullptr);
+  Recorder recorder;
+  OrvTestInfo info;
+  info.addOutput("./" + kActual, true);
+  engine.verifyOutput({&recorder}, "R.xml", &info);
+  TestFolder::write(kActual, "on disk, which does not count");
+  ForgetfulTestInfo forgetful;
+  engine.verifyOutput({&recorder}, "R.xml", &forgetful);
+  EXPECT_THAT(recorder.heard, testing::ElementsAre(kMissing, kMissing));
+}
+
+}  // namespace

@@ -1,0 +1,68 @@
+#include <cstdlib>
+#include <new>
+
+#include "orvdiff/formats/OrvDiffTextEngines.h"
+#include "tests/support/Testing.h"
+
+namespace {
+long g_livingBlocks = 0;
+}
+
+// Count what is allocated in this program, to see patterns go. Not inlined, lest the compiler takes
+// new and free for a mismatch.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  void* const block = std::malloc(size);
+  if (block == nullptr) {
+    throw std::bad_alloc();
+  }
+  ++g_livingBlocks;
+  return block;
+}
+
+[[gnu::noinline]] void operator delete(void* block) noexcept {
+  g_livingBlocks -= block != nullptr ? 1 : 0;
+  std::free(block);
+}
+
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept {
+  operator delete(block);
+}
+
+namespace {
+
+using Patterns = OrvDiffNormalizationPatterns;
+
+/// Creates text engines and destroys them one by one, comparing with all that are left.
+void createCompareAndDestroy(bool firstGoesFirst) {
+  std::vector<std::unique_ptr<OrvDiffFileEngine>> engines;
+  engines.push_back(std::make_unique<OrvDiffHtmlFileEngine>(nullptr));
+  engines.push_back(std::make_unique<OrvDiffXmlFileEngine>(nullptr));
+  engines.push_back(std::make_unique<OrvDiffNaoFileEngine>(nullptr));
+  engines.push_back(std::make_unique<OrvDiffXhtmlFileEngine>(nullptr));
+  while (!engines.empty()) {
+    engines.erase(firstGoesFirst ? engines.begin() : engines.end() - 1);
+    for (const auto& engine : engines) {
+      const bool hasPatterns = dynamic_cast<OrvDiffXmlFileEngine*>(engine.get()) == nullptr;
+      EXPECT_EQ(described(engine->performDiff("m", "a", nullptr)),
+                hasPatterns ? "pass m a" : "diff m a");
+    }
+  }
+}
+
+TEST(CatalogueLifetime, PatternsLiveAsLongAsAnEngineHoldsThemAndNoLonger) {
+  const TestFolder folder;
+  TestFolder::write("m", "<p coords=\"1\"><script>x</script>");
+  TestFolder::write("a", "<p coords=\"2\"><script>y</script>");
+  createCompareAndDestroy(true);  // whatever is allocated once and for all, is now
+  for (const bool firstGoesFirst : {true, false}) {
+    const long before = g_livingBlocks;
+    createCompareAndDestroy(firstGoesFirst);
+    EXPECT_EQ(g_livingBlocks, before);
+    Patterns::getPattern(Patterns::eScriptElement);
+    EXPECT_GT(g_livingBlocks, before);
+    Patterns::reset();
+    EXPECT_EQ(g_livingBlocks, before);
+  }
+}
+
+}  // namespace

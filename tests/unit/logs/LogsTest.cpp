@@ -1,0 +1,140 @@
+#include <sstream>
+
+#include "orvdiff/compare/OrvDiffLib.h"
+#include "orvdiff/logs/OrvDiffFileLog.h"
+#include "orvdiff/logs/OrvDiffLogNormalized.h"
+#include "orvdiff/logs/OrvDiffStreamLog.h"
+#include "tests/support/Testing.h"
+
+namespace {
+
+const std::string kStart = "<TestSummary>\n";
+const std::string kEnd = "</TestSummary>\n";
+const std::string kNotOpened =
+    "OrvDiffStreamLog: VEL_ASSERT_NAMED(m_stream, \"Stream was not opened.\");";
+
+/// A result of no more specific class.
+class BareResult : public OrvDiffResult {
+ public:
+  BareResult() : OrvDiffResult("m", "a") {}
+  void notifyListener(OrvDiffListener& listener) const override {
+    listener.comparisonNotification(*this);
+  }
+  bool isPassed() const override { return false; }
+};
+
+std::string entry(const std::string& kind, const std::string& master, const std::string& actual) {
+  return "<" + kind +
+         "><ReturnCode>1</ReturnCode><Command/><ResultsFile/><StepNumber>0</StepNumber>"
+         "<MasterFile>" +
+         master + "</MasterFile><CurrentFile>" + actual + "</CurrentFile></" + kind + ">\n";
+}
+
+std::unique_ptr<OrvDiffResultFailDiffNormalized> normalizedDiff(const std::string& actualName,
+                                                                const char* master,
+                                                                const char* actual) {
+  const auto copy = [](const char* text) {
+    return text != nullptr ? OrvDiffLib::strdupnew(text).release() : nullptr;
+  };
+  return std::make_unique<OrvDiffResultFailDiffNormalized>("m", actualName, copy(master),
+                                                           copy(actual), 0);
+}
+
+TEST(Logs, TheEntryOfEveryKindOfResult) {
+  const TestFolder folder;
+  const std::string kFailure = entry("TestCaseFailureDiff", "m", "a");
+  const std::string kPass =
+      entry("TestCasePassDiff", "r&amp;1", "&lt;&quot;r&apos;\xEF\xBF\xBD&gt;");
+  const struct {
+    std::unique_ptr<OrvDiffResult> result;
+    std::string inStream;
+    std::string inFile;
+  } kRows[] = {
+      {std::make_unique<OrvDiffResultPass>("r&1", "<\"r'\xE9>"), kPass, kPass},
+      {std::make_unique<OrvDiffResultFailDiff>("m", "a"), kFailure, kFailure},
+      {normalizedDiff("a", "x", "y"), kFailure, kFailure},
+      {std::make_unique<OrvDiffResultFailFileMissing>("m", "a", "a"), kFailure, kFailure},
+      {std::make_unique<OrvDiffResultFail>("m", "a"), kFailure, ""},
+      {std::make_unique<BareResult>(), "", ""},
+  };
+  for (const auto& row : kRows) {
+    std::ostringstream stream;
+    OrvDiffStreamLog streamLog;
+    streamLog.open(&stream);
+    row.result->notifyListener(streamLog);
+    streamLog.close();
+    EXPECT_EQ(stream.str(), kStart + row.inStream + kEnd);
+    TestFolder::write("summary", "from before, and longer than what is written now");
+    {
+      OrvDiffFileLog fileLog("summary");
+      row.result->notifyListener(fileLog);
+      EXPECT_EQ(TestFolder::read("summary"), kStart + row.inFile);
+    }
+    EXPECT_EQ(TestFolder::read("summary"), kStart + row.inFile + kEnd);
+  }
+}
+
+TEST(StreamLog, RefusesMisuseAndStaysAsItWas) {
+  std::ostringstream first;
+  std::ostringstream second;
+  OrvDiffStreamLog log;
+  const OrvDiffResultPass pass("m", "a");
+  EXPECT_EQ(raisedBy([&] { log.open(nullptr); }), "OrvDiffStreamLog: VEL_ASSERT(stream);");
+  EXPECT_EQ(raisedBy([&] { log.close(); }), kNotOpened);
+  EXPECT_EQ(raisedBy([&] { pass.notifyListener(log); }), kNotOpened);
+  EXPECT_EQ(raisedBy([&] { BareResult().notifyListener(log); }), "nothing");
+  log.open(&first);
+  EXPECT_EQ(raisedBy([&] { log.open(&second); }),
+            "OrvDiffStreamLog: VEL_ASSERT_NAMED(!m_stream, \"Log is already opened.\");");
+  log.close();
+  log.open(&second);
+  pass.notifyListener(log);
+  log.close();
+  EXPECT_EQ(raisedBy([&] { log.close(); }), kNotOpened);
+  EXPECT_EQ(first.str(), kStart + kEnd);
+  EXPECT_EQ(second.str(), kStart + entry("TestCasePassDiff", "m", "a") + kEnd);
+  {
+    OrvDiffStreamLog unfinished;
+    unfinished.open(&first);
+  }
+  EXPECT_EQ(first.str(), kStart + kEnd + kStart);
+}
+
+TEST(LogNormalized, KeepsBothTextsBesideTheActualOutput) {
+  const TestFolder folder;
+  TestFolder::write("out/r.html", "");
+  TestFolder::write("out/r.html.normalized_master", "from before, and longer");
+  const char* const kRows[][4] = {{"same \xC3\xA9\xE9\r\n", "x", "same \xC3\xA9\xE9\r\n", "x"},
+                                  {"", "x", "", "x"},
+                                  {nullptr, nullptr, "", ""}};
+  for (const auto& row : kRows) {
+    OrvDiffLogNormalized log;
+    normalizedDiff("out/r.html", row[0], row[1])->notifyListener(log);
+    EXPECT_EQ(TestFolder::read("out/r.html.normalized_master"), row[2]);
+    EXPECT_EQ(TestFolder::read("out/r.html.normalized_actual"), row[3]);
+  }
+  OrvDiffLogNormalized log;
+  OrvDiffResultPass("m", "p").notifyListener(log);
+  OrvDiffResultFailDiff("m", "p").notifyListener(log);
+  OrvDiffResultFailFileMissing("m", "p", "m").notifyListener(log);
+  EXPECT_FALSE(std::filesystem::exists("p.normalized_master"));
+  EXPECT_FALSE(std::filesystem::exists("m.normalized_master"));
+}
+
+TEST(Logs, AFailingDiskIsNobodysError) {
+  const TestFolder folder;
+  std::filesystem::create_symlink("/dev/full", "full.normalized_master");
+  std::filesystem::create_symlink("/dev/full", "full.normalized_actual");
+  const OrvDiffResultPass pass("m", "a");
+  for (const char* const name : {"/dev/full", "none/summary", "."}) {
+    OrvDiffFileLog log(name);
+    EXPECT_EQ(raisedBy([&] { pass.notifyListener(log); }), "nothing");
+  }
+  for (const char* const name : {"full", "none/r.html"}) {
+    OrvDiffLogNormalized log;
+    EXPECT_EQ(raisedBy([&] { normalizedDiff(name, "x", "y")->notifyListener(log); }), "nothing");
+  }
+  EXPECT_TRUE(std::filesystem::is_character_file("full.normalized_master"));
+}
+
+}  // namespace

@@ -1,0 +1,107 @@
+#include <list>
+
+#include "orvdiff/platform/I18N.h"
+#include "orvdiff/platform/OrvGlob.h"
+#include "orvdiff/platform/OrvHelper.h"
+#include "orvdiff/platform/VELFmDir.h"
+#include "tests/support/Testing.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+TEST(Paths, SplitJoinAndBasename) {
+  const char* const kSplits[][3] = {{"a/b/c.xml", "a/b", "c.xml"},
+                                    {"c.xml", "", "c.xml"},
+                                    {"/c.xml", "/", "c.xml"},
+                                    {"a/", "a", ""},
+                                    {"", "", ""},
+                                    {"a b/[c]?", "a b", "[c]?"}};
+  for (const auto& [path, folder, file] : kSplits) {
+    std::string gotFolder = "untouched";
+    std::string gotFile = "untouched";
+    VELFmDir::splitPath(path, &gotFolder, &gotFile);
+    VELFmDir::splitPath(path, nullptr, nullptr);
+    EXPECT_EQ(gotFolder + '|' + gotFile, folder + "|"s + file);
+  }
+  const char* const kJoins[][3] = {
+      {"a", "b", "a/b"}, {"a/", "b", "a/b"}, {"", "b", "b"}, {"/", "b", "/b"}};
+  for (const auto& [path, component, joined] : kJoins) {
+    std::string got = path;
+    VELFmDir::joinPath(got, component);
+    EXPECT_EQ(got, joined);
+  }
+  const char* const kNames[][3] = {{"R.xml", "R", "xml"},   {"R.a.xml", "R.a", "xml"},
+                                   {"R", "R", ""},          {".profile", ".profile", ""},
+                                   {".a.xml", ".a", "xml"}, {"R.", "R", ""}};
+  for (const auto& [name, base, extension] : kNames) {
+    std::string gotBase;
+    std::string gotExtension = "untouched";
+    OrvHelper::fileBasename(name, gotBase, gotExtension);
+    EXPECT_EQ(gotBase + '|' + gotExtension, base + "|"s + extension);
+  }
+}
+
+TEST(Glob, OnlyTheStarOfTheNamePartIsSpecial) {
+  const TestFolder folder;
+  for (const char* const name : {"R_2.html", "R.html", "R10.html", "R.htm", "[R]?.html", "r.html",
+                                 "a*b/R.html", "\xC3\xA9 'q\".html", "RR.html.html"}) {
+    TestFolder::write("M/"s + name, "");
+  }
+  std::filesystem::create_directory("M/R_folder.html");
+  std::filesystem::create_symlink("nowhere", "M/R_dangling.html");
+  const struct {
+    const char* pattern;
+    std::list<std::string> files;
+  } kRows[] = {{"M/R*.html",
+                {"M/R.html", "M/R10.html", "M/RR.html.html", "M/R_2.html", "M/R_dangling.html",
+                 "M/R_folder.html"}},
+               {"M/R.html", {"M/R.html"}},
+               {"M/[R]?*.html", {"M/[R]?.html"}},
+               {"M/?.html", {}},
+               {"M/R*html*html", {"M/RR.html.html"}},
+               {"M/\xC3\xA9*.html", {"M/\xC3\xA9 'q\".html"}},
+               {"M/a*b/*", {"M/a*b/R.html"}},
+               {"M*", {"M"}},
+               {"none/*", {}}};
+  for (const auto& row : kRows) {
+    std::list<std::string> files;
+    OrvGlob::globFiles(row.pattern, files);
+    EXPECT_EQ(files, row.files) << row.pattern;
+  }
+}
+
+TEST(XmlEncode, EveryNameBecomesCharacterData) {
+  const std::string kReplaced = "\xEF\xBF\xBD";
+  const std::string kRows[][2] = {
+      {"a&b<c>d\"e'f", "a&amp;b&lt;c&gt;d&quot;e&apos;f"},
+      {"&amp;", "&amp;amp;"},
+      {"\t\n\r\xC3\xB6\xF0\x9F\x98\x80", "\t\n\r\xC3\xB6\xF0\x9F\x98\x80"},
+      {"a\0b\x1F"s, "a" + kReplaced + "b" + kReplaced},
+      {"\xE9|\xC3", kReplaced + "|" + kReplaced},
+      {"\xEF\xBF\xBF", kReplaced}};
+  for (const auto& [text, encoded] : kRows) {
+    VELByteBuffer buffer(2, 1);
+    OrvHelper::xmlEncode(text.data(), text.size(), buffer);
+    EXPECT_EQ(buffer.str(), encoded);
+  }
+}
+
+TEST(I18N, Utf8TravelsThroughUtf16WithoutLoss) {
+  // Proper text, Latin-1, sequences cut off, overlong, surrogates, beyond Unicode, a mark.
+  for (const char* const text : {"", "plain", "\xC3\xB6\xF0\x9F\x98\x80\xE2\x80\xA8", "\xE9t\xE9",
+                                 "\xC3", "\xE2\x82", "\xF0\x9F\x98", "\xC3(\xE2\x82(\xF0\x9F\x98(",
+                                 "\xC0\xAF\xE0\x80\xAF", "\xED\xA0\x80\xED\xB0\x80", "\xED\xB2\x80",
+                                 "\xF4\x90\x80\x80\xFF\xFE\x80\xBF", "\xEF\xBB\xBFx"}) {
+    EXPECT_EQ(I18NString(text).empty(), *text == '\0');
+    EXPECT_EQ(I18NString(text).toBytes("utf-8"), text);
+  }
+  EXPECT_EQ(I18NString("gr\xF6\xDF", "iso-8859-1").toBytes(), "gr\xC3\xB6\xC3\x9F");
+  EXPECT_EQ(I18NString(reinterpret_cast<const char*>(u"\u00F6"), "UTF-16").toBytes(), "\xC3\xB6");
+  const std::string utf16 = I18NString("a\xC3\xB6").toBytes("utf-16");
+  EXPECT_EQ(utf16, std::string(reinterpret_cast<const char*>(u"a\u00F6"), 4));
+  EXPECT_EQ(I18NString("ab").toBytes("utf-32").size(), 8U);
+  EXPECT_THROW(I18NConverter("no-such-encoding"), VELAssertError);
+}
+
+}  // namespace
