@@ -68,6 +68,8 @@ TEST(TextFileComparison, FromDiskAndFromMemory) {
       {none, "a", "b", "diff m a"},
       {none, "same\0x"s, "same\0y"s, "pass m a"},
       {none, "same\0x"s, "same", "pass m a"},
+      {none, "same\0x"s, "same, not", "diff m a"},
+      {none, "same, not", "same\0x"s, "diff m a"},
       {none, "same", "same\0y"s, "pass m a"},
       {none, "\xE9", "\xE8", "diff m a"},
       {fast, "aX", "bcX\r", "pass m a"},
