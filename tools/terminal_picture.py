@@ -10,7 +10,7 @@ import html
 import re
 import sys
 
-COLUMNS = 100
+COLUMNS = 104
 CHARACTER = 8.4
 LINE = 19
 COLORS = {"31": "#f47067", "32": "#8ddb8c", "33": "#daaa3f", "1": "#ffffff", "2": "#768390"}

@@ -1,36 +1,46 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 
 #include "orvdiff/platform/VELAssert.h"
+#include "orvdiff/platform/VELFmFile.h"
 
 /// Whether two byte sources hold the same, in constant memory. A source is called as
 /// `read(buffer, count)` and returns how many bytes it delivered, fewer than `count` only at its
-/// end. With `untilNul`, both are texts, and what follows a NUL they have in common does not count.
+/// end or after an error. `length` is what both are known to hold, which spares looking for their
+/// ends, and a source that holds less is equal to nothing; 0 when it is not known.
 template <typename ReadMaster, typename ReadActual>
-bool haveEqualContents(ReadMaster readMaster, ReadActual readActual, bool untilNul) {
-  constexpr std::size_t kBlockSize = std::size_t{64} << 10;
-  const std::unique_ptr<char[]> blocks = velNewArray<char>(VEL_HERE, 2 * kBlockSize);
+bool haveEqualContents(ReadMaster readMaster, ReadActual readActual, std::uint64_t length) {
+  constexpr std::uint64_t kLargestBlock = std::uint64_t{64} << 10;
+  const std::uint64_t total = length > 0 ? length : UINT64_MAX;
+  const auto blockSize = static_cast<std::size_t>(std::min(kLargestBlock, total));
+  const std::unique_ptr<char[]> blocks = velNewArray<char>(VEL_HERE, 2 * blockSize);
   char* const master = blocks.get();
-  char* const actual = blocks.get() + kBlockSize;
-  for (;;) {
-    const std::size_t masterCount = readMaster(master, kBlockSize);
-    const std::size_t actualCount = readActual(actual, kBlockSize);
-    if (untilNul) {
-      const std::size_t common = masterCount < actualCount ? masterCount : actualCount;
-      const void* const nul = std::memchr(master, '\0', common);
-      if (nul != nullptr) {
-        const auto length = static_cast<std::size_t>(static_cast<const char*>(nul) - master);
-        return std::memcmp(master, actual, length + 1) == 0;
-      }
-    }
+  char* const actual = blocks.get() + blockSize;
+  for (std::uint64_t done = 0; done < total; done += blockSize) {
+    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(blockSize, total - done));
+    const std::size_t masterCount = readMaster(master, wanted);
+    const std::size_t actualCount = readActual(actual, wanted);
     if (masterCount != actualCount || std::memcmp(master, actual, masterCount) != 0) {
       return false;
     }
-    if (masterCount < kBlockSize) {
-      return true;
+    if (masterCount < wanted) {
+      return length == 0;
     }
   }
+  return true;
+}
+
+/// The same for two open files, from where they stand; false also when one cannot be read.
+inline bool haveEqualContents(VELFmFile& master, VELFmFile& actual) {
+  const auto reader = [](VELFmFile& file) {
+    return [&file](char* block, std::size_t count) { return file.read(block, count); };
+  };
+  return master.getLength() == actual.getLength() &&
+         haveEqualContents(reader(master), reader(actual), master.getLength()) &&
+         !master.hasFailed() && !actual.hasFailed();
 }

@@ -38,22 +38,6 @@ bool readStreamIntoBuffer(FILE* fh, char* buffer, std::size_t capacity) {
   return true;
 }
 
-/// Whether two files are known to hold the same text. Both streams then stand at their start again;
-/// what can be read only once, such as a pipe, is not touched.
-bool holdSameText(FILE* master, FILE* actual) {
-  if (std::fseek(master, 0, SEEK_SET) != 0 || std::fseek(actual, 0, SEEK_SET) != 0) {
-    return false;
-  }
-  const auto reader = [](FILE* stream) {
-    return [stream](char* block, std::size_t count) { return std::fread(block, 1, count, stream); };
-  };
-  const bool equal = haveEqualContents(reader(master), reader(actual), true) &&
-                     std::ferror(master) == 0 && std::ferror(actual) == 0;
-  std::rewind(master);
-  std::rewind(actual);
-  return equal;
-}
-
 void writeCleansedFile(const std::string& baseName, const char* text) {
   const OrvFileHandle file((baseName + ".cleansed").c_str(), "w");
   if (file != nullptr) {
@@ -188,17 +172,24 @@ OrvDiffResult* OrvDiffLib::textFileComparison(const std::string& masterName,
                                               const std::string& actualName,
                                               const OrvPatternList& patterns, bool writeCleansed,
                                               const char* actualText) {
-  OrvFileHandle master(masterName.c_str(), "r");
-  OrvFileHandle actual(actualName.c_str(), "r");
+  // Equal texts stay equal whatever is done to both of them.
+  const bool equalIsEnough = !writeCleansed && WorkingText::cannotFail(patterns);
+  VELFmFile masterFile;
+  VELFmFile actualFile;
+  const bool bothOpen = masterFile.open(masterName.c_str(), VELFmFile::eOpenExisting, 1) != 0 &&
+                        actualText == nullptr &&
+                        actualFile.open(actualName.c_str(), VELFmFile::eOpenExisting, 1) != 0;
+  // A pipe can be read only once, and then by what follows.
+  const bool canReadTwice = bothOpen && masterFile.isRegular() && actualFile.isRegular();
+  if (equalIsEnough && canReadTwice && haveEqualContents(masterFile, actualFile)) {
+    return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
+  }
+  OrvFileHandle master(masterFile.releaseStream());
+  OrvFileHandle actual(actualFile.releaseStream());
   OrvFileHandle& needed = actualText != nullptr ? master : actual;
   OrvDiffResult* const missing = checkOpenFiles(masterName, actualName, master, needed);
   if (missing != nullptr) {
     return missing;
-  }
-  // Equal texts stay equal whatever is done to both of them.
-  const bool equalIsEnough = !writeCleansed && WorkingText::cannotFail(patterns);
-  if (equalIsEnough && actualText == nullptr && holdSameText(master, actual)) {
-    return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
   }
   OrvTextBuffer masterBuffer = slurpFile(master);
   if (equalIsEnough && actualText != nullptr && std::strcmp(masterBuffer.get(), actualText) == 0) {

@@ -65,11 +65,12 @@ void writeOutput(std::strstream& stream, bool binary, const std::string& fileNam
 
 /// The number of bytes that a stream holds; its read position is then at the start.
 std::size_t measure(std::iostream& stream) {
+  stream.clear();
   std::streamoff length = 0;
-  if (auto* const memory = dynamic_cast<std::strstream*>(&stream)) {
-    length = memory->pcount();  // the end of the stream would be that of the memory it has reserved
+  auto* const memory = dynamic_cast<std::strstream*>(&stream);
+  if (memory != nullptr && memory->tellp() != std::streampos(-1)) {
+    length = memory->pcount();  // its end would be that of the memory it has reserved
   } else {
-    stream.clear();
     stream.seekg(0, std::ios::end);
     length = stream.tellg();
   }
@@ -92,18 +93,9 @@ bool holdsSameBytes(VELFmFile& master, std::iostream& output) {
   const auto readMaster = [&master](char* block, std::size_t count) {
     return master.read(block, count);
   };
-  const bool equal = haveEqualContents(readMaster, readOutput, false) && !master.hasFailed();
+  const bool equal = haveEqualContents(readMaster, readOutput, length) && !master.hasFailed();
   output.clear();
   return equal;
-}
-
-bool holdSameBytes(VELFmFile& master, VELFmFile& actual) {
-  const auto reader = [](VELFmFile& file) {
-    return [&file](char* block, std::size_t count) { return file.read(block, count); };
-  };
-  return master.getLength() == actual.getLength() &&
-         haveEqualContents(reader(master), reader(actual), false) && !master.hasFailed() &&
-         !actual.hasFailed();
 }
 
 }  // namespace
@@ -121,6 +113,20 @@ void OrvDiffFileEngine::verifyOutput(const OrvDiffListenerSet& listeners, const 
   for (const std::string& master : masters) {
     compareMaster(master, listeners, testInfo);
   }
+}
+
+std::vector<OrvFilePair> OrvDiffFileEngine::findPairs(const std::string& location) const {
+  std::list<std::string> masters;
+  globFiles(getMasterPattern(location).c_str(), masters);
+  std::vector<OrvFilePair> pairs;
+  for (const std::string& master : masters) {
+    pairs.push_back({master, getActualFile(master)});
+  }
+  return pairs;
+}
+
+std::string OrvDiffFileEngine::getMasterPattern(const std::string& location) const {
+  return getMasterFileGlobExpression(location);
 }
 
 void OrvDiffFileEngine::setMasterAndOutputFoldersSuffix(std::string suffix) {
@@ -212,7 +218,7 @@ OrvDiffResult* OrvDiffFileEngine::areFilesIdentical(const std::string& masterNam
     return velNew<OrvDiffResultFailFileMissing>(VEL_HERE, masterName, actualName, actualName);
   }
   const bool identical = inMemoryOutput != nullptr ? holdsSameBytes(master, *inMemoryOutput)
-                                                   : holdSameBytes(master, actual);
+                                                   : haveEqualContents(master, actual);
   if (identical) {
     return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
   }

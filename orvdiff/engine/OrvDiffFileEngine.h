@@ -3,6 +3,7 @@
 #include <iosfwd>
 #include <list>
 #include <string>
+#include <vector>
 
 #include "orvdiff/orvdiff_export.h"
 #include "orvdiff/platform/OrvStrStream.h"
@@ -10,6 +11,12 @@
 #include "orvdiff/registry/OrvDiffEngine.h"
 
 class OrvDiffResult;
+
+/// A master and the actual output that belongs to it.
+struct OrvFilePair {
+  std::string master;
+  std::string actual;
+};
 
 /// Base of every engine that compares files: finds the masters of a report, pairs each with the
 /// actual output of the same file name, has the pair compared and tells the listeners.
@@ -33,6 +40,14 @@ class ORVDIFF_API OrvDiffFileEngine : public OrvDiffEngine {
 
   /// Name of the folder that the report server writes this kind of output to.
   virtual std::string getOutputDirectoryTypeName() const = 0;
+
+  /// The pairs that `verifyOutput` would compare for the report at `location`, in its order. Reads
+  /// the master folder only; the outputs need not exist.
+  std::vector<OrvFilePair> findPairs(const std::string& location) const;
+
+  /// The wildcard pattern of the masters of the report at `location`, as
+  /// `getMasterFileGlobExpression` gives it.
+  std::string getMasterPattern(const std::string& location) const;
 
   /// Sets what is appended to the output folder's name; empty at first. Not while verifying.
   void setMasterAndOutputFoldersSuffix(std::string suffix);
@@ -98,9 +113,6 @@ class ORVDIFF_API OrvDiffFileEngine : public OrvDiffEngine {
   };
 
  private:
-  OrvDiffResult* compareWithOutput(const std::string& masterFile, const std::string& actualFile,
-                                   OrvTestInfo* testInfo);
-
   const char* m_subFolder;
   std::string m_masterAndOutputFoldersSuffix;
 };

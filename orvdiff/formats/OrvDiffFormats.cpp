@@ -83,3 +83,8 @@ const OrvDiffFormat* OrvDiffFormats::find(std::string_view name) {
   });
   return found != all().end() ? &*found : nullptr;
 }
+
+const OrvPatternList* OrvDiffFormats::getCleansingPatterns(const OrvDiffFileEngine& engine) {
+  const auto* const text = dynamic_cast<const OrvDiffTextFileTypeEngine*>(&engine);
+  return text != nullptr ? &text->getCleansingPatterns() : nullptr;
+}

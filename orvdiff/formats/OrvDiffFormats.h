@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
 #include "orvdiff/engine/OrvDiffFileEngine.h"
 #include "orvdiff/orvdiff_export.h"
 #include "orvdiff/platform/OrvOutputFormat.h"
@@ -33,4 +34,9 @@ class ORVDIFF_API OrvDiffFormats {
 
   /// The format of this name, or null.
   static const OrvDiffFormat* find(std::string_view name);
+
+  /// The patterns that `engine` applies to both texts before it compares them: empty when only
+  /// carriage returns go, null when it compares something else than normalised texts. They belong
+  /// to the engine.
+  static const OrvPatternList* getCleansingPatterns(const OrvDiffFileEngine& engine);
 };

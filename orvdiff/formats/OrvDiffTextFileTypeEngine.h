@@ -27,6 +27,9 @@ class ORVDIFF_API OrvDiffTextFileTypeEngine : public OrvDiffFileEngine {
   OrvDiffResult* performDiff(const std::string& masterName, const std::string& actualName,
                              std::strstream* inMemoryOutput) override;
 
+  /// The patterns that both texts go through before they are compared. Good while the engine lives.
+  const OrvPatternList& getCleansingPatterns() const { return m_cleansingPatterns.list(); }
+
  protected:
   /// Appends a pattern; a null one raises `VELAssertError`.
   void addCleansingPattern(const OrvDiffNormalizationPattern* pattern);

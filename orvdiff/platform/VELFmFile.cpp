@@ -39,12 +39,9 @@ int VELFmFile::open(const char* name, int createMode, int /*flag*/) {
   if (m_descriptor >= 0 && (fstat(m_descriptor, &status) != 0 || S_ISDIR(status.st_mode))) {
     close();
   }
+  m_length = static_cast<std::uint64_t>(status.st_size);
+  m_isRegular = S_ISREG(status.st_mode);
   return m_descriptor >= 0 ? 1 : 0;
-}
-
-std::uint64_t VELFmFile::getLength() const {
-  struct stat status = {};
-  return fstat(m_descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
 std::size_t VELFmFile::read(char* buffer, std::size_t count) {
@@ -58,6 +55,18 @@ std::size_t VELFmFile::read(char* buffer, std::size_t count) {
 std::size_t VELFmFile::write(const char* bytes, std::size_t count) {
   return transferAll(
       count, [&](std::size_t done) { return ::write(m_descriptor, bytes + done, count - done); });
+}
+
+FILE* VELFmFile::releaseStream() {
+  if (m_descriptor < 0) {
+    return nullptr;
+  }
+  lseek(m_descriptor, 0, SEEK_SET);
+  FILE* const stream = fdopen(m_descriptor, "r");
+  if (stream != nullptr) {
+    m_descriptor = -1;
+  }
+  return stream;
 }
 
 bool VELFmFile::close() {

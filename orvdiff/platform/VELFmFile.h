@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 
 /// A file as raw bytes. Closed by the destructor; not copied; one thread at a time.
 class VELFmFile {
@@ -19,8 +20,11 @@ class VELFmFile {
   /// Non-zero on success. A folder cannot be opened. `flag` is 1 for reading, 0 for writing.
   int open(const char* name, int createMode, int flag);
 
-  /// Size in bytes.
-  std::uint64_t getLength() const;
+  /// Size in bytes when the file was opened.
+  std::uint64_t getLength() const { return m_length; }
+
+  /// Whether what was opened is a regular file, which can be read again, and not a pipe.
+  bool isRegular() const { return m_isRegular; }
 
   /// Reads up to `count` bytes; fewer only at the end of the file or after a read error.
   std::size_t read(char* buffer, std::size_t count);
@@ -31,10 +35,16 @@ class VELFmFile {
   /// Writes `count` bytes; fewer only after a write error, such as a full disk.
   std::size_t write(const char* bytes, std::size_t count);
 
+  /// Hands an open file over as a stream that reads it from its start, to be closed by the caller.
+  /// Null when nothing is open, or no memory is left.
+  FILE* releaseStream();
+
   /// False when the system reports only now that written bytes did not reach the file.
   bool close();
 
  private:
   int m_descriptor = -1;
+  std::uint64_t m_length = 0;
+  bool m_isRegular = false;
   bool m_failed = false;
 };

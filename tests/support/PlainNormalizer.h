@@ -48,16 +48,21 @@ inline OrvPatternList rows(std::initializer_list<int> indices) {
   return list;
 }
 
+/// The longest list there is.
+inline OrvPatternList htmlPatterns() {
+  return rows({31, 0, 1, 2, 3, 4, 5, 6, 7, 11, 18, 13, 15, 14, 9, 12, 10});
+}
+
 /// Every catalogue row alone, then the lists of the engines that combine several.
 inline std::vector<OrvPatternList> patternListsToTry() {
   std::vector<OrvPatternList> lists;
   for (int index = 0; index < kCatalogueRows; ++index) {
     lists.push_back(rows({index}));
   }
-  lists.push_back(rows({31, 0, 1, 2, 3, 4, 5, 6, 7, 11, 18, 13, 15, 14, 9, 12, 10}));  // HTML
-  lists.push_back(rows({0, 1, 2, 3, 4, 35, 5, 6, 7, 9, 15, 10, 18, 20}));              // NAO
-  lists.push_back(rows({32, 31, 21, 0, 1, 8, 3, 4, 5, 6}));                            // MHT
-  lists.push_back(rows({16, 17, 22}));                                                 // CGS
+  lists.push_back(htmlPatterns());
+  lists.push_back(rows({0, 1, 2, 3, 4, 35, 5, 6, 7, 9, 15, 10, 18, 20}));  // NAO
+  lists.push_back(rows({32, 31, 21, 0, 1, 8, 3, 4, 5, 6}));                // MHT
+  lists.push_back(rows({16, 17, 22}));                                     // CGS
   lists.push_back(rows({18, 36}));
   lists.push_back(rows({19, 27}));
   lists.push_back(rows({0, 8}));

@@ -1,0 +1,78 @@
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <string>
+
+#include "bench/BenchInputs.h"
+#include "orvdiff/compare/FindLiteral.h"
+#include "orvdiff/compare/OrvDiffLib.h"
+#include "tests/support/PlainNormalizer.h"
+
+namespace {
+
+constexpr std::size_t kPageSize = std::size_t{256} << 10;
+
+void setBytes(benchmark::State& state, std::size_t bytesEachTime) {
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytesEachTime));
+}
+
+void cleanseHtml(benchmark::State& state) {
+  const std::string master = makePage(kPageSize, 1);
+  const std::string actual = makePage(kPageSize, 2);
+  const OrvPatternList patterns = htmlPatterns();
+  for (auto _ : state) {
+    OrvTextBuffer masterBuffer = OrvDiffLib::strdupnew(master.c_str());
+    OrvTextBuffer actualBuffer = OrvDiffLib::strdupnew(actual.c_str());
+    OrvDiffLib::cleanse(masterBuffer, actualBuffer, patterns);
+    if (toString(masterBuffer) != toString(actualBuffer)) {
+      state.SkipWithError("the pages do not pass");
+    }
+  }
+  setBytes(state, master.size() + actual.size());
+}
+BENCHMARK(cleanseHtml);
+
+void cleanseHtmlThroughIcu(benchmark::State& state) {
+  const std::string page = makePage(kPageSize, 1);
+  const OrvPatternList patterns = htmlPatterns();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(normalizePlainly(page, patterns));
+  }
+  setBytes(state, page.size());
+}
+BENCHMARK(cleanseHtmlThroughIcu);
+
+/// A catalogue row that finds nothing, or all there is, in a page.
+void cleanseOneRow(benchmark::State& state) {
+  const std::string page = makePage(kPageSize, 1);
+  const OrvPatternList patterns = rows({static_cast<int>(state.range(0))});
+  for (auto _ : state) {
+    OrvTextBuffer text = OrvDiffLib::strdupnew(page.c_str());
+    OrvTextBuffer empty = OrvDiffLib::strdupnew("");
+    OrvDiffLib::cleanse(text, empty, patterns);
+    benchmark::DoNotOptimize(text.get());
+  }
+  setBytes(state, page.size());
+}
+BENCHMARK(cleanseOneRow)->ArgName("row")->DenseRange(0, kCatalogueRows - 1);
+
+void compareEqualStrings(benchmark::State& state) {
+  const std::string page = makePage(static_cast<std::size_t>(state.range(0)), 1);
+  const std::string same = page;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(OrvDiffLib::compareStrings(page.c_str(), same.c_str()));
+  }
+  setBytes(state, 2 * page.size());
+}
+BENCHMARK(compareEqualStrings)->ArgName("bytes")->Arg(1 << 10)->Arg(1 << 18)->Arg(1 << 24);
+
+void findLiteralThatIsNotThere(benchmark::State& state) {
+  const std::string page = makePage(kPageSize, 1);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(findLiteral(page, " coords=\"", 0));
+  }
+  setBytes(state, page.size());
+}
+BENCHMARK(findLiteralThatIsNotThere);
+
+}  // namespace

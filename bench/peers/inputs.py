@@ -1,0 +1,218 @@
+"""Builds the inputs of the side-by-side runs, once: they stay in the build folder."""
+
+import os
+import pathlib
+import random
+import shutil
+import subprocess
+import sys
+import time
+
+SOURCE = pathlib.Path(__file__).resolve().parents[2]
+PAGE_FOLDERS = ("/usr/share/doc/postgresql-doc-*/html", "/usr/share/doc/python3*/html")
+LAYOUT_NAMESPACE = "http://www.orv.example/xmlns/prod/tarsa/layoutData/201310"
+SCHEMA = SOURCE / "examples/demo/server/schemas/layoutDataXMLV3.xsd"
+MIB = 1 << 20
+
+FULL = {"pages": 1500, "large_text": 64 * MIB, "small_files": 10_000, "numbers": 2_000_000,
+        "documents": 500, "large_document": 12_000_000, "reports": (1_000, 10_000, 50_000),
+        "checked_file": 256 * MIB, "growth": 500_000}
+QUICK = {"pages": 8, "large_text": MIB // 4, "small_files": 20, "numbers": 2_000,
+         "documents": 5, "large_document": 100_000, "reports": (20, 40, 60),
+         "checked_file": MIB, "growth": 1_000}
+
+
+class Suite:
+    """A report suite: its working folder, reports, masters and outputs."""
+
+    def __init__(self, folder):
+        self.work = folder / "server/work"
+        self.reports = folder / "server/suite"
+        self.masters = self.reports / "Masters"
+        self.outputs = folder / "server/webcontent/bi"
+
+    def create(self, master_folder, output_folder):
+        self.masters /= master_folder
+        self.outputs /= output_folder
+        for path in (self.work, self.masters, self.outputs):
+            path.mkdir(parents=True)
+
+    def add(self, name, extension, master, actual):
+        (self.reports / f"{name}.xml").write_text("<report/>\n")
+        (self.masters / f"{name}{extension}").write_bytes(master)
+        (self.outputs / f"{name}{extension}").write_bytes(actual)
+
+
+class Inputs:
+    def __init__(self, folder, quick, pages_from):
+        self.sizes = QUICK if quick else FULL
+        self._folder = folder / ("quick" if quick else "full")
+        self._pages_from = pages_from
+        self._built_anything = False
+
+    def settle(self):
+        """Waits until folders made just now count as old: a listing of a young one is not kept."""
+        if self._built_anything:
+            time.sleep(5)
+            self._built_anything = False
+
+    def _once(self, name, build):
+        """The folder `name`; `build` fills it when it is not there yet."""
+        folder = self._folder / name
+        if not folder.exists():
+            print(f"building {folder}", file=sys.stderr)
+            unfinished = self._folder / f"{name}.unfinished"
+            shutil.rmtree(unfinished, ignore_errors=True)
+            unfinished.mkdir(parents=True)
+            build(unfinished)
+            unfinished.rename(folder)
+            self._built_anything = True
+        return folder
+
+    def html(self):
+        """Real pages; masters and outputs differ in their volatile parts."""
+        def build(folder):
+            make = SOURCE / "tools/make_html_suite.py"
+            subprocess.run([sys.executable, make, "--pages", str(self.sizes["pages"]),
+                            *self._page_folders(), folder / "suite"],
+                           check=True, stdout=sys.stderr)
+        return Suite(self._once("html", build) / "suite")
+
+    def _page_folders(self):
+        if self._pages_from:
+            return [self._pages_from]
+        found = {path.resolve() for pattern in PAGE_FOLDERS for path in
+                 pathlib.Path("/").glob(pattern[1:]) if path.is_dir()}
+        if not found:
+            sys.exit("The runs need real HTML pages: apt-get install postgresql-doc-15 "
+                     "python3-doc, or name a folder of pages with --pages-from.")
+        return sorted(found)
+
+    def large_text(self):
+        """One pair of equal texts."""
+        def build(folder):
+            text = sized(self.sizes["large_text"], report_lines(1))
+            suite = Suite(folder)
+            suite.create("XML", "v5DebugXML")
+            suite.add("Large", ".xml", text, text)
+        return Suite(self._once("large-text", build))
+
+    def volatile_text(self):
+        """One pair of HTML texts that differ in volatile parts all over."""
+        def build(folder):
+            suite = Suite(folder)
+            suite.create("", "v5DebugHTML")
+            size = self.sizes["large_text"]
+            suite.add("Large", ".html", sized(size, html_lines(1)), sized(size, html_lines(2)))
+        return Suite(self._once("volatile-text", build))
+
+    def small_texts(self):
+        def build(folder):
+            suite = Suite(folder)
+            suite.create("XML", "v5DebugXML")
+            for number in range(self.sizes["small_files"]):
+                text = sized(2048, report_lines(number))
+                suite.add(f"Report{number:06}", ".xml", text, text)
+        return Suite(self._once("small-texts", build))
+
+    def images(self):
+        def build(folder):
+            suite = Suite(folder)
+            suite.create("", "v5DebugHTML")
+            rng = random.Random(1)
+            for number in range(self.sizes["small_files"]):
+                image = b"\x89PNG\r\n\x1a\n" + rng.randbytes(8192)
+                suite.add(f"Chart{number:06}", ".png", image, image)
+        return Suite(self._once("images", build))
+
+    def reports(self, count):
+        """`count` reports with one small page each."""
+        def build(folder):
+            suite = Suite(folder)
+            suite.create("", "v5DebugHTML")
+            for number in range(count):
+                suite.add(f"Report{number:06}", ".html", sized(1024, html_lines(1)),
+                          sized(1024, html_lines(2)))
+        return Suite(self._once(f"reports-{count}", build))
+
+    def numbers(self, noise_every):
+        """Two texts of numbers of sixteen digits; every `noise_every`-th is off in its last."""
+        def build(folder):
+            rng = random.Random(7)
+            with open(folder / "master", "w") as master, open(folder / "actual", "w") as actual:
+                for i in range(self.sizes["numbers"]):
+                    fraction = rng.randrange(10 ** 14, 10 ** 15 - 10)
+                    off = 5 if i % noise_every == 0 else 0
+                    end = "\n" if i % 10 == 9 else " "
+                    master.write(f"3.{fraction}{end}")
+                    actual.write(f"3.{fraction + off}{end}")
+        return self._once(f"numbers-{noise_every}", build)
+
+    def documents(self):
+        """Valid layout data: many small documents and a large one, as two formats."""
+        def build(folder):
+            suite = Suite(folder)
+            suite.create("CtxMetadata", "v5DebugCtxMetadata")
+            rng = random.Random(3)
+            names = []
+            for number in range(self.sizes["documents"] + 1):
+                is_large = number == self.sizes["documents"]
+                size = self.sizes["large_document"] if is_large else rng.randrange(2_000, 40_000)
+                names.append(f"Document{number:04}")
+                document = layout_data(size, rng)
+                suite.add(names[-1], ".xml", document, document)
+            for old, new in ((suite.masters, "DataXML"), (suite.outputs, "v5DebugDataXML")):
+                (old.parent / new).mkdir()
+                for name in names:
+                    os.link(old / f"{name}.xml", old.parent / new / f"{name}.xml")
+            schemas = suite.work.parent / "schemas"
+            schemas.mkdir()
+            shutil.copy(SCHEMA, schemas)
+        return Suite(self._once("documents", build))
+
+    def checked_file(self):
+        def build(folder):
+            rng = random.Random(5)
+            with open(folder / "expected", "wb") as expected:
+                for _ in range(self.sizes["checked_file"] // MIB):
+                    expected.write(rng.randbytes(MIB))
+            shutil.copy(folder / "expected", folder / "actual")
+        return self._once("checked-file", build)
+
+
+def sized(size, lines):
+    text = bytearray()
+    while len(text) < size:
+        text += next(lines)
+    return bytes(text)
+
+
+def report_lines(seed):
+    rng = random.Random(seed)
+    while True:
+        yield b"<row><item>Revenue %06d</item><value>%08.2f</value></row>\n" % (
+            rng.randrange(10 ** 6), rng.random() * 10 ** 5)
+
+
+def html_lines(run):
+    """The rows of a table; what differs from run to run is volatile."""
+    rng = random.Random(11)
+    volatile = random.Random(run)
+    while True:
+        yield (b'<tr><td id="rt_%06d" class="cell" onclick="go(%05d)">Revenue %06d</td></tr>\n'
+               % (volatile.randrange(10 ** 6), volatile.randrange(10 ** 5),
+                  rng.randrange(10 ** 6)))
+
+
+def layout_data(size, rng):
+    rows = (b'        <row kind="detail">\n'
+            b'          <cell style="txt"><coord>36,%d,156,17</coord><value>Item %d</value></cell>\n'
+            b'          <cell style="num"><coord>192,%d,100,17</coord><value>%d</value></cell>\n'
+            b'        </row>\n'
+            % tuple(rng.randrange(1000) for _ in range(4)) for _ in iter(int, 1))
+    return (b'<?xml version="1.0" encoding="UTF-8"?>\n<layoutData xmlns="%s" report="Revenue" '
+            b'locale="en-US" version="3">\n  <page number="1" name="pgRevenue" width="842" '
+            b'height="595">\n    <body>\n      <table name="list" columns="2">\n'
+            b'        <coord>36,73,555,17</coord>\n' % LAYOUT_NAMESPACE.encode()
+            + sized(size, rows)
+            + b'      </table>\n    </body>\n  </page>\n</layoutData>\n')

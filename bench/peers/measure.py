@@ -1,0 +1,59 @@
+"""Runs commands in turn and says how long each took."""
+
+import dataclasses
+import os
+import pathlib
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+
+@dataclasses.dataclass(frozen=True)
+class Command:
+    argv: list
+    cwd: pathlib.Path = pathlib.Path(".")
+    says: str = ""  # what its output must contain: proof that it did the work
+    status: int = 0
+
+
+@dataclasses.dataclass(frozen=True)
+class Sample:
+    wall: float  # seconds
+    cpu: float  # seconds of processor time, user and system
+    peak: int  # bytes of memory
+    output: str
+
+
+def run(command):
+    """Runs a command to its end; the program ends when it does not do its work."""
+    with tempfile.TemporaryFile() as output:
+        start = time.perf_counter()
+        process = subprocess.Popen([str(arg) for arg in command.argv], cwd=command.cwd,
+                                   stdin=subprocess.DEVNULL, stdout=output,
+                                   stderr=subprocess.STDOUT)
+        _, status, usage = os.wait4(process.pid, 0)
+        wall = time.perf_counter() - start
+        process.returncode = os.waitstatus_to_exitcode(status)
+        output.seek(0)
+        text = output.read().decode(errors="replace")
+    if process.returncode != command.status or command.says not in text:
+        shown = " ".join(str(arg) for arg in command.argv)[:500]
+        sys.exit(f"in {command.cwd}: {shown}\n{text[-2000:]}\nended with {process.returncode}, "
+                 f"expected was {command.status} and the words \"{command.says}\"")
+    return Sample(wall, usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024, text)
+
+
+def in_turn(commands, runs):
+    """Samples of each command, `runs` times one after the other, every other time backwards."""
+    samples = [[] for _ in commands]
+    for number in range(runs):
+        places = range(len(commands))
+        for place in places if number % 2 == 0 else reversed(places):
+            samples[place].append(run(commands[place]))
+    return samples
+
+
+def median(samples, what):
+    return statistics.median(getattr(sample, what) for sample in samples)

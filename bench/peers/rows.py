@@ -1,0 +1,203 @@
+"""What is measured against what, and how fast it has to be."""
+
+import dataclasses
+import statistics
+
+from inputs import LAYOUT_NAMESPACE, SOURCE
+from measure import Command, in_turn, median, run
+
+
+@dataclasses.dataclass(frozen=True)
+class Figures:
+    """One line of the table; times in seconds, sizes in bytes."""
+    us: float
+    peer: float
+    unit: str
+    ratio: float
+    least: float
+    most: float
+    cpu_ratio: float = None
+
+
+@dataclasses.dataclass(frozen=True)
+class Row:
+    """One line of work. `target` is the least ratio when `faster`, else the greatest; None: only
+    to be known."""
+    name: str
+    work: str
+    against: str
+    target: float = None
+    faster: bool = False
+
+    def ratio_of(self, us, peer):
+        return peer / us if self.faster else us / peer
+
+    def is_met(self, figures):
+        return figures.ratio >= self.target if self.faster else figures.ratio <= self.target
+
+    def target_text(self):
+        if self.target is None:
+            return "known"
+        return f"≥ {self.target:g}× faster" if self.faster else f"≤ {self.target:g}×"
+
+
+@dataclasses.dataclass(frozen=True)
+class Race(Row):
+    """Our time to a peer's; `share` is how much of our work the peer's is worth."""
+    us: Command = None
+    peer: Command = None
+    share: float = 1
+
+    def measure(self, runs):
+        us, peer = in_turn([self.us, self.peer], runs)
+        share = self.share
+        ratios = [self.ratio_of(ours.wall * share, other.wall) for ours, other in zip(us, peer)]
+        wall = (median(us, "wall"), median(peer, "wall"))
+        return Figures(*wall, "s", self.ratio_of(wall[0] * share, wall[1]), min(ratios),
+                       max(ratios),
+                       self.ratio_of(median(us, "cpu") * share, max(median(peer, "cpu"), 1e-3)))
+
+
+@dataclasses.dataclass(frozen=True)
+class Memory(Row):
+    """Our peak memory to the size of a file."""
+    us: Command = None
+    size: int = 0
+
+    def measure(self, runs):
+        peaks = [sample.peak for sample in in_turn([self.us], runs)[0]]
+        ratios = [self.ratio_of(peak, self.size) for peak in peaks]
+        return Figures(statistics.median(peaks), self.size, "B", statistics.median(ratios),
+                       min(ratios), max(ratios))
+
+
+@dataclasses.dataclass(frozen=True)
+class Growth(Row):
+    """The worst time(2n) ÷ time(n); the program measures processor time, several runs itself."""
+    us: Command = None
+
+    def measure(self, _runs):
+        lines = run(self.us).output.splitlines()
+        worst = next(i for i, line in enumerate(lines) if line.split()[:1] == ["ratio"]) + 1
+        ratio, milliseconds = (float(word) for word in lines[worst].split()[:2])
+        return Figures(milliseconds / 1e3, milliseconds / 1e3 / ratio, "s", ratio, ratio, ratio)
+
+
+class Programs:
+    def __init__(self, build, inputs):
+        self._bin = build / "bin"
+        self.inputs = inputs
+
+    def engine(self, suite, format_name, passed):
+        """Every report of a suite through the engine of one format."""
+        return Command([self._bin / "orvdiff_verify_pairs", "suite", format_name, "../suite"],
+                       suite.work, f"{passed} passed, 0 did not")
+
+    def verify(self, suite, *options):
+        return Command([self._bin / "orvdiff", "verify", *options, "../suite"], suite.work)
+
+    def tool(self, name, *arguments, says=""):
+        return Command([self._bin / name, *arguments], says=says)
+
+
+def html_rows(programs):
+    suite = programs.inputs.html()
+    pages = len(list(suite.masters.iterdir()))
+    size = sum(file.stat().st_size for folder in (suite.masters, suite.outputs / "v5DebugHTML")
+               for file in folder.iterdir())
+    work = f"{pages} real HTML pages, {size / 1e6:.0f} MB, volatile parts differ"
+    folders = (suite.masters, suite.outputs / "v5DebugHTML")
+    us = programs.engine(suite, "html", pages)
+    perl = Command(["perl", SOURCE / "bench/peers/normalize.pl", *folders])
+    yield Race("P1", work, "Perl, same substitutions", 10, True, us=us, peer=perl)
+    yield Race("P2", work, "plain ICU", 15, True, us=us,
+               peer=programs.tool("orvdiff_plain_icu", *folders))
+
+
+def text_rows(programs):
+    sizes = programs.inputs.sizes
+    suite = programs.inputs.large_text()
+    pair = (suite.masters / "XML/Large.xml", suite.outputs / "v5DebugXML/Large.xml")
+    yield Race("P3", f"equal texts of {sizes['large_text'] / 1e6:.0f} MB", "cmp", 1,
+               us=programs.engine(suite, "xml", 1), peer=Command(["cmp", *pair]))
+    suite = programs.inputs.small_texts()
+    count = sizes["small_files"]
+    yield Race("P3", f"{count} pairs of equal small texts", "diff -rq", 1,
+               us=programs.engine(suite, "xml", count),
+               peer=diff(suite.masters / "XML", suite.outputs / "v5DebugXML"))
+
+
+def diff(masters, outputs):
+    return Command(["diff", "-rq", masters, outputs])
+
+
+def image_rows(programs):
+    suite = programs.inputs.images()
+    count = programs.inputs.sizes["small_files"]
+    yield Race("P4", f"{count} pairs of equal images, `orvdiff verify`", "diff -rq", 1,
+               us=programs.verify(suite, "-f", "html-png"),
+               peer=diff(suite.masters, suite.outputs / "v5DebugHTML"))
+
+
+def number_rows(programs):
+    for noise_every, share in ((20, "5 %"), (1, "all")):
+        folder = programs.inputs.numbers(noise_every)
+        pair = (folder / "master", folder / "actual")
+        count = programs.inputs.sizes["numbers"]
+        yield Race("P5", f"{count} numbers, {pair[0].stat().st_size / 1e6:.0f} MB a side, {share} "
+                   "off in the last digit", "numdiff -q", 15, True,
+                   us=programs.tool("orvdiff_verify_pairs", "numbers", *pair, says="1 passed"),
+                   peer=Command(["numdiff", "-q", "-r", "1e-14", *pair]))
+
+
+def xml_rows(programs):
+    suite = programs.inputs.documents()
+    count = programs.inputs.sizes["documents"] + 1
+    schema = suite.work.parent / "schemas/layoutDataXMLV3.xsd"
+    for work, format_name, folder, grammar, options in (
+            ("well-formedness", "ctx-metadata", "v5DebugCtxMetadata", (), ()),
+            ("schema", "layout-data", "v5DebugDataXML", (LAYOUT_NAMESPACE, schema),
+             ("--schema", schema))):
+        outputs = suite.outputs / folder
+        us = programs.engine(suite, format_name, count)
+        work = f"{count} XML documents, one large: {work}"
+        yield Race("P6", work, "bare Xerces loop", 1.15, us=us,
+                   peer=programs.tool("orvdiff_bare_xerces", outputs, *grammar,
+                                      says=f"{count} documents"))
+        yield Race("P6", work, "xmllint --noout", us=us,
+                   peer=Command(["xmllint", "--noout", *options, *sorted(outputs.iterdir())]))
+
+
+def folder_rows(programs):
+    first, *others = programs.inputs.sizes["reports"]
+    base = programs.verify(programs.inputs.reports(first))
+    for count in others:
+        yield Race("P7", f"`orvdiff verify` of {count} reports, per report", f"of {first} reports",
+                   1.3, us=programs.verify(programs.inputs.reports(count)), peer=base,
+                   share=first / count)
+
+
+def growth_rows(programs):
+    n = programs.inputs.sizes["growth"]
+    yield Growth("P8", f"documents hard on backtracking, {2 * n} repetitions; the worst case",
+                 f"{n} repetitions", 2.3, us=programs.tool("orvdiff_growth", str(n)))
+
+
+def check_rows(programs):
+    folder = programs.inputs.checked_file()
+    pair = (folder / "actual", folder / "expected")
+    yield Race("P9", f"harness check of equal {pair[0].stat().st_size / 1e6:.0f} MB", "cmp", 2,
+               us=programs.tool("orvdiff_verify_pairs", "check", *pair, says="1 passed"),
+               peer=Command(["cmp", *pair]))
+
+
+def memory_rows(programs):
+    suite = programs.inputs.volatile_text()
+    size = programs.inputs.sizes["large_text"]
+    yield Memory("P10", f"peak memory, texts of {size / 1e6:.0f} MB, volatile parts differ",
+                 "size of one", 8, us=programs.engine(suite, "html", 1), size=size)
+
+
+ROWS = {"P1": html_rows, "P2": html_rows, "P3": text_rows, "P4": image_rows, "P5": number_rows,
+        "P6": xml_rows, "P7": folder_rows, "P8": growth_rows, "P9": check_rows,
+        "P10": memory_rows}

@@ -1,0 +1,27 @@
+#include "cli/Interrupt.h"
+
+namespace {
+
+volatile std::sig_atomic_t stopWanted = 0;
+
+void rememberStop(int /*signal*/) {
+  stopWanted = 1;
+}
+
+}  // namespace
+
+InterruptWatch::InterruptWatch() {
+  struct sigaction action = {};
+  action.sa_handler = rememberStop;
+  action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGINT, &action, &m_former);
+}
+
+InterruptWatch::~InterruptWatch() {
+  sigaction(SIGINT, &m_former, nullptr);
+}
+
+bool InterruptWatch::isStopWanted() {
+  return stopWanted != 0;
+}

@@ -1,0 +1,42 @@
+#include "cli/MissingReason.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+namespace {
+
+bool isThere(const std::string& path) {
+  struct stat status = {};
+  return lstat(path.c_str(), &status) == 0;
+}
+
+std::string whyNotFound(const std::string& path, int error) {
+  if (error != ENOENT && error != ENOTDIR) {
+    return "cannot be reached: " + std::generic_category().message(error);
+  }
+  if (isThere(path)) {
+    return "is a link to nothing";
+  }
+  const std::string folder = std::filesystem::path(path).parent_path().string();
+  return folder.empty() || isThere(folder) ? "is not there" : "is not there, nor is its folder";
+}
+
+}  // namespace
+
+std::string missingReason(const std::string& path) {
+  struct stat status = {};
+  if (stat(path.c_str(), &status) != 0) {
+    return whyNotFound(path, errno);
+  }
+  if (S_ISDIR(status.st_mode)) {
+    return "is a folder";
+  }
+  if (access(path.c_str(), R_OK) != 0) {
+    return "may not be read: " + std::generic_category().message(errno);
+  }
+  return S_ISREG(status.st_mode) ? "could not be opened" : "is no regular file";
+}

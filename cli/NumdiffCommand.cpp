@@ -1,0 +1,68 @@
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "cli/Commands.h"
+#include "cli/Printable.h"
+#include "cli/ResultPrinter.h"
+#include "orvdiff/compare/OrvDiffFloatComparison.h"
+#include "orvdiff/compare/OrvDiffLib.h"
+#include "orvdiff/registry/OrvDiffResult.h"
+
+namespace {
+
+using Number = OrvDiffFloatComparison::Number;
+
+constexpr const char* kIndent = "          ";
+
+void printNumber(const char* side, const Number& number) {
+  constexpr std::size_t kMostDigits = 60;
+  const std::string_view text(number.start, static_cast<std::size_t>(number.end - number.start));
+  std::cout << kIndent << side;
+  if (!number.found) {
+    std::cout << "no further number\n";
+    return;
+  }
+  std::cout << text.substr(0, kMostDigits) << (text.size() > kMostDigits ? "..." : "") << " at "
+            << number.line << ':' << number.column << '\n';
+}
+
+void printMismatch(const OrvDiffFloatComparison::Mismatch& mismatch) {
+  printNumber("master: ", mismatch.master);
+  printNumber("actual: ", mismatch.actual);
+  if (mismatch.master.found && mismatch.actual.found) {
+    std::cout << kIndent << "they differ by " << mismatch.difference << "; " << mismatch.tolerance
+              << " is allowed\n";
+  }
+}
+
+}  // namespace
+
+ExitStatus run(const NumdiffOptions& options) {
+  OrvFileHandle master(options.master.c_str(), "r");
+  OrvFileHandle actual(options.actual.c_str(), "r");
+  const Palette palette(options.color);
+  ResultPrinter printer(options.verbosity, palette);
+  std::unique_ptr<const OrvDiffResult> result(
+      OrvDiffLib::checkOpenFiles(options.master, options.actual, master, actual));
+  std::optional<OrvDiffFloatComparison::Mismatch> mismatch;
+  OrvTextBuffer masterText;
+  OrvTextBuffer actualText;
+  if (result == nullptr) {
+    masterText = OrvDiffLib::slurpFile(master);
+    actualText = OrvDiffLib::slurpFile(actual);
+    mismatch = OrvDiffFloatComparison().findFirstMismatch(masterText.get(), actualText.get());
+    if (mismatch) {
+      result = std::make_unique<OrvDiffResultFailDiff>(options.master, options.actual);
+    } else {
+      result = std::make_unique<OrvDiffResultPass>(options.master, options.actual);
+    }
+  }
+  result->notifyListener(printer);
+  if (mismatch && options.verbosity != Verbosity::Quiet) {
+    printMismatch(*mismatch);
+  }
+  return result->isPassed() ? kExitPassed : kExitNotPassed;
+}

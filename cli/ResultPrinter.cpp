@@ -1,0 +1,81 @@
+#include "cli/ResultPrinter.h"
+
+#include <iostream>
+#include <string>
+
+#include "cli/Excerpt.h"
+#include "cli/MissingReason.h"
+#include "cli/Printable.h"
+#include "orvdiff/registry/OrvDiffResult.h"
+
+namespace {
+
+constexpr const char* kIndent = "          ";
+
+const char* orEmpty(const char* text) {
+  return text != nullptr ? text : "";
+}
+
+}  // namespace
+
+ResultPrinter::ResultPrinter(Verbosity verbosity, const Palette& palette)
+    : m_verbosity(verbosity), m_palette(palette) {}
+
+void ResultPrinter::comparisonNotification(const OrvDiffResultPass& result) {
+  if (m_verbosity == Verbosity::Verbose) {
+    printVerdict(Color::Green, "passed", result);
+  }
+}
+
+void ResultPrinter::comparisonNotification(const OrvDiffResultFailDiff& result) {
+  if (m_verbosity != Verbosity::Quiet) {
+    printVerdict(Color::Red, "differs", result);
+  }
+}
+
+void ResultPrinter::comparisonNotification(const OrvDiffResultFailDiffNormalized& result) {
+  if (m_verbosity == Verbosity::Quiet) {
+    return;
+  }
+  printVerdict(Color::Red, "differs", result);
+  const char* const master = orEmpty(result.getNormalizedMaster());
+  const std::size_t position = startOfCharacter(master, result.getDiffPosition());
+  const TextPosition place = locate(master, position);
+  std::cout << kIndent << "at " << place.line << ':' << place.column << " in the normalised text\n";
+  const Excerpt ofMaster = excerptAround(master, position);
+  printSide("master: ", ofMaster);
+  printSide("actual: ", excerptAround(orEmpty(result.getNormalizedActual()), position));
+  printSide("        ", {std::string(ofMaster.columns, ' '), ofMaster.columns, "^", ""});
+}
+
+void ResultPrinter::comparisonNotification(const OrvDiffResultFailFileMissing& result) {
+  if (m_verbosity == Verbosity::Quiet) {
+    return;
+  }
+  printVerdict(Color::Yellow, "missing", result);
+  const bool isMaster = result.getMissingFile() == result.getMasterName();
+  std::cout << kIndent << (isMaster ? "the master " : "the actual output ")
+            << printable(missingReason(result.getMissingFile())) << '\n';
+}
+
+void ResultPrinter::comparisonNotification(const OrvDiffResultFail& result) {
+  if (m_verbosity != Verbosity::Quiet) {
+    printVerdict(Color::Red, "failed", result);
+  }
+}
+
+void ResultPrinter::printVerdict(Color color, std::string_view word,
+                                 const OrvDiffResult& result) const {
+  constexpr std::size_t kWordColumns = 9;
+  std::cout << m_palette.paint(color, word) << std::string(kWordColumns - word.size(), ' ')
+            << printable(result.getMasterName());
+  if (result.getActualName() != result.getMasterName()) {
+    std::cout << " -> " << printable(result.getActualName());
+  }
+  std::cout << '\n';
+}
+
+void ResultPrinter::printSide(std::string_view side, const Excerpt& excerpt) const {
+  std::cout << kIndent << side << excerpt.before << m_palette.paint(Color::Red, excerpt.first)
+            << excerpt.rest << '\n';
+}

@@ -1,0 +1,178 @@
+#include <chrono>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/ClosingSummary.h"
+#include "cli/Commands.h"
+#include "cli/FormatSelection.h"
+#include "cli/HarnessLog.h"
+#include "cli/Interrupt.h"
+#include "cli/ListCommand.h"
+#include "cli/NormalizedSaver.h"
+#include "cli/PairFilter.h"
+#include "cli/Printable.h"
+#include "cli/Progress.h"
+#include "cli/ReportFinder.h"
+#include "cli/ResultPrinter.h"
+#include "cli/SummaryFile.h"
+#include "orvdiff/registry/OrvDiffEngineRegistry.h"
+
+namespace {
+
+constexpr const char* kOutputRoot = "../webcontent/bi";
+
+/// Sends what was printed on its way, before a script prints behind its back. Unlike
+/// `std::cout.flush()`, leaves the progress line alone when nothing was printed.
+void sendOutput() {
+  if (std::cout.rdbuf()->pubsync() != 0) {
+    std::cout.setstate(std::ios::badbit);
+  }
+}
+
+/// Drives the registry over reports and formats. What one of them raises does not keep the others
+/// from being verified.
+class Run {
+ public:
+  Run(const std::vector<SelectedFormat>& formats, const Palette& palette)
+      : m_formats(formats), m_palette(palette) {
+    for (const SelectedFormat& selected : formats) {
+      m_registry.registerDiffEngine(selected.format->format, selected.engine.get());
+    }
+    m_registry.addListener(&m_filter);
+    m_filter.add(m_totals.pairs);
+  }
+
+  void addListener(OrvDiffListener& listener) { m_filter.add(listener); }
+
+  /// `log` is told where each report starts and ends, and must outlive the run.
+  void logTo(HarnessLog& log) {
+    m_filter.add(log.listener());
+    m_harnessLog = &log;
+  }
+
+  void verify(const std::vector<std::string>& reports, bool showProgress) {
+    const auto start = std::chrono::steady_clock::now();
+    const InterruptWatch watch;
+    Progress progress(showProgress);
+    m_totals.reports = reports.size();
+    std::ptrdiff_t finished = 0;
+    try {
+      for (const std::string& report : reports) {
+        stopIfWanted();
+        sendOutput();
+        progress.show(++m_totals.done, reports.size(), report);
+        verifyReport(report);
+        ++finished;
+      }
+    } catch (const Interrupted&) {
+      m_totals.interrupted = true;
+    }
+    m_totals.unverified = m_filter.unverifiedAmong({reports.begin(), reports.begin() + finished});
+    m_totals.time = std::chrono::steady_clock::now() - start;
+  }
+
+  RunTotals& totals() { return m_totals; }
+
+ private:
+  static void stopIfWanted() {
+    if (InterruptWatch::isStopWanted()) {
+      throw Interrupted();
+    }
+  }
+
+  void verifyReport(const std::string& report) {
+    const HarnessLog::TestCase testCase(m_harnessLog, report);
+    for (const SelectedFormat& selected : m_formats) {
+      stopIfWanted();
+      m_filter.startReport(report, selected.format->name);
+      try {
+        m_registry.verifyOutput(selected.format->format, report.c_str(), nullptr);
+      } catch (const std::exception& error) {
+        ++m_totals.errors;
+        m_filter.claimMasters();
+        printError(report, selected, error);
+        testCase.fail(error.what());
+      }
+    }
+  }
+
+  /// The engine stopped at the first pair that nobody has heard of.
+  void printError(const std::string& report, const SelectedFormat& selected,
+                  const std::exception& error) const {
+    std::cout << m_palette.paint(Color::Red, "error") << "    " << printable(report) << " ("
+              << selected.format->name << "): " << printable(error.what()) << '\n';
+    const std::vector<OrvFilePair> pairs = selected.engine->findPairs(report);
+    const std::size_t reached = m_filter.countSinceStart();
+    if (reached < pairs.size()) {
+      std::cout << "          at " << printable(pairs[reached].master) << " -> "
+                << printable(pairs[reached].actual) << "; " << pairs.size() - reached - 1
+                << " more of this format not compared\n";
+    }
+  }
+
+  const std::vector<SelectedFormat>& m_formats;
+  const Palette& m_palette;
+  OrvDiffEngineRegistry m_registry;
+  PairFilter m_filter;
+  HarnessLog* m_harnessLog = nullptr;
+  RunTotals m_totals;
+};
+
+void printHints(const RunTotals& totals, bool allowNone) {
+  std::error_code ignored;
+  if (totals.pairs.missing > 0 && !std::filesystem::is_directory(kOutputRoot, ignored)) {
+    std::cerr << "orvdiff: there is no folder " << kOutputRoot
+              << " here; -C names the folder to run from\n";
+  }
+  if (totals.pairs.pairs() == 0 && totals.errors == 0 && !totals.interrupted && !allowNone) {
+    std::cerr << "orvdiff: nothing was verified (--allow-none accepts that)\n";
+  }
+}
+
+}  // namespace
+
+ExitStatus run(const VerifyOptions& options) {
+  const std::vector<SelectedFormat> formats = selectFormats(options.formats);
+  const std::vector<std::string> reports = findReports(options.locations);
+  if (options.listOnly) {
+    return listPairs(reports, formats, options.allowNone);
+  }
+  std::optional<SummaryFile> summary;
+  if (!options.summaryFile.empty()) {
+    summary.emplace(options.summaryFile);
+  }
+  std::optional<HarnessLog> harnessLog;
+  if (!options.harnessLog.empty()) {
+    harnessLog.emplace(options.harnessLog, options.harnessLogLevel);
+  }
+  const Palette palette(options.color);
+  ResultPrinter printer(options.verbosity, palette);
+  NormalizedSaver saver;
+  Run run(formats, palette);
+  run.addListener(printer);
+  if (summary) {
+    run.addListener(summary->listener());
+  }
+  if (options.saveNormalized) {
+    run.addListener(saver);
+  }
+  if (harnessLog) {
+    run.logTo(*harnessLog);
+  }
+  run.verify(reports, options.verbosity != Verbosity::Quiet && canShowProgress());
+  RunTotals& totals = run.totals();
+  totals.unsaved = saver.unsavedFiles();
+  printClosingSummary(totals, options.verbosity, palette);
+  printHints(totals, options.allowNone);
+  if (summary && !totals.interrupted) {
+    summary->finish();
+  }
+  if (harnessLog) {
+    harnessLog->finish();
+  }
+  return exitStatusOf(totals, options.allowNone);
+}

@@ -1,0 +1,65 @@
+"""Builds small suites in a temporary folder and runs the real program on them."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+PROGRAM = os.path.join(os.environ["ORVDIFF_BIN_DIR"], "orvdiff")
+
+
+class Run:
+    """What one run of the program left behind."""
+
+    def __init__(self, finished):
+        self.status = finished.returncode
+        self.out = finished.stdout.decode("utf-8")  # an excerpt that is no UTF-8 is a fault
+        self.err = finished.stderr.decode("utf-8")
+
+    def lines(self, *verdicts):
+        """The lines that start with one of these words."""
+        return [line for line in self.out.splitlines() if line.split(" ")[0] in verdicts]
+
+
+class SuiteTest(unittest.TestCase):
+    """A server folder with work/, suite/ and webcontent/bi/, gone after the test."""
+
+    def setUp(self):
+        self.server = pathlib.Path(tempfile.mkdtemp(prefix="orvdiff-test-"))
+        self.addCleanup(shutil.rmtree, self.server)
+        for folder in ("work", "suite/Masters", "webcontent/bi/v5DebugHTML"):
+            (self.server / folder).mkdir(parents=True)
+
+    def write(self, path, content=b""):
+        """Writes a file below the server folder and returns its path."""
+        if isinstance(content, str):
+            content = content.encode()
+        target = os.path.join(os.fsencode(self.server), os.fsencode(path))
+        os.makedirs(os.path.dirname(target), exist_ok=True)
+        with open(target, "wb") as file:
+            file.write(content)
+        return target
+
+    def report(self, name, master=None, actual=None, folder="suite", xls=False):
+        """A report; with a master and an output, unless they are None, as a page of HTML, or as a
+        spreadsheet in HTML, which keeps its lines when it is normalised."""
+        name = os.fsencode(name)
+        folder = os.fsencode(folder)
+        self.write(folder + b"/" + name + b".xml", "a report")
+        if master is not None:
+            self.write(folder + (b"/Masters/XLS/" if xls else b"/Masters/") + name + b".html",
+                       master)
+        if actual is not None:
+            self.write(b"webcontent/bi/v5Debug" + (b"XLS/" if xls else b"HTML/") + name + b".html",
+                       actual)
+
+    def run_program(self, *arguments, **environment):
+        clean = {k: v for k, v in os.environ.items() if k != "NO_COLOR"}
+        finished = subprocess.run([PROGRAM, *arguments], cwd=self.server / "work", timeout=60,
+                                  capture_output=True, check=False, env={**clean, **environment})
+        return Run(finished)
+
+    def verify(self, *arguments, locations=("../suite",), **environment):
+        return self.run_program("verify", *arguments, *locations, **environment)

@@ -1,0 +1,391 @@
+import os
+import re
+import signal
+import subprocess
+import unittest
+import xml.etree.ElementTree
+
+from suite import PROGRAM, SuiteTest
+
+COUNTS = re.compile(
+    r"(\d+) reports?, (\d+) pairs?: (\d+) passed, (\d+) differ, (\d+) missing, (\d+) failed, "
+    r"(\d+) errors?(?:, (\d+) reports? not verified)? \(\d+\.\d\d s\)")
+
+
+class Outcomes(SuiteTest):
+    def counts(self, run):
+        found = COUNTS.search(run.out)
+        self.assertIsNotNone(found, run.out + run.err)
+        return tuple(int(number or 0) for number in found.groups())
+
+    def test_every_outcome_in_one_run(self):
+        self.report("Same", "<p id=\"a\">x</p>\n", "<p id=\"b\">x</p>\r\n")
+        self.report("Other", "<p>1,284</p>", "<p>1,248</p>")
+        self.report("Gone", "<p>x</p>")
+        self.report("Bare")
+        run = self.verify()
+        self.assertEqual(run.status, 1)
+        self.assertEqual(self.counts(run), (4, 3, 1, 1, 1, 0, 0, 1))
+        self.assertEqual(run.lines("passed", "differs", "missing", "failed", "error"), [
+            "missing  ../suite/Masters/Gone.html -> ../webcontent/bi/v5DebugHTML/Gone.html",
+            "differs  ../suite/Masters/Other.html -> ../webcontent/bi/v5DebugHTML/Other.html"])
+        self.assertIn("the actual output is not there", run.out)
+        self.assertRegex(run.out, r"Not verified.*\n    \.\./suite/Bare\.xml\n")
+        self.assertIn("passed   ../suite/Masters/Same.html", self.verify("-v").out)
+        quiet = self.verify("-q")
+        self.assertEqual((quiet.status, quiet.out.count("\n"), quiet.err), (1, 1, ""))
+
+    def test_a_pair_that_two_reports_find_counts_once_and_for_the_longer_name(self):
+        self.report("Sales")
+        self.report("Sales_2", "<p>a</p>", "<p>b</p>")
+        run = self.verify()
+        self.assertEqual(self.counts(run), (2, 1, 0, 1, 0, 0, 0, 1))
+        self.assertIn("    ../suite/Sales.xml\n", run.out)
+        self.report("Sales", "<p>a</p>", "<p>a</p>")
+        self.assertEqual(self.counts(self.verify()), (2, 2, 1, 1, 0, 0, 0, 0))
+
+    def test_reports_that_share_a_name_share_its_masters(self):
+        self.report("Sales", "<p>a</p>", "<p>a</p>")
+        self.write("suite/Sales.txt")
+        self.assertEqual(self.counts(self.verify()), (2, 1, 1, 0, 0, 0, 0, 0))
+
+    def test_many_unverified_reports_are_counted_and_all_named_on_request(self):
+        for number in range(25):
+            self.report(f"Bare{number:02}")
+        run = self.verify("--allow-none")
+        self.assertEqual((run.status, run.out.count("/Bare")), (0, 20))
+        self.assertIn("and 5 more", run.out)
+        self.assertEqual(self.verify("--allow-none", "-v").out.count("/Bare"), 25)
+
+    def test_what_is_wrong_with_a_missing_file(self):
+        output = self.server / "webcontent/bi/v5DebugHTML/R.html"
+        master = self.server / "suite/Masters/R.html"
+        rows = [
+            (lambda: output.mkdir(), "the actual output is a folder"),
+            (lambda: output.symlink_to("nowhere"), "the actual output is a link to nothing"),
+            (lambda: output.symlink_to("R.html"), "the actual output cannot be reached: "),
+            (lambda: os.mkfifo(output), "the actual output is no regular file"),
+            (lambda: (output.write_text("x"), master.unlink(), master.mkdir()),
+             "the master is a folder"),
+            (lambda: (output.write_text("x"), master.unlink(), master.symlink_to("nowhere")),
+             "the master is a link to nothing"),
+        ]
+        for spoil, reason in rows:
+            with self.subTest(reason):
+                self.report("R", "<p>x</p>")
+                spoil()
+                run = self.verify()
+                self.assertEqual((run.status, len(run.lines("missing"))), (1, 1), run.out)
+                self.assertIn(reason, run.out)
+                for path in (output, master):
+                    if path.is_dir():
+                        path.rmdir()
+                    elif path.is_symlink() or path.exists():
+                        path.unlink()
+
+    def test_a_wrong_working_folder_is_pointed_out(self):
+        self.report("R", "<p>x</p>", "<p>x</p>")
+        run = self.run_program("-C", "..", "verify", "suite")
+        self.assertEqual(run.status, 1)
+        self.assertIn("no folder ../webcontent/bi", run.err)
+        self.assertEqual(self.run_program("verify", "-C", "../suite", ".").status, 0)
+
+    def test_what_an_engine_raises_is_that_reports_error_only(self):
+        self.report("A", "<p>a</p>", "<p>b</p>")
+        self.report("Big", "x", "y")
+        self.report("Big_2", "<p>x</p>", "<p>x</p>")
+        self.report("C", "<p>c</p>", "<p>c</p>")
+        os.truncate(self.server / "suite/Masters/Big.html", 1 << 31)  # sparse, and too large
+        run = self.verify("-f", "html")
+        self.assertEqual(run.status, 2, run.err)
+        self.assertEqual(self.counts(run), (4, 3, 2, 1, 0, 0, 1, 0))
+        self.assertRegex(run.out, r"error    \.\./suite/Big\.xml \(html\): .*2 GiB")
+        self.assertIn("at ../suite/Masters/Big.html -> ../webcontent/bi/v5DebugHTML/Big.html; "
+                      "1 more of this format not compared", run.out)
+
+
+class Excerpts(SuiteTest):
+    def test_position_and_excerpt(self):
+        long = "abcdefghij" * 20
+        rows = [  # master, actual, position, what both sides show
+            ("one\ntwo\nthree", "one\ntwo\nthrew", "3:5", "three", "threw"),
+            ("same", "same and more", "1:5", "same[end of text]", "same and more"),
+            ("", "x", "1:1", "[end of text]", "x"),
+            ("a\nb", "ab", "1:2", "a\\n", "ab"),
+            ("Gr\u00f6\u00dfe", "Gr\u00f6\u00d6e", "1:4", "Gr\u00f6\u00dfe", "Gr\u00f6\u00d6e"),
+            ("\U0001F4C8 1", "\U0001F4C9 1", "1:1", "\U0001F4C8 1", "\U0001F4C9 1"),
+            (b"a\xc3", b"a\xc3\xa9", "1:2", "a\\xC3", "a\u00e9"),
+            (b"\xff\xfe", b"\xff\xfd", "1:2", "\\xFF\\xFE", "\\xFF\\xFD"),
+            ("\x1b[2J\x07\u202ea", "\x1b[2J\x07\u202eb", "1:7", "\\x1B[2J\\x07\\u{202E}a",
+             "\\x1B[2J\\x07\\u{202E}b"),
+            (long + "X" + long, long + "Y" + long, "1:201", "\u2026" + long[-30:] + "Xabc",
+             "\u2026" + long[-30:] + "Yabc"),
+            ("\u00e9" * 300 + "1", "\u00e9" * 300 + "2", "1:301", "\u2026" + "\u00e9" * 30 + "1",
+             "\u2026" + "\u00e9" * 30 + "2"),
+        ]
+        for master, actual, place, of_master, of_actual in rows:
+            with self.subTest(master=master[:20], actual=actual[:20]):
+                self.report("R", master, actual, xls=True)
+                run = self.verify()
+                self.assertIn(f"at {place} in the normalised text\n", run.out)
+                self.assertIn(f"master: {of_master}", run.out)
+                self.assertIn(f"actual: {of_actual}", run.out)
+                self.assertLess(max(map(len, run.out.splitlines())), 130)
+
+    def test_the_mark_stands_under_the_difference(self):
+        for before in ("plain ", "\u8868\u8868 ", "\t\x01", "e\u0301 "):
+            with self.subTest(before):
+                self.report("R", before + "X", before + "Y")
+                lines = self.verify().out.splitlines()
+                shown = next(line for line in lines if "actual: " in line)
+                mark = next(line for line in lines if line.strip() == "^")
+                wide = shown.count("\u8868") - shown.count("\u0301")
+                self.assertEqual(mark.index("^"), shown.index("Y") + wide)
+
+    def test_texts_that_hold_odd_bytes(self):
+        rows = [  # master, actual, status
+            (b"", b"", 0),
+            (b"", b"\r\r\r", 0),
+            (b"\r\r", b"x", 1),
+            (b"a\x00b", b"a\x00c", 0),  # texts end at a NUL
+            (b"a\x00b", b"a", 0),
+            (b"\x00a", b"b", 1),
+            (b"\xff\xc3", b"\xff\xc3\r", 0),
+        ]
+        for master, actual, status in rows:
+            with self.subTest(master=master, actual=actual):
+                self.report("R", master, actual)
+                self.assertEqual(self.verify().status, status)
+
+    def test_names_are_taken_and_shown_as_they_are_or_escaped(self):
+        rows = [
+            ("with blank", "with blank"), ("[1]?*'\"$(id)`", "[1]?*'\"$(id)`"),
+            ("Gr\u00f6\u00dfe", "Gr\u00f6\u00dfe"), ("-q", "-q"),
+            (b"bad\xffbyte", "bad\\xFFbyte"), ("esc\x1b[31m", "esc\\x1B[31m"),
+            ("line\nend", "line\\nend"), ("back\\slash", "back\\\\slash"),
+        ]
+        for name, shown in rows:
+            with self.subTest(name=name):
+                self.report(name, "<p>a</p>", "<p>b</p>")
+                run = self.verify(locations=[b"../suite/" + os.fsencode(name) + b".xml"])
+                self.assertEqual(run.status, 1, run.err)
+                self.assertEqual(run.lines("differs"), [
+                    f"differs  ../suite/Masters/{shown}.html -> "
+                    f"../webcontent/bi/v5DebugHTML/{shown}.html"])
+
+    def test_colour(self):
+        self.report("R", "<p>a</p>", "<p>b</p>")
+        for color, environment, colored in [("auto", {}, False), ("always", {}, True),
+                                            ("always", {"NO_COLOR": "1"}, True),
+                                            ("never", {}, False)]:
+            with self.subTest(color=color, **environment):
+                run = self.verify("--color", color, **environment)
+                self.assertEqual("\x1b[31mdiffers\x1b[0m" in run.out, colored)
+                self.assertEqual("\x1b" in run.out, colored)
+
+
+class Locations(SuiteTest):
+    def listed(self, *locations, arguments=()):
+        run = self.verify("--list", *arguments, locations=locations)
+        self.assertEqual(run.status, 0, run.err)
+        return sorted({line.split("  ")[0] for line in run.out.splitlines() if "  " in line})
+
+    def test_what_counts_as_a_report(self):
+        for folder in ("suite", "suite/deep/er"):
+            self.report("R", "x", "x", folder=folder)
+        self.report(".hidden", "x", "x")
+        self.report("R", "x", "x", folder="suite/.git")
+        self.write("suite/loose/NoMasters.xml")
+        self.write("suite/Masters/Inner/Masters/M.html")
+        (self.server / "suite/again").symlink_to(".")
+        both = ["../suite/R.xml", "../suite/deep/er/R.xml"]
+        self.assertEqual(self.listed("../suite"), both)
+        self.assertEqual(self.listed("../suite/"), both)
+        self.assertEqual(self.listed("../suite", "../work/../suite", "../suite/R.xml"), both)
+        self.assertEqual(self.listed("../suite/deep"), both[1:])
+        self.assertEqual(self.listed(".", arguments=("-C", "../suite")), ["R.xml", "deep/er/R.xml"])
+
+    def test_a_location_without_a_folder_part(self):
+        self.write("work/R.xml")
+        self.write("work/Masters/R.html", "x")
+        self.write("webcontent/bi/v5DebugHTML/R.html", "y")
+        run = self.verify(locations=["R.xml"])
+        self.assertEqual((run.status, len(run.lines("differs"))), (1, 1))
+
+    def test_folders_whose_names_are_lists_to_others(self):
+        self.report("R", "x", "x", folder="[2023,2024]")
+        self.report("S", "x", "x", folder="a,b")
+        self.assertEqual(self.listed("[2023,2024]", "a,b", arguments=("-C", "../work/..")),
+                         ["./[2023,2024]/R.xml", "a,b/S.xml"])
+
+    def test_locations_that_cannot_be_used_stop_the_run_before_it_starts(self):
+        self.report("R", "x", "y")
+        (self.server / "suite/dangling.xml").symlink_to("nowhere")
+        rows = [("../nowhere", "../nowhere: No such file"),
+                ("../suite/R.xml/x", "Not a directory"),
+                ("../suite/dangling.xml", "dangling.xml: No such file"),
+                ("/dev/null", "neither a file nor a folder"), ("", "No such file")]
+        for location, message in rows:
+            with self.subTest(location):
+                run = self.verify("--summary", "s.xml", locations=["../suite", location])
+                self.assertEqual((run.status, run.out), (2, ""))
+                self.assertIn(message, run.err)
+                self.assertFalse((self.server / "work/s.xml").exists())
+
+    @unittest.skipIf(os.geteuid() == 0, "root may read everything")
+    def test_what_may_not_be_read_stops_the_run(self):
+        self.report("R", "x", "x")
+        locked = self.server / "suite/locked"
+        locked.mkdir(mode=0)
+        run = self.verify()
+        locked.chmod(0o700)
+        self.assertEqual(run.status, 2)
+        self.assertIn("../suite/locked: Permission denied", run.err)
+
+    def test_nothing_to_verify_is_trouble_unless_allowed(self):
+        for arguments, status in [((), 2), (("--allow-none",), 0), (("--list",), 2),
+                                  (("--list", "--allow-none"), 0)]:
+            with self.subTest(arguments):
+                self.assertEqual(self.verify(*arguments).status, status)
+
+    def test_listing_names_every_pair_and_compares_none(self):
+        self.report("R", "x")
+        self.report("Bare")
+        run = self.verify("--list", "-f", "html,xhtml")
+        self.assertEqual(run.out.splitlines(), [
+            "../suite/Bare.xml  not verified: no selected format has a master",
+            "../suite/R.xml  html  ../suite/Masters/R.html -> ../webcontent/bi/v5DebugHTML/R.html",
+            "2 reports, 1 pairs"])
+
+
+class Formats(SuiteTest):
+    def test_selection_and_places(self):
+        self.report("R")
+        for master in ("Masters/R.html", "Masters/R.xml", "Masters/fr/R.html", "Masters/R_x.cgs",
+                       "Masters/deep/R_1.cgs", "Masters/R.prp"):
+            self.write("suite/" + master)
+        html, xhtml = "v5DebugHTML/R.html", "v5DebugXHTML/R.xml"
+        rows = [
+            ((), [html, xhtml]),
+            (("-f", "html"), [html]),
+            (("--format", "xhtml,html", "-f", "nao"), [html, xhtml]),
+            (("--sub-folder", "fr"), ["v5DebugHTML/fr/R.html"]),
+            (("--folder-suffix", "_b", "-f", "html"), ["v5DebugHTML_b/R.html"]),
+            (("--cgs-output-dir", "charts"), [html, xhtml, "charts/R_x.cgs"]),
+            (("-f", "cgs", "--cgs-output-dir", "c", "--cgs-suffix", "x"), ["c/R_x.cgs"]),
+            (("-f", "cgs", "--cgs-output-dir", "c", "--cgs-master-sub-folder", "deep"),
+             ["c/R_1.cgs"]),
+            (("-f", "html", "--prp-output-dir", "p"), [html, "p/R.prp"]),
+        ]
+        for arguments, outputs in rows:
+            with self.subTest(arguments):
+                run = self.verify("--list", *arguments)
+                self.assertEqual(re.findall(r"-> \.\./webcontent/bi/(\S+)", run.out), outputs)
+
+    def test_selections_that_cannot_be(self):
+        for arguments, message in [(("-f", "htm"), "did you mean html"),
+                                   (("-f", "HTML"), "did you mean html"),
+                                   (("-f", "qqqqqq"), "no format \"qqqqqq\"; \"orvdiff formats\""),
+                                   (("-f", "html,,nope"), "no format \"nope\""),
+                                   (("-f", "cgs"), "needs --cgs-output-dir"),
+                                   (("--cgs-suffix", "x"), "--cgs-output-dir")]:
+            with self.subTest(arguments):
+                run = self.verify(*arguments)
+                self.assertEqual((run.status, run.out), (2, ""))
+                self.assertIn(message, run.err)
+
+
+class Files(SuiteTest):
+    def test_summary_holds_every_pair_that_was_compared(self):
+        self.report("A&B", "x", "x")
+        self.report("C", "x", "y")
+        self.report("D", "x")
+        for target in ("s.xml", "-"):
+            with self.subTest(target):
+                run = self.verify("--summary", target)
+                self.assertEqual(run.status, 1)
+                text = run.out if target == "-" else (self.server / "work/s.xml").read_text()
+                entries = [(entry.tag, entry.find("MasterFile").text)
+                           for entry in xml.etree.ElementTree.fromstring(text)]
+                self.assertEqual(entries, [("TestCasePassDiff", "../suite/Masters/A&B.html"),
+                                           ("TestCaseFailureDiff", "../suite/Masters/C.html"),
+                                           ("TestCaseFailureDiff", "../suite/Masters/D.html")])
+                self.assertIn("differs  ", run.err if target == "-" else run.out)
+
+    def test_a_summary_that_cannot_be_written(self):
+        self.report("R", "x", "x")
+        for target, started in [("/dev/full", True), ("nowhere/s.xml", False), (".", False)]:
+            with self.subTest(target):
+                run = self.verify("--summary", target)
+                self.assertEqual((run.status, "1 passed" in run.out), (2, started))
+                self.assertIn(target, run.err)
+
+    def test_standard_output_that_cannot_be_written(self):
+        self.report("R", "x", "y")
+        with open("/dev/full", "wb") as full:
+            for arguments in (["verify", "../suite"], ["formats"],
+                              ["normalize", "html", "../suite/R.xml"]):
+                with self.subTest(arguments[0]):
+                    finished = subprocess.run([PROGRAM, *arguments], cwd=self.server / "work",
+                                              stdout=full, stderr=subprocess.PIPE, check=False)
+                    self.assertEqual(finished.returncode, 2)
+                    self.assertIn(b"standard output", finished.stderr)
+
+    def test_normalised_texts_are_saved_or_their_loss_is_reported(self):
+        self.report("R", "<p>a</p>\r\n", "<p>b</p>\r\n")
+        outputs = self.server / "webcontent/bi/v5DebugHTML"
+        run = self.verify("--save-normalized")
+        self.assertEqual((run.status, run.err), (1, ""))
+        self.assertEqual((outputs / "R.html.normalized_actual").read_bytes(), b"<p>b</p>")
+        (outputs / "R.html.normalized_master").unlink()
+        (outputs / "R.html.normalized_master").mkdir()
+        run = self.verify("--save-normalized")
+        self.assertEqual(run.status, 2)
+        self.assertRegex(run.err, r"R\.html\.normalized_master could not be saved\n$")
+
+
+    def test_a_harness_log_has_a_test_case_per_report_and_ends_with_the_table(self):
+        self.report("Same", "<p>x</p>", "<p>x</p>")
+        self.report("Other", "<p>1,284</p>", "<p>1,248</p>")
+        for level, has_dump in (("concise", False), ("normal", True)):
+            with self.subTest(level):
+                run = self.verify("--harness-log", "run.mxr", "--log-level", level)
+                self.assertEqual((run.status, run.err), (1, ""))
+                self.assertNotIn("MOX Test Harness", run.out)
+                log = (self.server / "work/run.mxr").read_bytes().decode()
+                self.assertEqual("Offset: 0X6 (6)" in log, has_dump)
+                self.assertIn("Start Test: Other\n", log)
+                self.assertIn("PASSED: Contents are equivalent: ../suite/Masters/Same.html and ",
+                              log)
+                self.assertRegex(log, r"= TOTALS  +0  +1  +1  +0  +>> FAIL =\n=+\n\Z")
+        for place, said in (("nowhere/run.mxr", "cannot be written"), ("/dev/full", "to its end")):
+            run = self.verify("--harness-log", place)
+            self.assertEqual(run.status, 2)
+            self.assertIn(f"{place} ", run.err)
+            self.assertIn(said, run.err)
+
+
+class Interruption(SuiteTest):
+    def test_ctrl_c_ends_the_run_behind_the_running_pair_and_says_what_was_done(self):
+        self.report("A", "<p>a</p>", "<p>b</p>")
+        self.report("B", None, "<p>same</p>")
+        self.report("C", "<p>c</p>", "<p>d</p>")
+        master = self.server / "suite/Masters/B.html"
+        os.mkfifo(master)
+        running = subprocess.Popen(
+            [PROGRAM, "verify", "-f", "html", "--summary", "s.xml", "../suite"],
+            cwd=self.server / "work", stdout=subprocess.PIPE)
+        with open(master, "wb") as writer:  # waits until the program reads this master
+            running.send_signal(signal.SIGINT)
+            writer.write(b"<p>same</p>")
+        out = running.communicate(timeout=60)[0].decode()
+        self.assertEqual(running.returncode, 130)
+        self.assertIn("Interrupted in report 2 of 3. 2 reports, 1 pair: 0 passed, 1 differ", out)
+        self.assertNotIn("Not verified", out)
+        summary = (self.server / "work/s.xml").read_text()
+        self.assertEqual(summary.count("<TestCase"), 1)
+        self.assertNotIn("</TestSummary>", summary)  # nobody takes it for the whole
+
+
+if __name__ == "__main__":
+    unittest.main()
