@@ -32,11 +32,6 @@ TEST(Api, ConcreteClassesCanBeDerivedFrom) {
   for (const auto& result : results) {
     result->notifyListener(*derive<OrvDiffListener>());
   }
-  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
-    OrvFormatArguments arguments;
-    arguments.outputDirectoryTypeName = "given";
-    format.createEngine(arguments)->setMasterAndOutputFoldersSuffix("_b");
-  }
   EXPECT_EQ(derive<OrvDiffHtmlFileEngine>("fr")->getMasterFileGlobExpression("R.xml"),
             "Masters/fr/R*.html");
   EXPECT_EQ(derive<OrvDiffRaFileEngine>("")->getOutputDirectoryTypeName(), "v5DebugRA");
@@ -123,7 +118,6 @@ TEST(Api, EveryFormatVerifiesASuite) {
 
 TEST(Api, ErrorsCrossTheBorder) {
   EXPECT_THROW(OrvDiffLib::strdupnew(nullptr), VELAssertError);
-  EXPECT_THROW(OrvDiffLib::strdupnew(nullptr), VELThrowable);
   try {
     OrvDiffNormalizationPattern("(", nullptr);
     FAIL();

@@ -88,13 +88,9 @@ TEST(ConversionAllocator, FollowsTheConvertersProtocol) {
   const auto allocate = OrvDiffNormalizationPattern::conversionAllocator;
   int status = 7;
   const std::unique_ptr<char[]> block(allocate(nullptr, nullptr, 3, &status));
-  EXPECT_NE(block, nullptr);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(allocate(nullptr, nullptr, -1, &status), nullptr);
-  EXPECT_EQ(status, -10);
-  EXPECT_EQ(allocate(nullptr, nullptr, 0, &status), nullptr);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(allocate(nullptr, new char[8], 0, nullptr), nullptr);  // leaks unless released
+  EXPECT_TRUE(block != nullptr && status == 0);
+  EXPECT_TRUE(allocate(nullptr, nullptr, -1, &status) == nullptr && status == -10);
+  EXPECT_TRUE(allocate(nullptr, new char[8], 0, &status) == nullptr && status == 0);
   EXPECT_EQ(allocate(nullptr, nullptr, -1, nullptr), nullptr);
   EXPECT_EQ(raisedBy([&] { allocate(nullptr, block.get(), 3, &status); }),
             "OrvDiffNormalizationPattern: VEL_ASSERT_NAMED(!pBufferToDelete, \"Do not support "

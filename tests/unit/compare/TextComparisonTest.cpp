@@ -68,6 +68,8 @@ TEST(TextFileComparison, FromDiskAndFromMemory) {
       {none, "a", "b", "diff m a"},
       {none, "same\0x"s, "same\0y"s, "pass m a"},
       {none, "same\0x"s, "same", "pass m a"},
+      {none, "same\0x"s, "same, not", "diff m a"},
+      {none, "same, not", "same\0x"s, "diff m a"},
       {none, "same", "same\0y"s, "pass m a"},
       {none, "\xE9", "\xE8", "diff m a"},
       {fast, "aX", "bcX\r", "pass m a"},
@@ -148,7 +150,6 @@ std::string vmd(const std::string& mode, const std::string& objects, const std::
 
 TEST(VmdCompare, AllowsForWhatVariesFromRunToRun) {
   const std::string kBase = vmd("Direct", "1/2/100", "10", "7");
-  const std::string kToPaging = kBase.substr(0, kBase.find("other"));
   const std::string kUnended = kBase.substr(0, kBase.size() - 1);
   const std::string kUnreadable = "VMD\nany\nmapping mode - x\n";
   const struct {
@@ -157,7 +158,6 @@ TEST(VmdCompare, AllowsForWhatVariesFromRunToRun) {
     bool passes;
   } kRows[] = {
       {kBase, vmd("Direct", "5/6/120", "12", "7"), true},
-      {kBase, vmd("Direct", "1/2/80", "8", "7"), true},
       {kBase, vmd("Direct", "1/2/121", "10", "7"), false},
       {kBase, vmd("Direct", "1/2/100", "13", "7"), false},
       {kBase, vmd("Direct", "1/2/100", "10", "8"), false},
@@ -170,11 +170,9 @@ TEST(VmdCompare, AllowsForWhatVariesFromRunToRun) {
       // What cannot be read or is not reached keeps its initial value.
       {vmd("Direct", "1/2/-", "-", "-"), vmd("Direct", "1/2/20", "2", "0"), true},
       {"", "VMD\nany\n", true},
-      {kToPaging, kToPaging, true},
       // Unreadable reports differ, even from themselves.
       {kUnreadable, kUnreadable, false},
       {"VMD\nany\nMapping Mode - x", "VMD\nany\nMapping Mode - x", false},
-      {vmd("D", "1/2", "1", "1"), vmd("D", "1/2", "1", "1"), false},
       {kUnended, kBase, false},
   };
   for (const auto& row : kRows) {

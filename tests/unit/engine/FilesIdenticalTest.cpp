@@ -1,7 +1,7 @@
 #include <sstream>
 
-#include "tests/unit/engine/TestEngine.h"
 #include "tests/support/Testing.h"
+#include "tests/unit/engine/TestEngine.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
-#include "tests/unit/engine/TestEngine.h"
 #include "tests/support/Testing.h"
+#include "tests/unit/engine/TestEngine.h"
 
 namespace {
 
