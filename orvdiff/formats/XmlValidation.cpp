@@ -3,7 +3,6 @@
 #include <cstring>
 #include <initializer_list>
 #include <iostream>
-#include <string_view>
 #include <xercesc/dom/DOMException.hpp>
 #include <xercesc/framework/LocalFileInputSource.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>

@@ -33,7 +33,7 @@ class LayoutDataEngine : public testing::Test {
     TestFolder::write("a", actual);
     TestFolder::write("m", master);
     const CapturedOutput output;
-    const std::string result = described(m_engine.performDiff("m", "a", nullptr));
+    std::string result = described(m_engine.performDiff("m", "a", nullptr));
     m_printed = output.text();
     return result;
   }

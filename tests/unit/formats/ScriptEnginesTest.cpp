@@ -8,7 +8,9 @@ namespace {
 /// "arguments", one a line, and then does what `body` says.
 class FakePython {
  public:
-  explicit FakePython(const std::string& body) : m_before(getenv("PATH")) {
+  explicit FakePython(const std::string& body) {
+    const char* const path = getenv("PATH");
+    m_before = path != nullptr ? path : "";
     std::filesystem::remove("arguments");
     TestFolder::write("bin/python", "#!/bin/sh\nprintf '%s\\n' \"$@\" > arguments\n" + body + "\n");
     std::filesystem::permissions("bin/python", std::filesystem::perms::owner_all);

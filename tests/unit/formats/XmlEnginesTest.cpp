@@ -11,8 +11,6 @@
 
 namespace {
 
-using std::string_literals::operator""s;
-
 const std::string kSeparator(57, '+');
 
 std::string repeated(const std::string& text, int count) {
@@ -59,7 +57,7 @@ const struct {
     {"two roots", "<a/><a/>", ""},
     {"Latin-1 that claims nothing", "<a>\xe9</a>", "invalid byte"},
     {"UTF-8 cut short", "<a>\xe2\x82", ""},
-    {"NUL", "<a>\0</a>"s, "input ended"},
+    {"NUL", std::string("<a>\0</a>", 8), "input ended"},
     {"unknown encoding", "<?xml version='1.0' encoding='klingon'?><a/>", "KLINGON"},
     {"internal subset", "<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>", "internal subset"},
     {"external entity", "<!DOCTYPE a [<!ENTITY e SYSTEM 'trap.dtd'>]><a>&e;</a>", ""},
