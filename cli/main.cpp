@@ -9,6 +9,7 @@
 #include "cli/Commands.h"
 #include "cli/Printable.h"
 #include "cli/Trouble.h"
+#include "cli/XercesSession.h"
 
 namespace {
 
@@ -24,6 +25,7 @@ void enterFolder(const std::string& folder) {
 
 ExitStatus perform(const CommandLine& commandLine) {
   enterFolder(commandLine.workingFolder);
+  const XercesSession xerces;
   const ExitStatus status =
       std::visit([](const auto& options) { return run(options); }, commandLine.command);
   if (!std::cout.flush()) {

@@ -15,6 +15,8 @@ struct OrvFormatArguments {
   const char* outputDirectoryTypeName = nullptr;  ///< formats that need arguments
   const char* masterSubFolder = nullptr;          ///< likewise; null: none
   const char* fileNameSuffix = nullptr;           ///< chart graphics scripts; null: none
+  const char* layoutNamespace = nullptr;          ///< layout data; null: the deployment's
+  const char* layoutSchema = nullptr;             ///< path of its schema; null: the deployment's
 };
 
 /// One verifiable format.

@@ -1,0 +1,122 @@
+#include "orvdiff/formats/OrvDiffLayoutDataXmlFileEngine.h"
+
+#include <iostream>
+#include <optional>
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/validators/common/Grammar.hpp>
+
+#include "orvdiff/compare/OrvDiffLib.h"
+#include "orvdiff/engine/InMemoryText.h"
+#include "orvdiff/formats/XmlValidation.h"
+#include "orvdiff/platform/OrvDeployment.h"
+#include "orvdiff/platform/VELAssert.h"
+#include "orvdiff/platform/VELDowncastSize.h"
+#include "orvdiff/registry/OrvDiffResult.h"
+
+namespace {
+
+// Where faults of this engine are reported; hosts know the lines.
+constexpr const char* kUnit = "OrvDiffLayoutDataXmlFileEngine";
+constexpr VELPlace kNullPatternPlace = {kUnit, 107};
+constexpr VELPlace kNoVerdictPlace = {kUnit, 119};
+constexpr int kTextTooLongLine = 164;
+
+constexpr const char* kNamespaceUri =
+    "http://" ORV_LAYOUT_NAMESPACE_HOST "/xmlns/prod/tarsa/layoutData/201310";
+constexpr const char* kSchemaPath = ORV_LAYOUT_SCHEMA_DIR "/layoutDataXMLV3.xsd";
+
+class DataXmlErrorHandler : public XmlErrorHandler {};
+
+DataXmlErrorHandler s_dataXmlErrorHandler;
+
+}  // namespace
+
+OrvDiffLayoutDataXmlFileEngine::OrvDiffLayoutDataXmlFileEngine(const char* subFolder)
+    : OrvDiffLayoutDataXmlFileEngine(subFolder, nullptr, nullptr) {}
+
+OrvDiffLayoutDataXmlFileEngine::OrvDiffLayoutDataXmlFileEngine(const char* subFolder,
+                                                               const char* namespaceUri,
+                                                               const char* schemaPath)
+    : OrvLaidOutEngine(subFolder, {"v5DebugDataXML", "/DataXML/", "*.xml"}),
+      m_namespaceUri(namespaceUri != nullptr ? namespaceUri : kNamespaceUri),
+      m_schemaPath(schemaPath != nullptr ? schemaPath : kSchemaPath),
+      m_parser(DOM_ParserImpl::create(s_dataXmlErrorHandler, DOM_ParserImpl::Val_Always)) {
+  for (const auto id : {OrvDiffNormalizationPatterns::eCoordElement,
+                        OrvDiffNormalizationPatterns::eFilenameElement}) {
+    addCleansingPattern(OrvDiffNormalizationPatterns::getPattern(id));
+  }
+}
+
+OrvDiffLayoutDataXmlFileEngine::~OrvDiffLayoutDataXmlFileEngine() = default;
+
+void OrvDiffLayoutDataXmlFileEngine::addCleansingPattern(
+    const OrvDiffNormalizationPattern* pattern) {
+  VEL_ASSERT_AT(pattern, kNullPatternPlace);
+  m_dataCleansingPatterns.add(pattern);
+}
+
+OrvDiffResult* OrvDiffLayoutDataXmlFileEngine::performDiff(const std::string& masterName,
+                                                           const std::string& actualName,
+                                                           std::strstream* inMemoryOutput) {
+  std::optional<InMemoryText> output;
+  if (inMemoryOutput != nullptr) {
+    output.emplace(*inMemoryOutput);
+  }
+  const char* const text = output ? output->text() : nullptr;
+  std::unique_ptr<OrvDiffResult> result(performSchemaValidation(actualName, text));
+  VEL_ASSERT_AT(result, kNoVerdictPlace);
+  if (!result->isPassed()) {
+    return result.release();
+  }
+  result.reset(OrvDiffLib::textFileComparison(masterName, actualName,
+                                              m_dataCleansingPatterns.list(), false, text));
+  if (output) {
+    output->unfreeze();
+  }
+  return result.release();
+}
+
+OrvDiffResult* OrvDiffLayoutDataXmlFileEngine::performSchemaValidation(const std::string& fileName,
+                                                                       const char* inMemoryText) {
+  OrvDiffResult* const fault = findXmlFault(
+      *m_parser, fileName, inMemoryText, [this](const char* text, std::uint64_t length) {
+        const std::uint32_t checkedLength =
+            VELDowncastSize::uint32(length, kUnit, kTextTooLongLine);
+        loadSchema();
+        m_parser->parseText(text, checkedLength);
+      });
+  return fault != nullptr ? fault : velNew<OrvDiffResultPass>(VEL_HERE, fileName, fileName);
+}
+
+void OrvDiffLayoutDataXmlFileEngine::loadSchema() {
+  if (m_isSchemaLoaded) {
+    return;
+  }
+  OrvFileHandle file(m_schemaPath.c_str(), "r");
+  if (file == nullptr) {
+    reportUnusableSchema("the file cannot be opened");
+    return;  // without a grammar, the document's first element is an error
+  }
+  const OrvTextBuffer text = OrvDiffLib::slurpFile(file);
+  const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.get()),
+                                          static_cast<XMLSize_t>(std::ftell(file)),
+                                          m_schemaPath.c_str(), false);
+  const xercesc::Grammar* grammar = nullptr;
+  try {
+    grammar = m_parser->loadGrammar(source, xercesc::Grammar::SchemaGrammarType, true);
+  } catch (const xercesc::SAXParseException& exception) {
+    reportUnusableSchema(narrowXmlText(exception.getMessage()));
+    throw;
+  }
+  m_isSchemaLoaded =
+      grammar != nullptr && narrowXmlText(grammar->getTargetNamespace()) == m_namespaceUri;
+  if (!m_isSchemaLoaded) {
+    reportUnusableSchema("it does not describe the namespace " + m_namespaceUri);
+  }
+}
+
+void OrvDiffLayoutDataXmlFileEngine::reportUnusableSchema(const std::string& reason) {
+  m_parser->resetCachedGrammarPool();  // the part that was read must not pass for the whole
+  std::cout << "Layout-data schema " << m_schemaPath << " cannot be used: " << reason << std::endl;
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <xercesc/parsers/XercesDOMParser.hpp>
+#include <xercesc/sax/ErrorHandler.hpp>
+
+#include "orvdiff/formats/XmlNestingLimit.h"
+
+class OrvDiffResult;
+
+/// What the engines that validate XML share: the parser, how its complaints are taken, and how a
+/// document that fails is reported.
+
+/// Ends a parse at the first error by throwing it. Warnings are ignored, and so is a fatal error
+/// that tells of malformed UTF data: such a text is left to the comparison. Stateless.
+class XmlErrorHandler : public xercesc::ErrorHandler {
+ public:
+  ~XmlErrorHandler() override;
+  void warning(const xercesc::SAXParseException& problem) override;
+  void error(const xercesc::SAXParseException& problem) override;
+  void fatalError(const xercesc::SAXParseException& problem) override;
+  void resetErrors() override;
+};
+
+/// The parser of one engine, used for one document after the other. It builds no tree, since no one
+/// would look at it.
+///
+/// Nothing that a document names outside itself is ever read, from disk or network: an external DTD
+/// or entity counts as empty, and hints at schemas are ignored. A schema that the engine loads may
+/// include and import local files.
+class DOM_ParserImpl : public xercesc::XercesDOMParser {
+ public:
+  /// A parser that checks well-formedness and namespaces, or, with `Val_Always`, validity against
+  /// the grammars loaded before. `handler` must outlive it. Raises `VELAssertError` when the host
+  /// has not initialised Xerces.
+  static std::unique_ptr<DOM_ParserImpl> create(xercesc::ErrorHandler& handler,
+                                                ValSchemes validation);
+  ~DOM_ParserImpl() override;
+
+  /// Parses a text, which stays the caller's. Throws what Xerces throws, and is then to be reset.
+  void parseText(const char* bytes, std::uint32_t length);
+
+  /// Forgets the last document, whether it was parsed or failed.
+  void resetParser();
+
+ private:
+  DOM_ParserImpl(xercesc::ErrorHandler& handler, ValSchemes validation);
+
+  XmlNestingLimit m_nestingLimit;
+};
+
+/// `message`, the NUL-terminated text of a Xerces exception, as it is printed.
+std::string narrowXmlText(const XMLCh* message);
+
+/// Hands the text of a document to `parse`: `inMemoryText`, or, when that is null, the whole file.
+/// Null when `parse` returns; else a new result: the file as missing, or a plain failure, both
+/// names being `fileName`. What Xerces threw is printed on standard output, and `parser`, with
+/// which `parse` works, is reset. Other exceptions make a failure without a word.
+OrvDiffResult* findXmlFault(
+    DOM_ParserImpl& parser, const std::string& fileName, const char* inMemoryText,
+    const std::function<void(const char* bytes, std::uint64_t length)>& parse);

@@ -1,0 +1,171 @@
+#include "orvdiff/formats/OrvDiffFormats.h"
+#include "orvdiff/formats/OrvDiffLayoutDataXmlFileEngine.h"
+#include "orvdiff/platform/OrvDeployment.h"
+#include "tests/unit/support/CapturedOutput.h"
+#include "tests/unit/support/Testing.h"
+
+namespace {
+
+const std::string kNamespace = "urn:layout";
+const std::string kCell = R"(<xs:complexType name="cell" mixed="true"><xs:choice minOccurs="0">
+  <xs:element name="coord"/><xs:element name="filename"/></xs:choice></xs:complexType>)";
+
+std::string schema(const std::string& contents, const std::string& ns = kNamespace) {
+  return R"(<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema" elementFormDefault="qualified")"
+         " targetNamespace='" +
+         ns + "' xmlns='" + ns + "'>" + contents + "</xs:schema>";
+}
+
+const std::string kLayout = R"(<xs:element name="layout"><xs:complexType><xs:sequence>
+  <xs:element name="cell" type="cell" maxOccurs="2"/></xs:sequence></xs:complexType></xs:element>)";
+const std::string kSchema = schema(kCell + kLayout);
+
+std::string layout(const std::string& contents, const std::string& ns = kNamespace) {
+  return "<layout xmlns='" + ns + "'>" + contents + "</layout>";
+}
+
+/// What comes of comparing `actual` with `master`, and what is printed.
+class LayoutDataEngine : public testing::Test {
+ protected:
+  LayoutDataEngine() { TestFolder::write("my schemas/l.xsd", kSchema); }
+
+  std::string compared(const std::string& actual, const std::string& master = "no master") {
+    TestFolder::write("a", actual);
+    TestFolder::write("m", master);
+    const CapturedOutput output;
+    std::string result = described(m_engine.performDiff("m", "a", nullptr));
+    m_printed = output.text();
+    return result;
+  }
+
+  const TestFolder m_folder;
+  std::string m_printed;
+  OrvDiffLayoutDataXmlFileEngine m_engine{nullptr, kNamespace.c_str(), "my schemas/l.xsd"};
+};
+
+TEST_F(LayoutDataEngine, ComparesWhatIsValid) {
+  const std::string valid = layout("<cell>x<coord>1</coord></cell>");
+  EXPECT_EQ(compared(valid, layout("<cell>x<filename>f</filename></cell>")), "pass m a");
+  EXPECT_THAT(compared(valid, layout("<cell>y</cell>")), testing::StartsWith("normalized m a at "));
+  EXPECT_EQ(m_printed, "");
+  EXPECT_EQ(described(m_engine.performDiff("gone", "a", nullptr)), "missing gone a gone");
+  EXPECT_EQ(described(m_engine.performDiff("m", "gone", nullptr)), "missing gone gone gone");
+}
+
+TEST_F(LayoutDataEngine, RefusesWhatIsNot) {
+  TestFolder::write("other.xsd", schema(kCell + kLayout, "urn:other"));
+  const std::string kHint = " xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:";
+  const struct {
+    std::string document;
+    const char* message;
+  } kRows[] = {
+      {layout("<cell/>", "urn:other"), "no declaration found for element 'layout'"},
+      {"<layout xmlns='urn:other'" + kHint +
+           "schemaLocation='urn:other other.xsd'><cell/></layout>",
+       "no declaration found for element 'layout'"},
+      {"<layout" + kHint + "noNamespaceSchemaLocation='other.xsd'><cell/></layout>",
+       "no declaration found for element 'layout'"},
+      {layout("<zell/>"), "no declaration found for element 'zell'"},
+      {layout("<cell a='1'/>"), "attribute 'a' is not declared"},
+      {layout("<cell/><cell/><cell/>"), "element 'cell' is not allowed"},
+      {layout(""), "empty content is not valid"},
+      {layout("<cell/>").substr(1), "invalid document structure"},
+      {"<!DOCTYPE layout [<!ENTITY e 'x'>]>" + layout("<cell>&e;</cell>"), "internal subset"},
+  };
+  for (const auto& row : kRows) {
+    EXPECT_EQ(compared(row.document, row.document), "fail a a") << row.document;
+    EXPECT_THAT(m_printed, testing::HasSubstr(row.message)) << row.document;
+    EXPECT_THAT(m_printed, testing::Not(testing::HasSubstr("l.xsd"))) << "the schema is fine";
+    EXPECT_EQ(compared(layout("<cell/>"), layout("<cell/>")), "pass m a");
+  }
+}
+
+TEST_F(LayoutDataEngine, ValidatesTheMemoryWhereThereIsOne) {
+  TestFolder::write("a", layout("<cell/>"));
+  TestFolder::write("m", layout("<cell>\n</cell>"));
+  std::strstream invalid;
+  invalid << layout("<zell/>") << std::ends;
+  std::strstream valid;
+  valid << layout("<cell>\r\n</cell>") << std::ends;
+  const CapturedOutput output;
+  EXPECT_EQ(described(m_engine.performDiff("m", "a", &invalid)), "fail a a");
+  invalid.freeze(false);  // left to the driver, which may write it to disk first
+  EXPECT_EQ(described(m_engine.performDiff("m", "gone", &valid)), "pass m gone");
+}
+
+TEST_F(LayoutDataEngine, ReadsTheSchemaOnce) {
+  EXPECT_EQ(compared(layout("<cell/>"), layout("<cell/>")), "pass m a");
+  TestFolder::write("my schemas/l.xsd", "no longer a schema");
+  EXPECT_EQ(compared(layout("<cell/>"), layout("<cell/>")), "pass m a");
+  EXPECT_EQ(compared(layout("<zell/>")), "fail a a");
+}
+
+TEST_F(LayoutDataEngine, NamesASchemaThatCannotBeUsed) {
+  const struct {
+    std::string schema;
+    const char* reason;
+  } kRows[] = {
+      {"", "invalid document structure"},
+      {kSchema.substr(0, kSchema.size() - 5), "expected end of tag"},
+      {schema(kCell + kLayout + "<xs:element name='z' type='nope'/>"), "type 'urn:layout:nope'"},
+      {schema(kCell + kLayout, "urn:other"), "it does not describe the namespace urn:layout"},
+      {"<a/>", "root element name of XML Schema document"},
+  };
+  const std::string valid = layout("<cell/>");
+  std::filesystem::remove("my schemas/l.xsd");
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(compared(valid, valid), "fail a a");
+    EXPECT_THAT(m_printed,
+                testing::StartsWith("Layout-data schema my schemas/l.xsd cannot be used: the file "
+                                    "cannot be opened\n++++"));
+  }
+  for (const auto& row : kRows) {
+    TestFolder::write("my schemas/l.xsd", row.schema);
+    for (int i = 0; i < 2; ++i) {  // the part that could be read must not serve the next document
+      EXPECT_EQ(compared(valid, valid), "fail a a") << row.reason;
+      EXPECT_THAT(m_printed, testing::StartsWith("Layout-data schema my schemas/l.xsd cannot be "));
+      EXPECT_THAT(m_printed, testing::HasSubstr(row.reason));
+    }
+  }
+  TestFolder::write("my schemas/l.xsd", kSchema);
+  EXPECT_EQ(compared(valid, valid), "pass m a") << "repaired";
+}
+
+TEST_F(LayoutDataEngine, ASchemaMayIncludeFilesBesideIt) {
+  TestFolder::write("my schemas/parts/cell.xsd", schema(kCell));
+  TestFolder::write(
+      "my schemas/l.xsd",
+      schema("<xs:include schemaLocation='parts/cell.xsd'/>"
+             "<xs:import namespace='urn:far' schemaLocation='http://host.invalid/'/>" +
+             kLayout));
+  EXPECT_EQ(compared(layout("<cell/>"), layout("<cell/>")), "pass m a");
+}
+
+TEST_F(LayoutDataEngine, TakesFurtherPatterns) {
+  const OrvDiffNormalizationPattern digits("[0-9]", nullptr);
+  m_engine.addCleansingPattern(&digits);
+  EXPECT_EQ(compared(layout("<cell>1</cell>"), layout("<cell>2</cell>")), "pass m a");
+  try {
+    m_engine.addCleansingPattern(nullptr);
+    ADD_FAILURE();
+  } catch (const VELAssertError& error) {
+    EXPECT_EQ(error.getText(), "VEL_ASSERT(pattern);");
+    EXPECT_EQ(error.getSourceUnit(), "OrvDiffLayoutDataXmlFileEngine");
+    EXPECT_EQ(error.getLine(), 107);
+  }
+}
+
+TEST_F(LayoutDataEngine, LooksWhereItIsDeployed) {
+  const std::string ns = "http://" ORV_LAYOUT_NAMESPACE_HOST "/xmlns/prod/tarsa/layoutData/201310";
+  TestFolder::write("there.xsd", schema(kCell + kLayout, ns));
+  TestFolder::write("a", layout("<cell/>", ns));
+  const OrvDiffFormat& format = *OrvDiffFormats::find("layout-data");
+  OrvFormatArguments arguments;
+  const CapturedOutput output;
+  EXPECT_EQ(described(format.createEngine(arguments)->performDiff("a", "a", nullptr)), "fail a a");
+  EXPECT_THAT(output.text(), testing::HasSubstr(ORV_LAYOUT_SCHEMA_DIR "/layoutDataXMLV3.xsd"));
+  arguments.layoutSchema = "there.xsd";
+  EXPECT_EQ(described(format.createEngine(arguments)->performDiff("a", "a", nullptr)), "pass a a");
+}
+
+}  // namespace

@@ -1,0 +1,118 @@
+#include "orvdiff/formats/OrvDiffFormats.h"
+#include "orvdiff/formats/OrvDiffScriptEngines.h"
+#include "tests/unit/support/Testing.h"
+
+namespace {
+
+/// Puts a "python" of the test's own first on the search path: it writes its arguments to the file
+/// "arguments", one a line, and then does what `body` says.
+class FakePython {
+ public:
+  explicit FakePython(const std::string& body) {
+    const char* const path = getenv("PATH");
+    m_before = path != nullptr ? path : "";
+    std::filesystem::remove("arguments");
+    TestFolder::write("bin/python", "#!/bin/sh\nprintf '%s\\n' \"$@\" > arguments\n" + body + "\n");
+    std::filesystem::permissions("bin/python", std::filesystem::perms::owner_all);
+    setenv("PATH", (std::filesystem::current_path() / "bin:").concat(m_before).c_str(), 1);
+  }
+  ~FakePython() { setenv("PATH", m_before.c_str(), 1); }
+  FakePython(const FakePython&) = delete;
+  FakePython& operator=(const FakePython&) = delete;
+
+ private:
+  std::string m_before;
+};
+
+const char* const kPdfCommand = "../../src/vask/testdata/Scripts/diffpdf/diffPdfFiles.py\n";
+const char* const kXlsxCommand =
+    "../../src/vask/testdata/Scripts/DiffXlsx/DiffXlsx.py\n-o\n"
+    "../temp/vask/testResults/DiffXlsx.mxr\n";
+
+TEST(ScriptEngines, TheExitStatusIsTheVerdict) {
+  const TestFolder folder;
+  TestFolder::write("m", "");
+  TestFolder::write("a", "");
+  const struct {
+    const char* body;
+    const char* verdict;
+  } kRows[] = {
+      {"exit 0", "pass m a"},
+      {"exit 1", "diff m a"},
+      {"exit 2", "diff m a"},
+      {"kill -9 $$", "diff m a"},
+      {"yes | head -c 300000 > /dev/null; exit 0", "pass m a"},
+      {"chmod -x bin/python; exec bin/python", "diff m a"},
+  };
+  for (const auto& row : kRows) {
+    const FakePython python(row.body);
+    EXPECT_EQ(described(OrvDiffPdfFileEngine(nullptr).performDiff("m", "a", nullptr)), row.verdict)
+        << row.body;
+  }
+  const FakePython python("exit 0");
+  setenv("PATH", "/nowhere", 1);
+  EXPECT_EQ(described(OrvDiffXlsxFileEngine(nullptr).performDiff("m", "a", nullptr)), "diff m a");
+}
+
+TEST(ScriptEngines, RunTheScriptOnTwoQuotedNames) {
+  const TestFolder folder;
+  TestFolder::write("m 1/R;x.pdf", "");
+  TestFolder::write("a's (&) *", "");
+  const FakePython python("exit 0");
+  OrvDiffPdfFileEngine pdf(nullptr);
+  EXPECT_EQ(described(pdf.performDiff("m 1/R;x.pdf", "a's (&) *", nullptr)),
+            "pass m 1/R;x.pdf a's (&) *");
+  EXPECT_EQ(TestFolder::read("arguments"), kPdfCommand + std::string("m 1/R;x.pdf\na's (&) *\n"));
+  EXPECT_FALSE(std::filesystem::exists("../temp"));
+  OrvDiffXlsxFileEngine xlsx(nullptr);
+  EXPECT_EQ(described(xlsx.performDiff("a's (&) *", "m 1/R;x.pdf", nullptr)),
+            "pass a's (&) * m 1/R;x.pdf");
+  EXPECT_EQ(TestFolder::read("arguments"), kXlsxCommand + std::string("a's (&) *\nm 1/R;x.pdf\n"));
+  EXPECT_TRUE(std::filesystem::is_directory("../temp/vask/testResults"));
+}
+
+TEST(ScriptEngines, ANameNeverBecomesACommand) {
+  const TestFolder folder;
+  const FakePython python("exit 0");
+  TestFolder::write("m", "");
+  for (const std::string name :
+       {"a\"b", "$HOME", "`touch ran`", "a\\", "a\nb", "\" ; touch ran; \""}) {
+    TestFolder::write(name, "");
+    OrvDiffPdfFileEngine engine(nullptr);
+    EXPECT_EQ(described(engine.performDiff("m", name, nullptr)), "diff m " + name);
+    EXPECT_EQ(described(engine.performDiff(name, "m", nullptr)), "diff " + name + " m");
+  }
+  EXPECT_EQ(TestFolder::read("arguments"), "(missing)");
+  EXPECT_EQ(TestFolder::read("ran"), "(missing)");
+}
+
+TEST(ScriptEngines, MissingFilesKeepTheScriptFromRunning) {
+  const TestFolder folder;
+  const FakePython python("exit 0");
+  TestFolder::write("m", "");
+  std::strstream memory;
+  for (const char* const format : {"pdf", "xlsx"}) {
+    const auto engine = OrvDiffFormats::find(format)->createEngine({});
+    EXPECT_EQ(described(engine->performDiff("gone", "gone too", &memory)),
+              "missing gone gone too gone");
+    EXPECT_EQ(described(engine->performDiff("m", "gone", &memory)), "missing m gone gone");
+  }
+  EXPECT_EQ(TestFolder::read("arguments"), "(missing)");
+  EXPECT_FALSE(std::filesystem::exists("../temp"));
+}
+
+TEST(ScriptEngines, TheFolderSuffixOfSpreadsheetsMovesTheirMastersToo) {
+  const TestFolder folder;
+  const FakePython python("exit 0");
+  TestFolder::write("s/Masters/XLS2007/R.xlsx", "");
+  TestFolder::write("s/Masters/XLS2007_b/R1.xlsx", "");
+  TestFolder::write("../webcontent/bi/v5DebugXLS2007_b/R1.xlsx", "");
+  OrvDiffXlsxFileEngine engine(nullptr);
+  engine.setMasterAndOutputFoldersSuffix("_b");
+  Recorder recorder;
+  engine.verifyOutput({&recorder}, "s/R.xml", nullptr);
+  EXPECT_THAT(recorder.heard, testing::ElementsAre("pass s/Masters/XLS2007_b/R1.xlsx "
+                                                   "../webcontent/bi/v5DebugXLS2007_b/R1.xlsx"));
+}
+
+}  // namespace

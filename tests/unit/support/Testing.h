@@ -1,0 +1,97 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "orvdiff/platform/VELErrors.h"
+#include "orvdiff/registry/OrvDiffListener.h"
+#include "orvdiff/registry/OrvDiffResult.h"
+
+/// A temporary place with the layout of a host: a working folder, in which the process is while
+/// this object lives, and room for "../webcontent/bi/" beside it.
+class TestFolder {
+ public:
+  TestFolder() : m_before(std::filesystem::current_path()) {
+    std::string pattern = std::filesystem::temp_directory_path() / "orvdiff-XXXXXX";
+    m_root = mkdtemp(pattern.data());
+    std::filesystem::create_directories(m_root / "work");
+    std::filesystem::current_path(m_root / "work");
+  }
+  ~TestFolder() {
+    std::filesystem::current_path(m_before);
+    std::filesystem::remove_all(m_root);
+  }
+  TestFolder(const TestFolder&) = delete;
+  TestFolder& operator=(const TestFolder&) = delete;
+
+  /// Writes a file and creates the folders it lies in.
+  static void write(const std::filesystem::path& path, const std::string& contents) {
+    if (path.has_parent_path()) {
+      std::filesystem::create_directories(path.parent_path());
+    }
+    std::ofstream(path, std::ios::binary) << contents;
+  }
+
+  /// The contents of a file, or "(missing)".
+  static std::string read(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(missing)";
+  }
+
+ private:
+  std::filesystem::path m_before;
+  std::filesystem::path m_root;
+};
+
+/// "unit: text" of the assertion error that `action` raises, or "nothing".
+template <typename Action>
+std::string raisedBy(Action action) {
+  try {
+    action();
+  } catch (const VELAssertError& error) {
+    return error.getSourceUnit() + ": " + error.getText();
+  }
+  return "nothing";
+}
+
+/// Writes down every result: its class, master and actual name, and what the class adds.
+class Recorder : public OrvDiffListener {
+ public:
+  using Missing = OrvDiffResultFailFileMissing;
+  using Normalized = OrvDiffResultFailDiffNormalized;
+  void comparisonNotification(const Missing& r) override {
+    record("missing", r, " " + r.getMissingFile());
+  }
+  void comparisonNotification(const Normalized& r) override {
+    record("normalized", r,
+           " at " + std::to_string(r.getDiffPosition()) + " " + r.getNormalizedMaster() + "|" +
+               r.getNormalizedActual());
+  }
+  void comparisonNotification(const OrvDiffResultFailDiff& r) override { record("diff", r, ""); }
+  void comparisonNotification(const OrvDiffResultFail& r) override { record("fail", r, ""); }
+  void comparisonNotification(const OrvDiffResultPass& r) override { record("pass", r, ""); }
+  void comparisonNotification(const OrvDiffResult& r) override { record("result", r, ""); }
+
+  std::vector<std::string> heard;
+
+ private:
+  void record(const char* kind, const OrvDiffResult& result, const std::string& more) {
+    heard.push_back(kind + (" " + result.getMasterName()) + " " + result.getActualName() + more);
+  }
+};
+
+/// What a recorder hears of `result`, which is deleted.
+inline std::string described(OrvDiffResult* result) {
+  const std::unique_ptr<OrvDiffResult> owned(result);
+  Recorder recorder;
+  owned->notifyListener(recorder);
+  return recorder.heard.at(0);
+}

@@ -1,0 +1,17 @@
+#include <gtest/gtest.h>
+
+#include <xercesc/util/PlatformUtils.hpp>
+
+namespace {
+
+/// Stands in for the host: Xerces is there while tests run.
+class XercesEnvironment : public testing::Environment {
+ public:
+  void SetUp() override { xercesc::XMLPlatformUtils::Initialize(); }
+  void TearDown() override { xercesc::XMLPlatformUtils::Terminate(); }
+};
+
+[[maybe_unused]] const testing::Environment* const kEnvironment =
+    testing::AddGlobalTestEnvironment(new XercesEnvironment);
+
+}  // namespace
