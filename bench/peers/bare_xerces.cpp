@@ -7,8 +7,10 @@
 // Prints how many documents were parsed; stops at the first that is at fault.
 
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <string>
+#include <xercesc/framework/LocalFileInputSource.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/HandlerBase.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
@@ -30,7 +32,10 @@ void loadSchema(xercesc::XercesDOMParser& parser, const std::string& name, const
   parser.setValidationScheme(xercesc::XercesDOMParser::Val_Always);
   parser.setDoSchema(true);
   parser.setExternalSchemaLocation((name + ' ' + schema).c_str());
-  parser.loadGrammar(schema, xercesc::Grammar::SchemaGrammarType, true);
+  const xercesc::TranscodeFromStr path(reinterpret_cast<const XMLByte*>(schema),
+                                       std::strlen(schema), "UTF-8");
+  const xercesc::LocalFileInputSource source(path.str());
+  parser.loadGrammar(source, xercesc::Grammar::SchemaGrammarType, true);
 }
 
 int parseAll(xercesc::XercesDOMParser& parser, const char* folder) {
