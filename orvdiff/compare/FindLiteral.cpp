@@ -1,8 +1,8 @@
 #include "orvdiff/compare/FindLiteral.h"
 
-#include <cstring>
-
 #include <array>
+#include <cstdint>
+#include <cstring>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -21,17 +21,34 @@ std::size_t findPlainly(std::string_view text, std::string_view literal, std::si
 
 #if defined(__SSE2__)
 constexpr std::size_t kWidth = sizeof(__m128i);
+constexpr std::size_t kStride = 4 * kWidth;           // a cache line
+constexpr std::size_t kAhead = std::size_t{4} << 10;  // prefetching of its own ends with a page
 
 __m128i load(std::string_view text, std::size_t position) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + position));
 }
 
-unsigned maskOf(__m128i fits) {
-  return static_cast<unsigned>(_mm_movemask_epi8(fits));
+std::uint64_t maskOf(__m128i fits) {
+  return static_cast<std::uint64_t>(_mm_movemask_epi8(fits));
 }
 
-std::size_t lowestBit(unsigned mask) {
-  return static_cast<std::size_t>(__builtin_ctz(mask));
+std::size_t lowestBit(std::uint64_t mask) {
+  return static_cast<std::size_t>(__builtin_ctzll(mask));
+}
+
+/// The places, one bit each, in the `kStride` bytes from `position` for which `fits` holds, which
+/// looks at `kWidth` places at a time.
+template <typename Fits>
+std::uint64_t placesWhere(Fits fits, std::size_t position) {
+  const __m128i first = fits(position);
+  const __m128i second = fits(position + kWidth);
+  const __m128i third = fits(position + 2 * kWidth);
+  const __m128i fourth = fits(position + 3 * kWidth);
+  if (maskOf(_mm_or_si128(_mm_or_si128(first, second), _mm_or_si128(third, fourth))) == 0) {
+    return 0;
+  }
+  return maskOf(first) | maskOf(second) << kWidth | maskOf(third) << (2 * kWidth) |
+         maskOf(fourth) << (3 * kWidth);
 }
 #endif
 
@@ -42,14 +59,17 @@ std::size_t findLiteral(std::string_view text, std::string_view literal, std::si
     return std::string_view::npos;
   }
 #if defined(__SSE2__)
-  // Sixteen places at a time: those where both the first and the last byte fit are looked at.
+  // Many places at a time: those where both the first and the last byte fit are looked at.
   const std::size_t lastOffset = literal.size() - 1;
   const __m128i first = _mm_set1_epi8(literal.front());
   const __m128i last = _mm_set1_epi8(literal.back());
-  for (; from + lastOffset + kWidth <= text.size(); from += kWidth) {
-    unsigned mask = maskOf(_mm_and_si128(_mm_cmpeq_epi8(first, load(text, from)),
-                                         _mm_cmpeq_epi8(last, load(text, from + lastOffset))));
-    for (; mask != 0; mask &= mask - 1) {
+  const auto bothFit = [&](std::size_t position) {
+    return _mm_and_si128(_mm_cmpeq_epi8(first, load(text, position)),
+                         _mm_cmpeq_epi8(last, load(text, position + lastOffset)));
+  };
+  for (; from + lastOffset + kStride <= text.size(); from += kStride) {
+    _mm_prefetch(text.data() + from + kAhead, _MM_HINT_T0);
+    for (std::uint64_t mask = placesWhere(bothFit, from); mask != 0; mask &= mask - 1) {
       const std::size_t place = from + lowestBit(mask);
       if (std::memcmp(text.data() + place, literal.data(), literal.size()) == 0) {
         return place;
@@ -64,10 +84,13 @@ std::size_t findEither(std::string_view text, char one, char other, std::size_t 
 #if defined(__SSE2__)
   const __m128i first = _mm_set1_epi8(one);
   const __m128i second = _mm_set1_epi8(other);
-  for (; from + kWidth <= text.size(); from += kWidth) {
-    const __m128i bytes = load(text, from);
-    const unsigned mask =
-        maskOf(_mm_or_si128(_mm_cmpeq_epi8(first, bytes), _mm_cmpeq_epi8(second, bytes)));
+  const auto oneFits = [&](std::size_t position) {
+    const __m128i bytes = load(text, position);
+    return _mm_or_si128(_mm_cmpeq_epi8(first, bytes), _mm_cmpeq_epi8(second, bytes));
+  };
+  for (; from + kStride <= text.size(); from += kStride) {
+    _mm_prefetch(text.data() + from + kAhead, _MM_HINT_T0);
+    const std::uint64_t mask = placesWhere(oneFits, from);
     if (mask != 0) {
       return from + lowestBit(mask);
     }
