@@ -2,7 +2,7 @@
 #include "orvdiff/formats/OrvDiffLayoutDataXmlFileEngine.h"
 #include "orvdiff/platform/OrvDeployment.h"
 #include "tests/unit/support/CapturedOutput.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include "orvdiff/formats/OrvDiffCtxMetadataXmlFileEngine.h"
 #include "orvdiff/formats/XmlValidation.h"
 #include "tests/unit/support/CapturedOutput.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 
