@@ -57,14 +57,13 @@ xercesc::SecurityManager s_securityManager;  // its default limit of entity expa
 /// Prints a failure block. `position` has a line of its own for each text.
 void printBlock(const std::string& kind, const std::string& fileName, const XMLCh* message,
                 std::initializer_list<std::string> position) {
-  // Each line is flushed, so that it stays in place among what the host and its scripts print.
-  std::cout << kSeparator << std::endl;
-  std::cout << kind << " error for file: " << fileName << std::endl;
-  std::cout << kind << " error message: " << narrowXmlText(message) << std::endl;
+  printXmlFailure(kSeparator);
+  printXmlFailure(kind + " error for file: " + fileName);
+  printXmlFailure(kind + " error message: " + narrowXmlText(message));
   for (const std::string& text : position) {
-    std::cout << kind << " error at " << text << std::endl;
+    printXmlFailure(kind + " error at " + text);
   }
-  std::cout << kSeparator << std::endl;
+  printXmlFailure(kSeparator);
 }
 
 /// Runs `parse`. False when it throws; the parser is then reset if the fault is the document's.
@@ -154,6 +153,10 @@ std::string narrowXmlText(const XMLCh* message) {
   static_assert(sizeof(XMLCh) == sizeof(char16_t), "Xerces is built for UTF-16");
   return message != nullptr ? I18NString(reinterpret_cast<const char*>(message), "UTF-16").toBytes()
                             : std::string();
+}
+
+void printXmlFailure(const std::string& line) {
+  std::cout << line << std::endl;
 }
 
 OrvDiffResult* findXmlFault(

@@ -55,6 +55,10 @@ class DOM_ParserImpl : public xercesc::XercesDOMParser {
 /// `message`, the NUL-terminated text of a Xerces exception, as it is printed.
 std::string narrowXmlText(const XMLCh* message);
 
+/// Prints a line about a failure on standard output, and flushes it, so that it stays in place
+/// among what the host and its scripts print.
+void printXmlFailure(const std::string& line);
+
 /// Hands the text of a document to `parse`: `inMemoryText`, or, when that is null, the whole file.
 /// Null when `parse` returns; else a new result: the file as missing, or a plain failure, both
 /// names being `fileName`. What Xerces threw is printed on standard output, and `parser`, with
