@@ -1,5 +1,6 @@
 #include "orvdiff/formats/XmlValidation.h"
 
+#include <algorithm>
 #include <cstring>
 #include <initializer_list>
 #include <iostream>
@@ -54,15 +55,13 @@ class ClosedWorldResolver : public xercesc::XMLEntityResolver {
 ClosedWorldResolver s_closedWorldResolver;
 xercesc::SecurityManager s_securityManager;  // its default limit of entity expansions will do
 
-/// Prints a failure block. `position` has a line of its own for each text.
+/// Prints a failure block; `position` has its last lines.
 void printBlock(const std::string& kind, const std::string& fileName, const XMLCh* message,
                 std::initializer_list<std::string> position) {
   printXmlFailure(kSeparator);
   printXmlFailure(kind + " error for file: " + fileName);
   printXmlFailure(kind + " error message: " + narrowXmlText(message));
-  for (const std::string& text : position) {
-    printXmlFailure(kind + " error at " + text);
-  }
+  std::for_each(position.begin(), position.end(), printXmlFailure);
   printXmlFailure(kSeparator);
 }
 
@@ -79,7 +78,8 @@ bool isFaultless(DOM_ParserImpl& parser, const std::string& fileName,
     const auto line = static_cast<std::int64_t>(exception.getLineNumber());
     const auto column = static_cast<std::int64_t>(exception.getColumnNumber());
     printBlock("Schema validation", fileName, exception.getMessage(),
-               {"line " + std::to_string(line), "column number " + std::to_string(column)});
+               {"Schema validation error at line " + std::to_string(line),
+                "Schema validation error at column number " + std::to_string(column)});
   } catch (const xercesc::DOMException& exception) {
     printBlock("DOM Exception", fileName, exception.getMessage(), {});
   } catch (...) {

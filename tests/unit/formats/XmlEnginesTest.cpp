@@ -6,8 +6,8 @@
 #include "orvdiff/formats/OrvDiffAuthoredDThroughTargetsXmlFileEngine.h"
 #include "orvdiff/formats/OrvDiffCtxMetadataXmlFileEngine.h"
 #include "orvdiff/formats/XmlValidation.h"
-#include "tests/unit/support/CapturedOutput.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/CapturedOutput.h"
+#include "tests/support/Testing.h"
 
 namespace {
 
