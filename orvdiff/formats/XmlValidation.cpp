@@ -1,5 +1,6 @@
 #include "orvdiff/formats/XmlValidation.h"
 
+#include <algorithm>
 #include <cstring>
 #include <initializer_list>
 #include <iostream>
@@ -9,7 +10,6 @@
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
-#include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
@@ -52,17 +52,23 @@ class ClosedWorldResolver : public xercesc::XMLEntityResolver {
 };
 
 ClosedWorldResolver s_closedWorldResolver;
-xercesc::SecurityManager s_securityManager;  // its default limit of entity expansions will do
 
-/// Prints a failure block. `position` has a line of its own for each text.
+/// How many entities a document of `length` bytes may expand: what they expand to, at most as long
+/// as the document each, then stays below a hundred million bytes, or ten times the document.
+XMLSize_t expansionLimit(std::uint32_t length) {
+  constexpr XMLSize_t kMostBytes = 100'000'000;
+  constexpr XMLSize_t kFewest = 10;
+  constexpr XMLSize_t kMost = 50'000;
+  return std::clamp(kMostBytes / std::max<XMLSize_t>(length, 1), kFewest, kMost);
+}
+
+/// Prints a failure block; `position` has its last lines.
 void printBlock(const std::string& kind, const std::string& fileName, const XMLCh* message,
                 std::initializer_list<std::string> position) {
   printXmlFailure(kSeparator);
   printXmlFailure(kind + " error for file: " + fileName);
   printXmlFailure(kind + " error message: " + narrowXmlText(message));
-  for (const std::string& text : position) {
-    printXmlFailure(kind + " error at " + text);
-  }
+  std::for_each(position.begin(), position.end(), printXmlFailure);
   printXmlFailure(kSeparator);
 }
 
@@ -79,7 +85,8 @@ bool isFaultless(DOM_ParserImpl& parser, const std::string& fileName,
     const auto line = static_cast<std::int64_t>(exception.getLineNumber());
     const auto column = static_cast<std::int64_t>(exception.getColumnNumber());
     printBlock("Schema validation", fileName, exception.getMessage(),
-               {"line " + std::to_string(line), "column number " + std::to_string(column)});
+               {"Schema validation error at line " + std::to_string(line),
+                "Schema validation error at column number " + std::to_string(column)});
   } catch (const xercesc::DOMException& exception) {
     printBlock("DOM Exception", fileName, exception.getMessage(), {});
   } catch (...) {
@@ -119,8 +126,11 @@ std::unique_ptr<DOM_ParserImpl> DOM_ParserImpl::create(xercesc::ErrorHandler& ha
 DOM_ParserImpl::DOM_ParserImpl(xercesc::ErrorHandler& handler, ValSchemes validation)
     : xercesc::XercesDOMParser(nullptr, xercesc::XMLPlatformUtils::fgMemoryManager, nullptr),
       m_nestingLimit(*getScanner()->getLocator()) {
-  cacheGrammarFromParse(true);
-  useCachedGrammarInParse(true);
+  // Only a schema is worth keeping. A parser that keeps grammars refuses internal DTD subsets,
+  // which a document that need only be well-formed may have.
+  const bool keepsGrammars = validation != Val_Never;
+  cacheGrammarFromParse(keepsGrammars);
+  useCachedGrammarInParse(keepsGrammars);
   setDoNamespaces(true);
   setIncludeIgnorableWhitespace(false);
   setValidationScheme(validation);
@@ -129,7 +139,6 @@ DOM_ParserImpl::DOM_ParserImpl(xercesc::ErrorHandler& handler, ValSchemes valida
   setLoadExternalDTD(false);
   setXMLEntityResolver(&s_closedWorldResolver);
   setDisableDefaultEntityResolution(true);
-  setSecurityManager(&s_securityManager);
 }
 
 DOM_ParserImpl::~DOM_ParserImpl() = default;
@@ -137,6 +146,8 @@ DOM_ParserImpl::~DOM_ParserImpl() = default;
 void DOM_ParserImpl::parseText(const char* bytes, std::uint32_t length) {
   xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes), length, "", false);
   source.setCopyBufToStream(false);
+  m_securityManager.setEntityExpansionLimit(expansionLimit(length));
+  setSecurityManager(&m_securityManager);  // on each parse: the parser takes a copy of the limit
   getScanner()->setDocHandler(&m_nestingLimit);
   getScanner()->setDocTypeHandler(nullptr);  // on each parse: loading a grammar sets it
   parse(source);

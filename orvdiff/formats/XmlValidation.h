@@ -6,6 +6,7 @@
 #include <string>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/util/SecurityManager.hpp>
 
 #include "orvdiff/formats/XmlNestingLimit.h"
 
@@ -50,6 +51,7 @@ class DOM_ParserImpl : public xercesc::XercesDOMParser {
   DOM_ParserImpl(xercesc::ErrorHandler& handler, ValSchemes validation);
 
   XmlNestingLimit m_nestingLimit;
+  xercesc::SecurityManager m_securityManager;
 };
 
 /// `message`, the NUL-terminated text of a Xerces exception, as it is printed.

@@ -1,7 +1,7 @@
 #include "orvdiff/formats/OrvDiffFormats.h"
 #include "orvdiff/formats/OrvDiffLayoutDataXmlFileEngine.h"
 #include "orvdiff/platform/OrvDeployment.h"
-#include "tests/unit/support/CapturedOutput.h"
+#include "tests/support/CapturedOutput.h"
 #include "tests/support/Testing.h"
 
 namespace {
