@@ -33,6 +33,17 @@ struct Values {
   }
 };
 
+void addLayoutData(CLI::App& command, LayoutDataOptions& layoutData) {
+  command
+      .add_option("--layout-schema", layoutData.schema,
+                  "Schema of layout data, instead of the usual")
+      ->type_name("FILE");
+  command
+      .add_option("--layout-namespace", layoutData.namespaceUri,
+                  "Namespace of layout data, instead of the usual")
+      ->type_name("URI");
+}
+
 void addPlaces(CLI::App& verify, FormatOptions& formats) {
   for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
     if (!format.needsArguments) {
@@ -112,6 +123,7 @@ void addVerify(CLI::App& app, Values& values) {
   command->add_flag("--list", verify.listOnly, "Say what would be verified, and run nothing");
   command->add_flag("--allow-none", verify.allowNone, "Nothing to verify is no trouble");
   addPlaces(*command, verify.formats);
+  addLayoutData(*command, verify.formats.layoutData);
 }
 
 void addPair(CLI::App& command, PairOptions& pair) {
@@ -126,6 +138,7 @@ void addCompare(CLI::App& app, CompareOptions& compare) {
       ->required()
       ->type_name("");
   addPair(*command, compare);
+  addLayoutData(*command, compare.layoutData);
 }
 
 void addNumdiff(CLI::App& app, NumdiffOptions& numdiff) {

@@ -17,6 +17,12 @@ struct FormatPlaces {
   std::string fileNameSuffix;
 };
 
+/// Where the layout-data schema lies and for which namespace it is; empty: as configured.
+struct LayoutDataOptions {
+  std::string schema;
+  std::string namespaceUri;
+};
+
 /// Which formats to verify and where their files lie. Engines refer to these texts, so this must
 /// outlive them.
 struct FormatOptions {
@@ -24,6 +30,7 @@ struct FormatOptions {
   std::map<std::string, FormatPlaces> places;  ///< by format name; being here selects the format
   std::string subFolder;
   std::string folderSuffix;
+  LayoutDataOptions layoutData;
 };
 
 enum class Verbosity { Quiet, Normal, Verbose };
@@ -58,6 +65,7 @@ struct PairOptions {
 
 struct CompareOptions : PairOptions {
   std::string format;
+  LayoutDataOptions layoutData;
 };
 
 struct NumdiffOptions : PairOptions {};

@@ -10,7 +10,7 @@
 namespace {
 
 std::unique_ptr<const OrvDiffResult> comparePair(const CompareOptions& options) {
-  const auto engine = createPairEngine(formatNamed(options.format));
+  const auto engine = createPairEngine(formatNamed(options.format), options.layoutData);
   try {
     return std::unique_ptr<const OrvDiffResult>(
         engine->performDiff(options.master, options.actual, nullptr));

@@ -59,9 +59,15 @@ const char* orNull(const std::string& text) {
   return text.empty() ? nullptr : text.c_str();
 }
 
+void set(OrvFormatArguments& arguments, const LayoutDataOptions& layoutData) {
+  arguments.layoutSchema = orNull(layoutData.schema);
+  arguments.layoutNamespace = orNull(layoutData.namespaceUri);
+}
+
 SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options) {
   OrvFormatArguments arguments;
   arguments.subFolder = orNull(options.subFolder);
+  set(arguments, options.layoutData);
   const auto places = options.places.find(std::string(format.name));
   if (places != options.places.end()) {
     arguments.outputDirectoryTypeName = places->second.outputDirectory.c_str();
@@ -89,8 +95,10 @@ const OrvDiffFormat& formatNamed(const std::string& name) {
   return *format;
 }
 
-std::unique_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format) {
+std::unique_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
+                                                    const LayoutDataOptions& layoutData) {
   OrvFormatArguments arguments;
+  set(arguments, layoutData);
   arguments.outputDirectoryTypeName = "";
   return format.createEngine(arguments);
 }

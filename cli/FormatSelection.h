@@ -17,7 +17,8 @@ struct SelectedFormat {
 const OrvDiffFormat& formatNamed(const std::string& name);
 
 /// An engine that compares single pairs: where files lie does not matter to it.
-std::unique_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format);
+std::unique_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
+                                                    const LayoutDataOptions& layoutData = {});
 
 /// The formats that `options` asks for, each once, in the order of the list of formats. The engines
 /// refer to texts of `options`. Raises `Trouble` for unknown names, and for a format that is not

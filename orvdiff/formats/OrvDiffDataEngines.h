@@ -22,6 +22,9 @@ class ORVDIFF_API OrvDiffSingleXlsFileEngine : public OrvDiffDataFormatEngine {
   OrvDiffResult* performDiff(const std::string& masterName, const std::string& actualName,
                              std::strstream* inMemoryOutput) override;
 
+  /// The patterns that texts are normalised by.
+  const OrvPatternList& getCleansingPatterns() const { return m_cleansingPatterns.list(); }
+
  private:
   OrvHeldPatterns m_cleansingPatterns;
 };

@@ -110,6 +110,17 @@ const OrvDiffFormat* OrvDiffFormats::find(std::string_view name) {
 }
 
 const OrvPatternList* OrvDiffFormats::getCleansingPatterns(const OrvDiffFileEngine& engine) {
-  const auto* const text = dynamic_cast<const OrvDiffTextFileTypeEngine*>(&engine);
-  return text != nullptr ? &text->getCleansingPatterns() : nullptr;
+  static const OrvPatternList kNone;
+  if (const auto* const layout = dynamic_cast<const OrvDiffLayoutDataXmlFileEngine*>(&engine)) {
+    return &layout->getCleansingPatterns();  // which are not those of its base
+  }
+  if (const auto* const text = dynamic_cast<const OrvDiffTextFileTypeEngine*>(&engine)) {
+    return &text->getCleansingPatterns();
+  }
+  if (const auto* const sheet = dynamic_cast<const OrvDiffSingleXlsFileEngine*>(&engine)) {
+    return &sheet->getCleansingPatterns();
+  }
+  const bool isText = dynamic_cast<const OrvDiffCsiFileEngine*>(&engine) != nullptr ||
+                      dynamic_cast<const OrvDiffDiTreeFileEngine*>(&engine) != nullptr;
+  return isText ? &kNone : nullptr;
 }

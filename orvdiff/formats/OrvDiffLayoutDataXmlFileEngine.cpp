@@ -1,6 +1,5 @@
 #include "orvdiff/formats/OrvDiffLayoutDataXmlFileEngine.h"
 
-#include <iostream>
 #include <optional>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
@@ -118,5 +117,5 @@ void OrvDiffLayoutDataXmlFileEngine::loadSchema() {
 
 void OrvDiffLayoutDataXmlFileEngine::reportUnusableSchema(const std::string& reason) {
   m_parser->resetCachedGrammarPool();  // the part that was read must not pass for the whole
-  std::cout << "Layout-data schema " << m_schemaPath << " cannot be used: " << reason << std::endl;
+  printXmlFailure("Layout-data schema " + m_schemaPath + " cannot be used: " + reason);
 }

@@ -31,6 +31,9 @@ class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
   /// verifying. A null one raises `VELAssertError`.
   void addCleansingPattern(const OrvDiffNormalizationPattern* pattern);
 
+  /// The patterns that texts are normalised by, in the order in which they were added.
+  const OrvPatternList& getCleansingPatterns() const { return m_dataCleansingPatterns.list(); }
+
   /// A missing actual file (unless the output is in memory); a plain failure, both names being the
   /// actual file's, when the output is not valid: a block on standard output then says why, and a
   /// stream stays frozen. Else what comparing with the master gives.

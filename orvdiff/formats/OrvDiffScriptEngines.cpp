@@ -1,8 +1,7 @@
 #include "orvdiff/formats/OrvDiffScriptEngines.h"
 
-#include <cstdlib>
-
 #include "orvdiff/platform/VELAssert.h"
+#include "orvdiff/platform/VELCommand.h"
 #include "orvdiff/platform/VELFmDir.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
@@ -33,7 +32,7 @@ OrvDiffResult* OrvDiffScriptFileEngine::performDiff(const std::string& masterNam
   prepareScript();
   const std::string command = getCommandPrefix() + ('"' + masterName) + "\" \"" + actualName + '"';
   if (isPlainInDoubleQuotes(masterName) && isPlainInDoubleQuotes(actualName) &&
-      std::system(command.c_str()) == 0) {
+      VELCommand::run(command.c_str()) == 0) {
     return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
   }
   return velNew<OrvDiffResultFailDiff>(VEL_HERE, masterName, actualName);

@@ -1,5 +1,6 @@
 #include "orvdiff/formats/XmlValidation.h"
 
+#include <algorithm>
 #include <cstring>
 #include <initializer_list>
 #include <iostream>
@@ -9,7 +10,6 @@
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
-#include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
@@ -52,19 +52,24 @@ class ClosedWorldResolver : public xercesc::XMLEntityResolver {
 };
 
 ClosedWorldResolver s_closedWorldResolver;
-xercesc::SecurityManager s_securityManager;  // its default limit of entity expansions will do
 
-/// Prints a failure block. `position` has a line of its own for each text.
+/// How many entities a document of `length` bytes may expand: what they expand to, at most as long
+/// as the document each, then stays below a hundred million bytes, or ten times the document.
+XMLSize_t expansionLimit(std::uint32_t length) {
+  constexpr XMLSize_t kMostBytes = 100'000'000;
+  constexpr XMLSize_t kFewest = 10;
+  constexpr XMLSize_t kMost = 50'000;
+  return std::clamp(kMostBytes / std::max<XMLSize_t>(length, 1), kFewest, kMost);
+}
+
+/// Prints a failure block; `position` has its last lines.
 void printBlock(const std::string& kind, const std::string& fileName, const XMLCh* message,
                 std::initializer_list<std::string> position) {
-  // Each line is flushed, so that it stays in place among what the host and its scripts print.
-  std::cout << kSeparator << std::endl;
-  std::cout << kind << " error for file: " << fileName << std::endl;
-  std::cout << kind << " error message: " << narrowXmlText(message) << std::endl;
-  for (const std::string& text : position) {
-    std::cout << kind << " error at " << text << std::endl;
-  }
-  std::cout << kSeparator << std::endl;
+  printXmlFailure(kSeparator);
+  printXmlFailure(kind + " error for file: " + fileName);
+  printXmlFailure(kind + " error message: " + narrowXmlText(message));
+  std::for_each(position.begin(), position.end(), printXmlFailure);
+  printXmlFailure(kSeparator);
 }
 
 /// Runs `parse`. False when it throws; the parser is then reset if the fault is the document's.
@@ -80,7 +85,8 @@ bool isFaultless(DOM_ParserImpl& parser, const std::string& fileName,
     const auto line = static_cast<std::int64_t>(exception.getLineNumber());
     const auto column = static_cast<std::int64_t>(exception.getColumnNumber());
     printBlock("Schema validation", fileName, exception.getMessage(),
-               {"line " + std::to_string(line), "column number " + std::to_string(column)});
+               {"Schema validation error at line " + std::to_string(line),
+                "Schema validation error at column number " + std::to_string(column)});
   } catch (const xercesc::DOMException& exception) {
     printBlock("DOM Exception", fileName, exception.getMessage(), {});
   } catch (...) {
@@ -120,8 +126,11 @@ std::unique_ptr<DOM_ParserImpl> DOM_ParserImpl::create(xercesc::ErrorHandler& ha
 DOM_ParserImpl::DOM_ParserImpl(xercesc::ErrorHandler& handler, ValSchemes validation)
     : xercesc::XercesDOMParser(nullptr, xercesc::XMLPlatformUtils::fgMemoryManager, nullptr),
       m_nestingLimit(*getScanner()->getLocator()) {
-  cacheGrammarFromParse(true);
-  useCachedGrammarInParse(true);
+  // Only a schema is worth keeping. A parser that keeps grammars refuses internal DTD subsets,
+  // which a document that need only be well-formed may have.
+  const bool keepsGrammars = validation != Val_Never;
+  cacheGrammarFromParse(keepsGrammars);
+  useCachedGrammarInParse(keepsGrammars);
   setDoNamespaces(true);
   setIncludeIgnorableWhitespace(false);
   setValidationScheme(validation);
@@ -130,7 +139,6 @@ DOM_ParserImpl::DOM_ParserImpl(xercesc::ErrorHandler& handler, ValSchemes valida
   setLoadExternalDTD(false);
   setXMLEntityResolver(&s_closedWorldResolver);
   setDisableDefaultEntityResolution(true);
-  setSecurityManager(&s_securityManager);
 }
 
 DOM_ParserImpl::~DOM_ParserImpl() = default;
@@ -138,6 +146,8 @@ DOM_ParserImpl::~DOM_ParserImpl() = default;
 void DOM_ParserImpl::parseText(const char* bytes, std::uint32_t length) {
   xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes), length, "", false);
   source.setCopyBufToStream(false);
+  m_securityManager.setEntityExpansionLimit(expansionLimit(length));
+  setSecurityManager(&m_securityManager);  // on each parse: the parser takes a copy of the limit
   getScanner()->setDocHandler(&m_nestingLimit);
   getScanner()->setDocTypeHandler(nullptr);  // on each parse: loading a grammar sets it
   parse(source);
@@ -154,6 +164,10 @@ std::string narrowXmlText(const XMLCh* message) {
   static_assert(sizeof(XMLCh) == sizeof(char16_t), "Xerces is built for UTF-16");
   return message != nullptr ? I18NString(reinterpret_cast<const char*>(message), "UTF-16").toBytes()
                             : std::string();
+}
+
+void printXmlFailure(const std::string& line) {
+  std::cout << line << std::endl;
 }
 
 OrvDiffResult* findXmlFault(

@@ -6,6 +6,7 @@
 #include <string>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/util/SecurityManager.hpp>
 
 #include "orvdiff/formats/XmlNestingLimit.h"
 
@@ -50,10 +51,15 @@ class DOM_ParserImpl : public xercesc::XercesDOMParser {
   DOM_ParserImpl(xercesc::ErrorHandler& handler, ValSchemes validation);
 
   XmlNestingLimit m_nestingLimit;
+  xercesc::SecurityManager m_securityManager;
 };
 
 /// `message`, the NUL-terminated text of a Xerces exception, as it is printed.
 std::string narrowXmlText(const XMLCh* message);
+
+/// Prints a line about a failure on standard output, and flushes it, so that it stays in place
+/// among what the host and its scripts print.
+void printXmlFailure(const std::string& line);
 
 /// Hands the text of a document to `parse`: `inMemoryText`, or, when that is null, the whole file.
 /// Null when `parse` returns; else a new result: the file as missing, or a plain failure, both

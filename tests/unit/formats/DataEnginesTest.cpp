@@ -1,6 +1,6 @@
 #include "orvdiff/formats/OrvDiffDataEngines.h"
 #include "orvdiff/formats/OrvDiffFormats.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/Testing.h"
 
 namespace {
 

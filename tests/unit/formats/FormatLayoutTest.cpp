@@ -1,5 +1,10 @@
+#include "orvdiff/formats/OrvDiffAuthoredDThroughTargetsXmlFileEngine.h"
+#include "orvdiff/formats/OrvDiffCtxMetadataXmlFileEngine.h"
+#include "orvdiff/formats/OrvDiffDataEngines.h"
 #include "orvdiff/formats/OrvDiffFormats.h"
 #include "orvdiff/formats/OrvDiffImageEngines.h"
+#include "orvdiff/formats/OrvDiffLayoutDataXmlFileEngine.h"
+#include "orvdiff/formats/OrvDiffScriptEngines.h"
 #include "orvdiff/formats/OrvDiffTextEngines.h"
 #include "orvdiff/platform/OrvTestInfo.h"
 #include "tests/support/Testing.h"
@@ -47,6 +52,17 @@ const Row kRows[] = {
     {"paged-layout-data-png", Format::PagedLayoutDataXmlPng, globOf<OrvDiffPagedLayoutDataXmlPngFileEngine>, "v5DebugPagedDataXML", "/PagedDataXML/R*.png"},
     {"raw-xml-png", Format::RawXmlPng, globOf<OrvDiffRawXmlPngFileEngine>, "v5DebugRawXml", "/R*.png"},
     {"xhtml-png", Format::XhtmlPng, globOf<OrvDiffXhtmlPngFileEngine>, "v5DebugXHTML", "/R*.png"},
+    {"ctx-metadata", Format::CtxMetadataXml, globOf<OrvDiffCtxMetadataXmlFileEngine>, "v5DebugCtxMetadata", "/CtxMetadata/R*.xml"},
+    {"drill-through-targets", Format::AuthoredDThroughTargetsXml, globOf<OrvDiffAuthoredDThroughTargetsXmlFileEngine>, "v5DebugVirtualDrillTargets", "/VirtualDThroughTargets/R*.xml"},
+    {"layout-data", Format::LayoutDataXml, globOf<OrvDiffLayoutDataXmlFileEngine>, "v5DebugDataXML", "/DataXML/R*.xml"},
+    {"pdf", Format::Pdf, globOf<OrvDiffPdfFileEngine>, "v5DebugPDF", "/PDF/R*.pdf"},
+    {"xlsx", Format::Xlsx, globOf<OrvDiffXlsxFileEngine>, "v5DebugXLS2007", "/XLS2007/R*.xlsx"},
+    {"single-xls", Format::SingleXls, globOf<OrvDiffSingleXlsFileEngine>, "v5DebugSingleXLS", "/singleXLS/R*.html"},
+    {"csv", Format::Csv, globOf<OrvDiffCsvFileEngine>, "v5DebugCSV", "/CSV/R*.csv"},
+    {"json", Format::Json, globOf<OrvDiffJsonFileEngine>, "v5DebugJSON", "/JSON/R*.json"},
+    {"csi", Format::Csi, globOf<OrvDiffCsiFileEngine>, "v5DebugROM", "/R*.csi"},
+    {"di", Format::DiTree, globOf<OrvDiffDiTreeFileEngine>, "v5DebugDI", "/R*.di"},
+    {"vmd", Format::Vmd, globOf<OrvDiffVmdFileEngine>, "v5DebugVMD", "/vmd/R*.vmd"},
 };
 // clang-format on
 

@@ -1,8 +1,8 @@
 #include "orvdiff/formats/OrvDiffFormats.h"
 #include "orvdiff/formats/OrvDiffLayoutDataXmlFileEngine.h"
 #include "orvdiff/platform/OrvDeployment.h"
-#include "tests/unit/support/CapturedOutput.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/CapturedOutput.h"
+#include "tests/support/Testing.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include "orvdiff/formats/OrvDiffAuthoredDThroughTargetsXmlFileEngine.h"
 #include "orvdiff/formats/OrvDiffCtxMetadataXmlFileEngine.h"
 #include "orvdiff/formats/XmlValidation.h"
-#include "tests/unit/support/CapturedOutput.h"
-#include "tests/unit/support/Testing.h"
+#include "tests/support/CapturedOutput.h"
+#include "tests/support/Testing.h"
 
 namespace {
 
@@ -42,6 +42,9 @@ const struct {
     {"UTF-16 without mark, little end first", asUtf16(kUtf16, false), nullptr},
     {"UTF-16 without mark, big end first", asUtf16(kUtf16, true), nullptr},
     {"bare document type", "<!DOCTYPE a><a/>", nullptr},
+    {"internal subset", "<!DOCTYPE a [<!ENTITY e 'x'>]><a b='&e;'>&e;</a>", nullptr},
+    {"external entity, not read", "<!DOCTYPE a [<!ENTITY e SYSTEM 'trap.dtd'>]><a>&e;</a>",
+     nullptr},
     {"external DTD, not read", "<!DOCTYPE a SYSTEM 'trap.dtd'><a>&nbsp;</a>", nullptr},
     {"the same DTD again", "<!DOCTYPE a SYSTEM 'trap.dtd'><a/>", nullptr},
     {"external DTD, no network", "<!DOCTYPE a SYSTEM 'http://host.invalid/a.dtd'><a/>", nullptr},
@@ -59,8 +62,14 @@ const struct {
     {"UTF-8 cut short", "<a>\xe2\x82", ""},
     {"NUL", std::string("<a>\0</a>", 8), "input ended"},
     {"unknown encoding", "<?xml version='1.0' encoding='klingon'?><a/>", "KLINGON"},
-    {"internal subset", "<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>", "internal subset"},
-    {"external entity", "<!DOCTYPE a [<!ENTITY e SYSTEM 'trap.dtd'>]><a>&e;</a>", ""},
+    {"a million laughs",
+     "<!DOCTYPE a [<!ENTITY a 'ha'><!ENTITY b '" + repeated("&a;", 1000) + "'><!ENTITY c '" +
+         repeated("&b;", 1000) + "'>]><a>&c;</a>",
+     "expansion"},
+    {"a long laugh, often",
+     "<!DOCTYPE a [<!ENTITY a '" + repeated("ha", 50000) + "'>]><a b='" + repeated("&a;", 20000) +
+         "'/>",
+     "expansion"},
     {"entity without declaration", "<a>&e;</a>", "entity 'e' not found"},
     {"one level deeper", repeated("<a>", 10000) + "<b/>" + repeated("</a>", 10000), "10000 levels"},
     {"very deep", repeated("<a>", 100000), "10000 levels"},

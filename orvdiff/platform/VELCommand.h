@@ -1,0 +1,13 @@
+#pragma once
+
+/// The command interpreter.
+struct VELCommand {
+  /// Runs a command line through the interpreter and waits for its end. Returns the status that the
+  /// system reports: 0 when the command exited with 0, -1 when it could not be started, else
+  /// something else.
+  ///
+  /// Unlike the C library's `system`, it gives the command an empty standard input, so that a
+  /// script that asks questions fails rather than waits for ever, and leaves the caller's handling
+  /// of SIGINT alone, so that a person who interrupts the run interrupts all of it.
+  static int run(const char* commandLine);
+};
