@@ -1,6 +1,9 @@
 // How normalising time grows on documents that are hard on backtracking: time(2n) / time(n) for
-// every catalogue row and every list of a text engine. Prints the slowest-growing cases; linear
-// growth is a ratio of 2.
+// every catalogue row and every list of a text engine; linear growth is a ratio of 2.
+//
+// Prints the worst cases, in two groups. Where a pattern finds nothing to try, all that is left is
+// a pass over the text, and its ratio says how much slower memory is than the caches: a text that
+// fits is passed over up to twice as fast, byte for byte, as its double that does not.
 //
 // usage: orvdiff_growth [N]   (default 500000; the larger document has 2N repetitions)
 
@@ -85,36 +88,66 @@ double seconds(const std::string& text, const OrvPatternList& patterns) {
 }
 
 struct Case {
-  double ratio;
-  double larger;
   std::string name;
+  double smaller;  ///< seconds for n repetitions
+  double larger;   ///< and for twice as many
+  bool isPass;     ///< nothing but a pass over the text, as fast as memory delivers it
+
+  double ratio() const { return larger / smaller; }
 };
 
-}  // namespace
+Case measure(const std::string& small, const std::string& large, const OrvPatternList& patterns) {
+  constexpr double kPassBytesPerSecond = 1e9;
+  constexpr double kSurprise = 2.2;
+  Case result = {"", seconds(small, patterns), seconds(large, patterns), false};
+  result.isPass = result.larger < static_cast<double>(large.size()) / kPassBytesPerSecond;
+  // Other programs spoil one of many measurements easily, but hardly four of them.
+  for (int again = 0; again < 3 && !result.isPass && result.ratio() > kSurprise; ++again) {
+    result.smaller = std::min(result.smaller, seconds(small, patterns));
+    result.larger = std::min(result.larger, seconds(large, patterns));
+  }
+  return result;
+}
 
-int main(int argc, char** argv) {
-  const std::size_t n = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 500000;
+std::vector<Case> measureAll(std::size_t n) {
   const std::vector<OrvPatternList> lists = patternListsToTry();
   std::vector<Case> cases;
   for (const Document& document : kDocuments) {
     const std::string small = build(document, n);
     const std::string large = build(document, 2 * n);
     for (std::size_t list = 0; list < lists.size(); ++list) {
-      const double larger = seconds(large, lists[list]);
-      const std::string name = list < kCatalogueRows ? "row " : "list ";
-      cases.push_back({larger / seconds(small, lists[list]), larger,
-                       name + std::to_string(list) + ", " + document.name});
+      cases.push_back(measure(small, large, lists[list]));
+      cases.back().name =
+          (list < kCatalogueRows ? "row " : "list ") + std::to_string(list) + ", " + document.name;
     }
   }
   std::sort(cases.begin(), cases.end(),
-            [](const Case& one, const Case& other) { return one.ratio > other.ratio; });
-  std::printf("%zu cases, n = %zu\n%8s %12s  case\n", cases.size(), n, "ratio", "time(2n) ms");
-  for (std::size_t i = 0; i < std::min<std::size_t>(cases.size(), 10); ++i) {
-    std::printf("%8.2f %12.2f  %s\n", cases[i].ratio, cases[i].larger * 1e3, cases[i].name.c_str());
+            [](const Case& one, const Case& other) { return one.ratio() > other.ratio(); });
+  return cases;
+}
+
+void print(const std::vector<Case>& cases, bool passes) {
+  int left = 5;
+  for (const Case& each : cases) {
+    if (each.isPass == passes && left-- > 0) {
+      std::printf("%8.2f %12.2f %12.2f  %s\n", each.ratio(), each.smaller * 1e3, each.larger * 1e3,
+                  each.name.c_str());
+    }
   }
-  const Case& slowest = *std::max_element(
-      cases.begin(), cases.end(),
-      [](const Case& one, const Case& other) { return one.larger < other.larger; });
-  std::printf("slowest: %.2f ms, ratio %.2f, %s\n", slowest.larger * 1e3, slowest.ratio,
-              slowest.name.c_str());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::size_t n = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 500000;
+  const std::vector<Case> cases = measureAll(n);
+  const auto passes =
+      std::count_if(cases.begin(), cases.end(), [](const Case& each) { return each.isPass; });
+  constexpr const char* kHead = "   ratio   time(n) ms  time(2n) ms  case";
+  std::printf("n = %zu; cases in which time goes into matching: %zu\n%s\n", n,
+              cases.size() - static_cast<std::size_t>(passes), kHead);
+  print(cases, false);
+  std::printf("cases of nothing but a pass over the text, faster than 1 GB/s: %zu\n%s\n",
+              static_cast<std::size_t>(passes), kHead);
+  print(cases, true);
 }

@@ -2,7 +2,10 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
+#include <vector>
+#include <xercesc/util/PlatformUtils.hpp>
 
 #include "bench/BenchInputs.h"
 #include "orvdiff/orvdiff.h"
@@ -31,6 +34,7 @@ void verifySuite(benchmark::State& state) {
     folder.write("webcontent/bi/v5DebugHTML/" + name, makePage(size, 2));
   }
   folder.write("work/readme", "");
+  xercesc::XMLPlatformUtils::Initialize();
   std::filesystem::current_path(folder.path() / "work");
   std::vector<std::unique_ptr<OrvDiffFileEngine>> engines;
   OrvDiffEngineRegistry registry;
@@ -54,6 +58,8 @@ void verifySuite(benchmark::State& state) {
     state.SkipWithError("not every report passed");
   }
   state.SetBytesProcessed(state.iterations() * kReports * 2 * state.range(0));
+  engines.clear();
+  xercesc::XMLPlatformUtils::Terminate();
   std::filesystem::current_path("/");
 }
 BENCHMARK(verifySuite)->ArgName("bytes")->Arg(1 << 10)->Arg(1 << 17)->Unit(benchmark::kMillisecond);
