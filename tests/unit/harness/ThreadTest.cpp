@@ -1,6 +1,5 @@
 #include <set>
 #include <thread>
-#include <vector>
 
 #include "HarnessTest.h"
 
@@ -29,19 +28,18 @@ void checkOften(int thread) {
 
 /// Everything that the checks of one thread's round can write.
 std::set<std::string> blocksOf(int thread) {
-  MOXTestHarness& harness = *MOXTestHarness::getInstance();
   const std::string name = "thread " + std::to_string(thread) + "\n";
-  harness.openLogFile("single", false);
-  harness.dumpDifferences(std::string(64, static_cast<char>('a' + thread)).data(),
-                          std::string(64, '.').data(), 64, 0);
-  harness.closeLogFile();
+  MOXTestHarness::getInstance()->openLogFile("single", false);
+  MOXTestHarness::getInstance()->dumpDifferences(
+      std::string(64, static_cast<char>('a' + thread)).data(), std::string(64, '.').data(), 64, 0);
+  MOXTestHarness::getInstance()->closeLogFile();
   return {"PASSED: Check File: " + name,
           ">>  WARNED: Check File: " + name + "Unable to open actual file\n\n",
-          ">>  FAILED: Check Memory: " + name + readFile("single"), "note of " + name};
+          ">>  FAILED: Check Memory: " + name + TestFolder::read("single"), "note of " + name};
 }
 
 TEST_F(ThreadTest, ChecksStayWholeAndCountersExact) {
-  writeFile("file", "text");
+  TestFolder::write("file", "text");
   startTest(MOXLogLevel::Detailed);
   std::vector<std::thread> threads;
   threads.reserve(kThreads);

@@ -1,5 +1,3 @@
-#include <vector>
-
 #include "HarnessTest.h"
 
 namespace {
@@ -27,7 +25,7 @@ TEST_F(TimerTest, OwnTimeIsTakenOffButNeverBelowZero) {
 TEST_F(TimerTest, ChecksAddTheirTimeToTheOwnTime) {
   startTest(MOXLogLevel::Concise);
   const std::vector<char> block(std::size_t{64} << 20U, 'x');
-  writeFile("file", std::string(block.data(), block.size()));
+  TestFolder::write("file", std::string(block.data(), block.size()));
   harness().startTimer();
   EXPECT_EQ(harness().check_file("it", "file", "file"), 1);
   harness().stopTimer();
