@@ -38,19 +38,16 @@ TEST(NormalizationPattern, ReplacesEveryMatchWithinTheTextsLengthPlusOne) {
   } kRows[] = {
       {"=3D", "=", "a=3Db=3D", "a=b="},
       {"b+", "", "abbbcb", "ac"},
-      {"b", "x", "", ""},
       {"x", "y", "no match \xC3\xA9\xE9", "no match \xC3\xA9\xE9"},
       {"(a)(b)", "$2$1", "abab", "baba"},
       {"ab", "\\$", "ab", "$"},
       {".+", "\xC3\xA9", "abc\xE9\nd", "\xC3\xA9\n\xC3\xA9"},
       {"a.c", "-", "abc a\nc a\xC3\xA9" "c a\xF0\x9F\x98\x80" "c a\xE9" "c", "- a\nc - - -"},
       {"^b", "", "b\nb", "\nb"},
-      {"B", "", "bB", "b"},
       {"[!--a]", "", "!\"-a", "\"-a"},
       {"[-+--.]", "", "-+,.", ",."},
       {"a", "bc", "xax", "xbcx"},
       {"a", "bcd", "xax", kFailed},
-      {"a", "bcde", "xax", kFailed},
       {"a", "bc", "aXa", kFailed},
       {"a(X?)", "bc", "aXa", "bcbc"},
       {"\\u00E9", "bc", "\xC3\xA9", "bc"},
@@ -73,11 +70,9 @@ TEST(NormalizationPattern, ReplacesEveryMatchWithinTheTextsLengthPlusOne) {
 }
 
 TEST(NormalizationPattern, RefusesMisuse) {
-  for (const char* const invalid : {"(", "[a", "a)"}) {
-    EXPECT_EQ(raisedBy([&] { const OrvDiffNormalizationPattern pattern(invalid, nullptr); }),
-              "OrvDiffNormalizationPattern: VEL_ASSERT_NAMED(m_regEx, \"Regular expression "
-              "compiled\");");
-  }
+  EXPECT_EQ(raisedBy([] { OrvDiffNormalizationPattern("(", nullptr); }),
+            "OrvDiffNormalizationPattern: VEL_ASSERT_NAMED(m_regEx, \"Regular expression "
+            "compiled\");");
   const OrvDiffNormalizationPattern pattern("a", nullptr);
   OrvTextBuffer none;
   EXPECT_EQ(raisedBy([&] { pattern.normalizeText(none); }),

@@ -63,12 +63,9 @@ TEST_F(LayoutDataEngine, RefusesWhatIsNot) {
       {"<layout xmlns='urn:other'" + kHint +
            "schemaLocation='urn:other other.xsd'><cell/></layout>",
        "no declaration found for element 'layout'"},
-      {"<layout" + kHint + "noNamespaceSchemaLocation='other.xsd'><cell/></layout>",
-       "no declaration found for element 'layout'"},
       {layout("<zell/>"), "no declaration found for element 'zell'"},
       {layout("<cell a='1'/>"), "attribute 'a' is not declared"},
       {layout("<cell/><cell/><cell/>"), "element 'cell' is not allowed"},
-      {layout(""), "empty content is not valid"},
       {layout("<cell/>").substr(1), "invalid document structure"},
       {"<!DOCTYPE layout [<!ENTITY e 'x'>]>" + layout("<cell>&e;</cell>"), "internal subset"},
   };
@@ -101,30 +98,24 @@ TEST_F(LayoutDataEngine, ReadsTheSchemaOnce) {
 }
 
 TEST_F(LayoutDataEngine, NamesASchemaThatCannotBeUsed) {
-  const struct {
-    std::string schema;
-    const char* reason;
-  } kRows[] = {
+  const std::pair<std::string, const char*> kRows[] = {
       {"", "invalid document structure"},
       {kSchema.substr(0, kSchema.size() - 5), "expected end of tag"},
       {schema(kCell + kLayout + "<xs:element name='z' type='nope'/>"), "type 'urn:layout:nope'"},
       {schema(kCell + kLayout, "urn:other"), "it does not describe the namespace urn:layout"},
       {"<a/>", "root element name of XML Schema document"},
+      {"(missing)", "the file cannot be opened\n++++"},
   };
   const std::string valid = layout("<cell/>");
-  std::filesystem::remove("my schemas/l.xsd");
-  for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(compared(valid, valid), "fail a a");
-    EXPECT_THAT(m_printed,
-                testing::StartsWith("Layout-data schema my schemas/l.xsd cannot be used: the file "
-                                    "cannot be opened\n++++"));
-  }
-  for (const auto& row : kRows) {
-    TestFolder::write("my schemas/l.xsd", row.schema);
+  for (const auto& [text, reason] : kRows) {
+    TestFolder::write("my schemas/l.xsd", text);
+    if (text == "(missing)") {
+      std::filesystem::remove("my schemas/l.xsd");
+    }
     for (int i = 0; i < 2; ++i) {  // the part that could be read must not serve the next document
-      EXPECT_EQ(compared(valid, valid), "fail a a") << row.reason;
+      EXPECT_EQ(compared(valid, valid), "fail a a") << reason;
       EXPECT_THAT(m_printed, testing::StartsWith("Layout-data schema my schemas/l.xsd cannot be "));
-      EXPECT_THAT(m_printed, testing::HasSubstr(row.reason));
+      EXPECT_THAT(m_printed, testing::HasSubstr(reason));
     }
   }
   TestFolder::write("my schemas/l.xsd", kSchema);
@@ -145,14 +136,8 @@ TEST_F(LayoutDataEngine, TakesFurtherPatterns) {
   const OrvDiffNormalizationPattern digits("[0-9]", nullptr);
   m_engine.addCleansingPattern(&digits);
   EXPECT_EQ(compared(layout("<cell>1</cell>"), layout("<cell>2</cell>")), "pass m a");
-  try {
-    m_engine.addCleansingPattern(nullptr);
-    ADD_FAILURE();
-  } catch (const VELAssertError& error) {
-    EXPECT_EQ(error.getText(), "VEL_ASSERT(pattern);");
-    EXPECT_EQ(error.getSourceUnit(), "OrvDiffLayoutDataXmlFileEngine");
-    EXPECT_EQ(error.getLine(), 107);
-  }
+  EXPECT_EQ(raisedBy([&] { m_engine.addCleansingPattern(nullptr); }),
+            "OrvDiffLayoutDataXmlFileEngine: VEL_ASSERT(pattern);");
 }
 
 TEST_F(LayoutDataEngine, LooksWhereItIsDeployed) {
