@@ -55,13 +55,6 @@ class SuiteTest(unittest.TestCase):
             self.write(b"webcontent/bi/v5Debug" + (b"XLS/" if xls else b"HTML/") + name + b".html",
                        actual)
 
-    def pair(self, master, actual):
-        """The working folder's files "one" and "other", of which None leaves one out."""
-        for name, content in (("one", master), ("other", actual)):
-            (self.server / "work" / name).unlink(missing_ok=True)
-            if content is not None:
-                self.write("work/" + name, content)
-
     def expect_trouble(self, message, *arguments):
         """The program must refuse these arguments with a message, without running."""
         run = self.run_program(*arguments)

@@ -177,18 +177,12 @@ class Locations(SuiteTest):
         self.assertEqual(self.listed("../suite/deep"), both[1:])
         self.assertEqual(self.listed(".", arguments=("-C", "../suite")), ["R.xml", "deep/er/R.xml"])
 
-    def test_a_location_without_a_folder_part(self):
-        self.write("work/R.xml")
-        self.write("work/Masters/R.html", "x")
-        self.write("webcontent/bi/v5DebugHTML/R.html", "y")
-        run = self.verify(locations=["R.xml"])
-        self.assertEqual((run.status, len(run.lines("differs"))), (1, 1))
-
     def test_folders_whose_names_are_lists_to_others(self):
         self.report("R", "x", "x", folder="[2023,2024]")
         self.report("S", "x", "x", folder="a,b")
-        self.assertEqual(self.listed("[2023,2024]", "a,b", arguments=("-C", "../work/..")),
-                         ["./[2023,2024]/R.xml", "a,b/S.xml"])
+        self.report("T", "x", "x", folder=".")  # a location without a folder part
+        self.assertEqual(self.listed("[2023,2024]", "a,b", "T.xml", arguments=("-C", "../work/..")),
+                         ["./[2023,2024]/R.xml", "T.xml", "a,b/S.xml"])
 
     def test_locations_that_cannot_be_used_stop_the_run_before_it_starts(self):
         self.report("R", "x", "y")
@@ -256,17 +250,15 @@ class Files(SuiteTest):
     def test_summary_holds_every_pair_that_was_compared(self):
         self.report("A&B", "x", "x")
         self.report("C", "x", "y")
-        self.report("D", "x")
         for target in ("s.xml", "-"):
             with self.subTest(target):
                 run = self.verify("--summary", target)
                 self.assertEqual(run.status, 1)
                 text = run.out if target == "-" else (self.server / "work/s.xml").read_text()
-                entries = [(entry.tag, entry.find("MasterFile").text)
-                           for entry in xml.etree.ElementTree.fromstring(text)]
-                self.assertEqual(entries, [("TestCasePassDiff", "../suite/Masters/A&B.html"),
-                                           ("TestCaseFailureDiff", "../suite/Masters/C.html"),
-                                           ("TestCaseFailureDiff", "../suite/Masters/D.html")])
+                self.assertEqual([(entry.tag, entry.find("MasterFile").text)
+                                  for entry in xml.etree.ElementTree.fromstring(text)],
+                                 [("TestCasePassDiff", "../suite/Masters/A&B.html"),
+                                  ("TestCaseFailureDiff", "../suite/Masters/C.html")])
                 self.assertIn("differs  ", run.err if target == "-" else run.out)
 
     def test_a_summary_that_cannot_be_written(self):
@@ -311,14 +303,12 @@ class Files(SuiteTest):
                 log = (self.server / "work/run.mxr").read_bytes().decode()
                 self.assertEqual("Offset: 0X6 (6)" in log, has_dump)
                 self.assertIn("Start Test: Other\n", log)
-                self.assertIn("PASSED: Contents are equivalent: ../suite/Masters/Same.html and ",
-                              log)
+                self.assertIn("PASSED: Contents are equivalent: ../suite/Masters/Same.html", log)
                 self.assertRegex(log, r"= TOTALS  +0  +1  +1  +0  +>> FAIL =\n=+\n\Z")
         for place, said in (("nowhere/run.mxr", "cannot be written"), ("/dev/full", "to its end")):
             run = self.verify("--harness-log", place)
             self.assertEqual(run.status, 2)
-            self.assertIn(f"{place} ", run.err)
-            self.assertIn(said, run.err)
+            self.assertRegex(run.err, f"{place} .*{said}")
 
 
 class Interruption(SuiteTest):
