@@ -66,14 +66,4 @@ TEST(Api, AHostsOwnEngineAndListener) {
                                    "missing s/Masters/R_2.host " + kMissing + " " + kMissing));
 }
 
-TEST(Api, ErrorsCrossTheBorder) {
-  EXPECT_THROW(OrvDiffLib::strdupnew(nullptr), VELAssertError);
-  try {
-    OrvDiffNormalizationPattern("(", nullptr);
-    FAIL();
-  } catch (const std::exception& error) {
-    EXPECT_THAT(error.what(), testing::StartsWith("VEL_ASSERT_NAMED(m_regEx, "));
-  }
-}
-
 }  // namespace

@@ -55,13 +55,6 @@ class SuiteTest(unittest.TestCase):
             self.write(b"webcontent/bi/v5Debug" + (b"XLS/" if xls else b"HTML/") + name + b".html",
                        actual)
 
-    def expect_trouble(self, message, *arguments):
-        """The program must refuse these arguments with a message, without running."""
-        run = self.run_program(*arguments)
-        self.assertEqual((run.status, run.out), (2, ""))
-        self.assertRegex(run.err, "^orvdiff: .*" + message)
-        self.assertNotIn("\x1b", run.err)
-
     def run_program(self, *arguments, **environment):
         clean = {k: v for k, v in os.environ.items() if k != "NO_COLOR"}
         finished = subprocess.run([PROGRAM, *arguments], cwd=self.server / "work", timeout=60,

@@ -26,6 +26,8 @@ class DiffPdfTest(ScriptTest):
             ([], "cairo_report", "cairo_longer", DIFFERENT, "pages\n  master: 2\n  actual: 3\n"),
             ([], "cairo_report", "cairo_reworded", DIFFERENT,
              "text, page 2, line 1\n  master: Revenue by quarter\n  actual: Revenue per quarter"),
+            ([], "writer_report", "writer_amount", DIFFERENT,
+             "actual: ...urope 615.25 648.00 702.05 688.25"),
             ([], "cairo_report", "cairo_taller_bar", DIFFERENT,
              "picture, page 2, 240 pixels within x 300 to 359, y 184 to 187"),
             ([], "cairo_report", "cairo_landscape", DIFFERENT, "picture, page 1, size"),

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <string.h>
 
 #include <filesystem>
 #include <fstream>
@@ -60,6 +61,11 @@ std::string raisedBy(Action action) {
     return error.getSourceUnit() + ": " + error.getText();
   }
   return "nothing";
+}
+
+/// What a normalised difference takes over; null of null.
+inline char* copyOf(const char* text) {
+  return text != nullptr ? strcpy(new char[strlen(text) + 1], text) : nullptr;
 }
 
 /// Writes down every result: its class, master and actual name, and what the class adds.

@@ -30,12 +30,7 @@ std::string normalized(const OrvDiffNormalizationPattern& pattern, const std::st
 // clang-format off
 TEST(NormalizationPattern, ReplacesEveryMatchWithinTheTextsLengthPlusOne) {
   const std::string kSmile = "\xF0\x9F\x98\x80";  // two code units in UTF-16
-  const struct {
-    const char* pattern;
-    std::string replacement;
-    std::string text;
-    std::string expected;
-  } kRows[] = {
+  const std::tuple<const char*, std::string, std::string, std::string> kRows[] = {
       {"=3D", "=", "a=3Db=3D", "a=b="},
       {"b+", "", "abbbcb", "ac"},
       {"x", "y", "no match \xC3\xA9\xE9", "no match \xC3\xA9\xE9"},
@@ -58,13 +53,13 @@ TEST(NormalizationPattern, ReplacesEveryMatchWithinTheTextsLengthPlusOne) {
       {"\\U0001F600", "bcde", kSmile, kFailed},
   };
   // clang-format on
-  for (const auto& row : kRows) {
-    OrvDiffNormalizationPattern pattern(row.pattern, "replaced before it is used");
-    pattern.setReplacementText(row.replacement.c_str());
-    EXPECT_EQ(normalized(pattern, row.text), row.expected) << row.pattern << " " << row.replacement;
-    if (row.replacement.empty()) {
+  for (const auto& [expression, replacement, text, expected] : kRows) {
+    OrvDiffNormalizationPattern pattern(expression, "replaced before it is used");
+    pattern.setReplacementText(replacement.c_str());
+    EXPECT_EQ(normalized(pattern, text), expected) << expression << " " << replacement;
+    if (replacement.empty()) {
       pattern.setReplacementText(nullptr);
-      EXPECT_EQ(normalized(pattern, row.text), row.expected) << row.pattern;
+      EXPECT_EQ(normalized(pattern, text), expected) << expression;
     }
   }
 }

@@ -49,24 +49,17 @@ class CommaPunctuation : public std::numpunct<char> {
   std::string do_grouping() const override { return "\3"; }
 };
 
-TEST(OrvDiffFloatComparison, FindsTheNumbersOfAText) {
+TEST(OrvDiffFloatComparison, ComparesTheNumbersOfTexts) {
+  const std::string nines(400, '9');
   expectResults({
-      {"5 5. .5 -5.25 +.5 -0", "5 5 0.5 -5.25 0.5 0", kPass},
       {"1e5 2.5E-3 1.E+2 +3e0", "100000 0.0025 100 3", kPass},
       {". + - -. +. .e5 e+5 2020-01", "5 +5 2020 -1", kPass},
       {"--5 +-5 -+5 ..5 1.2.3", "-5 -5 5 .5 1.2 .3", kPass},
       {"1e 1e+ 1E-x 1e-.5", "1 1 1 1 .5", kPass},
-      {"1e5e5 1e5.5", "1e5 5 1e5 .5", kPass},
       {"0x1F inf -nan Infinity \xB2 \xD9\xA3 \xEF\xBC\x95", "0 1", kPass},
       {"1 2", "1", kFailDiff},
       {"1", "1 2", kFailDiff},
       {"1 2", "3", kFail},
-  });
-}
-
-TEST(OrvDiffFloatComparison, ReadsNumbersOfAnyMagnitude) {
-  const std::string nines(400, '9');
-  expectResults({
       {nines, "1e400", kPass},
       {nines, "-1e400", kFail},
       {"-1e99999999999999999999", '-' + nines, kPass},
@@ -75,11 +68,6 @@ TEST(OrvDiffFloatComparison, ReadsNumbersOfAnyMagnitude) {
       {"1e-400 -1e-99999999999999999999", "0 0", kPass},
       {"4.9e-324", "2.4703282292062328e-324", kPass},
       {"4.9e-324", "2.4703282292062327e-324", kFail},
-  });
-}
-
-TEST(OrvDiffFloatComparison, AllowsADifferenceInTheFifteenthDigitOfTheMaster) {
-  expectResults({
       {"1.0", "1.00000000000001", kPass},
       {"1.0", "1.00000000000002", kFail},
       {"100", "100.0000000000001", kPass},
@@ -88,7 +76,6 @@ TEST(OrvDiffFloatComparison, AllowsADifferenceInTheFifteenthDigitOfTheMaster) {
       {"0", "1.0000000000000002e-14", kFail},
       {"9.99999999999999", "10.00000000000005", kFail},
       {"10.00000000000005", "9.99999999999999", kPass},
-      {"-1", "1", kFail},
   });
 }
 

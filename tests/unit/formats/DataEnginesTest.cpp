@@ -6,12 +6,7 @@ namespace {
 const std::string kVmd = "Report\n\nMapping Mode - full\n";
 
 TEST(DataEngines, CompareAsTheirFormatAsks) {
-  const struct {
-    const char* format;
-    std::string master;
-    std::string actual;
-    const char* verdict;
-  } kRows[] = {
+  const std::tuple<const char*, std::string, std::string, const char*> kRows[] = {
       {"csv", "a,b\n", "a,b\r\n", "diff m a"},
       {"csv", std::string("a\0b", 3), std::string("a\0c", 3), "diff m a"},
       {"json", R"({"a":1,"b":2})", R"({"b":2,"a":1})", "diff m a"},
@@ -25,12 +20,12 @@ TEST(DataEngines, CompareAsTheirFormatAsks) {
       {"vmd", kVmd, kVmd.substr(0, kVmd.size() - 1), "diff m a"},
   };
   const TestFolder folder;
-  for (const auto& row : kRows) {
-    TestFolder::write("m", row.master);
-    TestFolder::write("a", row.actual);
-    const auto engine = OrvDiffFormats::find(row.format)->createEngine({});
-    EXPECT_EQ(described(engine->performDiff("m", "a", nullptr)), row.verdict)
-        << row.format << ": " << row.master << " against " << row.actual;
+  for (const auto& [format, master, actual, verdict] : kRows) {
+    TestFolder::write("m", master);
+    TestFolder::write("a", actual);
+    const auto engine = OrvDiffFormats::find(format)->createEngine({});
+    EXPECT_EQ(described(engine->performDiff("m", "a", nullptr)), verdict)
+        << format << ": " << master << " against " << actual;
   }
 }
 

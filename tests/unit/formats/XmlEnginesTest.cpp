@@ -31,11 +31,8 @@ std::string asUtf16(const std::string& ascii) {
 
 const std::string kUtf16 = R"(<?xml version="1.0" encoding="UTF-16"?><a>x</a>)";
 
-const struct {
-  const char* what;
-  std::string text;
-  const char* message;  ///< null: the document is accepted
-} kDocuments[] = {
+/// What, as which text, and with which message it is refused; null: the document is accepted.
+const std::tuple<const char*, std::string, const char*> kDocuments[] = {
     {"elements, comment, CDATA", "<a><!-- c --><b x='1'/><![CDATA[<]]></a>", nullptr},
     {"Latin-1", "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xe9</a>", nullptr},
     {"UTF-16 with mark", "\xff\xfe" + asUtf16(kUtf16), nullptr},
@@ -44,7 +41,6 @@ const struct {
     {"external entity, not read", "<!DOCTYPE a [<!ENTITY e SYSTEM 'trap.dtd'>]><a>&e;</a>",
      nullptr},
     {"external DTD, not read", "<!DOCTYPE a SYSTEM 'trap.dtd'><a>&nbsp;</a>", nullptr},
-    {"the same DTD again", "<!DOCTYPE a SYSTEM 'trap.dtd'><a/>", nullptr},
     {"external DTD, no network", "<!DOCTYPE a SYSTEM 'http://host.invalid/a.dtd'><a/>", nullptr},
     {"schema hint, not followed",
      "<a xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'"
@@ -53,7 +49,6 @@ const struct {
     {"as deep as can be", repeated("<a>", 10000) + repeated("</a>", 10000), nullptr},
     {"nothing", "", "invalid document structure"},
     {"truncated", "<a>\n<b>", "input ended before all started tags were ended"},
-    {"wrong end tag", "<a></b>", "expected end of tag 'a'"},
     {"unknown prefix", "<p:a/>", "prefix 'p' can not be resolved"},
     {"Latin-1 that claims nothing", "<a>\xe9</a>", "invalid byte"},
     {"NUL", std::string("<a>\0</a>", 8), "input ended"},
@@ -75,17 +70,17 @@ TEST(XmlEngines, AcceptWellFormedDocumentsWhateverCameBefore) {
   TestFolder::write("trap.dtd", "<!ENTITY nbsp ");
   TestFolder::write("good.xml", "<a xmlns='urn:n'/>");
   OrvDiffCtxMetadataXmlFileEngine engine(nullptr);
-  for (const auto& row : kDocuments) {
-    TestFolder::write("x.xml", row.text);
+  for (const auto& [what, text, message] : kDocuments) {
+    TestFolder::write("x.xml", text);
     const CapturedOutput output;
     EXPECT_EQ(described(engine.performDiff("x.xml", "x.xml", nullptr)),
-              row.message == nullptr ? "pass x.xml x.xml" : "fail x.xml x.xml")
-        << row.what << output.text();
-    EXPECT_THAT(output.text(), testing::HasSubstr(row.message == nullptr ? "" : row.message));
-    EXPECT_EQ(output.text().empty(), row.message == nullptr) << row.what;
+              message == nullptr ? "pass x.xml x.xml" : "fail x.xml x.xml")
+        << what << output.text();
+    EXPECT_THAT(output.text(), testing::HasSubstr(message == nullptr ? "" : message));
+    EXPECT_EQ(output.text().empty(), message == nullptr) << what;
     EXPECT_EQ(described(engine.performDiff("good.xml", "good.xml", nullptr)),
               "pass good.xml good.xml")
-        << "after: " << row.what;
+        << "after: " << what;
   }
 }
 

@@ -2,7 +2,6 @@
 
 #include <limits>
 
-#include "orvdiff/compare/OrvDiffLib.h"
 #include "tests/unit/harness/HarnessTest.h"
 
 namespace {
@@ -17,10 +16,6 @@ class OrvDiffMoxLogTest : public HarnessTest, public OrvDiffMoxLog {
   std::string m_checks;
   MOXTestHarness* m_harness = MOXTestHarness::getInstance();
 };
-
-char* copyOf(const char* text) {
-  return text != nullptr ? OrvDiffLib::strdupnew(text).release() : nullptr;
-}
 
 OrvDiffResultFailDiffNormalized difference(const char* master, const char* actual,
                                            std::uint64_t position) {
@@ -81,24 +76,19 @@ TEST_F(OrvDiffMoxLogTest, NormalizedDifferencesAreDumped) {
 
 TEST_F(OrvDiffMoxLogTest, BrokenContractsRaiseAfterTheCheck) {
   constexpr auto kNoDifference = std::numeric_limits<std::uint64_t>::max();
-  const struct {
-    const char* master;
-    const char* actual;
-    std::uint64_t position;
-    bool hasHarness;
-    const char* text;
-  } kRows[] = {
-      {"a", "b", 0, false, "VEL_ASSERT(harness);"},
-      {nullptr, "b", 0, true, "VEL_ASSERT(masterBuffer);"},
-      {"a", nullptr, 0, true, "VEL_ASSERT(actualBuffer);"},
-      {"a", "b", kNoDifference, true, "VEL_ASSERT(value <= UINT32_MAX);"},
+  const std::tuple<const char*, const char*, std::uint64_t, const char*> kRows[] = {
+      {nullptr, "b", 0, "VEL_ASSERT(masterBuffer);"},
+      {"a", nullptr, 0, "VEL_ASSERT(actualBuffer);"},
+      {"a", "b", kNoDifference, "VEL_ASSERT(value <= UINT32_MAX);"},
+      {"a", "b", 0, "VEL_ASSERT(harness);"},
   };
   for (const auto& row : kRows) {
+    const auto [master, actual, position, text] = row;
     m_checks.clear();
-    m_harness = row.hasHarness ? &harness() : nullptr;
-    EXPECT_EQ(
-        raisedBy([&] { difference(row.master, row.actual, row.position).notifyListener(*this); }),
-        std::string("OrvDiffMoxLog: ") + row.text);
+    m_harness = &row != std::end(kRows) - 1 ? &harness() : nullptr;
+    const auto result = difference(master, actual, position);
+    EXPECT_EQ(raisedBy([&] { result.notifyListener(*this); }),
+              std::string("OrvDiffMoxLog: ") + text);
     EXPECT_EQ(m_checks, "- Normalized contents are equivalent: m and a\n");
   }
 }
