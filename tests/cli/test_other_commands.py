@@ -70,14 +70,6 @@ class Usage(SuiteTest):
                 self.assertEqual((run.status, run.err), (0, ""))
                 self.assertIn(text, run.out)
 
-    def test_formats_says_where_files_lie(self):
-        run = self.run_program("formats")
-        self.assertEqual(run.status, 0)
-        rows = {tuple(line.split()[:3]) for line in run.out.splitlines()}
-        self.assertLessEqual({("html", "v5DebugHTML", "Masters/REPORT*.html"),
-                              ("xlwa", "v5DebugXLWA", "Masters/XLWA/REPORT.mht"),
-                              ("cgs", "--cgs-output-dir", "Masters/REPORT*.cgs")}, rows)
-
 
 class Normalize(SuiteTest):
     def test_text_as_it_is_compared(self):

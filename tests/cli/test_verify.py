@@ -50,8 +50,7 @@ class Outcomes(SuiteTest):
         for number in range(25):
             self.report(f"Bare{number:02}")
         run = self.verify("--allow-none")
-        self.assertEqual((run.status, run.out.count("/Bare")), (0, 20))
-        self.assertIn("and 5 more", run.out)
+        self.assertEqual((run.out.count("/Bare"), run.out.count("and 5 more")), (20, 1))
         self.assertEqual(self.verify("--allow-none", "-v").out.count("/Bare"), 25)
 
     def test_what_is_wrong_with_a_missing_file(self):

@@ -21,7 +21,6 @@ TEST(FileReading, WholeFilesInBothForms) {
   TestFolder::write("file", "0123456789");
   OrvFileHandle handle("file", "r");
   std::fseek(handle, 4, SEEK_SET);
-  EXPECT_EQ(OrvDiffLib::getFileLength(handle), 10);
   EXPECT_STREQ(OrvDiffLib::slurpFile(handle).get(), "456789");
 }
 

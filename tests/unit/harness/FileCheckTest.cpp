@@ -11,35 +11,32 @@ using FileCheckTest = HarnessTest;
 
 TEST_F(FileCheckTest, FindsTheFirstDifference) {
   const std::string block(65536, 'x');  // as long as what is read at a time
-  const struct {
-    std::string actual;
-    std::string expected;
-    const char* offset;  // null: equal
-    const char* totals;
-  } kRows[] = {
-      {"", "", nullptr, ""},
-      {block, block, nullptr, ""},
-      {"abC", "abc", "Offset: 0X2 (2)", "1 bytes compared.  A total of 1 bytes"},
-      {"a\0b"s, "a\0c"s, "Offset: 0X2 (2)", "1 bytes compared.  A total of 1 bytes"},
-      {block + "a", block + "b", "Offset: 0X10000 (65536)",
+  const char* const kEqual = "PASSED: Check File: it\n";
+  const std::string kFailed = ">>  FAILED: Check File: it\n";
+  const std::tuple<std::string, std::string, std::string, const char*> kRows[] = {
+      {"", "", kEqual, ""},
+      {block, block, kEqual, ""},
+      {"abC", "abc", kFailed + "Offset: 0X2 (2)", "1 bytes compared.  A total of 1 bytes"},
+      {"a\0b"s, "a\0c"s, kFailed + "Offset: 0X2 (2)", "1 bytes compared.  A total of 1 bytes"},
+      {block + "a", block + "b", kFailed + "Offset: 0X10000 (65536)",
        "1 bytes compared.  A total of 1 bytes"},
-      {"abc", "", "", "0 bytes compared.  A total of 0 bytes"},
-      {block + "a", block, "", "0 bytes compared.  A total of 0 bytes"},
-      {"", "abc", "Offset: 0 (0)", "3 bytes compared.  A total of 3 bytes"},
-      {block, block + "a\0b"s, "Offset: 0X10000 (65536)", "3 bytes compared.  A total of 2 bytes"},
-      {"a" + block, "b" + block, "Offset: 0 (0)", "128 bytes compared.  A total of 1 bytes"},
+      {"abc", "", kFailed, "0 bytes compared.  A total of 0 bytes"},
+      {block + "a", block, kFailed, "0 bytes compared.  A total of 0 bytes"},
+      {"", "abc", kFailed + "Offset: 0 (0)", "3 bytes compared.  A total of 3 bytes"},
+      {block, block + "a\0b"s, kFailed + "Offset: 0X10000 (65536)",
+       "3 bytes compared.  A total of 2 bytes"},
+      {"a" + block, "b" + block, kFailed + "Offset: 0 (0)",
+       "128 bytes compared.  A total of 1 bytes"},
   };
   startTest(MOXLogLevel::Normal);
-  for (const auto& row : kRows) {
-    TestFolder::write("actual", row.actual);
-    TestFolder::write("expected", row.expected);
-    const bool isEqual = row.offset == nullptr;
-    const std::string written =
-        logOf([&] { EXPECT_EQ(harness().check_file("it", "actual", "expected"), isEqual); });
-    EXPECT_THAT(written,
-                testing::StartsWith(isEqual ? "PASSED: Check File: it\n"
-                                            : ">>  FAILED: Check File: it\n"s + row.offset));
-    EXPECT_THAT(written, testing::HasSubstr(row.totals));
+  for (const auto& [actual, expected, start, totals] : kRows) {
+    TestFolder::write("actual", actual);
+    TestFolder::write("expected", expected);
+    const int isEqual = start == kEqual ? 1 : 0;
+    harness().openLogFile("log", false);
+    EXPECT_EQ(harness().check_file("it", "actual", "expected"), isEqual);
+    EXPECT_THAT(log(), testing::StartsWith(start));
+    EXPECT_THAT(log(), testing::HasSubstr(totals));
   }
 }
 

@@ -42,34 +42,27 @@ TEST_F(OrvDiffMoxLogTest, NormalizedDifferencesAreDumped) {
   const std::string columns(60, ' ');
   const std::string nothing = "0 bytes compared.  A total of 0 bytes unequal\n\n";
   const std::string many(300, 'x');
-  const struct {
-    int level;
-    std::string master;
-    std::string actual;
-    std::uint64_t position;
-    std::string start;
-    std::string end;
-  } kRows[] = {
-      {MOXLogLevel::None, "abc", "abd", 2, "", ""},
-      {MOXLogLevel::Concise, "abc", "abd", 2, headline, headline},
-      {MOXLogLevel::Normal, "abc", "abd", 2,
-       headline + "Offset: 0X2 (2)\n  actual:  64" + columns + "     d\nexpected:  63" + columns +
-           "     c\n           ^^" + columns + "     ^\n",
-       "\n1 bytes compared.  A total of 1 bytes unequal\n\n"},
-      {MOXLogLevel::Normal, "abc", "abcd", 3, headline, headline + nothing},
-      {MOXLogLevel::Detailed, "a" + many, "b" + many, 0, headline,
-       "\n128 bytes compared.  A total of 1 bytes unequal\n\n"},
-  };
-  for (const auto& row : kRows) {
+  const std::tuple<int, std::string, std::string, std::uint64_t, std::string, std::string> kRows[] =
+      {
+          {MOXLogLevel::None, "abc", "abd", 2, "", ""},
+          {MOXLogLevel::Concise, "abc", "abd", 2, headline, headline},
+          {MOXLogLevel::Normal, "abc", "abd", 2,
+           headline + "Offset: 0X2 (2)\n  actual:  64" + columns + "     d\nexpected:  63" +
+               columns + "     c\n           ^^" + columns + "     ^\n",
+           "\n1 bytes compared.  A total of 1 bytes unequal\n\n"},
+          {MOXLogLevel::Normal, "abc", "abcd", 3, headline, headline + nothing},
+          {MOXLogLevel::Detailed, "a" + many, "b" + many, 0, headline,
+           "\n128 bytes compared.  A total of 1 bytes unequal\n\n"},
+      };
+  for (const auto& [level, master, actual, position, start, end] : kRows) {
     m_checks.clear();
-    harness().setLogLevel(row.level);
-    const std::string written = logOf([&] {
-      difference(row.master.c_str(), row.actual.c_str(), row.position).notifyListener(*this);
-    });
+    harness().setLogLevel(level);
+    const auto result = difference(master.c_str(), actual.c_str(), position);
+    const std::string written = logOf([&] { result.notifyListener(*this); });
     EXPECT_EQ(m_checks, "- Normalized contents are equivalent: m and a\n");
-    EXPECT_THAT(written, testing::StartsWith(row.start));
-    EXPECT_THAT(written, testing::EndsWith(row.end));
-    EXPECT_EQ(written.empty(), row.end.empty());
+    EXPECT_THAT(written, testing::StartsWith(start));
+    EXPECT_THAT(written, testing::EndsWith(end));
+    EXPECT_EQ(written.empty(), end.empty());
     harness().closeLogFile();
   }
 }
