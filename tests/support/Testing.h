@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <string.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -65,7 +65,8 @@ std::string raisedBy(Action action) {
 
 /// What a normalised difference takes over; null of null.
 inline char* copyOf(const char* text) {
-  return text != nullptr ? strcpy(new char[strlen(text) + 1], text) : nullptr;
+  const std::size_t size = text != nullptr ? std::strlen(text) + 1 : 0;
+  return size != 0 ? static_cast<char*>(std::memcpy(new char[size], text, size)) : nullptr;
 }
 
 /// Writes down every result: its class, master and actual name, and what the class adds.
