@@ -63,6 +63,7 @@ const std::tuple<const char*, std::string, const char*> kDocuments[] = {
      "expansion"},
     {"entity without declaration", "<a>&e;</a>", "entity 'e' not found"},
     {"one level deeper", repeated("<a>", 10000) + "<b/>" + repeated("</a>", 10000), "10000 levels"},
+    {"very deep", repeated("<a>", 100000), "10000 levels"},
 };
 
 TEST(XmlEngines, AcceptWellFormedDocumentsWhateverCameBefore) {
