@@ -4,37 +4,62 @@ import unittest
 from suite import SuiteTest
 
 
-class Numdiff(SuiteTest):
-    def test_shows_the_first_pair_out_of_tolerance(self):
-        rows = [  # master, actual, status, what is said
-            ("x = 1.0", "y = 1.00000000000001", 0, ()),
-            ("a 1\nb 100.25\n", "a 1\nbb 100.26\n", 1,
+class Pairs(SuiteTest):
+    def test_one_pair_by_the_rule_of_a_format_or_number_by_number(self):
+        rows = [  # command, master, actual, status, what is said
+            ("compare html", "<p id=\"a\">x</p>\n", "<p id=\"b\">x</p>", 0, ()),
+            ("compare html", "<p>x</p>", "<p>y</p>", 1, ("at 1:4 in the normalised text",)),
+            ("compare xml", "<a/>\n", "<a/>\r\n", 0, ()),
+            ("compare html-png", "a\n", "a\r\n", 1, ("differs  one -> other",)),
+            ("compare html", None, "x", 1, ("the master is not there",)),
+            ("compare html", "x", None, 1, ("the actual output is not there",)),
+            ("compare cgs", "x", "x", 0, ()),
+            ("numdiff", "x = 1.0", "y = 1.00000000000001", 0, ()),
+            ("numdiff", "a 1\nb 100.25\n", "a 1\nbb 100.26\n", 1,
              ("master: 100.25 at 2:3", "actual: 100.26 at 2:4", "differ by 0.01; 1e-12 is")),
-            ("1 2", "1", 1, ("master: 2 at 1:3", "actual: no further number")),
-            ("1", None, 1, ("the actual output is not there",)),
+            ("numdiff", "1 2", "1", 1, ("master: 2 at 1:3", "actual: no further number")),
+            ("numdiff", "1", None, 1, ("the actual output is not there",)),
         ]
-        for master, actual, status, said in rows:
-            with self.subTest(master=master, actual=actual):
-                for file, content in (("one", master), ("other", actual)):
-                    (self.server / "work" / file).unlink(missing_ok=True)
+        for command, master, actual, status, said in rows:
+            with self.subTest(command, master=master, actual=actual):
+                for name, content in (("one", master), ("other", actual)):
+                    (self.server / "work" / name).unlink(missing_ok=True)
                     if content is not None:
-                        self.write("work/" + file, content)
-                run = self.run_program("numdiff", "one", "other")
+                        self.write("work/" + name, content)
+                run = self.run_program(*command.split(), "one", "other")
                 self.assertEqual((run.status, run.err), (status, ""))
                 for text in said:
                     self.assertIn(text, run.out)
+                if command != "numdiff":
+                    self.assertEqual(bool(run.out), status != 0)
 
 
 class Usage(SuiteTest):
     def test_mistakes_end_with_trouble_and_a_message(self):
-        for arguments in ((), ("frobnicate",), ("verify",), ("verify", "--frob", "x"),
-                          ("verify", "--color", "mauve", "."), ("verify", "-q", "-v", "."),
-                          ("compare", "html", "one"), ("normalize", "html", "a", "b"),
-                          ("-C", "nowhere", "formats"), ("verify", "\x1b[2J", "--x\x1b")):
+        self.write("work/file", "x")
+        os.truncate(self.write("work/large"), 1 << 31)
+        rows = [
+            ((), ""), (("frobnicate",), ""), (("verify",), ""), (("verify", "--frob", "x"), ""),
+            (("verify", "--color", "mauve", "."), ""), (("verify", "-q", "-v", "."), ""),
+            (("compare", "html", "one"), ""), (("normalize", "html", "a", "b"), ""),
+            (("-C", "nowhere", "formats"), ""), (("verify", "\x1b[2J", "--x\x1b"), ""),
+            (("verify", "-f", "HTML", "."), "did you mean html"),
+            (("verify", "-f", "qqqqqq", "."), 'no format "qqqqqq"; "orvdiff formats"'),
+            (("verify", "-f", "html,,nope", "."), 'no format "nope"'),
+            (("verify", "-f", "cgs", "."), "needs --cgs-output-dir"),
+            (("verify", "--cgs-suffix", "x", "."), "--cgs-output-dir"),
+            (("compare", "xhtm", "a", "b"), "did you mean xhtml"),
+            (("compare", "html", "file", "large"), "large: .*2 GiB"),
+            (("normalize", "html", "large"), "large: .*2 GiB"),
+            (("normalize", "html-png", "file"), "byte identity"),
+            (("normalize", "html", "nowhere"), "nowhere is not there"),
+            (("normalize", "html", "."), r"\. is a folder"),
+        ]
+        for arguments, message in rows:
             with self.subTest(arguments):
                 run = self.run_program(*arguments)
                 self.assertEqual((run.status, run.out), (2, ""))
-                self.assertTrue(run.err.startswith("orvdiff: "), run.err)
+                self.assertRegex(run.err, "^orvdiff: .*" + message)
                 self.assertNotIn("\x1b", run.err)
 
     def test_help_and_version(self):
@@ -45,53 +70,6 @@ class Usage(SuiteTest):
                 self.assertEqual((run.status, run.err), (0, ""))
                 self.assertIn(text, run.out)
 
-    def test_formats_says_where_files_lie(self):
-        run = self.run_program("formats")
-        self.assertEqual(run.status, 0)
-        rows = {tuple(line.split()[:3]) for line in run.out.splitlines()}
-        self.assertLessEqual({("html", "v5DebugHTML", "Masters/REPORT*.html"),
-                              ("xlwa", "v5DebugXLWA", "Masters/XLWA/REPORT.mht"),
-                              ("cgs", "--cgs-output-dir", "Masters/REPORT*.cgs")}, rows)
-
-
-class Compare(SuiteTest):
-    def test_one_pair_by_the_rule_of_a_format(self):
-        rows = [  # format, master, actual, status, what is said
-            ("html", "<p id=\"a\">x</p>\n", "<p id=\"b\">x</p>", 0, ""),
-            ("html", "<p>x</p>", "<p>y</p>", 1, "at 1:4 in the normalised text"),
-            ("xml", "<a/>\n", "<a/>\r\n", 0, ""),
-            ("xml", "<a/>", "<b/>", 1, "differs  one -> other"),
-            ("html-png", "a\n", "a\r\n", 1, "differs  one -> other"),
-            ("html-png", "a", "a", 0, ""),
-            ("html", None, "x", 1, "the master is not there"),
-            ("html", "x", None, 1, "the actual output is not there"),
-            ("cgs", "x", "x", 0, ""),
-        ]
-        for name, master, actual, status, said in rows:
-            with self.subTest(format=name, master=master, actual=actual):
-                for file, content in (("one", master), ("other", actual)):
-                    (self.server / "work" / file).unlink(missing_ok=True)
-                    if content is not None:
-                        self.write("work/" + file, content)
-                run = self.run_program("compare", name, "one", "other")
-                self.assertEqual((run.status, run.err), (status, ""))
-                self.assertIn(said, run.out)
-                self.assertEqual(bool(run.out), status != 0)
-
-    def test_a_file_that_is_too_large_is_named(self):
-        os.truncate(self.write("work/large"), 1 << 31)
-        self.write("work/small", "x")
-        for arguments in (("compare", "html", "small", "large"), ("normalize", "html", "large")):
-            with self.subTest(arguments):
-                run = self.run_program(*arguments)
-                self.assertEqual((run.status, run.out), (2, ""))
-                self.assertRegex(run.err, "large: .*2 GiB")
-
-    def test_unknown_format(self):
-        run = self.run_program("compare", "xhtm", "a", "b")
-        self.assertEqual((run.status, run.out), (2, ""))
-        self.assertIn("did you mean xhtml", run.err)
-
 
 class Normalize(SuiteTest):
     def test_text_as_it_is_compared(self):
@@ -99,8 +77,6 @@ class Normalize(SuiteTest):
             ("xls", "<script>1</script>a\r\nb", "a\nb"),
             ("html", "<p id=\"x\">a\r\nb</p>", "<p>ab</p>"),
             ("xml", "<a>\r\n</a>\r", "<a>\n</a>"),
-            ("xml", "", ""),
-            ("xml", "\r\r", ""),
         ]
         for name, text, normalised in rows:
             with self.subTest(format=name, text=text):
@@ -114,17 +90,6 @@ class Normalize(SuiteTest):
         run = self.run_program("normalize", "xml", "file")
         self.assertEqual((run.status, run.out), (0, "seen"))
         self.assertIn("NUL", run.err)
-
-    def test_what_cannot_be_normalised(self):
-        self.write("work/file", "x")
-        for arguments, message in [(("html-png", "file"), "byte identity"),
-                                   (("html", "nowhere"), "nowhere is not there"),
-                                   (("html", "."), ". is a folder"),
-                                   (("htlm", "file"), "did you mean html")]:
-            with self.subTest(arguments):
-                run = self.run_program("normalize", *arguments)
-                self.assertEqual((run.status, run.out), (2, ""))
-                self.assertIn(message, run.err)
 
 
 if __name__ == "__main__":

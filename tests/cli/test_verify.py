@@ -43,45 +43,36 @@ class Outcomes(SuiteTest):
         self.assertIn("    ../suite/Sales.xml\n", run.out)
         self.report("Sales", "<p>a</p>", "<p>a</p>")
         self.assertEqual(self.counts(self.verify()), (2, 2, 1, 1, 0, 0, 0, 0))
-
-    def test_reports_that_share_a_name_share_its_masters(self):
-        self.report("Sales", "<p>a</p>", "<p>a</p>")
-        self.write("suite/Sales.txt")
-        self.assertEqual(self.counts(self.verify()), (2, 1, 1, 0, 0, 0, 0, 0))
+        self.write("suite/Sales.txt")  # shares its name, so its masters too
+        self.assertEqual(self.counts(self.verify()), (3, 2, 1, 1, 0, 0, 0, 0))
 
     def test_many_unverified_reports_are_counted_and_all_named_on_request(self):
         for number in range(25):
             self.report(f"Bare{number:02}")
         run = self.verify("--allow-none")
-        self.assertEqual((run.status, run.out.count("/Bare")), (0, 20))
-        self.assertIn("and 5 more", run.out)
+        self.assertEqual((run.out.count("/Bare"), run.out.count("and 5 more")), (20, 1))
         self.assertEqual(self.verify("--allow-none", "-v").out.count("/Bare"), 25)
 
     def test_what_is_wrong_with_a_missing_file(self):
-        output = self.server / "webcontent/bi/v5DebugHTML/R.html"
-        master = self.server / "suite/Masters/R.html"
+        folders = {"master": "suite/Masters", "actual output": "webcontent/bi/v5DebugHTML"}
         rows = [
-            (lambda: output.mkdir(), "the actual output is a folder"),
-            (lambda: output.symlink_to("nowhere"), "the actual output is a link to nothing"),
-            (lambda: output.symlink_to("R.html"), "the actual output cannot be reached: "),
-            (lambda: os.mkfifo(output), "the actual output is no regular file"),
-            (lambda: (output.write_text("x"), master.unlink(), master.mkdir()),
-             "the master is a folder"),
-            (lambda: (output.write_text("x"), master.unlink(), master.symlink_to("nowhere")),
-             "the master is a link to nothing"),
+            ("actual output", os.mkdir, "is a folder"),
+            ("actual output", lambda path: path.symlink_to("nowhere"), "is a link to nothing"),
+            ("actual output", lambda path: path.symlink_to(path), "cannot be reached: "),
+            ("actual output", os.mkfifo, "is no regular file"),
+            ("master", os.mkdir, "is a folder"),
+            ("master", lambda path: path.symlink_to("nowhere"), "is a link to nothing"),
         ]
-        for spoil, reason in rows:
-            with self.subTest(reason):
-                self.report("R", "<p>x</p>")
-                spoil()
-                run = self.verify()
+        for number, (side, spoil, reason) in enumerate(rows):
+            with self.subTest(side=side, reason=reason):
+                name = f"R{number}"
+                self.report(name, "x", "x")
+                path = self.server / folders[side] / f"{name}.html"
+                path.unlink()
+                spoil(path)
+                run = self.verify(locations=[f"../suite/{name}.xml"])
                 self.assertEqual((run.status, len(run.lines("missing"))), (1, 1), run.out)
-                self.assertIn(reason, run.out)
-                for path in (output, master):
-                    if path.is_dir():
-                        path.rmdir()
-                    elif path.is_symlink() or path.exists():
-                        path.unlink()
+                self.assertIn(f"the {side} {reason}", run.out)
 
     def test_a_wrong_working_folder_is_pointed_out(self):
         self.report("R", "<p>x</p>", "<p>x</p>")
@@ -110,12 +101,9 @@ class Excerpts(SuiteTest):
         rows = [  # master, actual, position, what both sides show
             ("one\ntwo\nthree", "one\ntwo\nthrew", "3:5", "three", "threw"),
             ("same", "same and more", "1:5", "same[end of text]", "same and more"),
-            ("", "x", "1:1", "[end of text]", "x"),
             ("a\nb", "ab", "1:2", "a\\n", "ab"),
-            ("Gr\u00f6\u00dfe", "Gr\u00f6\u00d6e", "1:4", "Gr\u00f6\u00dfe", "Gr\u00f6\u00d6e"),
             ("\U0001F4C8 1", "\U0001F4C9 1", "1:1", "\U0001F4C8 1", "\U0001F4C9 1"),
             (b"a\xc3", b"a\xc3\xa9", "1:2", "a\\xC3", "a\u00e9"),
-            (b"\xff\xfe", b"\xff\xfd", "1:2", "\\xFF\\xFE", "\\xFF\\xFD"),
             ("\x1b[2J\x07\u202ea", "\x1b[2J\x07\u202eb", "1:7", "\\x1B[2J\\x07\\u{202E}a",
              "\\x1B[2J\\x07\\u{202E}b"),
             (long + "X" + long, long + "Y" + long, "1:201", "\u2026" + long[-30:] + "Xabc",
@@ -142,25 +130,9 @@ class Excerpts(SuiteTest):
                 wide = shown.count("\u8868") - shown.count("\u0301")
                 self.assertEqual(mark.index("^"), shown.index("Y") + wide)
 
-    def test_texts_that_hold_odd_bytes(self):
-        rows = [  # master, actual, status
-            (b"", b"", 0),
-            (b"", b"\r\r\r", 0),
-            (b"\r\r", b"x", 1),
-            (b"a\x00b", b"a\x00c", 0),  # texts end at a NUL
-            (b"a\x00b", b"a", 0),
-            (b"\x00a", b"b", 1),
-            (b"\xff\xc3", b"\xff\xc3\r", 0),
-        ]
-        for master, actual, status in rows:
-            with self.subTest(master=master, actual=actual):
-                self.report("R", master, actual)
-                self.assertEqual(self.verify().status, status)
-
     def test_names_are_taken_and_shown_as_they_are_or_escaped(self):
         rows = [
-            ("with blank", "with blank"), ("[1]?*'\"$(id)`", "[1]?*'\"$(id)`"),
-            ("Gr\u00f6\u00dfe", "Gr\u00f6\u00dfe"), ("-q", "-q"),
+            ("[1]?*'\"$(id)`", "[1]?*'\"$(id)`"), ("Gr\u00f6\u00dfe", "Gr\u00f6\u00dfe"),
             (b"bad\xffbyte", "bad\\xFFbyte"), ("esc\x1b[31m", "esc\\x1B[31m"),
             ("line\nend", "line\\nend"), ("back\\slash", "back\\\\slash"),
         ]
@@ -199,30 +171,22 @@ class Locations(SuiteTest):
         self.write("suite/Masters/Inner/Masters/M.html")
         (self.server / "suite/again").symlink_to(".")
         both = ["../suite/R.xml", "../suite/deep/er/R.xml"]
-        self.assertEqual(self.listed("../suite"), both)
         self.assertEqual(self.listed("../suite/"), both)
         self.assertEqual(self.listed("../suite", "../work/../suite", "../suite/R.xml"), both)
         self.assertEqual(self.listed("../suite/deep"), both[1:])
         self.assertEqual(self.listed(".", arguments=("-C", "../suite")), ["R.xml", "deep/er/R.xml"])
 
-    def test_a_location_without_a_folder_part(self):
-        self.write("work/R.xml")
-        self.write("work/Masters/R.html", "x")
-        self.write("webcontent/bi/v5DebugHTML/R.html", "y")
-        run = self.verify(locations=["R.xml"])
-        self.assertEqual((run.status, len(run.lines("differs"))), (1, 1))
-
     def test_folders_whose_names_are_lists_to_others(self):
         self.report("R", "x", "x", folder="[2023,2024]")
         self.report("S", "x", "x", folder="a,b")
-        self.assertEqual(self.listed("[2023,2024]", "a,b", arguments=("-C", "../work/..")),
-                         ["./[2023,2024]/R.xml", "a,b/S.xml"])
+        self.report("T", "x", "x", folder=".")  # a location without a folder part
+        self.assertEqual(self.listed("[2023,2024]", "a,b", "T.xml", arguments=("-C", "../work/..")),
+                         ["./[2023,2024]/R.xml", "T.xml", "a,b/S.xml"])
 
     def test_locations_that_cannot_be_used_stop_the_run_before_it_starts(self):
         self.report("R", "x", "y")
         (self.server / "suite/dangling.xml").symlink_to("nowhere")
         rows = [("../nowhere", "../nowhere: No such file"),
-                ("../suite/R.xml/x", "Not a directory"),
                 ("../suite/dangling.xml", "dangling.xml: No such file"),
                 ("/dev/null", "neither a file nor a folder"), ("", "No such file")]
         for location, message in rows:
@@ -243,10 +207,10 @@ class Locations(SuiteTest):
         self.assertIn("../suite/locked: Permission denied", run.err)
 
     def test_nothing_to_verify_is_trouble_unless_allowed(self):
-        for arguments, status in [((), 2), (("--allow-none",), 0), (("--list",), 2),
-                                  (("--list", "--allow-none"), 0)]:
+        for arguments in ((), ("--list",)):
             with self.subTest(arguments):
-                self.assertEqual(self.verify(*arguments).status, status)
+                self.assertEqual(self.verify(*arguments).status, 2)
+                self.assertEqual(self.verify(*arguments, "--allow-none").status, 0)
 
     def test_listing_names_every_pair_and_compares_none(self):
         self.report("R", "x")
@@ -267,10 +231,8 @@ class Formats(SuiteTest):
         html, xhtml = "v5DebugHTML/R.html", "v5DebugXHTML/R.xml"
         rows = [
             ((), [html, xhtml]),
-            (("-f", "html"), [html]),
             (("--format", "xhtml,html", "-f", "nao"), [html, xhtml]),
-            (("--sub-folder", "fr"), ["v5DebugHTML/fr/R.html"]),
-            (("--folder-suffix", "_b", "-f", "html"), ["v5DebugHTML_b/R.html"]),
+            (("--sub-folder", "fr", "--folder-suffix", "_b"), ["v5DebugHTML_b/fr/R.html"]),
             (("--cgs-output-dir", "charts"), [html, xhtml, "charts/R_x.cgs"]),
             (("-f", "cgs", "--cgs-output-dir", "c", "--cgs-suffix", "x"), ["c/R_x.cgs"]),
             (("-f", "cgs", "--cgs-output-dir", "c", "--cgs-master-sub-folder", "deep"),
@@ -282,34 +244,19 @@ class Formats(SuiteTest):
                 run = self.verify("--list", *arguments)
                 self.assertEqual(re.findall(r"-> \.\./webcontent/bi/(\S+)", run.out), outputs)
 
-    def test_selections_that_cannot_be(self):
-        for arguments, message in [(("-f", "htm"), "did you mean html"),
-                                   (("-f", "HTML"), "did you mean html"),
-                                   (("-f", "qqqqqq"), "no format \"qqqqqq\"; \"orvdiff formats\""),
-                                   (("-f", "html,,nope"), "no format \"nope\""),
-                                   (("-f", "cgs"), "needs --cgs-output-dir"),
-                                   (("--cgs-suffix", "x"), "--cgs-output-dir")]:
-            with self.subTest(arguments):
-                run = self.verify(*arguments)
-                self.assertEqual((run.status, run.out), (2, ""))
-                self.assertIn(message, run.err)
-
-
 class Files(SuiteTest):
     def test_summary_holds_every_pair_that_was_compared(self):
         self.report("A&B", "x", "x")
         self.report("C", "x", "y")
-        self.report("D", "x")
         for target in ("s.xml", "-"):
             with self.subTest(target):
                 run = self.verify("--summary", target)
                 self.assertEqual(run.status, 1)
                 text = run.out if target == "-" else (self.server / "work/s.xml").read_text()
-                entries = [(entry.tag, entry.find("MasterFile").text)
-                           for entry in xml.etree.ElementTree.fromstring(text)]
-                self.assertEqual(entries, [("TestCasePassDiff", "../suite/Masters/A&B.html"),
-                                           ("TestCaseFailureDiff", "../suite/Masters/C.html"),
-                                           ("TestCaseFailureDiff", "../suite/Masters/D.html")])
+                self.assertEqual([(entry.tag, entry.find("MasterFile").text)
+                                  for entry in xml.etree.ElementTree.fromstring(text)],
+                                 [("TestCasePassDiff", "../suite/Masters/A&B.html"),
+                                  ("TestCaseFailureDiff", "../suite/Masters/C.html")])
                 self.assertIn("differs  ", run.err if target == "-" else run.out)
 
     def test_a_summary_that_cannot_be_written(self):
@@ -343,7 +290,6 @@ class Files(SuiteTest):
         self.assertEqual(run.status, 2)
         self.assertRegex(run.err, r"R\.html\.normalized_master could not be saved\n$")
 
-
     def test_a_harness_log_has_a_test_case_per_report_and_ends_with_the_table(self):
         self.report("Same", "<p>x</p>", "<p>x</p>")
         self.report("Other", "<p>1,284</p>", "<p>1,248</p>")
@@ -355,14 +301,12 @@ class Files(SuiteTest):
                 log = (self.server / "work/run.mxr").read_bytes().decode()
                 self.assertEqual("Offset: 0X6 (6)" in log, has_dump)
                 self.assertIn("Start Test: Other\n", log)
-                self.assertIn("PASSED: Contents are equivalent: ../suite/Masters/Same.html and ",
-                              log)
+                self.assertIn("PASSED: Contents are equivalent: ../suite/Masters/Same.html", log)
                 self.assertRegex(log, r"= TOTALS  +0  +1  +1  +0  +>> FAIL =\n=+\n\Z")
         for place, said in (("nowhere/run.mxr", "cannot be written"), ("/dev/full", "to its end")):
             run = self.verify("--harness-log", place)
             self.assertEqual(run.status, 2)
-            self.assertIn(f"{place} ", run.err)
-            self.assertIn(said, run.err)
+            self.assertRegex(run.err, f"{place} .*{said}")
 
 
 class Interruption(SuiteTest):

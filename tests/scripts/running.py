@@ -12,7 +12,6 @@ import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SCRIPTS = ROOT / "examples/demo/src/vask/testdata/Scripts"
-SERVER = ROOT / "examples/demo/server"
 DATA = ROOT / "tests/scripts/data"
 
 EQUAL, DIFFERENT, TROUBLE = 0, 1, 2

@@ -6,7 +6,7 @@ import sys
 import unittest
 import zipfile
 
-from running import DATA, DIFFERENT, EQUAL, SCRIPTS, SERVER, TROUBLE, ScriptTest
+from running import DATA, DIFFERENT, EQUAL, SCRIPTS, TROUBLE, ScriptTest
 
 sys.path.insert(0, str(SCRIPTS / "DiffXlsx"))
 from references import moved, position  # noqa: E402
@@ -23,49 +23,32 @@ SAME_CONTENT = {
     "type of numbers left out": (REVENUE, ' t="n"', ""),
     "places left out": (REVENUE, '<c r="C4"', "<c"),
     "text in the cell": (REVENUE, 't="s"><v>7</v>', 't="inlineStr"><is><t>Americas</t></is>'),
-    "text cut into runs": (STRINGS, '<t xml:space="preserve">Americas</t>',
-                           "<r><t>Ame</t></r><r><t>ricas</t></r>"
-                           '<rPh sb="0" eb="1"><t>reading</t></rPh>'),
+    "text in runs": (STRINGS, '<t xml:space="preserve">Americas</t>', "<r><t>Ame</t></r><r><t>ricas"
+                     '</t></r><rPh sb="0" eb="1"><t>reading</t></rPh>'),
     "shared formula": (REVENUE, '<f aca="false">SUM(B6:E6)</f>', '<f t="shared" si="0"/>'),
     "empty cell with a style": (REVENUE, '<c r="F1" s="1"/>', '<c r="F1" s="2"/><c r="G1" s="2"/>'),
     "format escaped otherwise": (STYLES, r"yyyy\-mm\-dd", "yyyy-mm-dd"),
     "format built in": (STYLES, '<xf numFmtId="165"', '<xf numFmtId="4"'),
-    "format repeated in a condition": (STYLES, "</styleSheet>", '<dxfs><dxf><numFmt numFmtId="165" '
-                                       'formatCode="0"/></dxf></dxfs></styleSheet>'),
     "font": (STYLES, "DejaVu Sans", "Liberation Sans"),
-    "column widths": (REVENUE, "<sheetData>", '<cols><col min="1" max="1" width="30"/></cols>'
-                      "<sheetData>"),
-    "author and dates": ("docProps/core.xml", "<dc:", "<dc:title>x</dc:title><dc:"),
 }
 
 # Changes that a reader of the workbook sees: the same, and where they are reported.
 OTHER_CONTENT = {
     "number": (REVENUE, "<v>702.5</v>", "<v>702.05</v>",
                'sheet "Revenue", cell D5, value\n  master: number 702.5\n  actual: number 702.05'),
-    "last digit": (REVENUE, "<v>702.5</v>", "<v>702.50000000000011</v>", "cell D5, value"),
     "text": (STRINGS, "Asia Pacific", "Asia", 'cell A7, value\n  master: text "Asia Pacific"'),
-    "blank in a text": (STRINGS, "Asia Pacific", "Asia Pacific ", "cell A7, value"),
     "text in place of a number": (REVENUE, 't="n"><v>842</v>', 't="str"><v>842</v>',
                                   'master: number 842\n  actual: text "842"'),
-    "boolean": (REVENUE, 't="n"><v>842</v>', 't="b"><v>1</v>', 'actual: boolean "1"'),
     "error": (REVENUE, 't="n"><v>842</v>', 't="e"><v>#N/A</v>', 'actual: error "#N/A"'),
-    "inline text stored as a value": (REVENUE, 't="s"><v>7</v>', 't="inlineStr"><v>Asia</v>',
-                                      'actual: text "Asia"'),
-    "number beyond all limits": (REVENUE, "<v>842</v>", "<v>9e999</v>", 'actual: number "9e999"'),
     "formula": (REVENUE, "SUM(B3:E3)", "SUM(B3:D3)", "cell F3, formula\n  master: SUM(B3:E3)"),
-    "computed value": (REVENUE, "<v>5306.5</v>", "", "cell F3, value\n  master: number 5306.5\n"
-                       "  actual: not computed"),
+    "computed value": (REVENUE, "<v>5306.5</v>", "", "actual: not computed"),
     "array formula": (REVENUE, '<f aca="false">SUM(B3', '<f t="array" ref="F3">SUM(B3',
                       "cell F3, formula"),
     "number format": (STYLES, "#,##0.00", "#,##0.0", "cell B3, format\n  master: #,##0.00"),
-    "style of one cell": (REVENUE, '<c r="C5" s="2"', '<c r="C5" s="0"', "cell C5, format\n"
-                          "  master: #,##0.00\n  actual: General"),
-    "date format": (STYLES, r"yyyy\-mm\-dd", r"yyyy\-dd\-mm", 'sheet "Notes", cell B1, format'),
+    "style of one cell": (REVENUE, '<c r="C5" s="2"', '<c r="C5" s="0"', "actual: General"),
     "cell gone": (NOTES, '<c r="A2" s="0" t="s"><v>13</v></c>', "", "cell A2\n  master: text"),
     "cell more": (NOTES, '<v>13</v></c>', '<v>13</v></c><c r="XFD2"><v>1</v></c>',
                   "cell XFD2\n  master: empty\n  actual: number 1"),
-    "cell more in between": (REVENUE, '<row r="4"', '<row r="3"><c r="G3"><v>1</v></c></row>'
-                             '<row r="4"', "cell G3\n  master: empty\n  actual: number 1"),
     "merged range": (REVENUE, 'mergeCell ref="A1:F1"', 'mergeCell ref="A1:E1"',
                      "cells A1:E1\n  master: not merged\n  actual: merged"),
     "sheet name": (BOOK, 'name="Notes"', 'name="Remarks"', 'sheet "Notes"\n  master: present\n'),
@@ -82,17 +65,14 @@ OTHER_CONTENT = {
 # Changes that make it no workbook any more.
 DAMAGE = {
     "unclosed tag": (REVENUE, "</sheetData>", "", "damaged in 'xl/worksheets/sheet1.xml'"),
-    "end missing": (REVENUE, "</worksheet>", "", "damaged in 'xl/worksheets/sheet1.xml'"),
     "entities": (STRINGS, XML, XML + '<!DOCTYPE sst [<!ENTITY a "aaaa">]>', "document types"),
     "entities in another encoding": (STRINGS, XML, '<!DOCTYPE sst [<!ENTITY a "a">]>', "document"),
     "deep nesting": (STRINGS, "<si><t", "<a>" * 300, "nested too deeply"),
     "text that is not there": (REVENUE, "<v>7</v>", "<v>700</v>", "no entry"),
     "cell twice": (REVENUE, '<c r="C4"', '<c r="B4"', "cell B4 is out of order"),
-    "no such place": (REVENUE, '<c r="C4"', '<c r="4C"', "damaged"),
     "formula shared by none": (REVENUE, '<f aca="false">SUM(B3', '<f t="shared" si="9"/><f>SUM(B3',
                                "damaged"),
     "sheet not stored": (RELATIONS, "sheet2.xml", "sheet9.xml", "lacks the part"),
-    "texts not stored": (RELATIONS, "sharedStrings.xml", "other.xml", "no entry"),
     "sheet not related": (BOOK, 'r:id="rId3"', 'r:id="rId9"', "damaged in 'xl/workbook.xml'"),
     "sheet name twice": (BOOK, 'name="Notes"', 'name="Revenue"', "two of one name"),
     "no workbook": ("_rels/.rels", "/officeDocument", "/other", "not a workbook"),
@@ -126,9 +106,6 @@ class DiffXlsxTest(ScriptTest):
         for master, actual, status, words in rows:
             with self.subTest(master=master, actual=actual):
                 self.check([XLSX / f"{master}.xlsx", XLSX / f"{actual}.xlsx"], status, words)
-        with self.subTest("demo suite"):
-            self.check([SERVER / "suite/sales/Masters/XLS2007/Revenue.xlsx",
-                        SERVER / "webcontent/bi/v5DebugXLS2007/Revenue.xlsx"], EQUAL, "")
 
     def test_changes(self):
         master = XLSX / "calc_report.xlsx"
@@ -158,8 +135,8 @@ class DiffXlsxTest(ScriptTest):
             for name, content in parts.items():
                 package.writestr(name, content.encode())
         self.check([XLSX / "calc_report.xlsx", prefixed], EQUAL, "")
-        self.check([XLSX / "calc_report.xlsx",
-                    self.variant(STRINGS, "Region<", "Region<", encoding="UTF-16")], EQUAL, "")
+        wide = self.variant(STRINGS, "Region<", "Region<", encoding="UTF-16")
+        self.check([XLSX / "calc_report.xlsx", wide], EQUAL, "")
         unstored = self.variant(
             RELATIONS, "</Relationships>", '<Relationship Id="none" Type="x/sharedStrings" '
             'Target="sharedStrings.xml"/></Relationships>', base="openpyxl_report.xlsx")
@@ -169,7 +146,6 @@ class DiffXlsxTest(ScriptTest):
         whole = (XLSX / "calc_report.xlsx").read_bytes()
         middle = whole.index(b"xl/styles.xml") + 400
         rows = {
-            "nothing": (b"", "not an XLSX file"),
             "text": (b"Region;Q1;Q2", "not an XLSX file"),
             "encrypted": (b"\xd0\xcf\x11\xe0\xa1\xb1\x1a\xe1" + bytes(600), "encrypted"),
             "cut off": (whole[:-100], "not a readable ZIP file"),
@@ -221,14 +197,14 @@ class DiffXlsxTest(ScriptTest):
         self.assertEqual(before, (self.folder / "master.xlsx").read_bytes())
 
     def test_awkward_names(self):
-        for name in ("two words.xlsx", "-o", "--help.xlsx", "--", "Umsätze.xlsx"):
+        for name in ("two words.xlsx", "-o", "--", "Umsätze.xlsx"):
             with self.subTest(name):
                 shutil.copy(XLSX / "xlsxwriter_report.xlsx", self.folder / name)
                 self.check([XLSX / "calc_report.xlsx", name], EQUAL, "")
                 self.check(["-o", "report.mxr", name, XLSX / "calc_report.xlsx"], EQUAL, "")
 
     def test_usage(self):
-        for arguments, status in ((["--help"], EQUAL), ([], TROUBLE), (["one.xlsx"], TROUBLE)):
+        for arguments, status in ((["--help"], EQUAL), (["one.xlsx"], TROUBLE)):
             with self.subTest(arguments):
                 self.check(arguments, status, "usage: DiffXlsx.py [-o REPORTFILE] MASTER ACTUAL")
 

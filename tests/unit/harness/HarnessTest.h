@@ -1,47 +1,22 @@
 #pragma once
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iostream>
-#include <sstream>
-#include <string>
-
 #include "orvdiff/harness/MOXTestHarness.h"
-
-inline std::string readFile(const std::filesystem::path& name) {
-  std::ifstream file(name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-inline void writeFile(const std::string& name, const std::string& content) {
-  std::ofstream(name, std::ios::binary) << content;
-}
+#include "tests/support/CapturedOutput.h"
+#include "tests/support/Testing.h"
 
 /// Runs in an empty working folder of its own, with a fresh harness and the console captured.
 class HarnessTest : public testing::Test {
  public:
-  HarnessTest() {
-    std::filesystem::create_directories(m_folder);
-    std::filesystem::current_path(m_folder);
-    m_realConsole = std::cout.rdbuf(m_console.rdbuf());
-  }
-
   ~HarnessTest() override {
     harness().getLogStream().exceptions(std::ios::goodbit);
     harness().endScript(false);
-    std::cout.rdbuf(m_realConsole);
-    std::filesystem::current_path(m_home);
-    std::filesystem::remove_all(m_folder);
   }
 
  protected:
   static MOXTestHarness& harness() { return *MOXTestHarness::getInstance(); }
-  std::string console() const { return m_console.str(); }
+  std::string console() const { return m_console.text(); }
 
-  /// Opens a script with a test case, then a log file, so that the log starts empty.
+  /// Opens a script with a test case, and a log file behind it, so that the log starts empty.
   static void startTest(int level) {
     harness().setLogLevel(level);
     harness().startScript(nullptr);
@@ -52,13 +27,18 @@ class HarnessTest : public testing::Test {
   /// What the log holds so far.
   static std::string log() {
     harness().getLogStream().flush();
-    return readFile("log");
+    return TestFolder::read("log");
+  }
+
+  /// What `action` writes to a log of its own.
+  template <typename Action>
+  static std::string logOf(Action action) {
+    harness().openLogFile("log", false);
+    action();
+    return log();
   }
 
  private:
-  std::filesystem::path m_home = std::filesystem::current_path();
-  std::filesystem::path m_folder =
-      std::filesystem::path(testing::TempDir()) / ("harness." + std::to_string(getpid()));
-  std::ostringstream m_console;
-  std::streambuf* m_realConsole;
+  const TestFolder m_folder;
+  const CapturedOutput m_console;
 };

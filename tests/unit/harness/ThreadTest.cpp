@@ -1,6 +1,4 @@
-#include <set>
 #include <thread>
-#include <vector>
 
 #include "HarnessTest.h"
 
@@ -8,17 +6,25 @@ namespace {
 
 constexpr int kThreads = 8;
 constexpr int kRounds = 40;
+const std::string kExpected(64, '.');
 
 using ThreadTest = HarnessTest;
 
+std::string nameOf(int thread) {
+  return "thread " + std::to_string(thread);
+}
+
+std::string blockOf(int thread) {
+  return std::string(64, static_cast<char>('a' + thread));
+}
+
 void checkOften(int thread) {
   MOXTestHarness& harness = *MOXTestHarness::getInstance();
-  const std::string block(64, static_cast<char>('a' + thread));
-  const std::string name = "thread " + std::to_string(thread);
+  const std::string name = nameOf(thread);
   for (int round = 0; round < kRounds; ++round) {
     harness.check_file(name.c_str(), "file", "file");
     harness.check_file_warn(name.c_str(), "missing", "file");
-    harness.checkMemory(name.c_str(), block.data(), std::string(64, '.').data(), 64);
+    harness.checkMemory(name.c_str(), blockOf(thread).data(), kExpected.data(), 64);
     harness.logCheckPass();
     harness.lockOutput(true);
     harness.logMessage("note of ", MOXLogLevel::Normal);
@@ -27,21 +33,8 @@ void checkOften(int thread) {
   }
 }
 
-/// Everything that the checks of one thread's round can write.
-std::set<std::string> blocksOf(int thread) {
-  MOXTestHarness& harness = *MOXTestHarness::getInstance();
-  const std::string name = "thread " + std::to_string(thread) + "\n";
-  harness.openLogFile("single", false);
-  harness.dumpDifferences(std::string(64, static_cast<char>('a' + thread)).data(),
-                          std::string(64, '.').data(), 64, 0);
-  harness.closeLogFile();
-  return {"PASSED: Check File: " + name,
-          ">>  WARNED: Check File: " + name + "Unable to open actual file\n\n",
-          ">>  FAILED: Check Memory: " + name + readFile("single"), "note of " + name};
-}
-
 TEST_F(ThreadTest, ChecksStayWholeAndCountersExact) {
-  writeFile("file", "text");
+  TestFolder::write("file", "text");
   startTest(MOXLogLevel::Detailed);
   std::vector<std::thread> threads;
   threads.reserve(kThreads);
@@ -60,7 +53,13 @@ TEST_F(ThreadTest, ChecksStayWholeAndCountersExact) {
   // Whole blocks, each as often as it was written, and nothing else.
   std::string rest = log();
   for (int thread = 0; thread < kThreads; ++thread) {
-    for (const std::string& block : blocksOf(thread)) {
+    const std::string dump =
+        logOf([&] { harness().dumpDifferences(blockOf(thread).data(), kExpected.data(), 64, 0); });
+    const std::string name = nameOf(thread) + "\n";
+    for (const std::string& block :
+         {"PASSED: Check File: " + name,
+          ">>  WARNED: Check File: " + name + "Unable to open actual file\n\n",
+          ">>  FAILED: Check Memory: " + name + dump, "note of " + name}) {
       int count = 0;
       for (auto at = rest.find(block); at != std::string::npos; at = rest.find(block, at)) {
         rest.erase(at, block.size());

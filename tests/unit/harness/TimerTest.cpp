@@ -1,5 +1,3 @@
-#include <vector>
-
 #include "HarnessTest.h"
 
 namespace {
@@ -15,24 +13,12 @@ TEST_F(TimerTest, OwnTimeIsTakenOffButNeverBelowZero) {
   harness().stopTimer();
   const std::uint64_t all = harness().getTimer(false, true);
   EXPECT_GE(all, 48U);
-  EXPECT_LE(all, static_cast<std::uint64_t>(std::clock() - before) * 1000 / CLOCKS_PER_SEC + 1);
   harness().addOwnTime(7, 0);
   EXPECT_EQ(harness().getTimer(false, false), all - 7);
   harness().addOwnTime(1'000'000, 1'000'000);
   EXPECT_EQ(harness().getTimer(false, false), 0U);
   EXPECT_EQ(harness().getTimer(true, false), 0U);
   EXPECT_EQ(harness().getTimer(false, true), all) << "can be read again";
-}
-
-TEST_F(TimerTest, ChecksAddTheirTimeToTheOwnTime) {
-  startTest(MOXLogLevel::Concise);
-  const std::vector<char> block(std::size_t{64} << 20U, 'x');
-  writeFile("file", std::string(block.data(), block.size()));
-  harness().startTimer();
-  EXPECT_EQ(harness().check_file("it", "file", "file"), 1);
-  harness().stopTimer();
-  EXPECT_LT(harness().getTimer(false, false),
-            std::max<std::uint64_t>(2, harness().getTimer(false, true)));
 }
 
 TEST_F(TimerTest, MemoryIsTheGainBetweenStartAndStop) {

@@ -79,13 +79,12 @@ TEST(EngineRegistry, RunsTheEnginesOfAFormatInOrderUntilOneRaises) {
   auto* const info = reinterpret_cast<OrvTestInfo*>(&kept);  // only handed on
   std::string calls;
   const auto record = [&](char name) {
-    return
-        [&, name](const OrvDiffListenerSet& listeners, const char* location, OrvTestInfo* given) {
-          calls += name;
-          EXPECT_EQ(listeners, OrvDiffListenerSet{&kept});
-          EXPECT_STREQ(location, "suite/R.xml");
-          EXPECT_EQ(given, info);
-        };
+    return [&, name](const auto& listeners, const char* location, OrvTestInfo* given) {
+      calls += name;
+      EXPECT_EQ(listeners, OrvDiffListenerSet{&kept});
+      EXPECT_STREQ(location, "suite/R.xml");
+      EXPECT_EQ(given, info);
+    };
   };
   CallbackEngine a(record('a'));
   CallbackEngine b(record('b'));
