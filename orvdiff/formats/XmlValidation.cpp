@@ -53,15 +53,6 @@ class ClosedWorldResolver : public xercesc::XMLEntityResolver {
 
 ClosedWorldResolver s_closedWorldResolver;
 
-/// How many entities a document of `length` bytes may expand: what they expand to, at most as long
-/// as the document each, then stays below a hundred million bytes, or ten times the document.
-XMLSize_t expansionLimit(std::uint32_t length) {
-  constexpr XMLSize_t kMostBytes = 100'000'000;
-  constexpr XMLSize_t kFewest = 10;
-  constexpr XMLSize_t kMost = 50'000;
-  return std::clamp(kMostBytes / std::max<XMLSize_t>(length, 1), kFewest, kMost);
-}
-
 /// Prints a failure block; `position` has its last lines.
 void printBlock(const std::string& kind, const std::string& fileName, const XMLCh* message,
                 std::initializer_list<std::string> position) {
@@ -124,7 +115,7 @@ std::unique_ptr<DOM_ParserImpl> DOM_ParserImpl::create(xercesc::ErrorHandler& ha
 }
 
 DOM_ParserImpl::DOM_ParserImpl(xercesc::ErrorHandler& handler, ValSchemes validation)
-    : xercesc::XercesDOMParser(nullptr, xercesc::XMLPlatformUtils::fgMemoryManager, nullptr),
+    : xercesc::XercesDOMParser(nullptr, static_cast<XmlExpansionLimit*>(this), nullptr),
       m_nestingLimit(*getScanner()->getLocator()) {
   // Only a schema is worth keeping. A parser that keeps grammars refuses internal DTD subsets,
   // which a document that need only be well-formed may have.
@@ -146,10 +137,9 @@ DOM_ParserImpl::~DOM_ParserImpl() = default;
 void DOM_ParserImpl::parseText(const char* bytes, std::uint32_t length) {
   xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes), length, "", false);
   source.setCopyBufToStream(false);
-  m_securityManager.setEntityExpansionLimit(expansionLimit(length));
-  setSecurityManager(&m_securityManager);  // on each parse: the parser takes a copy of the limit
+  beginDocument(length, *getScanner()->getLocator());
   getScanner()->setDocHandler(&m_nestingLimit);
-  getScanner()->setDocTypeHandler(nullptr);  // on each parse: loading a grammar sets it
+  getScanner()->setDocTypeHandler(&m_entityWatch);  // on each parse: loading a grammar sets it
   parse(source);
 }
 

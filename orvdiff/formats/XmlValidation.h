@@ -6,8 +6,8 @@
 #include <string>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
-#include <xercesc/util/SecurityManager.hpp>
 
+#include "orvdiff/formats/XmlExpansionLimit.h"
 #include "orvdiff/formats/XmlNestingLimit.h"
 
 class OrvDiffResult;
@@ -32,7 +32,7 @@ class XmlErrorHandler : public xercesc::ErrorHandler {
 /// Nothing that a document names outside itself is ever read, from disk or network: an external DTD
 /// or entity counts as empty, and hints at schemas are ignored. A schema that the engine loads may
 /// include and import local files.
-class DOM_ParserImpl : public xercesc::XercesDOMParser {
+class DOM_ParserImpl : private XmlExpansionLimit, public xercesc::XercesDOMParser {
  public:
   /// A parser that checks well-formedness and namespaces, or, with `Val_Always`, validity against
   /// the grammars loaded before. `handler` must outlive it. Raises `VELAssertError` when the host
@@ -51,7 +51,7 @@ class DOM_ParserImpl : public xercesc::XercesDOMParser {
   DOM_ParserImpl(xercesc::ErrorHandler& handler, ValSchemes validation);
 
   XmlNestingLimit m_nestingLimit;
-  xercesc::SecurityManager m_securityManager;
+  XmlEntityWatch m_entityWatch{*this};
 };
 
 /// `message`, the NUL-terminated text of a Xerces exception, as it is printed.

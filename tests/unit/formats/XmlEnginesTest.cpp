@@ -29,6 +29,9 @@ std::string asUtf16(const std::string& ascii) {
   return bytes;
 }
 
+const std::string kLaughs = "<!ENTITY a 'ha'><!ENTITY b '" + repeated("&a;", 1000) +
+                            "'><!ENTITY c '" + repeated("&b;", 1000) + "'>";
+
 const std::string kUtf16 = R"(<?xml version="1.0" encoding="UTF-16"?><a>x</a>)";
 
 /// What, as which text, and with which message it is refused; null: the document is accepted.
@@ -53,14 +56,20 @@ const std::tuple<const char*, std::string, const char*> kDocuments[] = {
     {"Latin-1 that claims nothing", "<a>\xe9</a>", "invalid byte"},
     {"NUL", std::string("<a>\0</a>", 8), "input ended"},
     {"unknown encoding", "<?xml version='1.0' encoding='klingon'?><a/>", "KLINGON"},
-    {"a million laughs",
-     "<!DOCTYPE a [<!ENTITY a 'ha'><!ENTITY b '" + repeated("&a;", 1000) + "'><!ENTITY c '" +
-         repeated("&b;", 1000) + "'>]><a>&c;</a>",
-     "expansion"},
+    {"one entity in many rows",
+     "<!DOCTYPE a [<!ENTITY e 'Company'>]><a>" + repeated("<r n='&e;'>&e;</r>", 20000) + "</a>",
+     nullptr},
+    {"a million laughs", "<!DOCTYPE a [" + kLaughs + "]><a>&c;</a>", "expand to too much"},
+    {"laughs in a default value", "<!DOCTYPE a [" + kLaughs + "<!ATTLIST a b CDATA '&c;'>]><a/>",
+     "expand to too much"},
+    {"laughs in declarations",
+     "<!DOCTYPE a [<!ENTITY % a '<!-- -->'><!ENTITY % b '" + repeated("&#37;a;", 1000) +
+         "'><!ENTITY % c '" + repeated("&#37;b;", 1000) + "'>%c;]><a/>",
+     "expand to too much"},
     {"a long laugh, often",
      "<!DOCTYPE a [<!ENTITY a '" + repeated("ha", 50000) + "'>]><a b='" + repeated("&a;", 20000) +
          "'/>",
-     "expansion"},
+     "expand to too much"},
     {"entity without declaration", "<a>&e;</a>", "entity 'e' not found"},
     {"one level deeper", repeated("<a>", 10000) + "<b/>" + repeated("</a>", 10000), "10000 levels"},
     {"very deep", repeated("<a>", 100000), "10000 levels"},
