@@ -65,15 +65,12 @@ void writeOutput(std::strstream& stream, bool binary, const std::string& fileNam
 
 /// The number of bytes that a stream holds; its read position is then at the start.
 std::size_t measure(std::iostream& stream) {
-  stream.clear();
-  std::streamoff length = 0;
-  auto* const memory = dynamic_cast<std::strstream*>(&stream);
-  if (memory != nullptr && memory->tellp() != std::streampos(-1)) {
-    length = memory->pcount();  // its end would be that of the memory it has reserved
-  } else {
-    stream.seekg(0, std::ios::end);
-    length = stream.tellg();
+  goToStart(stream);
+  if (auto* const memory = dynamic_cast<std::strstream*>(&stream)) {
+    return heldLength(*memory);  // its end would be that of the memory it has reserved
   }
+  stream.seekg(0, std::ios::end);
+  const std::streamoff length = stream.tellg();
   goToStart(stream);
   return length > 0 ? static_cast<std::size_t>(length) : 0;
 }

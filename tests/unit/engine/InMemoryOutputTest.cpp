@@ -1,3 +1,6 @@
+#include <array>
+
+#include "orvdiff/engine/InMemoryText.h"
 #include "orvdiff/platform/OrvTestInfo.h"
 #include "tests/support/Testing.h"
 #include "tests/unit/engine/TestEngine.h"
@@ -34,7 +37,6 @@ TEST(InMemoryOutput, AFailingOneIsOnDiskBeforeAnyoneIsTold) {
       {false, true, "bytes\0\xFF more\r\n"s, "bytes\0\xFF more\r\n"s},
       {false, true, "", ""},
       {false, false, "gr\xC3\xB6\r\n\xE9\0after"s, "gr\xC3\xB6\r\n\xE9"},
-      {false, false, "never ended", "never ended"},
       {false, false, "\0after"s, "stale"},
       {true, true, "bytes", "stale"},
   };
@@ -59,6 +61,35 @@ TEST(InMemoryOutput, AFailingOneIsOnDiskBeforeAnyoneIsTold) {
     EXPECT_EQ(witness.onDisk, row.onDisk) << row.written;
     expectUnfrozen(output);
   }
+}
+
+/// What an in-memory output is taken for, as text and as bytes.
+void expectHeld(std::strstream& output, const std::string& text, std::size_t length) {
+  EXPECT_EQ(heldLength(output), length);
+  InMemoryText held(output);
+  EXPECT_STREQ(held.text(), text.c_str());
+  held.unfreeze();
+}
+
+TEST(InMemoryOutput, EndsAtItsNulWhereverTheHostStands) {
+  std::strstream fresh;
+  expectHeld(fresh, "", 0);
+  std::strstream patched;
+  patched << "<p>0000</p>" << std::ends;
+  patched.seekp(3);
+  patched << "0042";
+  expectHeld(patched, "<p>0042</p>", 7);
+  char page[] = "<p>finished</p>\0<p>left over";
+  std::strstream finished(page, sizeof page, std::ios::in);
+  expectHeld(finished, "<p>finished</p>", sizeof page);
+  std::array<char, 32> room = {"<p>"};
+  std::strstream appended(room.data(), room.size(), std::ios::out | std::ios::app);
+  appended << "more</p>" << std::ends;
+  expectHeld(appended, "<p>more</p>", 12);
+  char full[] = {'n', 'e', 'v', 'e', 'r', ' ', 'e', 'n', 'd', 'e', 'd'};
+  std::strstream unended(full, sizeof full, std::ios::out);
+  unended << "NEVER";
+  expectHeld(unended, "NEVER", 5);
 }
 
 TEST(InMemoryOutput, IsTheHostsAgainAfterAnError) {
