@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <memory>
 
 #include "orvdiff/compare/EqualContents.h"
 #include "orvdiff/compare/VmdStatistics.h"
@@ -36,6 +37,20 @@ bool readStreamIntoBuffer(FILE* fh, char* buffer, std::size_t capacity) {
   }
   buffer[filled] = '\0';
   return true;
+}
+
+/// Whether a file, read to its end, goes on behind its text.
+bool goesOnBehind(const char* text, FILE* file) {
+  return std::strlen(text) < static_cast<std::size_t>(std::ftell(file));
+}
+
+/// `cutFile` is the file that goes on behind its text; null: neither does.
+OrvDiffResult* createPass(const std::string& masterName, const std::string& actualName,
+                          const std::string* cutFile) {
+  if (cutFile != nullptr) {
+    return velNew<OrvDiffResultPassUpToNul>(VEL_HERE, masterName, actualName, *cutFile);
+  }
+  return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
 }
 
 void writeCleansedFile(const std::string& baseName, const char* text) {
@@ -179,9 +194,7 @@ OrvDiffResult* OrvDiffLib::textFileComparison(const std::string& masterName,
   const bool bothOpen = masterFile.open(masterName.c_str(), VELFmFile::eOpenExisting, 1) != 0 &&
                         actualText == nullptr &&
                         actualFile.open(actualName.c_str(), VELFmFile::eOpenExisting, 1) != 0;
-  // A pipe can be read only once, and then by what follows.
-  const bool canReadTwice = bothOpen && masterFile.isRegular() && actualFile.isRegular();
-  if (equalIsEnough && canReadTwice && haveEqualContents(masterFile, actualFile)) {
+  if (equalIsEnough && bothOpen && haveEqualContents(masterFile, actualFile)) {
     return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
   }
   OrvFileHandle master(masterFile.releaseStream());
@@ -192,12 +205,17 @@ OrvDiffResult* OrvDiffLib::textFileComparison(const std::string& masterName,
     return missing;
   }
   OrvTextBuffer masterBuffer = slurpFile(master);
+  const std::string* cutFile = goesOnBehind(masterBuffer.get(), master) ? &masterName : nullptr;
   if (equalIsEnough && actualText != nullptr && std::strcmp(masterBuffer.get(), actualText) == 0) {
-    return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
+    return createPass(masterName, actualName, cutFile);
   }
   OrvTextBuffer currentBuffer = actualText != nullptr ? strdupnew(actualText) : slurpFile(actual);
-  return textBufferComparison(masterName, actualName, masterBuffer, currentBuffer, patterns,
-                              writeCleansed);
+  if (actualText == nullptr && goesOnBehind(currentBuffer.get(), actual)) {
+    cutFile = &actualName;
+  }
+  std::unique_ptr<OrvDiffResult> result(textBufferComparison(
+      masterName, actualName, masterBuffer, currentBuffer, patterns, writeCleansed));
+  return result->isPassed() ? createPass(masterName, actualName, cutFile) : result.release();
 }
 
 void OrvDiffLib::writeEncodedStringToFile(const char* fname, const char* encoding,

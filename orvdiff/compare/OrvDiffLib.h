@@ -15,8 +15,8 @@ class OrvDiffResult;
 ///
 /// Stateless. Results and buffers that are returned are new and belong to the caller. A missing
 /// file or a difference is a result; `VELAssertError` is for null arguments and for files that
-/// cannot be read to their end. Files of 2 GiB and more are refused the same way. Operations that
-/// use catalogue patterns are for the one thread that verifies.
+/// cannot be read to their end. Files of 2 GiB and more, unless they are equal, are refused the
+/// same way. Operations that use catalogue patterns are for the one thread that verifies.
 class ORVDIFF_API OrvDiffLib {
  public:
   OrvDiffLib();
@@ -66,7 +66,8 @@ class ORVDIFF_API OrvDiffLib {
                                              const OrvPatternList& patterns, bool writeCleansed);
 
   /// The same for two files. `actualText`, unless null, is the actual output held in memory; the
-  /// actual file then need not exist.
+  /// actual file then need not exist. A pass is an `OrvDiffResultPassUpToNul` when a file goes on
+  /// behind a NUL, unless both files are the same to the end.
   static OrvDiffResult* textFileComparison(const std::string& masterName,
                                            const std::string& actualName,
                                            const OrvPatternList& patterns, bool writeCleansed,

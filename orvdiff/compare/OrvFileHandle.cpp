@@ -1,17 +1,21 @@
 #include "orvdiff/compare/OrvFileHandle.h"
 
-#include <sys/stat.h>
+#include <cstring>
+
+#include "orvdiff/platform/VELFmFile.h"
 
 OrvFileHandle::OrvFileHandle(const char* path, const char* mode) {
   if (path == nullptr || mode == nullptr) {
     return;
   }
-  m_stream = std::fopen(path, mode);
-  struct stat status = {};
-  if (m_stream != nullptr && fstat(fileno(m_stream), &status) == 0 && S_ISDIR(status.st_mode)) {
-    // The C library opens folders for reading, and every read then fails.
-    std::fclose(m_stream);
-    m_stream = nullptr;
+  const bool onlyReads = mode[0] == 'r' && std::strchr(mode, '+') == nullptr;
+  if (!onlyReads) {
+    m_stream = std::fopen(path, mode);
+    return;
+  }
+  VELFmFile file;
+  if (file.open(path, VELFmFile::eOpenExisting, 1) != 0) {
+    m_stream = file.releaseStream();
   }
 }
 

@@ -7,8 +7,9 @@
 /// Owns one open stdio stream and closes it exactly once. Not for two threads at a time.
 class ORVDIFF_API OrvFileHandle {
  public:
-  /// Opens `path` in stdio mode `mode`. A file that cannot be opened, a folder included, is no
-  /// error here: the handle then holds null, as it does when either argument is null.
+  /// Opens `path` in stdio mode `mode`. A file that cannot be opened is no error here: the handle
+  /// then holds null, as it does when either argument is null. For reading, only a regular file can
+  /// be opened: no folder, and no pipe, which might keep the caller waiting for ever.
   OrvFileHandle(const char* path, const char* mode);
 
   /// Adopts an open stream, or null.

@@ -3,9 +3,13 @@
 #include <dirent.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <ctime>
 #include <memory>
 #include <string_view>
+#include <system_error>
+
+#include "orvdiff/platform/VELErrors.h"
 
 namespace {
 
@@ -29,14 +33,33 @@ bool hasSettled(const struct stat& folder) {
   return std::time(nullptr) - changed > kSettleSeconds;
 }
 
+/// Whether the last call failed because there is no such folder, which is no fault.
+bool isAbsent() {
+  return errno == ENOENT || errno == ENOTDIR;
+}
+
+[[noreturn]] void raiseUnreadable(const char* folder) {
+  throw VELAssertError("The folder " + std::string(folder) +
+                           " cannot be read: " + std::generic_category().message(errno),
+                       "OrvFolderListings", __LINE__);
+}
+
 std::vector<std::string> readNames(const char* folder) {
   std::vector<std::string> names;
   const std::unique_ptr<DIR, int (*)(DIR*)> open(opendir(folder), closedir);
+  if (open == nullptr && !isAbsent()) {
+    raiseUnreadable(folder);
+  }
+  errno = 0;
   while (const dirent* const entry = open ? readdir(open.get()) : nullptr) {
     const std::string_view name(entry->d_name);
     if (name != "." && name != "..") {
       names.emplace_back(name);
     }
+    errno = 0;
+  }
+  if (open != nullptr && errno != 0) {
+    raiseUnreadable(folder);
   }
   std::sort(names.begin(), names.end());
   return names;
@@ -49,6 +72,9 @@ const std::vector<std::string>& OrvFolderListings::list(const std::string& folde
   const char* const path = folder.empty() ? "." : folder.c_str();
   struct stat now = {};
   if (stat(path, &now) != 0) {
+    if (!isAbsent()) {
+      raiseUnreadable(path);
+    }
     return kNoNames;
   }
   const auto known = m_listings.find(folder);
@@ -59,8 +85,9 @@ const std::vector<std::string>& OrvFolderListings::list(const std::string& folde
   if (m_listings.size() >= kMostFolders) {
     m_listings.clear();
   }
-  const bool reusable = hasSettled(now);
+  const bool reusable = hasSettled(now);  // as of before the reading
+  std::vector<std::string> names = readNames(path);
   Listing& listing = m_listings[folder];
-  listing = {now, reusable, readNames(path)};
+  listing = {now, reusable, std::move(names)};
   return listing.names;
 }

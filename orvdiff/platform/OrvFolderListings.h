@@ -16,8 +16,9 @@
 /// leave the time stamp as it is, so a folder that was changed just now is always read again.
 class OrvFolderListings {
  public:
-  /// The names in `folder` (empty: the working folder) without "." and "..", sorted; empty when it
-  /// cannot be read. Valid until the next call.
+  /// The names in `folder` (empty: the working folder) without "." and "..", sorted; none when
+  /// there is no such folder. Valid until the next call. Raises `VELAssertError` for a folder that
+  /// cannot be read: what it holds would pass for not being there.
   const std::vector<std::string>& list(const std::string& folder);
 
  private:

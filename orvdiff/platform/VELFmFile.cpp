@@ -33,14 +33,16 @@ VELFmFile::~VELFmFile() {
 int VELFmFile::open(const char* name, int createMode, int /*flag*/) {
   close();
   m_failed = false;
-  const int flags = createMode == eCreateForWriting ? O_WRONLY | O_CREAT | O_TRUNC : O_RDONLY;
+  const bool writes = createMode == eCreateForWriting;
+  // Without waiting: a pipe would not open before somebody else opens its other end.
+  const int flags = writes ? O_WRONLY | O_CREAT | O_TRUNC : O_RDONLY | O_NONBLOCK;
   m_descriptor = ::open(name, flags | O_CLOEXEC, 0666);
   struct stat status = {};
-  if (m_descriptor >= 0 && (fstat(m_descriptor, &status) != 0 || S_ISDIR(status.st_mode))) {
+  if (m_descriptor >= 0 &&
+      (fstat(m_descriptor, &status) != 0 || (!writes && !S_ISREG(status.st_mode)))) {
     close();
   }
   m_length = static_cast<std::uint64_t>(status.st_size);
-  m_isRegular = S_ISREG(status.st_mode);
   return m_descriptor >= 0 ? 1 : 0;
 }
 

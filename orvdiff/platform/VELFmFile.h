@@ -17,14 +17,12 @@ class VELFmFile {
   VELFmFile(const VELFmFile&) = delete;
   VELFmFile& operator=(const VELFmFile&) = delete;
 
-  /// Non-zero on success. A folder cannot be opened. `flag` is 1 for reading, 0 for writing.
+  /// Non-zero on success. Only a regular file can be opened for reading: no folder, and no pipe,
+  /// which might keep the caller waiting for ever. `flag` is 1 for reading, 0 for writing.
   int open(const char* name, int createMode, int flag);
 
   /// Size in bytes when the file was opened.
   std::uint64_t getLength() const { return m_length; }
-
-  /// Whether what was opened is a regular file, which can be read again, and not a pipe.
-  bool isRegular() const { return m_isRegular; }
 
   /// Reads up to `count` bytes; fewer only at the end of the file or after a read error.
   std::size_t read(char* buffer, std::size_t count);
@@ -45,6 +43,5 @@ class VELFmFile {
  private:
   int m_descriptor = -1;
   std::uint64_t m_length = 0;
-  bool m_isRegular = false;
   bool m_failed = false;
 };

@@ -20,6 +20,13 @@ bool OrvDiffResultPass::isPassed() const {
   return true;
 }
 
+OrvDiffResultPassUpToNul::OrvDiffResultPassUpToNul(const std::string& masterName,
+                                                   const std::string& actualName,
+                                                   const std::string& cutFile)
+    : OrvDiffResultPass(masterName, actualName), m_cutFile(cutFile) {}
+
+OrvDiffResultPassUpToNul::~OrvDiffResultPassUpToNul() = default;
+
 OrvDiffResultFail::OrvDiffResultFail(const std::string& masterName, const std::string& actualName)
     : OrvDiffResult(masterName, actualName) {}
 

@@ -47,6 +47,22 @@ class ORVDIFF_API OrvDiffResultPass : public OrvDiffResult {
   bool isPassed() const override;
 };
 
+/// A pass as far as the texts go: one of the files goes on behind a NUL, where texts end, and what
+/// stands there was not compared. To listeners it is a pass like any other; whoever wants to know
+/// asks for this class.
+class ORVDIFF_API OrvDiffResultPassUpToNul : public OrvDiffResultPass {
+ public:
+  OrvDiffResultPassUpToNul(const std::string& masterName, const std::string& actualName,
+                           const std::string& cutFile);
+  ~OrvDiffResultPassUpToNul() override;
+
+  /// Path of a file of which not all was compared: the master name or the actual name.
+  const std::string& getCutFile() const { return m_cutFile; }
+
+ private:
+  const std::string m_cutFile;
+};
+
 /// A failure that is neither a difference of contents nor a missing file: an XML document that is
 /// not valid, a number outside its tolerance.
 class ORVDIFF_API OrvDiffResultFail : public OrvDiffResult {

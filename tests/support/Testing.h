@@ -63,6 +63,17 @@ std::string raisedBy(Action action) {
   return "nothing";
 }
 
+/// The whole story of the library's error that `action` raises, or "nothing".
+template <typename Action>
+std::string storyOf(Action action) {
+  try {
+    action();
+  } catch (const VELThrowable& error) {
+    return error.what();
+  }
+  return "nothing";
+}
+
 /// What a normalised difference takes over; null of null.
 inline char* copyOf(const char* text) {
   const std::size_t size = text != nullptr ? std::strlen(text) + 1 : 0;

@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "tests/support/Testing.h"
 
@@ -27,8 +29,9 @@ TEST(FileReading, WholeFilesInBothForms) {
 TEST(FileReading, FailuresAreClear) {
   const TestFolder folder;
   TestFolder::write("file", "");
-  const char* const kNotOpened[][2] = {
-      {nullptr, "r"}, {"file", nullptr}, {"none", "r"}, {".", "r"}};
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);  // nobody will ever open its other end
+  const char* const kNotOpened[][2] = {{nullptr, "r"}, {"file", nullptr}, {"none", "r"}, {".", "r"},
+                                       {".", "w"},     {"pipe", "r"},     {"pipe", "rt"}};
   for (const auto& [path, mode] : kNotOpened) {
     EXPECT_EQ(OrvFileHandle(path, mode), nullptr);
   }
@@ -36,6 +39,7 @@ TEST(FileReading, FailuresAreClear) {
   unsigned int length = 77;
   EXPECT_FALSE(OrvDiffLib::readFileIntoBuffer("none", buffer, length));
   EXPECT_FALSE(OrvDiffLib::readFileIntoBuffer(".", buffer, length));
+  EXPECT_FALSE(OrvDiffLib::readFileIntoBuffer("pipe", buffer, length));
   EXPECT_EQ(buffer.get() + std::to_string(length), "before77");
   EXPECT_EQ(raisedBy([] { OrvDiffLib::strdupnew(nullptr); }), "OrvDiffLib: VEL_ASSERT(in);");
   // A file that is longer than it says (all of /proc measures 0), one that cannot be read, none.

@@ -3,6 +3,7 @@
 #include "orvdiff/platform/I18N.h"
 #include "orvdiff/platform/OrvGlob.h"
 #include "orvdiff/platform/OrvHelper.h"
+#include "orvdiff/platform/VELAssert.h"
 #include "orvdiff/platform/VELFmDir.h"
 #include "tests/support/Testing.h"
 
@@ -64,6 +65,10 @@ TEST(Glob, OnlyTheStarOfTheNamePartIsSpecial) {
     OrvGlob::globFiles(pattern, files);
     EXPECT_EQ(files, expected) << pattern;
   }
+  std::filesystem::create_symlink("loop", "loop");
+  std::list<std::string> files;
+  EXPECT_THAT(storyOf([&] { OrvGlob::globFiles("loop/*", files); }),
+              testing::StartsWith("The folder loop cannot be read: "));
 }
 
 TEST(XmlEncode, EveryNameBecomesCharacterData) {
@@ -96,6 +101,23 @@ TEST(I18N, Utf8TravelsThroughUtf16WithoutLoss) {
   EXPECT_EQ(utf16, std::string(reinterpret_cast<const char*>(u"a\u00F6"), 4));
   EXPECT_EQ(I18NString("ab").toBytes("utf-32").size(), 8U);
   EXPECT_THROW(I18NConverter("no-such-encoding"), VELAssertError);
+}
+
+template <typename Exception>
+struct Raises {
+  Raises() { throw Exception(); }
+};
+
+struct Reraised : VELAssertError {
+  Reraised() : VELAssertError("text", "Unit", 7) {}
+};
+
+TEST(Creating, EveryErrorBecomesOneOfTheFamilyAndTellsItsWay) {
+  const VELPlace here = {"Here", 12};
+  EXPECT_THROW(velNew<Raises<std::bad_alloc>>(here), VELOutOfMemoryError);
+  EXPECT_THROW(velNew<Raises<std::bad_exception>>(here), VELStdExceptionError);
+  EXPECT_EQ(storyOf([&] { velNew<Raises<Reraised>>(here); }),
+            "text [Unit:7, VEL_THROW; Here:12, VEL_RETHROW]");
 }
 
 }  // namespace
