@@ -17,8 +17,7 @@ OrvDiffAuthoredDThroughTargetsXmlFileEngine::OrvDiffAuthoredDThroughTargetsXmlFi
                               {"v5DebugVirtualDrillTargets", "/VirtualDThroughTargets/", "*.xml"}),
       m_parser(DOM_ParserImpl::create(s_authoredDThroughTargetsXmlErrorHandler,
                                       DOM_ParserImpl::Val_Never)) {
-  addCleansingPattern(
-      OrvDiffNormalizationPatterns::getPattern(OrvDiffNormalizationPatterns::eCoordElement));
+  addCleansingPatterns({OrvDiffNormalizationPatterns::eCoordElement});
 }
 
 OrvDiffAuthoredDThroughTargetsXmlFileEngine::~OrvDiffAuthoredDThroughTargetsXmlFileEngine() =

@@ -14,8 +14,7 @@ CtxMetadataXmlErrorHandler s_ctxMetadataXmlErrorHandler;
 OrvDiffCtxMetadataXmlFileEngine::OrvDiffCtxMetadataXmlFileEngine(const char* subFolder)
     : OrvDiffTextFormatEngine(subFolder, {"v5DebugCtxMetadata", "/CtxMetadata/", "*.xml"}),
       m_parser(DOM_ParserImpl::create(s_ctxMetadataXmlErrorHandler, DOM_ParserImpl::Val_Never)) {
-  addCleansingPattern(
-      OrvDiffNormalizationPatterns::getPattern(OrvDiffNormalizationPatterns::eCoordElement));
+  addCleansingPatterns({OrvDiffNormalizationPatterns::eCoordElement});
 }
 
 OrvDiffCtxMetadataXmlFileEngine::~OrvDiffCtxMetadataXmlFileEngine() = default;

@@ -1,7 +1,5 @@
 #include "orvdiff/formats/OrvDiffTextEngines.h"
 
-#include <initializer_list>
-
 #include "orvdiff/platform/VELAssert.h"
 #include "orvdiff/platform/VELFmDir.h"
 
@@ -43,18 +41,14 @@ OrvDiffPnaoFileEngine::~OrvDiffPnaoFileEngine() = default;
 OrvDiffDrilledReportSpecEngine::OrvDiffDrilledReportSpecEngine(const char* subFolder)
     : OrvDiffTextFormatEngine(subFolder,
                               {"v5DebugDrilledReportSpec", "/DrilledReportSpec/", "*.xml"}) {
-  for (const auto id : {Patterns::eCoordsAttribute, Patterns::eReportSpecNamespaceVersion}) {
-    addCleansingPattern(Patterns::getPattern(id));
-  }
+  addCleansingPatterns({Patterns::eCoordsAttribute, Patterns::eReportSpecNamespaceVersion});
 }
 
 OrvDiffDrilledReportSpecEngine::~OrvDiffDrilledReportSpecEngine() = default;
 
 OrvDiffRefQueryItemEngine::OrvDiffRefQueryItemEngine(const char* subFolder)
     : OrvDiffTextFormatEngine(subFolder, {"v5DebugRefQueryItems", "/RefQueryItems/", "*.xml"}) {
-  for (const auto id : {Patterns::eCoordsAttribute}) {
-    addCleansingPattern(Patterns::getPattern(id));
-  }
+  addCleansingPatterns({Patterns::eCoordsAttribute});
 }
 
 OrvDiffRefQueryItemEngine::~OrvDiffRefQueryItemEngine() = default;
@@ -62,40 +56,32 @@ OrvDiffRefQueryItemEngine::~OrvDiffRefQueryItemEngine() = default;
 OrvDiffDrillUpDownStateEngine::OrvDiffDrillUpDownStateEngine(const char* subFolder)
     : OrvDiffTextFormatEngine(subFolder,
                               {"v5DebugDrilledUpDownState", "/DrilledUpDownState/", "*.xml"}) {
-  for (const auto id : {Patterns::eCoordsAttribute}) {
-    addCleansingPattern(Patterns::getPattern(id));
-  }
+  addCleansingPatterns({Patterns::eCoordsAttribute});
 }
 
 OrvDiffDrillUpDownStateEngine::~OrvDiffDrillUpDownStateEngine() = default;
 
 OrvDiffPagedLayoutDataXmlFileEngine::OrvDiffPagedLayoutDataXmlFileEngine(const char* subFolder)
     : OrvDiffTextFormatEngine(subFolder, {"v5DebugPagedDataXML", "/PagedDataXML/", "*.xml"}) {
-  for (const auto id : {Patterns::eCoordElement, Patterns::eFilenameElement}) {
-    addCleansingPattern(Patterns::getPattern(id));
-  }
+  addCleansingPatterns({Patterns::eCoordElement, Patterns::eFilenameElement});
 }
 
 OrvDiffPagedLayoutDataXmlFileEngine::~OrvDiffPagedLayoutDataXmlFileEngine() = default;
 
 OrvDiffRawXmlFileEngine::OrvDiffRawXmlFileEngine(const char* subFolder)
     : OrvDiffTextFormatEngine(subFolder, {"v5DebugRawXml", "/RawXML/", "*.xml"}) {
-  for (const auto id : {Patterns::eCoordsAttribute}) {
-    addCleansingPattern(Patterns::getPattern(id));
-  }
+  addCleansingPatterns({Patterns::eCoordsAttribute});
 }
 
 OrvDiffRawXmlFileEngine::~OrvDiffRawXmlFileEngine() = default;
 
 OrvDiffMhtFileEngine::OrvDiffMhtFileEngine(const char* subFolder)
     : OrvDiffTextFormatEngine(subFolder, {"v5DebugMHT", "/", "*.mht"}) {
-  for (const auto id :
-       {Patterns::eSoftLineBreak, Patterns::eLineBreak, Patterns::eQuotedPrintableEquals,
-        Patterns::eScriptElement, Patterns::eChartNameAttribute, Patterns::eImageSourcePrefix,
-        Patterns::eCopyrightMetaTag, Patterns::eGeneratorIdMetaTag, Patterns::eTrademarkMetaTag,
-        Patterns::eUaCompatibleMetaTag}) {
-    addCleansingPattern(Patterns::getPattern(id));
-  }
+  addCleansingPatterns({Patterns::eSoftLineBreak, Patterns::eLineBreak,
+                        Patterns::eQuotedPrintableEquals, Patterns::eScriptElement,
+                        Patterns::eChartNameAttribute, Patterns::eImageSourcePrefix,
+                        Patterns::eCopyrightMetaTag, Patterns::eGeneratorIdMetaTag,
+                        Patterns::eTrademarkMetaTag, Patterns::eUaCompatibleMetaTag});
 }
 
 OrvDiffMhtFileEngine::~OrvDiffMhtFileEngine() = default;
@@ -110,26 +96,22 @@ std::string OrvDiffRaFileEngine::getOutputDirectoryTypeName() const {
 
 OrvDiffHtmlFileEngine::OrvDiffHtmlFileEngine(const char* subFolder)
     : OrvDiffTextFormatEngine(subFolder, {"v5DebugHTML", "/", "*.html"}) {
-  for (const auto id :
-       {Patterns::eLineBreak, Patterns::eScriptElement, Patterns::eChartNameAttribute,
-        Patterns::eNextNameAndIdAttributes, Patterns::eCopyrightMetaTag,
-        Patterns::eGeneratorIdMetaTag, Patterns::eTrademarkMetaTag, Patterns::eUaCompatibleMetaTag,
-        Patterns::eEventHandlerAttribute, Patterns::ePromptIdAttribute, Patterns::eCoordsAttribute,
-        Patterns::eAriaLabelledByAttribute, Patterns::eIdAttribute,
-        Patterns::eAriaLabelledByHeadersAttribute, Patterns::eCtxAttribute, Patterns::eForAttribute,
-        Patterns::eNameAttribute}) {
-    addCleansingPattern(Patterns::getPattern(id));
-  }
+  addCleansingPatterns(
+      {Patterns::eLineBreak, Patterns::eScriptElement, Patterns::eChartNameAttribute,
+       Patterns::eNextNameAndIdAttributes, Patterns::eCopyrightMetaTag,
+       Patterns::eGeneratorIdMetaTag, Patterns::eTrademarkMetaTag, Patterns::eUaCompatibleMetaTag,
+       Patterns::eEventHandlerAttribute, Patterns::ePromptIdAttribute, Patterns::eCoordsAttribute,
+       Patterns::eAriaLabelledByAttribute, Patterns::eIdAttribute,
+       Patterns::eAriaLabelledByHeadersAttribute, Patterns::eCtxAttribute, Patterns::eForAttribute,
+       Patterns::eNameAttribute});
 }
 
 OrvDiffHtmlFileEngine::~OrvDiffHtmlFileEngine() = default;
 
 OrvDiffXhtmlFileEngine::OrvDiffXhtmlFileEngine(const char* subFolder)
     : OrvDiffTextFormatEngine(subFolder, {"v5DebugXHTML", "/", "*.xml"}) {
-  for (const auto id :
-       {Patterns::eScriptElement, Patterns::eChartNameAttribute, Patterns::eCoordsAttribute}) {
-    addCleansingPattern(Patterns::getPattern(id));
-  }
+  addCleansingPatterns(
+      {Patterns::eScriptElement, Patterns::eChartNameAttribute, Patterns::eCoordsAttribute});
 }
 
 OrvDiffXhtmlFileEngine::~OrvDiffXhtmlFileEngine() = default;
@@ -146,18 +128,14 @@ OrvDiffVizFileEngine::~OrvDiffVizFileEngine() = default;
 
 OrvDiffXlsFileEngine::OrvDiffXlsFileEngine(const char* subFolder)
     : OrvDiffTextFormatEngine(subFolder, {"v5DebugXLS", "/XLS/", "*.html"}) {
-  for (const auto id : {Patterns::eScriptElement, Patterns::eImageSourcePrefix}) {
-    addCleansingPattern(Patterns::getPattern(id));
-  }
+  addCleansingPatterns({Patterns::eScriptElement, Patterns::eImageSourcePrefix});
 }
 
 OrvDiffXlsFileEngine::~OrvDiffXlsFileEngine() = default;
 
 OrvDiffXlwaFileEngine::OrvDiffXlwaFileEngine(const char* subFolder)
     : OrvDiffTextFormatEngine(subFolder, {"v5DebugXLWA", "/XLWA/", ".mht"}) {
-  for (const auto id : {Patterns::eScriptElement, Patterns::eImageSourcePrefix}) {
-    addCleansingPattern(Patterns::getPattern(id));
-  }
+  addCleansingPatterns({Patterns::eScriptElement, Patterns::eImageSourcePrefix});
 }
 
 OrvDiffXlwaFileEngine::~OrvDiffXlwaFileEngine() = default;
@@ -190,10 +168,8 @@ OrvDiffCgsFileEngine::OrvDiffCgsFileEngine(const char* subFolder,
       m_outputDirectoryTypeName(required(outputDirectoryTypeName)),
       m_masterSubFolder(orEmpty(masterSubFolder)),
       m_fileNameSuffix(orEmpty(fileNameSuffix)) {
-  for (const auto id :
-       {Patterns::eChartTempName, Patterns::eRemoveReferenceCall, Patterns::eBinDirectory}) {
-    addCleansingPattern(Patterns::getPattern(id));
-  }
+  addCleansingPatterns(
+      {Patterns::eChartTempName, Patterns::eRemoveReferenceCall, Patterns::eBinDirectory});
 }
 
 OrvDiffCgsFileEngine::~OrvDiffCgsFileEngine() = default;

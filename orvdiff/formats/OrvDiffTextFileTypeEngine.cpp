@@ -44,3 +44,10 @@ void OrvDiffTextFileTypeEngine::addCleansingPattern(const OrvDiffNormalizationPa
   VEL_ASSERT_AT(pattern, kNullPatternPlace);
   m_cleansingPatterns.add(pattern);
 }
+
+void OrvDiffTextFileTypeEngine::addCleansingPatterns(
+    std::initializer_list<OrvDiffNormalizationPatterns::OrvNormalizationPatternsEnum> ids) {
+  for (const auto id : ids) {
+    addCleansingPattern(OrvDiffNormalizationPatterns::getPattern(id));
+  }
+}

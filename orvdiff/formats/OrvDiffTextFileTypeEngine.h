@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <string>
 
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
@@ -33,6 +34,10 @@ class ORVDIFF_API OrvDiffTextFileTypeEngine : public OrvDiffFileEngine {
  protected:
   /// Appends a pattern; a null one raises `VELAssertError`.
   void addCleansingPattern(const OrvDiffNormalizationPattern* pattern);
+
+  /// Appends patterns of the catalogue, in this order.
+  void addCleansingPatterns(
+      std::initializer_list<OrvDiffNormalizationPatterns::OrvNormalizationPatternsEnum> ids);
 
  private:
   OrvHeldPatterns m_cleansingPatterns;

@@ -16,10 +16,10 @@ const char kSingleRule[] = "=---------------------------------------------------
 const char kTitle[]      = "= MOX Test Harness v1.3                                                        =";
 const char kNoText[]     = "= Test Description: None                                                       =";
 const char kNoLogFile[]  = "= Log File: None                                                               =";
-const char kTotalsHead[] = "=                                  Script  Checks  Checks  Checks        TEST  =\n"
-                           "=                                  Errors  Failed  Passed  Warned       RESULT =";
-const char kTableHead[]  = "= Test                             Script  Checks  Checks  Checks        TEST  =\n"
-                           "= Case                             Errors  Failed  Passed  Warned       RESULT =";
+const char kTotalsHead1[] = "=                                  Script  Checks  Checks  Checks        TEST  =";
+const char kTotalsHead2[] = "=                                  Errors  Failed  Passed  Warned       RESULT =";
+const char kTableHead1[]  = "= Test                             Script  Checks  Checks  Checks        TEST  =";
+const char kTableHead2[]  = "= Case                             Errors  Failed  Passed  Warned       RESULT =";
 const char kOtherLabel[] = "= Other                          ";
 const char kTotalLabel[] = "= TOTALS                         ";
 // clang-format on
@@ -138,9 +138,9 @@ void MOXReport::write(std::ostream& out) const {
   out << kSingleRule << std::endl;
   if (m_level == MOXLogLevel::Concise) {
     // The second rule is where the rows of test cases would have been.
-    out << kTotalsHead << std::endl << kSingleRule << std::endl;
+    out << kTotalsHead1 << std::endl << kTotalsHead2 << std::endl << kSingleRule << std::endl;
   } else {
-    out << kTableHead << std::endl << kSingleRule << std::endl;
+    out << kTableHead1 << std::endl << kTableHead2 << std::endl << kSingleRule << std::endl;
     for (const Row& row : m_rows) {
       out << row.text() << std::endl;
     }

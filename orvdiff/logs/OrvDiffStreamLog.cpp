@@ -45,9 +45,11 @@ void OrvDiffStreamLog::comparisonNotification(const OrvDiffResultPass& result) {
 void OrvDiffStreamLog::writeLogEntry(const char* entryKind, const std::string& masterName,
                                      const std::string& actualName) {
   VEL_ASSERT_NAMED(m_stream, "Stream was not opened.");
+  const VELByteBuffer master = encode(masterName);  // first: no half an entry when memory runs out
+  const VELByteBuffer current = encode(actualName);
   *m_stream << '<' << entryKind << '>'
             << "<ReturnCode>1</ReturnCode><Command/><ResultsFile/><StepNumber>0</StepNumber>"
-            << "<MasterFile>" << encode(masterName).str() << "</MasterFile>"
-            << "<CurrentFile>" << encode(actualName).str() << "</CurrentFile>"
+            << "<MasterFile>" << master.str() << "</MasterFile>"
+            << "<CurrentFile>" << current.str() << "</CurrentFile>"
             << "</" << entryKind << '>' << std::endl;
 }

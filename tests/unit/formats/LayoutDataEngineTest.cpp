@@ -53,8 +53,8 @@ TEST_F(LayoutDataEngine, ComparesWhatIsValidWithFurtherPatterns) {
   const OrvDiffNormalizationPattern letters("[xy]", nullptr);
   m_engine.addCleansingPattern(&letters);
   EXPECT_EQ(compared(valid, layout("<cell>y</cell>")), "pass m a");
-  EXPECT_EQ(raisedBy([&] { m_engine.addCleansingPattern(nullptr); }),
-            "OrvDiffLayoutDataXmlFileEngine: VEL_ASSERT(pattern);");
+  EXPECT_EQ(storyOf([&] { m_engine.addCleansingPattern(nullptr); }),
+            "VEL_ASSERT(pattern); [OrvDiffLayoutDataXmlFileEngine:107, VEL_THROW]");
 }
 
 TEST_F(LayoutDataEngine, RefusesWhatIsNot) {

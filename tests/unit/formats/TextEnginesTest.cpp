@@ -109,4 +109,12 @@ TEST(TextEngines, ApplyTheirListsInOrder) {
   }
 }
 
+TEST(TextEngines, TakeNoNullPattern) {
+  struct Engine : OrvDiffXmlFileEngine {
+    Engine() : OrvDiffXmlFileEngine(nullptr) { addCleansingPattern(nullptr); }
+  };
+  EXPECT_EQ(storyOf([] { Engine(); }),
+            "VEL_ASSERT(pattern); [OrvDiffTextFileTypeEngine:68, VEL_THROW]");
+}
+
 }  // namespace
