@@ -8,10 +8,6 @@
 
 namespace {
 
-std::string counted(std::size_t count, const char* noun) {
-  return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
-}
-
 void printUnverified(const std::vector<std::string>& reports, Verbosity verbosity) {
   constexpr std::size_t kMost = 20;
   const std::size_t shown =
@@ -42,34 +38,60 @@ void printCounts(const RunTotals& totals) {
 
 }  // namespace
 
-void printClosingSummary(const RunTotals& totals, Verbosity verbosity, const Palette& palette) {
+std::string counted(std::size_t count, const char* noun) {
+  return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
+}
+
+std::vector<std::string> shortfallsOf(const RunTotals& totals, bool allowNone) {
+  constexpr const char* kRemedy = " (--allow-none accepts that)";
+  std::vector<std::string> shortfalls;
+  if (totals.pairs.cut > 0) {
+    shortfalls.push_back(counted(totals.pairs.cut, "pair") + " compared only up to a NUL byte");
+  }
+  if (!allowNone && !totals.interrupted) {
+    for (const std::string& location : totals.emptyLocations) {
+      shortfalls.push_back("no report in " + location + kRemedy);
+    }
+    if (shortfalls.empty() && totals.pairs.pairs() == 0 && totals.errors == 0) {
+      shortfalls.push_back(std::string("nothing to verify") + kRemedy);
+    }
+  }
+  for (const std::string& file : totals.unsaved) {
+    shortfalls.push_back(file + " could not be saved");
+  }
+  return shortfalls;
+}
+
+void printShortfalls(const std::vector<std::string>& shortfalls) {
+  for (const std::string& shortfall : shortfalls) {
+    std::cerr << "orvdiff: " << printable(shortfall) << '\n';
+  }
+}
+
+void printClosingSummary(const RunTotals& totals, const std::vector<std::string>& shortfalls,
+                         Verbosity verbosity, const Palette& palette) {
   if (!totals.unverified.empty() && verbosity != Verbosity::Quiet) {
     printUnverified(totals.unverified, verbosity);
   }
   if (totals.interrupted) {
     std::cout << palette.paint(Color::Yellow, "Interrupted") << " in report " << totals.done
               << " of " << totals.reports << ". ";
-  } else if (nothingFailed(totals)) {
-    std::cout << (totals.pairs.pairs() > 0 ? palette.paint(Color::Green, "All passed.") + ' ' : "");
-  } else {
+  } else if (!nothingFailed(totals)) {
     std::cout << palette.paint(Color::Red, "Not all passed.") << ' ';
+  } else if (shortfalls.empty() && totals.pairs.pairs() > 0) {
+    std::cout << palette.paint(Color::Green, "All passed.") << ' ';
   }
   printCounts(totals);
   std::cout.flush();
-  for (const std::string& file : totals.unsaved) {
-    std::cerr << "orvdiff: " << printable(file) << " could not be saved\n";
-  }
+  printShortfalls(shortfalls);
 }
 
-ExitStatus exitStatusOf(const RunTotals& totals, bool allowNone) {
+ExitStatus exitStatusOf(const RunTotals& totals, const std::vector<std::string>& shortfalls) {
   if (totals.interrupted) {
     return kExitInterrupted;
   }
-  if (totals.errors > 0 || !totals.unsaved.empty()) {
+  if (totals.errors > 0 || !shortfalls.empty()) {
     return kExitTrouble;
   }
-  if (totals.pairs.passed < totals.pairs.pairs()) {
-    return kExitNotPassed;
-  }
-  return totals.pairs.pairs() > 0 || allowNone ? kExitPassed : kExitTrouble;
+  return totals.pairs.passed < totals.pairs.pairs() ? kExitNotPassed : kExitPassed;
 }

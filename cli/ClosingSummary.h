@@ -16,15 +16,27 @@ struct RunTotals {
   std::size_t done = 0;     ///< that it did verify; fewer when it was interrupted
   Tally pairs;
   std::size_t errors = 0;  ///< reports and formats that could not be verified to the end
-  std::vector<std::string> unverified;  ///< reports, among those done, that no pair belongs to
-  std::vector<std::string> unsaved;     ///< files that could not be saved
+  std::vector<std::string> unverified;      ///< reports, among those done, that no pair belongs to
+  std::vector<std::string> emptyLocations;  ///< at which no report was found
+  std::vector<std::string> unsaved;         ///< files that could not be saved
   bool interrupted = false;
   std::chrono::duration<double> time{};
 };
 
-/// Prints the counts as one line on `std::cout`, and before it, unless quiet, which reports no
-/// format has a master for. What was not done as asked goes to standard error.
-void printClosingSummary(const RunTotals& totals, Verbosity verbosity, const Palette& palette);
+/// "1 pair", "2 pairs".
+std::string counted(std::size_t count, const char* noun);
 
-/// The status that a run with these totals ends with. With `allowNone`, no pair is no trouble.
-ExitStatus exitStatusOf(const RunTotals& totals, bool allowNone);
+/// What kept the run from verifying all that it was to, besides results and errors: a sentence
+/// each. With `allowNone`, finding nothing to verify is none of it.
+std::vector<std::string> shortfallsOf(const RunTotals& totals, bool allowNone);
+
+/// Says each on standard error.
+void printShortfalls(const std::vector<std::string>& shortfalls);
+
+/// Prints the counts as one line on `std::cout`, and before it, unless quiet, which reports no
+/// format has a master for. The shortfalls follow.
+void printClosingSummary(const RunTotals& totals, const std::vector<std::string>& shortfalls,
+                         Verbosity verbosity, const Palette& palette);
+
+/// The status that a run with these totals and shortfalls ends with.
+ExitStatus exitStatusOf(const RunTotals& totals, const std::vector<std::string>& shortfalls);

@@ -74,12 +74,30 @@ void addPlaces(CLI::App& verify, FormatOptions& formats) {
   }
 }
 
-const std::map<std::string, int>& harnessLogLevels() {
-  static const std::map<std::string, int> levels = {{"minimal", MOXLogLevel::Minimal},
-                                                    {"concise", MOXLogLevel::Concise},
-                                                    {"normal", MOXLogLevel::Normal},
-                                                    {"detailed", MOXLogLevel::Detailed}};
-  return levels;
+/// Adds an option `name` that takes one of a few words and sets `value` to what the word stands
+/// for.
+template <typename Value>
+CLI::Option* addChoice(CLI::App& app, const std::string& name, Value& value, const char* help,
+                       const std::vector<std::pair<std::string, Value>>& choices) {
+  const auto choose = [&value, name, choices](const std::string& word) {
+    std::string words;
+    for (const auto& [choice, meaning] : choices) {
+      if (word == choice) {
+        value = meaning;
+        return;
+      }
+      words += (words.empty() ? "" : ", ") + choice;
+    }
+    throw CLI::ValidationError(name, "\"" + word + "\" is none of " + words);
+  };
+  return app.add_option_function<std::string>(name, choose, help);
+}
+
+/// For files that are written: an empty name would pass for "none".
+const CLI::Validator& notEmpty() {
+  static const CLI::Validator validator(
+      [](const std::string& text) { return text.empty() ? "needs the name of a file" : ""; }, "");
+  return validator;
 }
 
 void addVerify(CLI::App& app, Values& values) {
@@ -95,7 +113,7 @@ void addVerify(CLI::App& app, Values& values) {
   command
       ->add_option("-f,--format", verify.formats.names,
                    "Verify this format only; may be given again, or as a list with commas "
-                   "(default: all)")
+                   "(default: all that need no other option)")
       ->allow_extra_args(false)  // what follows the name is a location
       ->delimiter(',')
       ->type_name("NAME");
@@ -110,13 +128,18 @@ void addVerify(CLI::App& app, Values& values) {
   command
       ->add_option("--summary", verify.summaryFile,
                    "Write the test summary to FILE; - is standard output")
+      ->check(notEmpty())
       ->type_name("FILE");
   command
       ->add_option("--harness-log", verify.harnessLog,
                    "Run as a test script, one test case per report, and write its log to FILE")
+      ->check(notEmpty())
       ->type_name("FILE");
-  command->add_option("--log-level", verify.harnessLogLevel, "How much the harness log says")
-      ->transform(CLI::CheckedTransformer(harnessLogLevels()))
+  addChoice<int>(*command, "--log-level", verify.harnessLogLevel, "How much the harness log says",
+                 {{"minimal", MOXLogLevel::Minimal},
+                  {"concise", MOXLogLevel::Concise},
+                  {"normal", MOXLogLevel::Normal},
+                  {"detailed", MOXLogLevel::Detailed}})
       ->option_text("minimal|concise|normal|detailed (default: normal)");
   command->add_flag("--save-normalized", verify.saveNormalized,
                     "Keep the normalised texts of a difference beside the output");
@@ -157,14 +180,13 @@ void addNormalize(CLI::App& app, NormalizeOptions& normalize) {
 }
 
 void addCommonOptions(CLI::App& app, Values& values) {
-  static const std::map<std::string, ColorChoice> choices = {
-      {"auto", ColorChoice::Auto}, {"always", ColorChoice::Always}, {"never", ColorChoice::Never}};
   app.set_version_flag("--version", "orvdiff " ORVDIFF_VERSION);
   app.add_option("-C,--directory", values.workingFolder,
                  "Run as if started in this folder; outputs lie under ../webcontent/bi from it")
       ->type_name("DIR");
-  app.add_option("--color", values.color, "Use colours: auto, always or never")
-      ->transform(CLI::CheckedTransformer(choices))
+  addChoice<ColorChoice>(
+      app, "--color", values.color, "Use colours: auto, always or never",
+      {{"auto", ColorChoice::Auto}, {"always", ColorChoice::Always}, {"never", ColorChoice::Never}})
       ->option_text("WHEN");
   CLI::Option* const quiet =
       app.add_flag("-q,--quiet", values.quiet, "Only errors and the closing line");
@@ -185,12 +207,31 @@ bool takesValue(const CLI::App& app, const std::string& word) {
                      [&word](const CLI::App* command) { return takesValue(*command, word); });
 }
 
+bool isCommand(const CLI::App& app, const std::string& word) {
+  const auto commands = app.get_subcommands({});
+  return std::any_of(commands.begin(), commands.end(),
+                     [&word](const CLI::App* command) { return command->check_name(word); });
+}
+
 /// The words of the command line, last first, as CLI11 wants them. It would take a location
-/// "[2023]" for a list that holds 2023; "./[2023]" names the same file and is no list.
+/// "[2023]" for a list that holds 2023; "./[2023]" names the same file and is no list. And for the
+/// value of "--summary=" it would take the next word, so that is refused here, as is a first word
+/// that is no command.
 std::vector<std::string> reversedWords(const CLI::App& app, int argc, char** argv) {
   std::vector<std::string> words;
+  bool hasCommand = false;
   for (int i = 1; i < argc; ++i) {
     std::string word = argv[i];
+    const bool isOption = word.size() > 1 && word.front() == '-';
+    if (isOption && word.back() == '=' && takesValue(app, word.substr(0, word.size() - 1))) {
+      throw CLI::ArgumentMismatch(word + " needs a value behind it");
+    }
+    if (!hasCommand && !isOption && !takesValue(app, argv[i - 1])) {
+      if (!isCommand(app, word)) {
+        throw CLI::ExtrasError("orvdiff", {word});
+      }
+      hasCommand = true;
+    }
     const bool looksLikeList = !word.empty() && word.front() == '[' && word.back() == ']';
     words.push_back(looksLikeList && !takesValue(app, argv[i - 1]) ? "./" + word : word);
   }

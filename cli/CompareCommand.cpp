@@ -3,7 +3,7 @@
 
 #include "cli/Commands.h"
 #include "cli/FormatSelection.h"
-#include "cli/ResultPrinter.h"
+#include "cli/PairOutcome.h"
 #include "cli/Trouble.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
@@ -22,9 +22,5 @@ std::unique_ptr<const OrvDiffResult> comparePair(const CompareOptions& options) 
 }  // namespace
 
 ExitStatus run(const CompareOptions& options) {
-  const std::unique_ptr<const OrvDiffResult> result = comparePair(options);
-  const Palette palette(options.color);
-  ResultPrinter printer(options.verbosity, palette);
-  result->notifyListener(printer);
-  return result->isPassed() ? kExitPassed : kExitNotPassed;
+  return printPair(*comparePair(options), options);
 }

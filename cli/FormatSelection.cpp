@@ -1,5 +1,7 @@
 #include "cli/FormatSelection.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cctype>
 #include <numeric>
@@ -7,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "cli/MissingReason.h"
 #include "cli/Trouble.h"
 
 namespace {
@@ -59,7 +62,12 @@ const char* orNull(const std::string& text) {
   return text.empty() ? nullptr : text.c_str();
 }
 
+/// Raises `Trouble` for a schema that is not there.
 void set(OrvFormatArguments& arguments, const LayoutDataOptions& layoutData) {
+  if (!layoutData.schema.empty() && access(layoutData.schema.c_str(), R_OK) != 0) {
+    throw Trouble("the layout schema " + layoutData.schema + ' ' +
+                  missingReason(layoutData.schema));
+  }
   arguments.layoutSchema = orNull(layoutData.schema);
   arguments.layoutNamespace = orNull(layoutData.namespaceUri);
 }

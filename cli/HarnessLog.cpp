@@ -1,35 +1,25 @@
 #include "cli/HarnessLog.h"
 
+#include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
+#include <system_error>
 #include <utility>
 
+#include "cli/QuietConsole.h"
 #include "cli/Trouble.h"
 
 namespace {
 
-/// Keeps the harness's banner off the console while it lives: there, the program itself speaks.
-class QuietConsole {
- public:
-  QuietConsole() : m_buffer(std::cout.rdbuf(nullptr)) {}
-  QuietConsole(const QuietConsole&) = delete;
-  QuietConsole& operator=(const QuietConsole&) = delete;
-  ~QuietConsole() {
-    std::cout.rdbuf(m_buffer);  // also clears the error of writing to nothing
-  }
-
- private:
-  std::streambuf* const m_buffer;
-};
-
 /// Every report of the harness ends with a frame character and a line end. A log on a full disk
-/// does not. What cannot be read back (a pipe) is trusted.
+/// does not. What is no regular file (a pipe) cannot be read back, and is trusted.
 bool endsWithReport(const std::string& path) {
-  std::ifstream log(path, std::ios::binary | std::ios::ate);
-  if (!log || log.tellg() < 2) {
-    return !log || !log.good();
+  std::error_code unknown;
+  if (!std::filesystem::is_regular_file(path, unknown)) {
+    return true;
   }
+  std::ifstream log(path, std::ios::binary);
   log.seekg(-2, std::ios::end);
   return log.get() == '=' && log.get() == '\n';
 }
@@ -37,27 +27,41 @@ bool endsWithReport(const std::string& path) {
 }  // namespace
 
 HarnessLog::HarnessLog(std::string path, int level) : m_path(std::move(path)) {
+  unsetenv("MOX_EFFECTIVE_WORKING_DIR");
   MOXTestHarness& harness = *MOXTestHarness::getInstance();
   harness.setLogLevel(level);
+  errno = 0;
   if (!harness.openLogFile(m_path.c_str(), false)) {
-    throw Trouble("the harness log " + m_path + " cannot be written");
+    throw Trouble("the harness log " + m_path +
+                  " cannot be written: " + std::generic_category().message(errno));
   }
+}
+
+void HarnessLog::start() {
+  m_isRunning = true;
   const QuietConsole quiet;
-  harness.startScript("Verification of report outputs");
+  MOXTestHarness::getInstance()->startScript("Verification of report outputs");
 }
 
 HarnessLog::~HarnessLog() {
-  if (m_isOpen) {
+  if (m_isRunning) {
     endScript();
   }
 }
 
 void HarnessLog::endScript() {
-  m_isOpen = false;
+  m_isRunning = false;
   MOXTestHarness::getInstance()->endScript(false);
 }
 
-void HarnessLog::finish() {
+void HarnessLog::finish(const std::vector<std::string>& shortfalls) {
+  if (!shortfalls.empty()) {
+    MOXTestHarness::getInstance()->startTest("(the run)", "What kept it from verifying all");
+    for (const std::string& shortfall : shortfalls) {
+      m_listener.logCheck(shortfall.c_str(), false);
+    }
+    MOXTestHarness::getInstance()->endTest();
+  }
   endScript();
   if (!endsWithReport(m_path)) {
     throw Trouble("the harness log " + m_path +
@@ -82,6 +86,13 @@ HarnessLog::TestCase::~TestCase() {
 void HarnessLog::TestCase::fail(const char* message) const {
   if (m_log != nullptr) {
     m_log->m_listener.logCheck(message, false);
+  }
+}
+
+void HarnessLog::TestCase::note(const char* message) const {
+  if (m_log != nullptr) {
+    MOXTestHarness& harness = *MOXTestHarness::getInstance();
+    harness.logMessage((std::string(message) + '\n').c_str(), MOXLogLevel::Concise);
   }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "orvdiff/logs/OrvDiffMoxLog.h"
 
@@ -8,16 +9,22 @@
 /// pair, everything in a log file.
 class HarnessLog {
  public:
-  /// Starts the script in `path`; raises `Trouble` when the file cannot be opened. `level` is one
-  /// of `MOXLogLevel`.
+  /// Opens the file `path`; raises `Trouble` when that is not possible. `level` is one
+  /// of `MOXLogLevel`. The harness is not asked where to work: that has been decided, and the
+  /// variable that moves test scripts elsewhere would have another suite verified.
   HarnessLog(std::string path, int level);
+
+  /// Starts the script.
+  void start();
+
   HarnessLog(const HarnessLog&) = delete;
   HarnessLog& operator=(const HarnessLog&) = delete;
   /// Ends the script if `finish` has not.
   ~HarnessLog();
 
-  /// Ends the script; raises `Trouble` when the log did not reach the file whole.
-  void finish();
+  /// Ends the script, with a failed check for each of `shortfalls`: what kept the run from
+  /// verifying all that it was to. Raises `Trouble` when the log did not reach the file whole.
+  void finish(const std::vector<std::string>& shortfalls);
 
   OrvDiffListener& listener() { return m_listener; }
 
@@ -31,6 +38,9 @@ class HarnessLog {
 
     /// The verification of the report ended with an error.
     void fail(const char* message) const;
+
+    /// Something to know about the report, which is no failure.
+    void note(const char* message) const;
 
    private:
     HarnessLog* const m_log;
@@ -46,6 +56,6 @@ class HarnessLog {
   void endScript();
 
   const std::string m_path;
-  bool m_isOpen = true;
+  bool m_isRunning = false;
   Listener m_listener;
 };

@@ -15,7 +15,10 @@ InterruptWatch::InterruptWatch() {
   action.sa_handler = rememberStop;
   action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
   sigemptyset(&action.sa_mask);
-  sigaction(SIGINT, &action, &m_former);
+  sigaction(SIGINT, nullptr, &m_former);
+  if (m_former.sa_handler != SIG_IGN) {  // as it is for what a script starts with "&"
+    sigaction(SIGINT, &action, nullptr);
+  }
 }
 
 InterruptWatch::~InterruptWatch() {

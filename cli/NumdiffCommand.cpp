@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "cli/Commands.h"
-#include "cli/Printable.h"
-#include "cli/ResultPrinter.h"
+#include "cli/InputText.h"
+#include "cli/PairOutcome.h"
 #include "orvdiff/compare/OrvDiffFloatComparison.h"
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/registry/OrvDiffResult.h"
@@ -43,26 +43,28 @@ void printMismatch(const OrvDiffFloatComparison::Mismatch& mismatch) {
 ExitStatus run(const NumdiffOptions& options) {
   OrvFileHandle master(options.master.c_str(), "r");
   OrvFileHandle actual(options.actual.c_str(), "r");
-  const Palette palette(options.color);
-  ResultPrinter printer(options.verbosity, palette);
   std::unique_ptr<const OrvDiffResult> result(
       OrvDiffLib::checkOpenFiles(options.master, options.actual, master, actual));
   std::optional<OrvDiffFloatComparison::Mismatch> mismatch;
-  OrvTextBuffer masterText;
-  OrvTextBuffer actualText;
+  InputText masterText = {};
+  InputText actualText = {};
   if (result == nullptr) {
-    masterText = OrvDiffLib::slurpFile(master);
-    actualText = OrvDiffLib::slurpFile(actual);
-    mismatch = OrvDiffFloatComparison().findFirstMismatch(masterText.get(), actualText.get());
+    masterText = readText(options.master, master);
+    actualText = readText(options.actual, actual);
+    mismatch =
+        OrvDiffFloatComparison().findFirstMismatch(masterText.text.get(), actualText.text.get());
     if (mismatch) {
       result = std::make_unique<OrvDiffResultFailDiff>(options.master, options.actual);
+    } else if (masterText.isCut || actualText.isCut) {
+      result = std::make_unique<OrvDiffResultPassUpToNul>(
+          options.master, options.actual, masterText.isCut ? options.master : options.actual);
     } else {
       result = std::make_unique<OrvDiffResultPass>(options.master, options.actual);
     }
   }
-  result->notifyListener(printer);
+  const ExitStatus status = printPair(*result, options);
   if (mismatch && options.verbosity != Verbosity::Quiet) {
     printMismatch(*mismatch);
   }
-  return result->isPassed() ? kExitPassed : kExitNotPassed;
+  return status;
 }

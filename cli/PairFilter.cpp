@@ -1,20 +1,42 @@
 #include "cli/PairFilter.h"
 
+#include <algorithm>
+
 #include "cli/Interrupt.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
 namespace {
 
-/// A report's path without the extension; reports that differ in it only share their masters.
-std::string_view stemOf(std::string_view report) {
-  const std::size_t slash = report.rfind('/');
-  const std::size_t nameStart = slash == std::string_view::npos ? 0 : slash + 1;
-  const std::size_t dot = report.rfind('.');
-  const bool hasExtension = dot != std::string_view::npos && dot > nameStart;
-  return report.substr(0, hasExtension ? dot : report.size());
+/// Where the name starts in a path.
+std::size_t nameStart(std::string_view path) {
+  return path.rfind('/') + 1;  // 0 without a folder
+}
+
+bool startsWith(std::string_view text, std::string_view start) {
+  return text.substr(0, start.size()) == start;
 }
 
 }  // namespace
+
+std::string_view stemOf(std::string_view report) {
+  const std::size_t dot = report.rfind('.');
+  const bool hasExtension = dot != std::string_view::npos && dot > nameStart(report);
+  return report.substr(0, hasExtension ? dot : report.size());
+}
+
+std::string identityOf(std::string_view stem, std::string_view format, std::string_view master) {
+  const std::string_view folder = stem.substr(0, nameStart(stem));
+  std::string identity;
+  identity.reserve(format.size() + folder.size() + master.size() + 2);
+  return identity.append(format).append(1, '\n').append(folder).append(1, '\n').append(master);
+}
+
+PairFilter::PairFilter(const std::vector<std::string>& neighbours) {
+  for (const std::string& neighbour : neighbours) {
+    m_neighbours.emplace_back(stemOf(neighbour));
+  }
+  std::sort(m_neighbours.begin(), m_neighbours.end());
+}
 
 void PairFilter::startReport(std::string_view report, std::string_view format) {
   m_stem = stemOf(report);
@@ -40,23 +62,37 @@ std::vector<std::string> PairFilter::unverifiedAmong(
 
 void PairFilter::comparisonNotification(const OrvDiffResult& result) {
   ++m_countSinceStart;
-  if (isFirstTime(result)) {
+  const bool isStopWanted = InterruptWatch::isStopWanted();
+  if ((result.isPassed() || !isStopWanted) && isFirstTime(result)) {
     for (OrvDiffListener* const listener : m_listeners) {
       result.notifyListener(*listener);
     }
   }
-  if (InterruptWatch::isStopWanted()) {
+  if (isStopWanted) {
     throw Interrupted();
   }
 }
 
 bool PairFilter::isFirstTime(const OrvDiffResult& result) {
-  std::string pair;  // a format has one output for a master
-  pair.reserve(m_format.size() + 1 + result.getMasterName().size());
-  pair.append(m_format).append(1, '\n').append(result.getMasterName());
-  const auto [known, inserted] = m_stemOfPair.try_emplace(std::move(pair), m_stem);
-  if (m_stem.size() > known->second.size()) {
-    known->second = m_stem;
+  const std::string_view owner = ownerOf(result.getMasterName());
+  const auto [known, inserted] =
+      m_stemOfPair.try_emplace(identityOf(m_stem, m_format, result.getMasterName()), owner);
+  if (owner.size() > known->second.size()) {
+    known->second = owner;
   }
   return inserted;
+}
+
+/// The stem of the current report, or the longest of its neighbours' that `master` starts with.
+std::string_view PairFilter::ownerOf(const std::string& master) const {
+  const std::string_view name = std::string_view(master).substr(nameStart(master));
+  std::string_view owner = m_stem;
+  auto neighbour = std::lower_bound(m_neighbours.begin(), m_neighbours.end(), m_stem);
+  for (; neighbour != m_neighbours.end() && startsWith(*neighbour, m_stem); ++neighbour) {
+    const std::string_view itsName = std::string_view(*neighbour).substr(nameStart(*neighbour));
+    if (neighbour->size() > owner.size() && startsWith(name, itsName)) {
+      owner = *neighbour;
+    }
+  }
+  return owner;
 }

@@ -9,6 +9,13 @@
 
 #include "orvdiff/registry/OrvDiffListener.h"
 
+/// A report's path without the extension; reports that differ in it only share their masters.
+std::string_view stemOf(std::string_view report);
+
+/// What tells the pair with this master apart from all others. Two reports of one name in different
+/// folders share their outputs, and an XML output that fails goes by its own name for the master's.
+std::string identityOf(std::string_view stem, std::string_view format, std::string_view master);
+
 /// Hears every result first and hands it to the listeners of the run, in the order in which they
 /// were added.
 ///
@@ -18,6 +25,10 @@
 /// longer name: Revenue is not verified by Revenue_2's masters.
 class PairFilter : public OrvDiffListener {
  public:
+  /// `neighbours` are paths of reports that are not verified themselves, and have masters of their
+  /// own.
+  explicit PairFilter(const std::vector<std::string>& neighbours);
+
   /// `listener` must outlive the filter's use.
   void add(OrvDiffListener& listener) { m_listeners.push_back(&listener); }
 
@@ -33,15 +44,18 @@ class PairFilter : public OrvDiffListener {
   /// Those of `reports` that no pair belongs to, in their order.
   std::vector<std::string> unverifiedAmong(const std::vector<std::string>& reports) const;
 
-  /// Raises `Interrupted` behind a result when the user wants to stop.
+  /// Raises `Interrupted` behind a result when the user wants to stop. A result that is no pass is
+  /// then not handed on: a script that compares is stopped by the same Ctrl-C, and fails.
   using OrvDiffListener::comparisonNotification;
   void comparisonNotification(const OrvDiffResult& result) override;
 
  private:
   bool isFirstTime(const OrvDiffResult& result);
+  std::string_view ownerOf(const std::string& master) const;
 
+  std::vector<std::string> m_neighbours;  ///< stems, sorted
   std::vector<OrvDiffListener*> m_listeners;
-  std::string_view m_stem;  ///< path of the current report without its extension
+  std::string_view m_stem;  ///< of the current report
   std::string_view m_format;
   std::size_t m_countSinceStart = 0;
   std::unordered_set<std::string_view> m_claimedStems;

@@ -38,8 +38,8 @@ Progress::~Progress() {
 }
 
 void Progress::show(std::size_t number, std::size_t total, const std::string& what) {
-  const Clock::time_point now = Clock::now();
-  if (!m_enabled || now - m_shownAt < kInterval) {
+  const Clock::time_point now = m_enabled ? Clock::now() : m_shownAt;
+  if (now - m_shownAt < kInterval) {
     return;
   }
   m_shownAt = now;

@@ -27,5 +27,5 @@ class Progress : private std::streambuf {
   std::ostream* m_formerTie;
   bool m_enabled;
   bool m_visible = false;
-  Clock::time_point m_shownAt = Clock::now();
+  Clock::time_point m_shownAt;  ///< long ago: the first line is shown at once
 };

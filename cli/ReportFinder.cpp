@@ -14,6 +14,7 @@
 #include <tuple>
 #include <utility>
 
+#include "cli/MissingReason.h"
 #include "cli/Trouble.h"
 
 namespace fs = std::filesystem;
@@ -29,9 +30,15 @@ constexpr const char* kMasterFolder = "Masters";
 struct stat statusOf(const fs::path& path) {
   struct stat status = {};
   if (stat(path.c_str(), &status) != 0) {
-    raiseSystemError(path, errno);
+    throw Trouble((path.empty() ? "\"\"" : path.string()) + ' ' + missingReason(path));
   }
   return status;
+}
+
+void requireReadable(const fs::path& path) {
+  if (access(path.c_str(), R_OK) != 0) {
+    raiseSystemError(path, errno);
+  }
 }
 
 /// What identifies a folder, by whichever path it is reached.
@@ -55,15 +62,10 @@ Kind kindOf(const dirent& entry, const fs::path& folder) {
   if (entry.d_type == DT_REG || entry.d_type == DT_DIR) {
     return entry.d_type == DT_REG ? Kind::File : Kind::Folder;
   }
-  std::error_code unreachable;  // a link to nothing is neither file nor folder
-  switch (fs::status(folder / entry.d_name, unreachable).type()) {
-    case fs::file_type::regular:
-      return Kind::File;
-    case fs::file_type::directory:
-      return Kind::Folder;
-    default:
-      return Kind::Other;
-  }
+  const struct stat status = statusOf(folder / entry.d_name);
+  return S_ISREG(status.st_mode)   ? Kind::File
+         : S_ISDIR(status.st_mode) ? Kind::Folder
+                                   : Kind::Other;
 }
 
 FolderContents readFolder(const fs::path& folder) {
@@ -102,46 +104,65 @@ class Finder {
     const fs::path path = location == "." ? fs::path() : fs::path(location);
     const struct stat status = statusOf(location);
     if (S_ISDIR(status.st_mode)) {
-      search(path);
+      if (!search(path)) {
+        m_found.emptyLocations.push_back(location);
+      }
     } else if (!S_ISREG(status.st_mode)) {
       throw Trouble(location + ": neither a file nor a folder");
-    } else if (access(location.c_str(), R_OK) != 0) {
-      raiseSystemError(path, errno);
     } else {
+      requireReadable(location);
       m_reports.push_back({identify(path.parent_path()), path.filename(), path});
-      m_mayRepeat = true;
+      m_named.insert(path.parent_path());
     }
   }
 
   /// Every report once, by the path at which it was found first.
-  std::vector<std::string> sortedReports() && {
-    if (m_mayRepeat) {
+  FoundReports finish() && {
+    if (!m_named.empty()) {  // a search alone finds nothing twice
       removeRepeated();
     }
-    std::vector<std::string> paths;
     for (Report& report : m_reports) {
-      paths.push_back(std::move(report.path));
+      m_found.reports.push_back(std::move(report.path));
     }
-    std::sort(paths.begin(), paths.end());
-    return paths;
+    std::sort(m_found.reports.begin(), m_found.reports.end());
+    for (const fs::path& folder : m_named) {
+      addNeighbours(folder);
+    }
+    return std::move(m_found);
   }
 
  private:
-  /// Searches a folder that was not searched before. Links may lead round in a circle.
-  void search(const fs::path& folder) {
+  /// Searches a folder that was not searched before; links may lead round in a circle. False when
+  /// there is no report in it.
+  bool search(const fs::path& folder) {
     const FolderId id = identify(folder);
     if (!m_searched.insert(id).second) {
-      return;
+      return true;  // whether it holds any was said then
     }
     const FolderContents contents = readFolder(folder);
     if (contents.hasMasters) {
+      requireReadable(folder / kMasterFolder);
       const std::string prefix = folder / "";
       for (const std::string& file : contents.files) {
         m_reports.push_back({id, file, prefix + file});
       }
     }
+    bool hasReports = contents.hasMasters && !contents.files.empty();
     for (const std::string& subFolder : contents.folders) {
-      search(folder / subFolder);
+      hasReports = search(folder / subFolder) || hasReports;
+    }
+    return hasReports;
+  }
+
+  void addNeighbours(const fs::path& folder) {
+    const auto& reports = m_found.reports;
+    std::error_code unreadable;  // then nobody knows of any
+    for (const auto& entry : fs::directory_iterator(folder.empty() ? "." : folder, unreadable)) {
+      const std::string path = folder / entry.path().filename();
+      if (entry.is_regular_file(unreadable) &&
+          !std::binary_search(reports.begin(), reports.end(), path)) {
+        m_found.neighbours.push_back(path);
+      }
     }
   }
 
@@ -163,15 +184,16 @@ class Finder {
 
   std::set<FolderId> m_searched;
   std::vector<Report> m_reports;
-  bool m_mayRepeat = false;  ///< a search alone finds nothing twice
+  std::set<fs::path> m_named;  ///< folders of reports that were named by their own file
+  FoundReports m_found;
 };
 
 }  // namespace
 
-std::vector<std::string> findReports(const std::vector<std::string>& locations) {
+FoundReports findReports(const std::vector<std::string>& locations) {
   Finder finder;
   for (const std::string& location : locations) {
     finder.add(location);
   }
-  return std::move(finder).sortedReports();
+  return std::move(finder).finish();
 }

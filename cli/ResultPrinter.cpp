@@ -22,7 +22,12 @@ ResultPrinter::ResultPrinter(Verbosity verbosity, const Palette& palette)
     : m_verbosity(verbosity), m_palette(palette) {}
 
 void ResultPrinter::comparisonNotification(const OrvDiffResultPass& result) {
-  if (m_verbosity == Verbosity::Verbose) {
+  const auto* const cut = dynamic_cast<const OrvDiffResultPassUpToNul*>(&result);
+  if (cut != nullptr && m_verbosity != Verbosity::Quiet) {
+    printVerdict(Color::Yellow, "partly", result);
+    std::cout << kIndent << printable(cut->getCutFile())
+              << " goes on behind a NUL byte; texts end there, and no more was compared\n";
+  } else if (m_verbosity == Verbosity::Verbose) {
     printVerdict(Color::Green, "passed", result);
   }
 }
@@ -54,7 +59,11 @@ void ResultPrinter::comparisonNotification(const OrvDiffResultFailFileMissing& r
   }
   printVerdict(Color::Yellow, "missing", result);
   const bool isMaster = result.getMissingFile() == result.getMasterName();
-  std::cout << kIndent << (isMaster ? "the master " : "the actual output ")
+  const bool isActual = result.getMissingFile() == result.getActualName();
+  std::cout << kIndent
+            << (isMaster && isActual ? "it "
+                : isMaster           ? "the master "
+                                     : "the actual output ")
             << printable(missingReason(result.getMissingFile())) << '\n';
 }
 

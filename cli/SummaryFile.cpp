@@ -46,8 +46,9 @@ void SummaryFile::finish() {
   if (closed && m_stream) {
     return;
   }
-  std::error_code ignored;
-  if (std::filesystem::is_regular_file(m_path, ignored)) {
+  std::error_code ignored;  // what is no file of its own (a pipe, a link) is left alone
+  if (m_path != kStandardOutput && std::filesystem::symlink_status(m_path, ignored).type() ==
+                                       std::filesystem::file_type::regular) {
     std::filesystem::remove(m_path, ignored);
   }
   throw Trouble("the summary " + m_path + " could not be written to its end; is the disk full?");

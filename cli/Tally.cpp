@@ -1,7 +1,10 @@
 #include "cli/Tally.h"
 
-void Tally::comparisonNotification(const OrvDiffResultPass& /*result*/) {
+#include "orvdiff/registry/OrvDiffResult.h"
+
+void Tally::comparisonNotification(const OrvDiffResultPass& result) {
   ++passed;
+  cut += dynamic_cast<const OrvDiffResultPassUpToNul*>(&result) != nullptr ? 1 : 0;
 }
 
 void Tally::comparisonNotification(const OrvDiffResultFailDiff& /*result*/) {

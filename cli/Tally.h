@@ -16,6 +16,7 @@ class Tally : public OrvDiffListener {
   std::size_t pairs() const { return passed + differ + missing + failed; }
 
   std::size_t passed = 0;
+  std::size_t cut = 0;  ///< those of `passed` of which not all was compared
   std::size_t differ = 0;
   std::size_t missing = 0;
   std::size_t failed = 0;  ///< neither a difference nor a missing file

@@ -16,6 +16,7 @@
 #include "cli/PairFilter.h"
 #include "cli/Printable.h"
 #include "cli/Progress.h"
+#include "cli/QuietConsole.h"
 #include "cli/ReportFinder.h"
 #include "cli/ResultPrinter.h"
 #include "cli/SummaryFile.h"
@@ -37,8 +38,15 @@ void sendOutput() {
 /// from being verified.
 class Run {
  public:
-  Run(const std::vector<SelectedFormat>& formats, const Palette& palette)
-      : m_formats(formats), m_palette(palette) {
+  /// `quiet` keeps what the library prints to itself.
+  Run(const std::vector<SelectedFormat>& formats, const FoundReports& found, const Palette& palette,
+      bool quiet)
+      : m_formats(formats),
+        m_reports(found.reports),
+        m_palette(palette),
+        m_quiet(quiet),
+        m_filter(found.neighbours) {
+    m_totals.emptyLocations = found.emptyLocations;
     for (const SelectedFormat& selected : formats) {
       m_registry.registerDiffEngine(selected.format->format, selected.engine.get());
     }
@@ -54,24 +62,25 @@ class Run {
     m_harnessLog = &log;
   }
 
-  void verify(const std::vector<std::string>& reports, bool showProgress) {
+  void verify(bool showProgress) {
     const auto start = std::chrono::steady_clock::now();
     const InterruptWatch watch;
     Progress progress(showProgress);
-    m_totals.reports = reports.size();
+    m_totals.reports = m_reports.size();
     std::ptrdiff_t finished = 0;
     try {
-      for (const std::string& report : reports) {
+      for (const std::string& report : m_reports) {
         stopIfWanted();
         sendOutput();
-        progress.show(++m_totals.done, reports.size(), report);
-        verifyReport(report);
+        ++m_totals.done;
+        verifyReport(report, progress);
         ++finished;
       }
     } catch (const Interrupted&) {
       m_totals.interrupted = true;
     }
-    m_totals.unverified = m_filter.unverifiedAmong({reports.begin(), reports.begin() + finished});
+    m_totals.unverified =
+        m_filter.unverifiedAmong({m_reports.begin(), m_reports.begin() + finished});
     m_totals.time = std::chrono::steady_clock::now() - start;
   }
 
@@ -84,19 +93,27 @@ class Run {
     }
   }
 
-  void verifyReport(const std::string& report) {
+  void verifyReport(const std::string& report, Progress& progress) {
     const HarnessLog::TestCase testCase(m_harnessLog, report);
+    bool isVerified = false;
     for (const SelectedFormat& selected : m_formats) {
       stopIfWanted();
+      progress.show(m_totals.done, m_reports.size(), report);
       m_filter.startReport(report, selected.format->name);
       try {
+        const QuietConsole quiet(m_quiet);
         m_registry.verifyOutput(selected.format->format, report.c_str(), nullptr);
+        isVerified = isVerified || m_filter.countSinceStart() > 0;
       } catch (const std::exception& error) {
+        isVerified = true;
         ++m_totals.errors;
         m_filter.claimMasters();
         printError(report, selected, error);
         testCase.fail(error.what());
       }
+    }
+    if (!isVerified) {
+      testCase.note("Not verified: no selected format has a master.");
     }
   }
 
@@ -115,21 +132,20 @@ class Run {
   }
 
   const std::vector<SelectedFormat>& m_formats;
+  const std::vector<std::string>& m_reports;
   const Palette& m_palette;
+  const bool m_quiet;
   OrvDiffEngineRegistry m_registry;
   PairFilter m_filter;
   HarnessLog* m_harnessLog = nullptr;
   RunTotals m_totals;
 };
 
-void printHints(const RunTotals& totals, bool allowNone) {
+void printHint(const RunTotals& totals) {
   std::error_code ignored;
   if (totals.pairs.missing > 0 && !std::filesystem::is_directory(kOutputRoot, ignored)) {
     std::cerr << "orvdiff: there is no folder " << kOutputRoot
               << " here; -C names the folder to run from\n";
-  }
-  if (totals.pairs.pairs() == 0 && totals.errors == 0 && !totals.interrupted && !allowNone) {
-    std::cerr << "orvdiff: nothing was verified (--allow-none accepts that)\n";
   }
 }
 
@@ -137,22 +153,23 @@ void printHints(const RunTotals& totals, bool allowNone) {
 
 ExitStatus run(const VerifyOptions& options) {
   const std::vector<SelectedFormat> formats = selectFormats(options.formats);
-  const std::vector<std::string> reports = findReports(options.locations);
+  const FoundReports found = findReports(options.locations);
   if (options.listOnly) {
-    return listPairs(reports, formats, options.allowNone);
-  }
-  std::optional<SummaryFile> summary;
-  if (!options.summaryFile.empty()) {
-    summary.emplace(options.summaryFile);
+    return listPairs(found, formats, options.allowNone);
   }
   std::optional<HarnessLog> harnessLog;
   if (!options.harnessLog.empty()) {
     harnessLog.emplace(options.harnessLog, options.harnessLogLevel);
   }
+  std::optional<SummaryFile> summary;
+  if (!options.summaryFile.empty()) {
+    summary.emplace(options.summaryFile);
+  }
   const Palette palette(options.color);
   ResultPrinter printer(options.verbosity, palette);
   NormalizedSaver saver;
-  Run run(formats, palette);
+  const bool quiet = options.verbosity == Verbosity::Quiet;
+  Run run(formats, found, palette, quiet);
   run.addListener(printer);
   if (summary) {
     run.addListener(summary->listener());
@@ -161,18 +178,20 @@ ExitStatus run(const VerifyOptions& options) {
     run.addListener(saver);
   }
   if (harnessLog) {
+    harnessLog->start();
     run.logTo(*harnessLog);
   }
-  run.verify(reports, options.verbosity != Verbosity::Quiet && canShowProgress());
+  run.verify(!quiet && canShowProgress());
   RunTotals& totals = run.totals();
   totals.unsaved = saver.unsavedFiles();
-  printClosingSummary(totals, options.verbosity, palette);
-  printHints(totals, options.allowNone);
+  const std::vector<std::string> shortfalls = shortfallsOf(totals, options.allowNone);
+  printClosingSummary(totals, shortfalls, options.verbosity, palette);
+  printHint(totals);
   if (summary && !totals.interrupted) {
     summary->finish();
   }
   if (harnessLog) {
-    harnessLog->finish();
+    harnessLog->finish(totals.interrupted ? std::vector<std::string>{"interrupted"} : shortfalls);
   }
-  return exitStatusOf(totals, options.allowNone);
+  return exitStatusOf(totals, shortfalls);
 }

@@ -1,4 +1,8 @@
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <clocale>
+#include <csignal>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -12,6 +16,16 @@
 #include "cli/XercesSession.h"
 
 namespace {
+
+/// Makes sure that no file that is opened later takes the place of a standard stream that is
+/// closed, and gets what was meant for that stream.
+void occupyStandardStreams() {
+  int descriptor = 0;
+  while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
+    descriptor = open("/dev/null", O_RDONLY);
+  }
+  close(descriptor);
+}
 
 void enterFolder(const std::string& folder) {
   std::error_code error;
@@ -37,6 +51,8 @@ ExitStatus perform(const CommandLine& commandLine) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  occupyStandardStreams();
+  std::signal(SIGCHLD, SIG_DFL);          // where it is ignored, no script's exit status can be had
   std::setlocale(LC_CTYPE, "C.UTF-8");    // names and texts are UTF-8, wherever this runs
   std::ios_base::sync_with_stdio(false);  // the standard streams are buffered
   std::cerr.tie(nullptr);

@@ -19,6 +19,8 @@ class Pairs(SuiteTest):
              ("master: 100.25 at 2:3", "actual: 100.26 at 2:4", "differ by 0.01; 1e-12 is")),
             ("numdiff", "1 2", "1", 1, ("master: 2 at 1:3", "actual: no further number")),
             ("numdiff", "1", None, 1, ("the actual output is not there",)),
+            ("numdiff", "1\0 2", "1", 2, ("one goes on behind a NUL byte",)),
+            ("compare xml", "1", "1\0 2", 2, ("other goes on behind a NUL byte",)),
         ]
         for command, master, actual, status, said in rows:
             with self.subTest(command, master=master, actual=actual):
@@ -50,6 +52,11 @@ class Usage(SuiteTest):
             (("verify", "--cgs-suffix", "x", "."), "--cgs-output-dir"),
             (("compare", "xhtm", "a", "b"), "did you mean xhtml"),
             (("compare", "html", "file", "large"), "large: .*2 GiB"),
+            (("numdiff", "file", "large"), "large: .*2 GiB"),
+            (("verfy", "."), "verfy"), (("verify", "--summary=", "file"), "--summary= needs"),
+            (("verify", "--summary", "", "."), "needs the name"),
+            (("verify", "--log-level", "Normal", "."), '"Normal" is none of minimal'),
+            (("verify", "--layout-schema", "nowhere", "."), "schema nowhere is not there"),
             (("normalize", "html", "large"), "large: .*2 GiB"),
             (("normalize", "html-png", "file"), "byte identity"),
             (("normalize", "html", "nowhere"), "nowhere is not there"),

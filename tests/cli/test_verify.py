@@ -5,7 +5,7 @@ import subprocess
 import unittest
 import xml.etree.ElementTree
 
-from suite import PROGRAM, SuiteTest
+from suite import PROGRAM, Run, SuiteTest
 
 COUNTS = re.compile(
     r"(\d+) reports?, (\d+) pairs?: (\d+) passed, (\d+) differ, (\d+) missing, (\d+) failed, "
@@ -45,6 +45,27 @@ class Outcomes(SuiteTest):
         self.assertEqual(self.counts(self.verify()), (2, 2, 1, 1, 0, 0, 0, 0))
         self.write("suite/Sales.txt")  # shares its name, so its masters too
         self.assertEqual(self.counts(self.verify()), (3, 2, 1, 1, 0, 0, 0, 0))
+        self.report("Sale")  # named alone, and without masters of its own
+        alone = self.verify(locations=["../suite/Sale.xml"])
+        self.assertEqual(self.counts(alone), (1, 2, 1, 1, 0, 0, 0, 1))
+
+    def test_reports_of_one_name_in_two_folders_are_two(self):
+        for folder in ("suite", "suite/other"):
+            self.report("R", folder=folder)
+            self.write(folder + "/Masters/CtxMetadata/R.xml", "<a/>")
+        self.write("webcontent/bi/v5DebugCtxMetadata/R.xml", "<a>")
+        run = self.verify()
+        self.assertEqual((self.counts(run), len(run.lines("failed"))), ((2, 2, 0, 0, 0, 2, 0, 0), 2))
+        self.assertEqual(self.verify("-q").out.count("\n"), 1)
+
+    def test_a_pass_that_ends_at_a_nul_is_trouble(self):
+        self.report("R", b"same\0one", b"same\0other")
+        self.report("Same", b"same\0", b"same\0")
+        run = self.verify()
+        self.assertEqual((run.status, run.lines("partly")), (
+            2, ["partly   ../suite/Masters/R.html -> ../webcontent/bi/v5DebugHTML/R.html"]))
+        self.assertIn("1 pair compared only up to a NUL byte", run.err)
+        self.assertNotIn("All passed", run.out)
 
     def test_many_unverified_reports_are_counted_and_all_named_on_request(self):
         for number in range(25):
@@ -61,6 +82,7 @@ class Outcomes(SuiteTest):
             ("actual output", lambda path: path.symlink_to(path), "cannot be reached: "),
             ("actual output", os.mkfifo, "is no regular file"),
             ("master", os.mkdir, "is a folder"),
+            ("master", os.mkfifo, "is no regular file"),
             ("master", lambda path: path.symlink_to("nowhere"), "is a link to nothing"),
         ]
         for number, (side, spoil, reason) in enumerate(rows):
@@ -185,10 +207,11 @@ class Locations(SuiteTest):
 
     def test_locations_that_cannot_be_used_stop_the_run_before_it_starts(self):
         self.report("R", "x", "y")
-        (self.server / "suite/dangling.xml").symlink_to("nowhere")
-        rows = [("../nowhere", "../nowhere: No such file"),
-                ("../suite/dangling.xml", "dangling.xml: No such file"),
-                ("/dev/null", "neither a file nor a folder"), ("", "No such file")]
+        (self.server / "links").mkdir()
+        (self.server / "links/Masters").symlink_to("nowhere")
+        rows = [("../nowhere", "../nowhere is not there"),
+                ("../links", "../links/Masters is a link to nothing"),
+                ("/dev/null", "neither a file nor a folder"), ("", '"" is not there')]
         for location, message in rows:
             with self.subTest(location):
                 run = self.verify("--summary", "s.xml", locations=["../suite", location])
@@ -196,30 +219,57 @@ class Locations(SuiteTest):
                 self.assertIn(message, run.err)
                 self.assertFalse((self.server / "work/s.xml").exists())
 
-    @unittest.skipIf(os.geteuid() == 0, "root may read everything")
-    def test_what_may_not_be_read_stops_the_run(self):
+    def test_what_may_not_be_read_is_trouble(self):
         self.report("R", "x", "x")
-        locked = self.server / "suite/locked"
-        locked.mkdir(mode=0)
-        run = self.verify()
-        locked.chmod(0o700)
-        self.assertEqual(run.status, 2)
-        self.assertIn("../suite/locked: Permission denied", run.err)
+        rows = [("suite/locked", "../suite/locked: Permission denied"),
+                ("suite/deep/Masters", "../suite/deep/Masters: Permission denied"),
+                ("suite/Masters/XLS", "The folder ../suite/Masters/XLS cannot be read: Permission")]
+        for path, message in rows:
+            with self.subTest(path):
+                locked = self.server / path
+                locked.mkdir(parents=True)
+                locked.chmod(0)
+                run = self.verify_as_nobody()
+                self.assertEqual(run.status, 2)
+                self.assertIn(message, run.out + run.err)
+                locked.chmod(0o755)
+
+    def verify_as_nobody(self):
+        """Root may read everything, so it steps down."""
+        if os.geteuid() != 0:
+            return self.verify()
+        self.server.chmod(0o755)
+        nobody = 65534
+        try:
+            subprocess.run([PROGRAM, "--version"], user=nobody, check=True, capture_output=True)
+        except (OSError, subprocess.SubprocessError):
+            self.skipTest("nobody else may run the program")
+        return Run(subprocess.run([PROGRAM, "verify", "../suite"], cwd=self.server / "work",
+                                  user=nobody, timeout=60, capture_output=True, check=False))
 
     def test_nothing_to_verify_is_trouble_unless_allowed(self):
         for arguments in ((), ("--list",)):
             with self.subTest(arguments):
                 self.assertEqual(self.verify(*arguments).status, 2)
                 self.assertEqual(self.verify(*arguments, "--allow-none").status, 0)
+        self.report("R", "x", "x")
+        places = ["../suite", "../webcontent", "../suite/Masters"]
+        run = self.verify(locations=places)
+        self.assertEqual(run.status, 2)
+        for place in places[1:]:
+            self.assertIn(f"no report in {place} (", run.err)
+        self.assertEqual(self.verify("--allow-none", locations=places).status, 0)
 
     def test_listing_names_every_pair_and_compares_none(self):
-        self.report("R", "x")
-        self.report("Bare")
+        self.report("Rev", "x")
+        self.report("Revenue", "x")
+        self.report("Re")
         run = self.verify("--list", "-f", "html,xhtml")
         self.assertEqual(run.out.splitlines(), [
-            "../suite/Bare.xml  not verified: no selected format has a master",
-            "../suite/R.xml  html  ../suite/Masters/R.html -> ../webcontent/bi/v5DebugHTML/R.html",
-            "2 reports, 1 pairs"])
+            "../suite/Re.xml  not verified: no selected format has a master",
+            *(f"../suite/{name}.xml  html  ../suite/Masters/{name}.html -> "
+              f"../webcontent/bi/v5DebugHTML/{name}.html" for name in ("Rev", "Revenue")),
+            "3 reports, 2 pairs"])
 
 
 class Formats(SuiteTest):
@@ -269,6 +319,10 @@ class Files(SuiteTest):
 
     def test_standard_output_that_cannot_be_written(self):
         self.report("R", "x", "y")
+        closed = subprocess.run(["sh", "-c", 'exec "$0" verify --summary s.xml ../suite >&-', PROGRAM],
+                                cwd=self.server / "work", stderr=subprocess.PIPE, check=False)
+        self.assertEqual(closed.returncode, 2)
+        self.assertNotIn("differs", (self.server / "work/s.xml").read_text())
         with open("/dev/full", "wb") as full:
             for arguments in (["verify", "../suite"], ["formats"],
                               ["normalize", "html", "../suite/R.xml"]):
@@ -303,25 +357,50 @@ class Files(SuiteTest):
                 self.assertIn("Start Test: Other\n", log)
                 self.assertIn("PASSED: Contents are equivalent: ../suite/Masters/Same.html", log)
                 self.assertRegex(log, r"= TOTALS  +0  +1  +1  +0  +>> FAIL =\n=+\n\Z")
-        for place, said in (("nowhere/run.mxr", "cannot be written"), ("/dev/full", "to its end")):
-            run = self.verify("--harness-log", place)
-            self.assertEqual(run.status, 2)
-            self.assertRegex(run.err, f"{place} .*{said}")
+
+    def test_a_harness_log_fails_when_the_run_did_not_verify_all(self):
+        self.report("Bare")
+        run = self.verify("--harness-log", "run.mxr", MOX_EFFECTIVE_WORKING_DIR="/tmp")
+        self.assertEqual(run.status, 2)
+        log = (self.server / "work/run.mxr").read_text()
+        self.assertIn("Not verified: no selected format has a master.", log)
+        self.assertIn(">>  FAILED: nothing to verify", log)
+        self.assertRegex(log, r"= TOTALS .* >> FAIL =\n")
+
+    def test_a_harness_log_that_cannot_be_written(self):
+        self.report("R", "x", "x")
+        run = self.verify("--harness-log", "nowhere/run.mxr", "--summary", "s.xml")
+        self.assertEqual(run.status, 2)
+        self.assertIn("nowhere/run.mxr cannot be written: No such file", run.err)
+        self.assertFalse((self.server / "work/s.xml").exists())
+        script = 'trap "" XFSZ; ulimit -f 1; exec "$0" verify --harness-log h.mxr ../suite'
+        for number in range(50):  # more than a limit of 512 or 1024 bytes
+            self.report(f"R{number}", "x", "x")
+        full = subprocess.run(["sh", "-c", script, PROGRAM], cwd=self.server / "work", check=False,
+                              capture_output=True)
+        self.assertEqual(full.returncode, 2)
+        self.assertIn(b"h.mxr could not be written to its end", full.stderr)
+        self.assertEqual(self.verify("--harness-log", "/dev/null").status, 0)
 
 
 class Interruption(SuiteTest):
     def test_ctrl_c_ends_the_run_behind_the_running_pair_and_says_what_was_done(self):
         self.report("A", "<p>a</p>", "<p>b</p>")
-        self.report("B", None, "<p>same</p>")
         self.report("C", "<p>c</p>", "<p>d</p>")
-        master = self.server / "suite/Masters/B.html"
-        os.mkfifo(master)
+        self.write("suite/B.xml")
+        for path in ("suite/Masters/PDF/B.pdf", "webcontent/bi/v5DebugPDF/B.pdf"):
+            self.write(path)
+        gate = self.server / "gate"
+        os.mkfifo(gate)
+        script = self.write("bin/python", f"#!/bin/sh\nread word < '{gate}'\nexit 130\n")
+        os.chmod(script, 0o755)
         running = subprocess.Popen(
-            [PROGRAM, "verify", "-f", "html", "--summary", "s.xml", "../suite"],
-            cwd=self.server / "work", stdout=subprocess.PIPE)
-        with open(master, "wb") as writer:  # waits until the program reads this master
+            [PROGRAM, "verify", "-f", "html,pdf", "--summary", "s.xml", "../suite"],
+            cwd=self.server / "work", stdout=subprocess.PIPE,
+            env={**os.environ, "PATH": f"{os.fsdecode(os.path.dirname(script))}:{os.environ['PATH']}"})
+        with open(gate, "w") as writer:  # waits until the script runs
             running.send_signal(signal.SIGINT)
-            writer.write(b"<p>same</p>")
+            writer.write("stopped by Ctrl-C as well\n")
         out = running.communicate(timeout=60)[0].decode()
         self.assertEqual(running.returncode, 130)
         self.assertIn("Interrupted in report 2 of 3. 2 reports, 1 pair: 0 passed, 1 differ", out)

@@ -22,6 +22,10 @@ run("${CMAKE_COMMAND}" -S "${CONSUMER_DIR}" -B "${WORK_DIR}/build" -G "${GENERAT
 run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build")
 run("${WORK_DIR}/build/consumer")
 
+if(EXISTS "${prefix}/bin/orvdiff")
+  run("${prefix}/bin/orvdiff" formats)
+endif()
+
 set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIB_DIR}/pkgconfig")
 run(pkg-config --cflags --libs orvdiff)
 separate_arguments(flags UNIX_COMMAND "${output}")

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+#include "orvdiff/compare/OrvFileHandle.h"
+#include "orvdiff/compare/OrvTextBuffer.h"
+
+/// The text of a file.
+struct InputText {
+  OrvTextBuffer text;
+  bool isCut;  ///< the file goes on behind a NUL, where its text ends
+};
+
+/// Reads a file that was opened. Raises `Trouble` that names it when it cannot be read whole.
+InputText readText(const std::string& fileName, OrvFileHandle& file);
