@@ -6,13 +6,15 @@
 
 #include "orvdiff/compare/PatternProgram.h"
 
-/// Finds the matches of a program in one text, in time that grows in line with the text.
+/// Finds the matches of a program in one text, in time that grows in line with the text for every
+/// pattern of the catalogue.
 ///
 /// The search is ICU's: leftmost start, alternatives in order, greedy runs longest first, lazy runs
 /// shortest first, and a search goes on where the last match ended. What makes it linear is that
 /// every repetition remembers from which positions the rest of the expression is known to fail,
 /// so no stretch of text is tried twice by the same repetition. ICU's own search is quadratic on,
 /// say, ten thousand "<script" without an end tag, and gives up altogether on a long enough run.
+/// Repeated groups keep no such record: "(a|b)*c" is as quadratic here as there.
 class LinearMatcher {
  public:
   /// Both must outlive the matcher.

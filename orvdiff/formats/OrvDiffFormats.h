@@ -25,6 +25,8 @@ struct OrvDiffFormat {
   OrvOutputFormat format;
   std::string_view comparison;  ///< how its outputs are compared, in a few words
   bool needsArguments;          ///< whether `outputDirectoryTypeName` must be given
+  /// Raises `VELAssertError` when an argument that is needed is null, and, for the formats that are
+  /// validated as XML, when the host has not initialised Xerces.
   std::unique_ptr<OrvDiffFileEngine> (*createEngine)(const OrvFormatArguments& arguments);
 };
 

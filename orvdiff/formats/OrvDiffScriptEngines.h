@@ -10,7 +10,8 @@
 /// other outcome, a script that cannot be run included, a difference. Only files on disk are
 /// compared; a missing one, the master first, keeps the script from running.
 ///
-/// The calling thread waits for the script, which shares its standard streams. A file name with a
+/// The calling thread waits for the script, which shares its standard output and
+/// error, and finds its standard input empty. A file name with a
 /// character that means something to the command interpreter even inside double quotes is never
 /// handed to it; such a pair is a difference.
 class ORVDIFF_API OrvDiffScriptFileEngine : public OrvDiffFileEngine {

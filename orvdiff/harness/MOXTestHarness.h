@@ -87,7 +87,7 @@ class ORVDIFF_API MOXTestHarness {
   /// that `text` goes to at a sufficient level.
   std::ostream& logMessage(const char* text, int level);
 
-  /// Writes `message` at level Minimal and counts a script error.
+  /// Writes `message`, with "\r\n" behind it, at level Minimal and counts a script error.
   void logScriptError(const char* message);
 
   /// Holds (`enter`) and releases the log for the calling thread, so that several lines stay
