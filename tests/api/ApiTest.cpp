@@ -28,42 +28,4 @@ TEST(Api, ConcreteClassesCanBeDerivedFrom) {
   EXPECT_EQ(Derived<OrvDiffPdfFileEngine>("").getOutputDirectoryTypeName(), "v5DebugPDF");
 }
 
-/// A text engine of a host, with a pattern of the catalogue and one of its own.
-class HostEngine : public OrvDiffTextFileTypeEngine {
- public:
-  explicit HostEngine(const OrvDiffNormalizationPattern* own) : OrvDiffTextFileTypeEngine(nullptr) {
-    addCleansingPattern(
-        OrvDiffNormalizationPatterns::getPattern(OrvDiffNormalizationPatterns::eCoordsAttribute));
-    addCleansingPattern(own);
-  }
-  std::string getOutputDirectoryTypeName() const override { return "host"; }
-  std::string getMasterFileGlobExpression(const std::string& location) const override {
-    return getMasterFileDirectory(location) + "/" + getReportName(location) + "*.host";
-  }
-
- protected:
-  bool doesFileExist(const std::string& path) const override {
-    return path != "../webcontent/bi/host/R_2.host" && OrvDiffFileEngine::doesFileExist(path);
-  }
-};
-
-TEST(Api, AHostsOwnEngineAndListener) {
-  const TestFolder folder;
-  for (const char* const name : {"R.host", "R_2.host"}) {
-    TestFolder::write(std::string("s/Masters/") + name, "a coords=\"1\" 2024");
-    TestFolder::write(std::string("../webcontent/bi/host/") + name, "a coords=\"2\" 2025");
-  }
-  const OrvDiffNormalizationPattern year("20[0-9]+", nullptr);
-  HostEngine engine(&year);
-  Recorder recorder;
-  OrvDiffEngineRegistry registry;
-  registry.registerDiffEngine(OrvOutputFormat::Csv, &engine);
-  registry.addListener(&recorder);
-  registry.verifyOutput(OrvOutputFormat::Csv, "s/R.xml", nullptr);
-  const std::string kMissing = "../webcontent/bi/host/R_2.host";
-  EXPECT_THAT(recorder.heard,
-              testing::ElementsAre("pass s/Masters/R.host ../webcontent/bi/host/R.host",
-                                   "missing s/Masters/R_2.host " + kMissing + " " + kMissing));
-}
-
 }  // namespace
