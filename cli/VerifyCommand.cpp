@@ -20,6 +20,7 @@
 #include "cli/ReportFinder.h"
 #include "cli/ResultPrinter.h"
 #include "cli/SummaryFile.h"
+#include "cli/Trouble.h"
 #include "orvdiff/registry/OrvDiffEngineRegistry.h"
 
 namespace {
@@ -156,6 +157,9 @@ ExitStatus run(const VerifyOptions& options) {
   const FoundReports found = findReports(options.locations);
   if (options.listOnly) {
     return listPairs(found, formats, options.allowNone);
+  }
+  if (!options.summaryFile.empty() && options.summaryFile == options.harnessLog) {
+    throw Trouble("summary and harness log cannot both be " + options.summaryFile);
   }
   std::optional<HarnessLog> harnessLog;
   if (!options.harnessLog.empty()) {

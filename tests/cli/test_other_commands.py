@@ -55,6 +55,7 @@ class Usage(SuiteTest):
             (("numdiff", "file", "large"), "large: .*2 GiB"),
             (("verfy", "."), "verfy"), (("verify", "--summary=", "file"), "--summary= needs"),
             (("verify", "--summary", "", "."), "needs the name"),
+            (("verify", "--summary", "s", "--harness-log", "s", "."), "cannot both be s"),
             (("verify", "--log-level", "Normal", "."), '"Normal" is none of minimal'),
             (("verify", "--layout-schema", "nowhere", "."), "schema nowhere is not there"),
             (("normalize", "html", "large"), "large: .*2 GiB"),
