@@ -5,6 +5,7 @@
 #include <xercesc/internal/XMLReader.hpp>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/BinMemInputStream.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 #include <xercesc/validators/DTD/DocTypeHandler.hpp>
@@ -29,14 +30,15 @@ class XmlExpansionLimit : public xercesc::MemoryManager {
     m_readersLeft = std::min(m_readersLeft, m_budget / std::max<XMLSize_t>(length, 1));
   }
 
-  /// Throws `SAXParseException` for one reader too many.
+  /// Throws `SAXParseException` when an entity would get one reader too many: already for the
+  /// stream that the reader is to read, since the parser loses that when there is no memory for a
+  /// reader.
   void* allocate(XMLSize_t size) override {
-    if (size == m_readerSize && m_locator != nullptr) {
-      if (m_readersLeft == 0) {
-        throw xercesc::SAXParseException(u"entities expand to too much", *m_locator);
-      }
-      --m_readersLeft;
+    const bool isForReader = size == m_readerSize || size == m_streamSize;
+    if (isForReader && m_readersLeft == 0 && m_locator != nullptr) {
+      throw xercesc::SAXParseException(u"entities expand to too much", *m_locator);
     }
+    m_readersLeft -= size == m_readerSize && m_readersLeft > 0 ? 1 : 0;
     return m_memory.allocate(size);
   }
   void deallocate(void* block) override { m_memory.deallocate(block); }
@@ -48,9 +50,12 @@ class XmlExpansionLimit : public xercesc::MemoryManager {
   static constexpr XMLSize_t kMostReaders = 50'000;
 
   /// An object that Xerces creates is preceded by a pointer to its memory manager.
-  const XMLSize_t m_readerSize =
-      sizeof(xercesc::XMLReader) +
-      xercesc::XMLPlatformUtils::alignPointerForNewBlockAllocation(sizeof(void*));
+  static XMLSize_t sizeWithManager(XMLSize_t size) {
+    return size + xercesc::XMLPlatformUtils::alignPointerForNewBlockAllocation(sizeof(void*));
+  }
+
+  const XMLSize_t m_readerSize = sizeWithManager(sizeof(xercesc::XMLReader));
+  const XMLSize_t m_streamSize = sizeWithManager(sizeof(xercesc::BinMemInputStream));
 
   xercesc::MemoryManager& m_memory = *xercesc::XMLPlatformUtils::fgMemoryManager;
   const xercesc::Locator* m_locator = nullptr;  ///< null: no limit
