@@ -17,12 +17,23 @@
 /// parser makes a reader, and nothing else that it makes has that size. So this counts readers.
 class XmlExpansionLimit : public xercesc::MemoryManager {
  public:
-  /// The parse of a document of `length` bytes starts. `locator` tells where it stands.
-  void beginDocument(XMLSize_t length, const xercesc::Locator& locator) {
-    m_locator = &locator;
-    m_budget = std::max(kLeastBudget, kBudgetPerByte * length);
-    m_readersLeft = kMostReaders;
-  }
+  /// The parse of a document; outside of one there is no limit.
+  class Document {
+   public:
+    /// `length` counts bytes; `locator` tells where the parser stands.
+    Document(XmlExpansionLimit& limit, XMLSize_t length, const xercesc::Locator& locator)
+        : m_limit(limit) {
+      m_limit.m_locator = &locator;
+      m_limit.m_budget = std::max(kLeastBudget, kBudgetPerByte * length);
+      m_limit.m_readersLeft = kMostReaders;
+    }
+    ~Document() { m_limit.m_locator = nullptr; }
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+
+   private:
+    XmlExpansionLimit& m_limit;
+  };
 
   /// The document declares an entity of `length` characters. Whatever refers to other entities is
   /// expanded by further readers, so readers times the longest entity bounds the whole.
@@ -58,7 +69,7 @@ class XmlExpansionLimit : public xercesc::MemoryManager {
   const XMLSize_t m_streamSize = sizeWithManager(sizeof(xercesc::BinMemInputStream));
 
   xercesc::MemoryManager& m_memory = *xercesc::XMLPlatformUtils::fgMemoryManager;
-  const xercesc::Locator* m_locator = nullptr;  ///< null: no limit
+  const xercesc::Locator* m_locator = nullptr;  ///< null: no document is being parsed
   XMLSize_t m_budget = 0;
   XMLSize_t m_readersLeft = 0;
 };

@@ -137,7 +137,7 @@ DOM_ParserImpl::~DOM_ParserImpl() = default;
 void DOM_ParserImpl::parseText(const char* bytes, std::uint32_t length) {
   xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes), length, "", false);
   source.setCopyBufToStream(false);
-  beginDocument(length, *getScanner()->getLocator());
+  const Document limited(*this, length, *getScanner()->getLocator());
   getScanner()->setDocHandler(&m_nestingLimit);
   getScanner()->setDocTypeHandler(&m_entityWatch);  // on each parse: loading a grammar sets it
   parse(source);
