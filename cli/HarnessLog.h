@@ -13,14 +13,13 @@ class HarnessLog {
   /// of `MOXLogLevel`. The harness is not asked where to work: that has been decided, and the
   /// variable that moves test scripts elsewhere would have another suite verified.
   HarnessLog(std::string path, int level);
+  HarnessLog(const HarnessLog&) = delete;
+  HarnessLog& operator=(const HarnessLog&) = delete;
+  /// Ends the script if it was started, and `finish` has not.
+  ~HarnessLog();
 
   /// Starts the script.
   void start();
-
-  HarnessLog(const HarnessLog&) = delete;
-  HarnessLog& operator=(const HarnessLog&) = delete;
-  /// Ends the script if `finish` has not.
-  ~HarnessLog();
 
   /// Ends the script, with a failed check for each of `shortfalls`: what kept the run from
   /// verifying all that it was to. Raises `Trouble` when the log did not reach the file whole.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "cli/Interrupt.h"
+#include "cli/ReportFinder.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
 namespace {
@@ -17,12 +18,6 @@ bool startsWith(std::string_view text, std::string_view start) {
 }
 
 }  // namespace
-
-std::string_view stemOf(std::string_view report) {
-  const std::size_t dot = report.rfind('.');
-  const bool hasExtension = dot != std::string_view::npos && dot > nameStart(report);
-  return report.substr(0, hasExtension ? dot : report.size());
-}
 
 std::string identityOf(std::string_view stem, std::string_view format, std::string_view master) {
   const std::string_view folder = stem.substr(0, nameStart(stem));

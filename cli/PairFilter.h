@@ -9,9 +9,6 @@
 
 #include "orvdiff/registry/OrvDiffListener.h"
 
-/// A report's path without the extension; reports that differ in it only share their masters.
-std::string_view stemOf(std::string_view report);
-
 /// What tells the pair with this master apart from all others. Two reports of one name in different
 /// folders share their outputs, and an XML output that fails goes by its own name for the master's.
 std::string identityOf(std::string_view stem, std::string_view format, std::string_view master);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <set>
 #include <string_view>
@@ -112,7 +113,7 @@ class Finder {
     } else {
       requireReadable(location);
       m_reports.push_back({identify(path.parent_path()), path.filename(), path});
-      m_named.insert(path.parent_path());
+      m_named[location.substr(0, location.rfind('/') + 1)].emplace_back(stemOf(location));
     }
   }
 
@@ -125,8 +126,8 @@ class Finder {
       m_found.reports.push_back(std::move(report.path));
     }
     std::sort(m_found.reports.begin(), m_found.reports.end());
-    for (const fs::path& folder : m_named) {
-      addNeighbours(folder);
+    for (const auto& [folder, stems] : m_named) {
+      addNeighbours(folder, stems);
     }
     return std::move(m_found);
   }
@@ -154,12 +155,15 @@ class Finder {
     return hasReports;
   }
 
-  void addNeighbours(const fs::path& folder) {
+  void addNeighbours(const std::string& folder, const std::vector<std::string>& stems) {
     const auto& reports = m_found.reports;
     std::error_code unreadable;  // then nobody knows of any
     for (const auto& entry : fs::directory_iterator(folder.empty() ? "." : folder, unreadable)) {
-      const std::string path = folder / entry.path().filename();
-      if (entry.is_regular_file(unreadable) &&
+      const std::string path = folder + entry.path().filename().string();
+      const bool mayShareMasters = std::any_of(
+          stems.begin(), stems.end(),
+          [&path](const std::string& stem) { return path.compare(0, stem.size(), stem) == 0; });
+      if (mayShareMasters && entry.is_regular_file(unreadable) &&
           !std::binary_search(reports.begin(), reports.end(), path)) {
         m_found.neighbours.push_back(path);
       }
@@ -184,11 +188,19 @@ class Finder {
 
   std::set<FolderId> m_searched;
   std::vector<Report> m_reports;
-  std::set<fs::path> m_named;  ///< folders of reports that were named by their own file
+  /// Stems of the reports that were named by their own file, by folder (as it was
+  /// written, with its slash).
+  std::map<std::string, std::vector<std::string>> m_named;
   FoundReports m_found;
 };
 
 }  // namespace
+
+std::string_view stemOf(std::string_view report) {
+  const std::size_t dot = report.rfind('.');
+  const bool hasExtension = dot != std::string_view::npos && dot > report.rfind('/') + 1;
+  return report.substr(0, hasExtension ? dot : report.size());
+}
 
 FoundReports findReports(const std::vector<std::string>& locations) {
   Finder finder;

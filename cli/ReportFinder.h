@@ -1,12 +1,17 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
+
+/// A report's path without the extension; reports that differ in it only share their masters.
+std::string_view stemOf(std::string_view report);
 
 /// What is to be verified.
 struct FoundReports {
   std::vector<std::string> reports;  ///< paths, sorted, each report once however often it is named
-  /// Paths of reports that stand beside those that were named by their own file, and were not.
+  /// Paths of reports that were not named themselves and stand beside one that was named by its own
+  /// file, with whose name theirs begin.
   std::vector<std::string> neighbours;
   std::vector<std::string> emptyLocations;  ///< folders that hold no report
 };

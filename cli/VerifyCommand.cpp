@@ -118,12 +118,22 @@ class Run {
     }
   }
 
+  /// None when a folder cannot be read, which is then what the error was about.
+  static std::vector<OrvFilePair> findPairs(const std::string& report,
+                                            const SelectedFormat& selected) {
+    try {
+      return selected.engine->findPairs(report);
+    } catch (const std::exception&) {
+      return {};
+    }
+  }
+
   /// The engine stopped at the first pair that nobody has heard of.
   void printError(const std::string& report, const SelectedFormat& selected,
                   const std::exception& error) const {
     std::cout << m_palette.paint(Color::Red, "error") << "    " << printable(report) << " ("
               << selected.format->name << "): " << printable(error.what()) << '\n';
-    const std::vector<OrvFilePair> pairs = selected.engine->findPairs(report);
+    const std::vector<OrvFilePair> pairs = findPairs(report, selected);
     const std::size_t reached = m_filter.countSinceStart();
     if (reached < pairs.size()) {
       std::cout << "          at " << printable(pairs[reached].master) << " -> "

@@ -30,7 +30,7 @@ class ORVDIFF_API OrvDiffPnaoFileEngine : public OrvDiffTextFormatEngine {
   ~OrvDiffPnaoFileEngine() override;
 };
 
-/// The specification of a drilled report.
+/// A report specification after drilling.
 class ORVDIFF_API OrvDiffDrilledReportSpecEngine : public OrvDiffTextFormatEngine {
  public:
   explicit OrvDiffDrilledReportSpecEngine(const char* subFolder);

@@ -11,17 +11,17 @@ namespace {
 
 // Spelled out at full width, because that is what readers and parsers of the log see.
 // clang-format off
-const char kDoubleRule[] = "================================================================================";
-const char kSingleRule[] = "=------------------------------------------------------------------------------=";
-const char kTitle[]      = "= MOX Test Harness v1.3                                                        =";
-const char kNoText[]     = "= Test Description: None                                                       =";
-const char kNoLogFile[]  = "= Log File: None                                                               =";
+const char kDoubleRule[]  = "================================================================================";
+const char kSingleRule[]  = "=------------------------------------------------------------------------------=";
+const char kTitle[]       = "= MOX Test Harness v1.3                                                        =";
+const char kNoText[]      = "= Test Description: None                                                       =";
+const char kNoLogFile[]   = "= Log File: None                                                               =";
 const char kTotalsHead1[] = "=                                  Script  Checks  Checks  Checks        TEST  =";
 const char kTotalsHead2[] = "=                                  Errors  Failed  Passed  Warned       RESULT =";
 const char kTableHead1[]  = "= Test                             Script  Checks  Checks  Checks        TEST  =";
 const char kTableHead2[]  = "= Case                             Errors  Failed  Passed  Warned       RESULT =";
-const char kOtherLabel[] = "= Other                          ";
-const char kTotalLabel[] = "= TOTALS                         ";
+const char kOtherLabel[]  = "= Other                          ";
+const char kTotalLabel[]  = "= TOTALS                         ";
 // clang-format on
 
 /// `text` cut to `width` characters, or padded with blanks to that width.

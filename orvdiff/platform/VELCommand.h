@@ -8,6 +8,7 @@ struct VELCommand {
   ///
   /// Unlike the C library's `system`, it gives the command an empty standard input, so that a
   /// script that asks questions fails rather than waits for ever, and leaves the caller's handling
-  /// of SIGINT alone, so that a person who interrupts the run interrupts all of it.
+  /// of SIGINT alone, so that a person who interrupts the run interrupts all of it. The process
+  /// must not ignore SIGCHLD: no status can be had then, and every command counts as not started.
   static int run(const char* commandLine);
 };

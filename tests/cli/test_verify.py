@@ -47,7 +47,7 @@ class Outcomes(SuiteTest):
         self.assertEqual(self.counts(self.verify()), (3, 2, 1, 1, 0, 0, 0, 0))
         self.report("Sale")  # named alone, and without masters of its own
         alone = self.verify(locations=["../suite/Sale.xml"])
-        self.assertEqual(self.counts(alone), (1, 2, 1, 1, 0, 0, 0, 1))
+        self.assertEqual((alone.status, self.counts(alone)), (2, (1, 2, 1, 1, 0, 0, 0, 1)))
 
     def test_reports_of_one_name_in_two_folders_are_two(self):
         for folder in ("suite", "suite/other"):
@@ -233,6 +233,7 @@ class Locations(SuiteTest):
                 run = self.verify_as_nobody()
                 self.assertEqual(run.status, 2)
                 self.assertIn(message, run.out + run.err)
+                self.assertEqual("1 passed" in run.out, path == "suite/Masters/XLS", run.out)
                 locked.chmod(0o755)
 
     def verify_as_nobody(self):
