@@ -5,6 +5,8 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <string_view>
+#include <system_error>
 
 #include "orvdiff/harness/MOXFrame.h"
 #include "orvdiff/platform/VELAssert.h"
@@ -112,7 +114,12 @@ std::ostream& MOXTestHarness::stream() const {
 std::ostream& MOXTestHarness::logMessage(const char* text, int level) {
   std::ostream& out = stream();
   if (level <= m_logLevel) {
-    out << orNull(text);
+    const std::string_view piece = orNull(text);
+    out << piece;
+    // Failures, warnings and script errors must survive a crash, whose cause they may tell.
+    if (level <= MOXLogLevel::Minimal && !piece.empty() && piece.back() == '\n') {
+      out.flush();
+    }
   }
   return out;
 }
@@ -197,6 +204,7 @@ void MOXTestHarness::startTest(const char* name, const char* description) {
     logMessage(description, MOXLogLevel::Normal);
     logMessage("\n", MOXLogLevel::Normal);
   }
+  stream().flush();
 }
 
 int MOXTestHarness::endTest() {
@@ -204,9 +212,10 @@ int MOXTestHarness::endTest() {
     logScriptError(">> Script Error: endTest() called outside test case");
     return 0;
   }
-  logMessage("\n------------------------- End Test: ", MOXLogLevel::Concise);
-  logMessage(m_currentTest->getName().c_str(), MOXLogLevel::Concise);
-  logMessage("\n\n", MOXLogLevel::Concise);
+  const MOXTestCase& ended = *m_currentTest;
   m_currentTest = nullptr;
+  logMessage("\n------------------------- End Test: ", MOXLogLevel::Concise);
+  logMessage(ended.getName().c_str(), MOXLogLevel::Concise);
+  logMessage("\n\n", MOXLogLevel::Concise).flush();
   return 0;
 }

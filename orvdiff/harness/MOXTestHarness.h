@@ -31,7 +31,10 @@ struct MOXLogLevel {
 /// per test case `startTest`, checks, `endTest`, and at last `endScript`. A call out of order is a
 /// script error: it is written and counted (a script with script errors has failed) and otherwise
 /// has no effect. Nothing here throws for what a script does wrong, and errors of the log's stream
-/// are ignored. A null text is written as "(null)".
+/// are ignored, but see `isLogComplete`. A null text is written as "(null)".
+///
+/// A crash loses nothing of the log up to the last failed or warned check, script error, or start
+/// or end of a test case; passed checks after that may be lost.
 ///
 /// Threads: the check operations may run on any thread while a test case is open. Everything else
 /// belongs to the script's own thread; to write from another one, or while checks run elsewhere,
@@ -83,8 +86,9 @@ class ORVDIFF_API MOXTestHarness {
   /// The open test case, or null. It lives until `endScript`.
   MOXTestCase* getCurrentTest() const { return m_currentTest; }
 
-  /// Writes `text` when `level` is at most the current level; adds no line end. Returns the stream
-  /// that `text` goes to at a sufficient level.
+  /// Writes `text` when `level` is at most the current level; adds no line end. A `text` at level
+  /// Minimal that ends a line is flushed. Returns the stream that `text` goes to at a sufficient
+  /// level.
   std::ostream& logMessage(const char* text, int level);
 
   /// Writes `message`, with "\r\n" behind it, at level Minimal and counts a script error.
