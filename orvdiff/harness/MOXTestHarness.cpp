@@ -4,6 +4,7 @@
 #include "orvdiff/harness/MOXTestHarness.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <string_view>
 #include <system_error>
@@ -41,6 +42,22 @@ const char* levelName(int level) {
   }
 }
 
+// The folder that MOX_EFFECTIVE_WORKING_DIR names; empty when it names none. A relative value is
+// resolved when it is first seen: for the next script the process is in that folder already, and
+// would otherwise look for the folder inside itself.
+std::filesystem::path workingFolder() {
+  static std::string resolvedValue;
+  static std::filesystem::path folder;
+  const char* const variable = std::getenv("MOX_EFFECTIVE_WORKING_DIR");
+  const std::string value = variable != nullptr ? variable : "";
+  if (value != resolvedValue) {
+    std::error_code unresolved;
+    folder = std::filesystem::absolute(value, unresolved);
+    resolvedValue = value;
+  }
+  return folder;
+}
+
 }  // namespace
 
 MOXTestHarness* MOXTestHarness::getInstance() {
@@ -52,9 +69,9 @@ MOXTestHarness* MOXTestHarness::getInstance() {
 }
 
 MOXTestHarness::MOXTestHarness() {
-  const char* folder = std::getenv("MOX_EFFECTIVE_WORKING_DIR");
-  if (folder != nullptr && *folder != '\0') {
-    VELFmDir::setEffectiveWorkingDir(folder);
+  const std::filesystem::path folder = workingFolder();
+  if (!folder.empty()) {
+    VELFmDir::setEffectiveWorkingDir(folder.c_str());
   }
 }
 
@@ -89,11 +106,11 @@ bool MOXTestHarness::openLogFile(const char* fileName, bool atEnd) {
 }
 
 bool MOXTestHarness::closeLogFile() {
+  // Forgotten first: a stream that throws while it is closed must not stay behind as the log.
+  m_logStream = nullptr;
   if (m_ownedLogFile == nullptr) {
     return false;
   }
-  // Forgotten first: a stream that throws while it is closed must not stay behind as the log.
-  m_logStream = nullptr;
   const std::unique_ptr<std::ofstream> file = std::move(m_ownedLogFile);
   const bool wasOpen = file->is_open();
   file->close();

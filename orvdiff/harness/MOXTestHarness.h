@@ -43,7 +43,8 @@ class ORVDIFF_API MOXTestHarness {
  public:
   /// The harness of this process, created on first call and owned by the library. The first call
   /// must come before other threads use the harness. When the environment variable
-  /// MOX_EFFECTIVE_WORKING_DIR is set, creation makes that folder the working folder.
+  /// MOX_EFFECTIVE_WORKING_DIR is set, creation makes that folder the working folder. A relative
+  /// value means the same folder for every later harness of the process.
   static MOXTestHarness* getInstance();
 
   MOXTestHarness(const MOXTestHarness&) = delete;
@@ -77,7 +78,8 @@ class ORVDIFF_API MOXTestHarness {
   /// opened; the log is then lost until `closeLogFile`.
   bool openLogFile(const char* fileName, bool atEnd);
 
-  /// Closes the log file, so that the log goes to the console. Returns whether one was open.
+  /// Closes the log file, so that the log goes to the console, as if that had never been the log
+  /// before. Returns whether a file was open.
   bool closeLogFile();
 
   /// Where the log goes; without a log file the console becomes, and stays, the log.
