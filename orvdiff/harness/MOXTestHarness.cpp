@@ -19,6 +19,9 @@ namespace {
 // when the process exits.
 std::unique_ptr<MOXTestHarness> g_instance;
 
+// Whether the log of the script that ended last was written whole.
+bool g_isEndedLogComplete = true;
+
 // What the log shows for `text`: a script's null pointer stays visible and harmless.
 const char* orNull(const char* text) {
   return text != nullptr ? text : "(null)";
@@ -124,6 +127,10 @@ std::ostream& MOXTestHarness::getLogStream() {
   return *m_logStream;
 }
 
+bool MOXTestHarness::isLogComplete() {
+  return g_instance != nullptr ? g_instance->stream().flush().good() : g_isEndedLogComplete;
+}
+
 std::ostream& MOXTestHarness::stream() const {
   return m_logStream != nullptr ? *m_logStream : std::cout;
 }
@@ -191,6 +198,9 @@ void MOXTestHarness::startScript(const char* description) {
 }
 
 int MOXTestHarness::endScript(bool reportToConsoleToo) {
+  // Ends the script also when a stream throws that was asked to.
+  const std::unique_ptr<MOXTestHarness> ended = std::move(g_instance);
+  g_isEndedLogComplete = false;
   if (!m_scriptActive) {
     logScriptError(">> Script Error: endScript() called outside test script");
   }
@@ -200,9 +210,13 @@ int MOXTestHarness::endScript(bool reportToConsoleToo) {
   if (reportToConsoleToo) {
     report.write(std::cout);
   }
-  const int passed = report.isFailed() ? 0 : 1;
-  g_instance.reset();  // destroys this object
-  return passed;
+  if (m_ownedLogFile != nullptr) {
+    m_ownedLogFile->close();  // where some file systems first report that the disk is full
+  } else {
+    stream().flush();
+  }
+  g_isEndedLogComplete = stream().good();
+  return report.isFailed() ? 0 : 1;
 }
 
 void MOXTestHarness::startTest(const char* name, const char* description) {

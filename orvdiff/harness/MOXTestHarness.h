@@ -82,6 +82,12 @@ class ORVDIFF_API MOXTestHarness {
   /// before. Returns whether a file was open.
   bool closeLogFile();
 
+  /// Flushes the log and returns whether all that was written to it since it was opened got there;
+  /// false as well when the log file could not be opened. With no harness, after `endScript`, the
+  /// answer is about the log of the script that ended last, its report included, and true when
+  /// there was none.
+  static bool isLogComplete();
+
   /// Where the log goes; without a log file the console becomes, and stays, the log.
   std::ostream& getLogStream();
 

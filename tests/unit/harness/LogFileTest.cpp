@@ -26,15 +26,35 @@ TEST_F(LogFileTest, OutputOfALogThatCannotBeOpenedIsLost) {
   EXPECT_EQ(console(), "found");
 }
 
-TEST_F(LogFileTest, AFullDiskChangesNoVerdict) {
+TEST_F(LogFileTest, AnAdoptedConsoleIsForgottenWhenTheLogIsClosed) {
+  harness().getLogStream();
+  EXPECT_FALSE(harness().closeLogFile());
+  harness().setLogLevel(MOXLogLevel::Normal);
+  EXPECT_EQ(console(), "");
+}
+
+TEST_F(LogFileTest, AFullDiskChangesNoVerdictButTheLogIsIncomplete) {
   for (const bool isEqual : {true, false}) {
-    harness().setLogLevel(MOXLogLevel::Detailed);
-    EXPECT_TRUE(harness().openLogFile("/dev/full", false));
-    harness().startScript(nullptr);
-    harness().startTest("test", nullptr);
-    EXPECT_EQ(harness().checkMemory("it", "a", isEqual ? "a" : "b", 1), isEqual);
-    harness().endTest();
-    EXPECT_EQ(harness().endScript(false), isEqual);
+    for (const char* const file : {"log", "/dev/full"}) {
+      const bool isComplete = *file == 'l';
+      harness().setLogLevel(MOXLogLevel::Detailed);
+      EXPECT_TRUE(harness().openLogFile(file, false));
+      harness().startScript(nullptr);
+      harness().startTest("test", nullptr);
+      EXPECT_EQ(harness().checkMemory("it", "a", isEqual ? "a" : "b", 1), isEqual);
+      EXPECT_EQ(MOXTestHarness::isLogComplete(), isComplete);
+      harness().openLogFile(file, false);
+      MOXTestHarness::writeText("still in the buffer");
+      EXPECT_EQ(MOXTestHarness::isLogComplete(), isComplete);
+      harness().openLogFile(file, false);  // now only the report is left to be lost
+      EXPECT_TRUE(MOXTestHarness::isLogComplete());
+      EXPECT_EQ(harness().endScript(false), isEqual);
+      EXPECT_EQ(MOXTestHarness::isLogComplete(), isComplete);
+      harness().openLogFile(file, false);
+      MOXTestHarness::writeText("still in the buffer");
+      harness().endScript(false);  // without a report
+      EXPECT_EQ(MOXTestHarness::isLogComplete(), isComplete);
+    }
   }
 }
 
