@@ -102,7 +102,7 @@ int MOXTestHarness::checkFiles(const char* name, const char* actualFile, const c
     dumpDifferences(mismatch->actual.data(), mismatch->expected.data(), mismatch->length,
                     mismatch->offset);
   }
-  logMessage("\n", MOXLogLevel::Normal);  // sets the dump apart from the next check
+  logMessage("\n", MOXLogLevel::Normal).flush();  // sets the dump apart from the next check
   return 0;
 }
 
@@ -120,6 +120,7 @@ int MOXTestHarness::checkBlocks(const char* name, const void* actual, const void
   writeHeadline(verdict, "Check Memory: ", name);
   if (!isEqual) {
     dumpDifferences(actual, expected, length, 0);
+    stream().flush();
   }
   return isEqual ? 1 : 0;
 }

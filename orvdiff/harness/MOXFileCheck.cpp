@@ -6,7 +6,8 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <vector>
+
+#include "orvdiff/platform/VELAssert.h"
 
 namespace {
 
@@ -31,13 +32,13 @@ File openFile(const char* name) {
 
 /// A file that is read from its start, block by block.
 struct Reader {
-  explicit Reader(const char* name) : file(openFile(name)), block(kBlockBytes) {}
+  explicit Reader(const char* name) : file(openFile(name)) {}
 
   bool isOpen() const { return file != nullptr; }
   bool isBroken() const { return std::ferror(file.get()) != 0; }
 
   /// Reads the next block; less than a whole one comes only at the end or before a read error.
-  void next() { size = std::fread(block.data(), 1, block.size(), file.get()); }
+  void next() { size = std::fread(block.get(), 1, kBlockBytes, file.get()); }
 
   /// Reads bytes from `offset` on, for the dump; false when the file cannot be positioned.
   bool readExcerpt(std::int64_t offset, std::array<unsigned char, 128>& excerpt,
@@ -50,7 +51,7 @@ struct Reader {
   }
 
   File file;
-  std::vector<unsigned char> block;
+  std::unique_ptr<unsigned char[]> block = velNewArray<unsigned char>(VEL_HERE, kBlockBytes);
   std::size_t size = 0;
 };
 
@@ -62,9 +63,9 @@ Outcome findMismatch(Reader& actual, Reader& expected, std::int64_t& offset) {
     expected.next();
     actual.next();
     const std::size_t common = std::min(actual.size, expected.size);
-    const unsigned char* bytes = expected.block.data();
-    if (std::memcmp(bytes, actual.block.data(), common) != 0) {
-      offset += std::mismatch(bytes, bytes + common, actual.block.data()).first - bytes;
+    const unsigned char* bytes = expected.block.get();
+    if (std::memcmp(bytes, actual.block.get(), common) != 0) {
+      offset += std::mismatch(bytes, bytes + common, actual.block.get()).first - bytes;
       return Outcome::Differ;
     }
     if (actual.isBroken() || expected.isBroken()) {

@@ -55,6 +55,7 @@ std::string timeStamp() {
   // asctime, because it does not depend on the locale.
   const std::time_t now = std::time(nullptr);
   std::tm local = {};
+  tzset();  // localtime_r need not notice that TZ has changed
   localtime_r(&now, &local);
   std::array<char, 64> text = {};  // 26 bytes up to the year 9999
   asctime_r(&local, text.data());

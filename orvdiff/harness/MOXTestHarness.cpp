@@ -4,7 +4,10 @@
 #include "orvdiff/harness/MOXTestHarness.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
+#include <string_view>
+#include <system_error>
 
 #include "orvdiff/harness/MOXFrame.h"
 #include "orvdiff/platform/VELAssert.h"
@@ -15,6 +18,9 @@ namespace {
 // Owned here so that the log of a script that never reaches `endScript` is complete all the same
 // when the process exits.
 std::unique_ptr<MOXTestHarness> g_instance;
+
+// Whether the log of the script that ended last was written whole.
+bool g_isEndedLogComplete = true;
 
 // What the log shows for `text`: a script's null pointer stays visible and harmless.
 const char* orNull(const char* text) {
@@ -39,6 +45,22 @@ const char* levelName(int level) {
   }
 }
 
+// The folder that MOX_EFFECTIVE_WORKING_DIR names; empty when it names none. A relative value is
+// resolved when it is first seen: for the next script the process is in that folder already, and
+// would otherwise look for the folder inside itself.
+std::filesystem::path workingFolder() {
+  static std::string resolvedValue;
+  static std::filesystem::path folder;
+  const char* const variable = std::getenv("MOX_EFFECTIVE_WORKING_DIR");
+  const std::string value = variable != nullptr ? variable : "";
+  if (value != resolvedValue) {
+    std::error_code unresolved;
+    folder = std::filesystem::absolute(value, unresolved);
+    resolvedValue = value;
+  }
+  return folder;
+}
+
 }  // namespace
 
 MOXTestHarness* MOXTestHarness::getInstance() {
@@ -50,9 +72,9 @@ MOXTestHarness* MOXTestHarness::getInstance() {
 }
 
 MOXTestHarness::MOXTestHarness() {
-  const char* folder = std::getenv("MOX_EFFECTIVE_WORKING_DIR");
-  if (folder != nullptr && *folder != '\0') {
-    VELFmDir::setEffectiveWorkingDir(folder);
+  const std::filesystem::path folder = workingFolder();
+  if (!folder.empty()) {
+    VELFmDir::setEffectiveWorkingDir(folder.c_str());
   }
 }
 
@@ -87,11 +109,11 @@ bool MOXTestHarness::openLogFile(const char* fileName, bool atEnd) {
 }
 
 bool MOXTestHarness::closeLogFile() {
+  // Forgotten first: a stream that throws while it is closed must not stay behind as the log.
+  m_logStream = nullptr;
   if (m_ownedLogFile == nullptr) {
     return false;
   }
-  // Forgotten first: a stream that throws while it is closed must not stay behind as the log.
-  m_logStream = nullptr;
   const std::unique_ptr<std::ofstream> file = std::move(m_ownedLogFile);
   const bool wasOpen = file->is_open();
   file->close();
@@ -105,6 +127,10 @@ std::ostream& MOXTestHarness::getLogStream() {
   return *m_logStream;
 }
 
+bool MOXTestHarness::isLogComplete() {
+  return g_instance != nullptr ? g_instance->stream().flush().good() : g_isEndedLogComplete;
+}
+
 std::ostream& MOXTestHarness::stream() const {
   return m_logStream != nullptr ? *m_logStream : std::cout;
 }
@@ -112,7 +138,12 @@ std::ostream& MOXTestHarness::stream() const {
 std::ostream& MOXTestHarness::logMessage(const char* text, int level) {
   std::ostream& out = stream();
   if (level <= m_logLevel) {
-    out << orNull(text);
+    const std::string_view piece = orNull(text);
+    out << piece;
+    // Failures, warnings and script errors must survive a crash, whose cause they may tell.
+    if (level <= MOXLogLevel::Minimal && !piece.empty() && piece.back() == '\n') {
+      out.flush();
+    }
   }
   return out;
 }
@@ -167,6 +198,9 @@ void MOXTestHarness::startScript(const char* description) {
 }
 
 int MOXTestHarness::endScript(bool reportToConsoleToo) {
+  // Ends the script also when a stream throws that was asked to.
+  const std::unique_ptr<MOXTestHarness> ended = std::move(g_instance);
+  g_isEndedLogComplete = false;
   if (!m_scriptActive) {
     logScriptError(">> Script Error: endScript() called outside test script");
   }
@@ -176,9 +210,13 @@ int MOXTestHarness::endScript(bool reportToConsoleToo) {
   if (reportToConsoleToo) {
     report.write(std::cout);
   }
-  const int passed = report.isFailed() ? 0 : 1;
-  g_instance.reset();  // destroys this object
-  return passed;
+  if (m_ownedLogFile != nullptr) {
+    m_ownedLogFile->close();  // where some file systems first report that the disk is full
+  } else {
+    stream().flush();
+  }
+  g_isEndedLogComplete = stream().good();
+  return report.isFailed() ? 0 : 1;
 }
 
 void MOXTestHarness::startTest(const char* name, const char* description) {
@@ -197,6 +235,7 @@ void MOXTestHarness::startTest(const char* name, const char* description) {
     logMessage(description, MOXLogLevel::Normal);
     logMessage("\n", MOXLogLevel::Normal);
   }
+  stream().flush();
 }
 
 int MOXTestHarness::endTest() {
@@ -204,9 +243,10 @@ int MOXTestHarness::endTest() {
     logScriptError(">> Script Error: endTest() called outside test case");
     return 0;
   }
-  logMessage("\n------------------------- End Test: ", MOXLogLevel::Concise);
-  logMessage(m_currentTest->getName().c_str(), MOXLogLevel::Concise);
-  logMessage("\n\n", MOXLogLevel::Concise);
+  const MOXTestCase& ended = *m_currentTest;
   m_currentTest = nullptr;
+  logMessage("\n------------------------- End Test: ", MOXLogLevel::Concise);
+  logMessage(ended.getName().c_str(), MOXLogLevel::Concise);
+  logMessage("\n\n", MOXLogLevel::Concise).flush();
   return 0;
 }

@@ -31,7 +31,10 @@ struct MOXLogLevel {
 /// per test case `startTest`, checks, `endTest`, and at last `endScript`. A call out of order is a
 /// script error: it is written and counted (a script with script errors has failed) and otherwise
 /// has no effect. Nothing here throws for what a script does wrong, and errors of the log's stream
-/// are ignored. A null text is written as "(null)".
+/// are ignored, but see `isLogComplete`. A null text is written as "(null)".
+///
+/// A crash loses nothing of the log up to the last failed or warned check, script error, or start
+/// or end of a test case; passed checks after that may be lost.
 ///
 /// Threads: the check operations may run on any thread while a test case is open. Everything else
 /// belongs to the script's own thread; to write from another one, or while checks run elsewhere,
@@ -40,7 +43,8 @@ class ORVDIFF_API MOXTestHarness {
  public:
   /// The harness of this process, created on first call and owned by the library. The first call
   /// must come before other threads use the harness. When the environment variable
-  /// MOX_EFFECTIVE_WORKING_DIR is set, creation makes that folder the working folder.
+  /// MOX_EFFECTIVE_WORKING_DIR is set, creation makes that folder the working folder. A relative
+  /// value means the same folder for every later harness of the process.
   static MOXTestHarness* getInstance();
 
   MOXTestHarness(const MOXTestHarness&) = delete;
@@ -74,8 +78,15 @@ class ORVDIFF_API MOXTestHarness {
   /// opened; the log is then lost until `closeLogFile`.
   bool openLogFile(const char* fileName, bool atEnd);
 
-  /// Closes the log file, so that the log goes to the console. Returns whether one was open.
+  /// Closes the log file, so that the log goes to the console, as if that had never been the log
+  /// before. Returns whether a file was open.
   bool closeLogFile();
+
+  /// Flushes the log and returns whether all that was written to it since it was opened got there;
+  /// false as well when the log file could not be opened. With no harness, after `endScript`, the
+  /// answer is about the log of the script that ended last, its report included, and true when
+  /// there was none.
+  static bool isLogComplete();
 
   /// Where the log goes; without a log file the console becomes, and stays, the log.
   std::ostream& getLogStream();
@@ -83,8 +94,9 @@ class ORVDIFF_API MOXTestHarness {
   /// The open test case, or null. It lives until `endScript`.
   MOXTestCase* getCurrentTest() const { return m_currentTest; }
 
-  /// Writes `text` when `level` is at most the current level; adds no line end. Returns the stream
-  /// that `text` goes to at a sufficient level.
+  /// Writes `text` when `level` is at most the current level; adds no line end. A `text` at level
+  /// Minimal that ends a line is flushed. Returns the stream that `text` goes to at a sufficient
+  /// level.
   std::ostream& logMessage(const char* text, int level);
 
   /// Writes `message`, with "\r\n" behind it, at level Minimal and counts a script error.

@@ -67,5 +67,5 @@ void OrvDiffMoxLog::comparisonNotification(const OrvDiffResultFailDiffNormalized
   const OutputHold hold(*harness);
   harness->logMessage((">>  FAILED: Check File: " + names + "\n").c_str(), MOXLogLevel::Minimal);
   dumpAround(*harness, result);
-  harness->logMessage("\n", MOXLogLevel::Normal);
+  harness->logMessage("\n", MOXLogLevel::Normal).flush();
 }

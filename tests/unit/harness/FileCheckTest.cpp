@@ -101,6 +101,9 @@ TEST_F(FileCheckTest, AThrowingLogLeavesTheOutputUnlocked) {
     harness().lockOutput(true);  // would wait for ever
     harness().lockOutput(false);
   }).get();
+  EXPECT_THROW(harness().endScript(false), std::ios_base::failure);
+  EXPECT_FALSE(MOXTestHarness::isLogComplete());
+  EXPECT_EQ(harness().getLogLevel(), MOXLogLevel::None) << "a fresh harness";
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include <set>
+
 #include "HarnessTest.h"
 
 namespace {
@@ -24,15 +26,35 @@ TEST_F(LogFileTest, OutputOfALogThatCannotBeOpenedIsLost) {
   EXPECT_EQ(console(), "found");
 }
 
-TEST_F(LogFileTest, AFullDiskChangesNoVerdict) {
+TEST_F(LogFileTest, AnAdoptedConsoleIsForgottenWhenTheLogIsClosed) {
+  harness().getLogStream();
+  EXPECT_FALSE(harness().closeLogFile());
+  harness().setLogLevel(MOXLogLevel::Normal);
+  EXPECT_EQ(console(), "");
+}
+
+TEST_F(LogFileTest, AFullDiskChangesNoVerdictButTheLogIsIncomplete) {
   for (const bool isEqual : {true, false}) {
-    harness().setLogLevel(MOXLogLevel::Detailed);
-    EXPECT_TRUE(harness().openLogFile("/dev/full", false));
-    harness().startScript(nullptr);
-    harness().startTest("test", nullptr);
-    EXPECT_EQ(harness().checkMemory("it", "a", isEqual ? "a" : "b", 1), isEqual);
-    harness().endTest();
-    EXPECT_EQ(harness().endScript(false), isEqual);
+    for (const char* const file : {"log", "/dev/full"}) {
+      const bool isComplete = *file == 'l';
+      harness().setLogLevel(MOXLogLevel::Detailed);
+      EXPECT_TRUE(harness().openLogFile(file, false));
+      harness().startScript(nullptr);
+      harness().startTest("test", nullptr);
+      EXPECT_EQ(harness().checkMemory("it", "a", isEqual ? "a" : "b", 1), isEqual);
+      EXPECT_EQ(MOXTestHarness::isLogComplete(), isComplete);
+      harness().openLogFile(file, false);
+      MOXTestHarness::writeText("still in the buffer");
+      EXPECT_EQ(MOXTestHarness::isLogComplete(), isComplete);
+      harness().openLogFile(file, false);  // now only the report is left to be lost
+      EXPECT_TRUE(MOXTestHarness::isLogComplete());
+      EXPECT_EQ(harness().endScript(false), isEqual);
+      EXPECT_EQ(MOXTestHarness::isLogComplete(), isComplete);
+      harness().openLogFile(file, false);
+      MOXTestHarness::writeText("still in the buffer");
+      harness().endScript(false);  // without a report
+      EXPECT_EQ(MOXTestHarness::isLogComplete(), isComplete);
+    }
   }
 }
 
@@ -68,13 +90,37 @@ TEST_F(LogFileTest, TheConsoleShowsOneBannerThatNamesTheLogFile) {
 }
 
 TEST_F(LogFileTest, TheWorkingFolderComesFromTheEnvironment) {
-  harness().endScript(false);
-  std::filesystem::create_directory("folder");
-  setenv("MOX_EFFECTIVE_WORKING_DIR", "folder", 1);
-  harness().openLogFile(nullptr, false);
+  const std::filesystem::path start = std::filesystem::current_path();
+  const std::pair<const char*, std::filesystem::path> kScripts[] = {
+      {"folder", start / "folder"},
+      {"folder", start / "folder"},  // not the one inside it
+      {"folder", start / "folder"},
+      {"..", start},
+      {"", start},
+      {"missing", start},
+  };
+  std::filesystem::create_directories("folder/folder");
+  for (const auto& [value, folder] : kScripts) {
+    harness().endScript(false);
+    setenv("MOX_EFFECTIVE_WORKING_DIR", value, 1);
+    harness().openLogFile(nullptr, false);
+    EXPECT_EQ(std::filesystem::current_path(), folder) << value;
+    EXPECT_TRUE(std::filesystem::remove(folder / "results.mxr"));
+  }
   unsetenv("MOX_EFFECTIVE_WORKING_DIR");
-  EXPECT_EQ(std::filesystem::current_path().filename(), "folder");
-  EXPECT_TRUE(std::filesystem::exists("results.mxr"));
+}
+
+TEST_F(LogFileTest, TimesFollowTheTimeZone) {
+  std::set<std::string> dates;
+  for (const char* const zone : {"EAST-24", "WEST+24"}) {
+    setenv("TZ", zone, 1);
+    harness().startScript(nullptr);
+    const std::string label = "Test Started: ";
+    dates.insert(console().substr(console().rfind(label) + label.size(), 10));
+    harness().endScript(false);
+  }
+  unsetenv("TZ");
+  EXPECT_EQ(dates.size(), 2U) << *dates.begin();
 }
 
 }  // namespace

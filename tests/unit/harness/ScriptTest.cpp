@@ -1,3 +1,7 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
 #include <future>
 
 #include "HarnessTest.h"
@@ -27,6 +31,29 @@ TEST_F(ScriptTest, ReleasesOfTheOutputThatNobodyHoldsAreIgnored) {
   }).get();
   harness().lockOutput(true);
   harness().endScript(false);  // with the output still held
+}
+
+TEST_F(ScriptTest, ACrashLosesNothingOfWhatCameBefore) {
+  const std::pair<void (*)(), const char*> kLastDeeds[] = {
+      {[] { harness().checkMemory("it", "a", "b", 1); }, "A total of 1 bytes unequal\n"},
+      {[] { harness().check_file_warn("it", "missing", "missing"); }, "open actual file\n\n"},
+      {[] { harness().logMessage("a failure\n", MOXLogLevel::Minimal); }, "a failure\n"},
+      {[] { harness().stopTimer(); }, "stopTimer() called while timer not running\r\n"},
+      {[] { harness().startTest("next", "text"); }, "- Start Test: next\ntext\n"},
+      {[] { harness().endTest(); }, "\n------------------------- End Test: test\n\n"},
+  };
+  for (const auto& [deed, end] : kLastDeeds) {
+    const pid_t child = fork();
+    if (child == 0) {
+      startTest(MOXLogLevel::Normal);
+      harness().checkMemory("before", "a", "a", 1);
+      deed();
+      std::_Exit(0);  // flushes nothing, like a crash
+    }
+    waitpid(child, nullptr, 0);
+    EXPECT_THAT(TestFolder::read("log"), testing::StartsWith("PASSED: Check Memory: before\n"));
+    EXPECT_THAT(TestFolder::read("log"), testing::EndsWith(end));
+  }
 }
 
 TEST_F(ScriptTest, RowsCountCharactersAndNeverCutOne) {

@@ -1,6 +1,10 @@
+#include <future>
+#include <mutex>
+#include <streambuf>
 #include <thread>
 
 #include "HarnessTest.h"
+#include "orvdiff/logs/OrvDiffMoxLog.h"
 
 namespace {
 
@@ -8,7 +12,55 @@ constexpr int kThreads = 8;
 constexpr int kRounds = 40;
 const std::string kExpected(64, '.');
 
+/// A log that lets the other threads run after each piece: what no lock keeps together comes apart.
+class YieldingLog : public std::streambuf {
+ public:
+  std::string text() const { return m_text; }
+
+ private:
+  std::streamsize xsputn(const char* piece, std::streamsize size) override {
+    {
+      const std::lock_guard<std::mutex> guard(m_mutex);
+      m_text.append(piece, static_cast<std::size_t>(size));
+    }
+    std::this_thread::yield();
+    return size;
+  }
+  int_type overflow(int_type character) override {
+    const char piece = traits_type::to_char_type(character);
+    xsputn(&piece, 1);
+    return character;
+  }
+
+  std::mutex m_mutex;
+  std::string m_text;
+};
+
+/// Leaves the check to its caller.
+class DumpsOnly : public OrvDiffMoxLog {
+  void logCheck(const char* /*description*/, bool /*passed*/) override {}
+  MOXTestHarness* getHarness() override { return MOXTestHarness::getInstance(); }
+};
+
 using ThreadTest = HarnessTest;
+
+template <typename Work>
+void onAllThreads(Work work) {
+  std::vector<std::thread> threads;
+  threads.reserve(kThreads);
+  std::promise<void> start;  // at the same time, lest the first be done before the last is there
+  const std::shared_future<void> started = start.get_future().share();
+  for (int thread = 0; thread < kThreads; ++thread) {
+    threads.emplace_back([&work, started, thread] {
+      started.wait();
+      work(thread);
+    });
+  }
+  start.set_value();
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+}
 
 std::string nameOf(int thread) {
   return "thread " + std::to_string(thread);
@@ -21,11 +73,14 @@ std::string blockOf(int thread) {
 void checkOften(int thread) {
   MOXTestHarness& harness = *MOXTestHarness::getInstance();
   const std::string name = nameOf(thread);
+  const OrvDiffResultFailDiffNormalized difference("m", name, copyOf(kExpected.c_str()),
+                                                   copyOf(blockOf(thread).c_str()), 0);
+  DumpsOnly listener;
   for (int round = 0; round < kRounds; ++round) {
     harness.check_file(name.c_str(), "file", "file");
     harness.check_file_warn(name.c_str(), "missing", "file");
     harness.checkMemory(name.c_str(), blockOf(thread).data(), kExpected.data(), 64);
-    harness.logCheckPass();
+    difference.notifyListener(listener);
     harness.lockOutput(true);
     harness.logMessage("note of ", MOXLogLevel::Normal);
     harness.logMessage((name + "\n").c_str(), MOXLogLevel::Normal);
@@ -33,33 +88,25 @@ void checkOften(int thread) {
   }
 }
 
-TEST_F(ThreadTest, ChecksStayWholeAndCountersExact) {
+TEST_F(ThreadTest, WhatBelongsTogetherStaysTogether) {
   TestFolder::write("file", "text");
   startTest(MOXLogLevel::Detailed);
-  std::vector<std::thread> threads;
-  threads.reserve(kThreads);
-  for (int thread = 0; thread < kThreads; ++thread) {
-    threads.emplace_back(checkOften, thread);
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  const MOXTestCase& test = *harness().getCurrentTest();
-  EXPECT_EQ(test.getChecksPassed(), 2U * kThreads * kRounds);
-  EXPECT_EQ(test.getChecksFailed(), 1U * kThreads * kRounds);
-  EXPECT_EQ(test.getChecksWarned(), 1U * kThreads * kRounds);
-  EXPECT_EQ(test.getScriptErrors(), 0U);
+  YieldingLog yielding;
+  harness().getLogStream().rdbuf(&yielding);
+  onAllThreads(checkOften);
 
   // Whole blocks, each as often as it was written, and nothing else.
-  std::string rest = log();
+  std::string rest = yielding.text();
   for (int thread = 0; thread < kThreads; ++thread) {
     const std::string dump =
         logOf([&] { harness().dumpDifferences(blockOf(thread).data(), kExpected.data(), 64, 0); });
     const std::string name = nameOf(thread) + "\n";
+    const std::string nameAndDump = name + dump;
     for (const std::string& block :
          {"PASSED: Check File: " + name,
           ">>  WARNED: Check File: " + name + "Unable to open actual file\n\n",
-          ">>  FAILED: Check Memory: " + name + dump, "note of " + name}) {
+          ">>  FAILED: Check Memory: " + nameAndDump,
+          ">>  FAILED: Check File: m and " + nameAndDump + "\n", "note of " + name}) {
       int count = 0;
       for (auto at = rest.find(block); at != std::string::npos; at = rest.find(block, at)) {
         rest.erase(at, block.size());
@@ -69,6 +116,32 @@ TEST_F(ThreadTest, ChecksStayWholeAndCountersExact) {
     }
   }
   EXPECT_EQ(rest, "");
+}
+
+TEST_F(ThreadTest, CountersAreExact) {
+  constexpr std::uint32_t kCounts = 100'000;
+  startTest(MOXLogLevel::None);
+  MOXTestCase& test = *harness().getCurrentTest();
+  onAllThreads([&test](int thread) {
+    for (std::uint32_t count = 0; count < kCounts; ++count) {
+      harness().logCheckPass();
+      harness().logCheckFail();
+      harness().logCheckWarn();
+      test.incrementScriptErrors();
+      harness().addOwnTime(-1, -1);  // negative, so that the reading is the sum
+      if (thread == 0) {             // reads while others write, for the thread sanitizer
+        EXPECT_GT(test.getChecksPassed(), count);
+        EXPECT_GT(harness().getTimer(true, false), count);
+      }
+    }
+  });
+  constexpr std::uint32_t kAll = kThreads * kCounts;
+  EXPECT_EQ(test.getChecksPassed(), kAll);
+  EXPECT_EQ(test.getChecksFailed(), kAll);
+  EXPECT_EQ(test.getChecksWarned(), kAll);
+  EXPECT_EQ(test.getScriptErrors(), kAll);
+  EXPECT_EQ(harness().getTimer(false, false), kAll);
+  EXPECT_EQ(harness().getTimer(true, false), kAll);
 }
 
 }  // namespace
