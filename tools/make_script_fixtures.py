@@ -53,7 +53,7 @@ def main():
         office = Office(pathlib.Path(scratch))
         make_cairo_pdfs()
         make_writer_pdfs(office)
-        make_locked_pdfs()
+        make_qpdf_pdfs()
         make_workbooks(office)
         make_demo(office)
 
@@ -153,12 +153,15 @@ def make_writer_pdfs(office):
         office.convert(page, PDF_DATA / name)
 
 
-def make_locked_pdfs():
-    """One file that nobody opens without the password, one that everybody may open but not edit."""
+def make_qpdf_pdfs():
+    """One file that nobody opens without the password, one that everybody may open but not edit,
+    and one that keeps its tables in streams."""
     for name, user_password in (("qpdf_locked.pdf", "secret"), ("qpdf_restricted.pdf", "")):
         subprocess.run(
             ["qpdf", "--encrypt", user_password, "owner", "256", "--extract=n", "--modify=none",
              "--", PDF_DATA / "writer_report.pdf", PDF_DATA / name], check=True)
+    subprocess.run(["qpdf", "--linearize", "--object-streams=generate",
+                    PDF_DATA / "writer_report.pdf", PDF_DATA / "qpdf_compact.pdf"], check=True)
 
 
 # XLSX ---------------------------------------------------------------------------------------------
