@@ -85,6 +85,8 @@ DRESSED_SAME = {
                            '<dataValidation type="list" operator="equal"'),
     "extension": (REVENUE, "</worksheet>", '<extLst><ext uri="{1}"><row r="x"/></ext></extLst>'
                   "</worksheet>"),
+    "extension of a condition": (REVENUE, "</dataBar>", "</dataBar><extLst><ext/></extLst>"),
+    "opacity": (STYLES, "FFFFC7CE", "00ffc7ce"),
     "range kept with a filter": (BOOK, f"'Q1 sales'!$A$1:$E$6{NEXT_NAME}Limit",
                                  f"'Q1 sales'!$A$1:$E$9{NEXT_NAME}Limit"),
 }

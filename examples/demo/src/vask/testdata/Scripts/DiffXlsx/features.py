@@ -168,12 +168,15 @@ class SheetFeatures:
 
     def _validation(self, element):
         attributes = element.attributes
-        # Programs write an operator and a second formula even where there is nothing to compare.
-        compares = attributes.get("type", "none") not in ("none", "list", "custom")
-        if not compares:
+        kind = attributes.get("type", "none")
+        # Programs write operators and formulas even where there is nothing to compare.
+        meant = 0 if kind == "none" else 1
+        if kind in ("none", "list", "custom"):
             attributes.pop("operator", None)
-        if not compares or attributes.get("operator", "between") not in ("between", "notBetween"):
-            element.children = [child for child in element.children if child.tag != "formula2"]
+        elif attributes.get("operator", "between") in ("between", "notBetween"):
+            meant = 2
+        element.children = [child for child in element.children
+                            if child.tag in ("formula1", "formula2")[:meant]]
         self._add(f"validation of {_area(attributes.pop('sqref'))}", described(element))
 
     def _hyperlink(self, attributes):
