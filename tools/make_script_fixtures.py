@@ -53,7 +53,7 @@ def main():
         office = Office(pathlib.Path(scratch))
         make_cairo_pdfs()
         make_writer_pdfs(office)
-        make_locked_pdfs()
+        make_qpdf_pdfs()
         make_workbooks(office)
         make_demo(office)
 
@@ -153,12 +153,15 @@ def make_writer_pdfs(office):
         office.convert(page, PDF_DATA / name)
 
 
-def make_locked_pdfs():
-    """One file that nobody opens without the password, one that everybody may open but not edit."""
+def make_qpdf_pdfs():
+    """One file that nobody opens without the password, one that everybody may open but not edit,
+    and one that keeps its tables in streams."""
     for name, user_password in (("qpdf_locked.pdf", "secret"), ("qpdf_restricted.pdf", "")):
         subprocess.run(
             ["qpdf", "--encrypt", user_password, "owner", "256", "--extract=n", "--modify=none",
              "--", PDF_DATA / "writer_report.pdf", PDF_DATA / name], check=True)
+    subprocess.run(["qpdf", "--linearize", "--object-streams=generate",
+                    PDF_DATA / "writer_report.pdf", PDF_DATA / "qpdf_compact.pdf"], check=True)
 
 
 # XLSX ---------------------------------------------------------------------------------------------
@@ -168,6 +171,19 @@ def make_workbooks(office):
     write_openpyxl(XLSX_DATA / "openpyxl_redated.xlsx", ACTUAL_DAY)
     office.convert(XLSX_DATA / "openpyxl_report.xlsx", XLSX_DATA / "calc_report.xlsx")
     write_xlsxwriter(XLSX_DATA / "xlsxwriter_report.xlsx")
+    make_dressed_workbooks(office)
+
+
+def make_dressed_workbooks(office):
+    """A workbook with one of everything that is compared besides cells, saved again by the others.
+
+    Calc changes some of it on loading, so that its own two runs make a pair of their own.
+    """
+    first = XLSX_DATA / "xlsxwriter_dressed.xlsx"
+    write_dressed(first)
+    openpyxl.load_workbook(first).save(XLSX_DATA / "openpyxl_dressed.xlsx")
+    office.convert(first, XLSX_DATA / "calc_dressed.xlsx")
+    office.convert(XLSX_DATA / "calc_dressed.xlsx", XLSX_DATA / "calc_dressed_again.xlsx")
 
 
 def write_openpyxl(path, day):
@@ -231,6 +247,39 @@ def write_xlsxwriter(path):
     notes = book.add_worksheet("Notes")
     notes.write_column("A1", ["Closed on", "Umsätze  geprüft: Łódź, 東京"])
     notes.write_datetime("B1", datetime.datetime(2024, 3, 31), day)
+    book.close()
+
+
+def write_dressed(path):
+    book = xlsxwriter.Workbook(path, {"in_memory": True})
+    book.set_properties({"created": MASTER_DAY})
+    red = book.add_format({"bg_color": "#FFC7CE", "font_color": "#9C0006"})
+    bold = book.add_format({"bold": True})
+    sheet, rates = book.add_worksheet("Q1 sales"), book.add_worksheet("Rates")
+    sheet.write_row("A1", ["Region", *QUARTERS])
+    for row, (region, amounts) in enumerate(REGIONS.items(), start=2):
+        sheet.write(f"A{row}", region)
+        sheet.write_row(f"B{row}", amounts)
+    sheet.autofilter("A1:E6")
+    sheet.filter_column("A", 'x == "Americas"')
+    sheet.set_row(3, options={"hidden": True})
+    sheet.set_column("G:I", None, None, {"hidden": True})
+    sheet.freeze_panes(1, 1)
+    sheet.print_area("A1:E6")
+    sheet.repeat_rows(0)
+    sheet.conditional_format("B2:E6", {"type": "cell", "criteria": ">", "value": 900,
+                                       "format": red})
+    sheet.conditional_format("B2:B6", {"type": "data_bar"})
+    sheet.conditional_format("A2:A6", {"type": "formula", "criteria": "=$B2>Rates!$A$1",
+                                       "format": bold})
+    sheet.data_validation("F2:F6", {"validate": "list", "source": ["open", "closed"]})
+    sheet.write_url("A9", "https://reports.example/7", string="Details", tip="Run 7")
+    sheet.write_url("A10", "internal:Rates!A1", string="Rates")
+    sheet.protect("secret", {"sort": True})
+    sheet.set_header("&LRevenue")
+    rates.write("A1", 1000)
+    rates.hide_gridlines(2)
+    book.define_name("Limit", "=Rates!$A$1")
     book.close()
 
 

@@ -1,7 +1,13 @@
 """The PDF comparison, on files that cairo, LibreOffice and qpdf made."""
 
+import contextlib
 import os
+import pathlib
 import shutil
+import signal
+import subprocess
+import sys
+import time
 import unittest
 
 from running import DATA, DIFFERENT, EQUAL, SCRIPTS, TROUBLE, ScriptTest
@@ -23,6 +29,7 @@ class DiffPdfTest(ScriptTest):
             ([], "cairo_report", "cairo_redated", EQUAL, ""),
             ([], "writer_report", "writer_redated", EQUAL, ""),
             ([], "writer_report", "qpdf_restricted", EQUAL, ""),
+            ([], "writer_report", "qpdf_compact", EQUAL, ""),
             ([], "cairo_report", "cairo_longer", DIFFERENT, "pages\n  master: 2\n  actual: 3\n"),
             ([], "cairo_report", "cairo_reworded", DIFFERENT,
              "text, page 2, line 1\n  master: Revenue by quarter\n  actual: Revenue per quarter"),
@@ -55,13 +62,24 @@ class DiffPdfTest(ScriptTest):
         for arguments, status in ((["--help"], EQUAL), (["one.pdf"], TROUBLE)):
             with self.subTest(arguments):
                 self.check(arguments, status, "usage: diffPdfFiles.py [options] MASTER ACTUAL")
+        self.check(["--help"], EQUAL, "never (default: 60)")
 
     def test_damaged_files(self):
         whole = (PDF / "cairo_report.pdf").read_bytes()
+        table = whole.rindex(b"startxref")
         rows = {
-            "end cut off": (whole[:-30], DIFFERENT, "structure\n  master: sound\n  actual: Syntax"),
+            "end cut off": (whole[:-30], TROUBLE, "repaired"),
             "half a file": (whole[:len(whole) // 2], TROUBLE, "poppler cannot read"),
             "nothing": (b"", TROUBLE, "not a PDF"),
+            "no startxref": (whole[:table] + whole[table + 10:], TROUBLE, "(no startxref)"),
+            "no table": (whole[:table] + b"startxref\n12\n%%EOF\n", TROUBLE, "at offset 12"),
+            "earlier table": (whole.replace(b"/Size", b"/Prev 33 /Size"), TROUBLE, "at offset 33"),
+            "too short a table": (whole.replace(b"xref\n0 18", b"xref\n0 19"), TROUBLE, "repaired"),
+            "object elsewhere": (whole.replace(b"0000009173", b"0000000000"), TROUBLE,
+                                 "table misses an object"),
+            "syntax error": (whole.replace(b"(Revenue)", b">Revenue)"), DIFFERENT,
+                             "structure\n  master: sound\n  actual: Syntax Error"),
+            "lines before and after": (b"From: server\n\n" + whole + b"\n" * 2000, EQUAL, ""),
         }
         for name, (content, status, words) in rows.items():
             with self.subTest(name):
@@ -83,10 +101,25 @@ class DiffPdfTest(ScriptTest):
                 self.check([PDF / "cairo_report.pdf", name], EQUAL, "")
                 self.check([name, "-r"], DIFFERENT, "text, page 2")
 
+    def fake(self, program, action):
+        """Puts a program of this name before poppler's own; returns the environment to run in."""
+        self.put(program, f"#!/bin/sh\n{action}\n".encode()).chmod(0o755)
+        return {"PATH": f"{self.folder}:{os.environ['PATH']}"}
+
+    def assert_gone(self, process):
+        """A killed process may stay a zombie (Z) where nobody waits for orphans."""
+        for _ in range(100):
+            with contextlib.suppress(FileNotFoundError, ProcessLookupError):
+                if ") Z " not in pathlib.Path(f"/proc/{process}/stat").read_text():
+                    time.sleep(0.05)
+                    continue
+            return
+        self.fail(f"process {process} still runs")
+
     def test_failing_poppler(self):
         rows = [
             # program that is replaced, what it does, words of the output
-            ("pdfinfo", "sleep 50", "gave up after 1 s"),
+            ("pdfinfo", "sleep 50 & echo $! >>children; wait", "gave up after 1 s"),
             ("pdftotext", "exit 1", "pdftotext cannot read"),
             ("pdftoppm", "printf 'P6\\n2 2\\n255\\n123456789012'", "cannot draw page 2"),
             ("pdftoppm", "printf 'P6\\n2 2\\n255\\n12345'", "cannot draw page 1"),
@@ -94,15 +127,29 @@ class DiffPdfTest(ScriptTest):
         pair = [PDF / "cairo_report.pdf", PDF / "cairo_redated.pdf"]
         for program, action, words in rows:
             with self.subTest(program=program, action=action):
-                fake = self.put(program, f"#!/bin/sh\n{action}\n".encode())
-                fake.chmod(0o755)
+                environment = self.fake(program, action)
                 limit = ["--timeout", "1"] if "sleep" in action else []
-                self.check([*limit, *pair], TROUBLE, words,
-                           PATH=f"{self.folder}:{os.environ['PATH']}")
-                fake.unlink()
+                self.check([*limit, *pair], TROUBLE, words, **environment)
+                (self.folder / program).unlink()
+        for process in (self.folder / "children").read_text().split():
+            self.assert_gone(process)
+        with self.subTest("endless pattern"):
+            self.check(["--timeout", "1", "--ignore-text", "((.+)+)+#", *pair], TROUBLE, "gave up")
         with self.subTest("not installed"):
             self.check(pair, TROUBLE, "install the Debian package poppler-utils",
                        PATH=str(self.folder))
+
+    def test_terminated(self):
+        environment = self.fake("pdfinfo", "echo $$ >child; exec sleep 50")
+        script = subprocess.Popen(
+            [sys.executable, self.script, PDF / "cairo_report.pdf", PDF / "cairo_redated.pdf"],
+            cwd=self.folder, env={**os.environ, **environment})
+        child = self.folder / "child"
+        while not child.exists() or not child.read_text():
+            self.assertIsNone(script.poll())
+        script.terminate()
+        self.assertEqual(-signal.SIGTERM, script.wait())
+        self.assert_gone(child.read_text().strip())
 
 
 if __name__ == "__main__":

@@ -59,7 +59,76 @@ OTHER_CONTENT = {
                          "order of sheets\n  master: Revenue, Notes\n  actual: Notes, Revenue"),
     "hidden sheet": (BOOK, 'sheetId="2" state="visible"', 'sheetId="2" state="hidden"',
                      'sheet "Notes", state'),
+    "number in other digits": (REVENUE, "<v>842</v>", "<v>\uff1842</v>", 'actual: number "'),
+    "cell of another namespace": (REVENUE, '<c r="C4"', '<c xmlns="urn:other" r="C4"',
+                                  "cell C4\n  master: number 866.5\n  actual: empty"),
     "date system": (BOOK, "<workbookPr ", '<workbookPr date1904="1" ', "date system"),
+}
+
+# The same for XlsxWriter's workbook that has one of everything besides cells.
+NEXT_NAME = '</definedName><definedName name="'
+DRESSED_SAME = {
+    "row of no height": (REVENUE, ' hidden="1"><c r="A4"', ' ht="0"><c r="A4"'),
+    "columns one by one": (REVENUE, '<col min="7" max="9" width="0" hidden="1" customWidth="1"/>',
+                           '<col min="8" max="9" hidden="true"/><col min="7" max="7" width="0"/>'),
+    "scrolled": (REVENUE, 'topLeftCell="B2" activePane="bottomRight"', 'topLeftCell="B4"'),
+    "selection": (REVENUE, 'activeCell="B1" sqref="B1"', 'activeCell="D1" sqref="D1"'),
+    "defaults": (REVENUE, 'sheet="1" objects="1"', 'sheet="true" objects="1" formatCells="1"'),
+    "protection off": ("xl/worksheets/sheet2.xml", "</sheetData>",
+                       '</sheetData><sheetProtection sheet="0" objects="1"/>'),
+    "password salted": (REVENUE, 'password="DAA7"', 'algorithmName="SHA-512" hashValue="Zm9v" '
+                        'saltValue="YmFy" spinCount="100000"'),
+    "priorities": (REVENUE, 'priority="2"', 'priority="8"'),
+    "identifier of a link": (REVENUE, 'r:id="rId1" tooltip', 'r:id="rId1" display="x" tooltip'),
+    "needless quotes": (REVENUE, "$B2&gt;Rates!$A$1", "$B2&gt;'Rates'!$A$1"),
+    "operator of a list": (REVENUE, '<dataValidation type="list"',
+                           '<dataValidation type="list" operator="equal"'),
+    "extension": (REVENUE, "</worksheet>", '<extLst><ext uri="{1}"><row r="x"/></ext></extLst>'
+                  "</worksheet>"),
+    "extension of a condition": (REVENUE, "</dataBar>", "</dataBar><extLst><ext/></extLst>"),
+    "opacity": (STYLES, "FFFFC7CE", "00ffc7ce"),
+    "range kept with a filter": (BOOK, f"'Q1 sales'!$A$1:$E$6{NEXT_NAME}Limit",
+                                 f"'Q1 sales'!$A$1:$E$9{NEXT_NAME}Limit"),
+}
+DRESSED_OTHER = {
+    "row hidden": (REVENUE, '<row r="3"', '<row hidden="1" r="3"',
+                   'sheet "Q1 sales", hidden rows\n  master: 4\n  actual: 3:4'),
+    "other rows hidden": (REVENUE, '<sheetFormatPr ', '<sheetFormatPr zeroHeight="1" ',
+                          "actual: 4, 7:8, 11:1048576"),
+    "column hidden": (REVENUE, '<col min="7" max="9"', '<col min="6" max="9"',
+                      "hidden columns\n  master: G:I\n  actual: F:I"),
+    "panes": (REVENUE, '<pane xSplit="1" ySplit="1"', '<pane ySplit="1"',
+              "frozen panes\n  master: 1 rows, 1 columns\n  actual: 1 rows, 0 columns"),
+    "gridlines": ("xl/worksheets/sheet2.xml", 'showGridLines="0"', "", "view\n  master: showGrid"),
+    "protection": (REVENUE, ' sort="0"', "", "protection\n"),
+    "no password": (REVENUE, ' password="DAA7"', "", "with a password"),
+    "workbook protection": (BOOK, "<bookViews>",
+                            '<workbookProtection lockStructure="1"/><bookViews>',
+                            "protection of the workbook\n  master: none\n  actual: lockStruct"),
+    "filtered range": (REVENUE, 'autoFilter ref="A1:E6"', 'autoFilter ref="A1:E5"', "autofilter"),
+    "filter": (REVENUE, 'filter val="Americas"', 'filter val="Europe"', "autofilter"),
+    "condition": (REVENUE, "<formula>900<", "<formula>901<", "conditional formats of B2:E6"),
+    "format of a condition": (STYLES, "FFFFC7CE", "FFFFC7CF", "conditional formats of B2:E6"),
+    "kind of condition": (REVENUE, 'type="cellIs"', 'type="aboveAverage" stdDev="2"', "stdDev=2"),
+    "order of conditions": (REVENUE, 'priority="1"', 'priority="9"',
+                            "master: B2:E6, B2:B6\n  actual: B2:B6, B2:E6"),
+    "validation": (REVENUE, "open,closed", "open,shut", "validation of F2:F6"),
+    "validated range": (REVENUE, 'sqref="F2:F6"', 'sqref="F2:F7"', "validation of F2:F7"),
+    "link": ("xl/worksheets/_rels/sheet1.xml.rels", "example/7", "example/8",
+             "hyperlink of A9\n  master: https://reports.example/7 (Run 7)"),
+    "link within": (REVENUE, 'location="Rates!A1"', 'location="Rates!A2"', "hyperlink of A10"),
+    "header": (REVENUE, "&amp;LRevenue", "&amp;RRevenue", "header and footer"),
+    "name": (BOOK, ">Rates!$A$1<", ">Rates!$A$2<", 'defined name "Limit"\n  master: Rates!$A$1'),
+    "print area": (BOOK, f"'Q1 sales'!$A$1:$E$6{NEXT_NAME}_xlnm.Print_T",
+                   f"'Q1 sales'!$A$1:$E$9{NEXT_NAME}_xlnm.Print_T",
+                   'defined name "_xlnm.Print_Area" of sheet "Q1 sales"'),
+}
+
+DRESSED_DAMAGE = {
+    "element in a formula": (REVENUE, "<formula>900<", "<formula>9<x/>00<", "text between"),
+    "no such format": (REVENUE, 'dxfId="1"', 'dxfId="2"', "no entry 2 among 2"),
+    "no such link": (REVENUE, 'r:id="rId1"', 'r:id="rId2"', "no 'rId2'"),
+    "name of no sheet": (BOOK, 'localSheetId="0"', 'localSheetId="2"', "no entry 2 among 2"),
 }
 
 # Changes that make it no workbook any more.
@@ -72,6 +141,20 @@ DAMAGE = {
     "cell twice": (REVENUE, '<c r="C4"', '<c r="B4"', "cell B4 is out of order"),
     "formula shared by none": (REVENUE, '<f aca="false">SUM(B3', '<f t="shared" si="9"/><f>SUM(B3',
                                "damaged"),
+    "index below zero": (REVENUE, "<v>7</v>", "<v>-1</v>", "no unsigned number: '-1'"),
+    "index in other digits": (REVENUE, "<v>7</v>", "<v>\uff17</v>", "no unsigned number"),
+    "style below zero": (REVENUE, 's="2" t="n"><v>842<', 's="-1" t="n"><v>842<', "no unsigned"),
+    "style that is not there": (REVENUE, 's="2" t="n"><v>842<', 's="99" t="n"><v>842<', "no entry"),
+    "element in a value": (REVENUE, "<v>842</v>", "<v>84<x/>2</v>", "'x' within a text"),
+    "two values": (REVENUE, "<v>842</v>", "<v>842</v><v>842</v>", "cell B4 has two values"),
+    "text beside a value": (REVENUE, "<v>842</v>", "<v>842</v>842", "text between elements"),
+    "rows exchanged": (REVENUE, '<row r="4"', '<row r="2"', "row 2 is out of order"),
+    "column that does not exist": (REVENUE, '<c r="F7"', '<c r="XFE7"', "no column: 'XFE'"),
+    "neither true nor false": (REVENUE, 'hidden="false"', 'hidden="maybe"', "neither true nor"),
+    "other namespace": (REVENUE, '"http://schemas.openxmlformats.org/spreadsheetml/2006/main"',
+                        '"urn:other"', "not the root of such a part: 'urn:other worksheet'"),
+    "unknown encoding": (REVENUE, 'encoding="UTF-8"', 'encoding="klingon"', "unknown encoding"),
+    "endless tag": (STRINGS, "<sst ", "<sst " + " " * (5 << 20), "a tag of more than 4 MB"),
     "sheet not stored": (RELATIONS, "sheet2.xml", "sheet9.xml", "lacks the part"),
     "sheet not related": (BOOK, 'r:id="rId3"', 'r:id="rId9"', "damaged in 'xl/workbook.xml'"),
     "sheet name twice": (BOOK, 'name="Notes"', 'name="Revenue"', "two of one name"),
@@ -96,12 +179,29 @@ class DiffXlsxTest(ScriptTest):
                 target.writestr(name, content.encode(encoding if name == part else "utf-8"))
         return path
 
+    def strict(self):
+        """Writes the workbook in the namespaces of strict SpreadsheetML."""
+        path = self.folder / "strict.xlsx"
+        with zipfile.ZipFile(XLSX / "calc_report.xlsx") as source, \
+                zipfile.ZipFile(path, "w") as target:
+            for name in source.namelist():
+                content = source.read(name)
+                for vocabulary, part in ((b"spreadsheetml", b"main"),
+                                         (b"officeDocument", b"relationships")):
+                    content = content.replace(
+                        b"schemas.openxmlformats.org/%s/2006/%s" % (vocabulary, part),
+                        b"purl.oclc.org/ooxml/%s/%s" % (vocabulary, part))
+                target.writestr(name, content)
+        return path
+
     def test_producers(self):
         rows = [
             ("openpyxl_report", "openpyxl_redated", EQUAL, ""),
             ("calc_report", "xlsxwriter_report", EQUAL, ""),
             ("xlsxwriter_report", "calc_report", EQUAL, ""),
             ("calc_report", "openpyxl_report", DIFFERENT, "cell F3, value"),
+            ("xlsxwriter_dressed", "openpyxl_dressed", EQUAL, ""),
+            ("calc_dressed", "calc_dressed_again", EQUAL, ""),
         ]
         for master, actual, status, words in rows:
             with self.subTest(master=master, actual=actual):
@@ -116,13 +216,23 @@ class DiffXlsxTest(ScriptTest):
             with self.subTest(name):
                 base = self.folder / "shared.xlsx" if name == "shared formula" else master
                 self.check([master, self.variant(*change, base=base)], EQUAL, "")
-        for status, table in ((DIFFERENT, OTHER_CONTENT), (TROUBLE, DAMAGE)):
-            for name, (*change, words) in table.items():
-                with self.subTest(name):
-                    encoding = "UTF-16" if "another encoding" in name else "UTF-8"
-                    actual = self.variant(*change, encoding=encoding)
-                    self.check([master, actual], status, words)
-                    self.assertEqual(status, self.run_script(actual, master)[0])
+        self.check_table(OTHER_CONTENT, DIFFERENT, "calc_report.xlsx")
+        self.check_table(DAMAGE, TROUBLE, "calc_report.xlsx")
+
+    def test_changes_besides_cells(self):
+        same = {name: (*change, "") for name, change in DRESSED_SAME.items()}
+        self.check_table(same, EQUAL, "xlsxwriter_dressed.xlsx")
+        self.check_table(DRESSED_OTHER, DIFFERENT, "xlsxwriter_dressed.xlsx")
+        self.check_table(DRESSED_DAMAGE, TROUBLE, "xlsxwriter_dressed.xlsx")
+
+    def check_table(self, table, status, base):
+        for name, (*change, words) in table.items():
+            with self.subTest(name):
+                encoding = "UTF-16" if "another encoding" in name else "UTF-8"
+                actual = self.variant(*change, base=base, encoding=encoding)
+                self.check([XLSX / base, actual], status, words)
+                if status == DIFFERENT:
+                    self.assertEqual(status, self.run_script(actual, XLSX / base)[0])
 
     def test_other_spellings(self):
         prefixed = self.variant(REVENUE, "<", "<x:")
@@ -137,8 +247,10 @@ class DiffXlsxTest(ScriptTest):
         self.check([XLSX / "calc_report.xlsx", prefixed], EQUAL, "")
         wide = self.variant(STRINGS, "Region<", "Region<", encoding="UTF-16")
         self.check([XLSX / "calc_report.xlsx", wide], EQUAL, "")
+        self.check([XLSX / "calc_report.xlsx", self.strict()], EQUAL, "")
         unstored = self.variant(
-            RELATIONS, "</Relationships>", '<Relationship Id="none" Type="x/sharedStrings" '
+            RELATIONS, "</Relationships>", '<Relationship Id="none" Type="http://schemas.openxml'
+            'formats.org/officeDocument/2006/relationships/sharedStrings" '
             'Target="sharedStrings.xml"/></Relationships>', base="openpyxl_report.xlsx")
         self.check([XLSX / "openpyxl_report.xlsx", unstored], EQUAL, "")
 
@@ -159,6 +271,10 @@ class DiffXlsxTest(ScriptTest):
         with self.subTest("bomb"):
             bomb = self.variant(STRINGS, "<sst ", "<sst " + " " * (20 << 20))
             self.check([XLSX / "calc_report.xlsx", bomb], TROUBLE, "ZIP bomb")
+        with self.subTest("other compression"):
+            with zipfile.ZipFile(self.folder / "lzma.xlsx", "w", zipfile.ZIP_LZMA) as package:
+                package.writestr("xl/workbook.xml", "<workbook/>")
+            self.check([XLSX / "calc_report.xlsx", "lzma.xlsx"], TROUBLE, "compression")
         with self.subTest("part twice"):
             with zipfile.ZipFile(self.variant(BOOK, "<", "<"), "a") as package:
                 package.writestr("XL/workbook.xml", "<workbook/>")

@@ -5,9 +5,13 @@ exit status, so the status must be honest: EQUAL only when everything was looked
 DIFFERENT for what could not be compared at all.
 """
 
+import contextlib
 import os
+import resource
+import signal
 import stat
 import sys
+import time
 
 EQUAL, DIFFERENT, TROUBLE = 0, 1, 2
 
@@ -27,18 +31,79 @@ def run(main):
     """
     for stream in (sys.stdout, sys.stderr):
         stream.reconfigure(errors="backslashreplace")
+    sys.exit(_status_of(lambda: main(sys.argv[1:])))
+
+
+def _status_of(work):
     try:
-        status = main(sys.argv[1:])
+        status = work()
         sys.stdout.flush()
+        return status
     except BrokenPipeError:
         # The reader left before the end, so the exit status is all that is left to give.
         os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
-        status = TROUBLE
+        return TROUBLE
     except Trouble as trouble:
-        status = _complain(str(trouble))
+        return _complain(str(trouble))
     except (Exception, KeyboardInterrupt) as error:
-        status = _complain(f"internal error: {type(error).__name__}: {error}")
-    sys.exit(status)
+        return _complain(f"internal error: {type(error).__name__}: {error}")
+
+
+def run_within(seconds, work):
+    """Returns the exit status that `work()` returns in a process group of its own.
+
+    The group is killed when the work ends, when `seconds` have passed (0 is no limit), which raises
+    Trouble, and when a signal ends this process. A process, because nothing inside Python ends a
+    regular expression that backtracks for ever.
+    """
+    signal.signal(signal.SIGCHLD, signal.SIG_DFL)
+    awaited = {number for number in (signal.SIGCHLD, signal.SIGHUP, signal.SIGINT, signal.SIGTERM)
+               if signal.getsignal(number) != signal.SIG_IGN}  # Ignored below nohup, say.
+    before = signal.pthread_sigmask(signal.SIG_BLOCK, awaited)
+    sys.stdout.flush()
+    child = os.fork()
+    if child == 0:
+        os.setpgid(0, 0)
+        signal.pthread_sigmask(signal.SIG_SETMASK, before)
+        _limit_processor_time(seconds)
+        os._exit(_status_of(work))
+    received = _await_end(child, awaited, seconds)
+    with contextlib.suppress(ProcessLookupError):  # It may not have got to make its group.
+        os.killpg(child, signal.SIGKILL)
+    os.kill(child, signal.SIGKILL)
+    status = os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+    if received is None:
+        raise Trouble(f"gave up after {seconds} s")
+    if received != signal.SIGCHLD:
+        signal.signal(received, signal.SIG_DFL)
+        os.kill(os.getpid(), received)
+    signal.pthread_sigmask(signal.SIG_SETMASK, before)
+    if status < 0:
+        raise Trouble(f"the comparison was ended by signal {-status}")
+    return status
+
+
+def _await_end(child, awaited, seconds):
+    """Returns the signal that ends the wait for the child, which is kept as a zombie, or None."""
+    deadline = time.monotonic() + seconds
+    while True:
+        if seconds:
+            info = signal.sigtimedwait(awaited, max(0, deadline - time.monotonic()))
+        else:
+            info = signal.sigwaitinfo(awaited)
+        if info is None or info.si_signo != signal.SIGCHLD:
+            return info and info.si_signo
+        # A child that was merely stopped sends the signal, too. A zombie keeps its group's number.
+        if os.waitid(os.P_PID, child, os.WEXITED | os.WNOHANG | os.WNOWAIT):
+            return signal.SIGCHLD
+
+
+def _limit_processor_time(seconds):
+    """Ends what is left behind when the process that keeps the time limit is killed itself."""
+    if seconds:
+        limit, most = resource.getrlimit(resource.RLIMIT_CPU)
+        if limit == resource.RLIM_INFINITY or limit > seconds:
+            resource.setrlimit(resource.RLIMIT_CPU, (seconds + 1, most))
 
 
 def _complain(message):

@@ -1,18 +1,30 @@
 #!/usr/bin/env python3
 """Compares two XLSX workbooks by what they hold.
 
-    DiffXlsx.py [-o REPORTFILE] MASTER ACTUAL
+Compared are
+  - the sheets: names, order, hidden or not; defined names, print areas and print titles;
+  - of every cell that holds something: value, formula, number format; numbers compare by value, so
+    1 and 1.0 are equal;
+  - merged ranges, hidden rows and columns (those without any height or width are hidden, too),
+    frozen and split panes, whether gridlines, headings, zeros or formulas show;
+  - autofilters, conditional formats, data validation, hyperlinks, headers and footers;
+  - the protection of the workbook, its sheets and ranges: what it allows and whether there is a
+    password, but not which;
+  - the date system, which says what day a number means.
 
-Compared are the sheets (names, order, hidden or not), and on each sheet the value, the formula and
-the number format of every cell that holds something, and the merged ranges; also the date system,
-which says what day a number means. Numbers compare by value, so 1 and 1.0 are equal.
+Not compared are
+  - document properties (dates, author, application), macros, calculation settings;
+  - fonts, colours, borders, alignment and sizes, other than those in conditional formats; the
+    formats of parts of a text; the number formats of empty cells; which cells are locked;
+  - charts, pictures, shapes, comments, tables, pivot tables, sparklines, form controls;
+  - groups of rows and columns, page set-up, margins and page breaks; zoom, scroll positions,
+    selections; custom views and scenarios; the files that links such as [1]Sheet1!A1 stand for;
+  - what only an extension (extLst) or alternate content holds, such as validation against a list on
+    another sheet as some programs store it.
 
-Not compared are the document properties (dates, author, application), fonts, colours, sizes,
-charts, pictures, comments and the number formats of empty cells.
-
-The report file gets the verdict and the differences, and is replaced in one step, so that whoever
-reads it never sees half of it. Exit status: 0 equal, 1 different, 2 trouble (unreadable or
-encrypted file, damaged package, report file that cannot be written).
+Exit status: 0 equal, 1 different, 2 trouble (unreadable or encrypted file, damaged package, report
+file that cannot be written). The report file gets the verdict and the differences, and is replaced
+in one step, so that whoever reads it never sees half of it.
 """
 
 import argparse
@@ -66,11 +78,9 @@ def main(argv):
 
 def option_parser():
     parser = argparse.ArgumentParser(
-        usage="%(prog)s [-o REPORTFILE] MASTER ACTUAL", allow_abbrev=False,
-        description="Compares two XLSX workbooks: sheets and their order, values, formulas and "
-                    "number formats of their cells, merged ranges. Document properties are not "
-                    "compared.",
-        epilog="Options stand before the files. Exit status: 0 equal, 1 different, 2 trouble.")
+        usage="%(prog)s [-o REPORTFILE] MASTER ACTUAL", allow_abbrev=False, description=__doc__,
+        formatter_class=argparse.RawDescriptionHelpFormatter,
+        epilog="Options stand before the files.")
     parser.add_argument("-o", dest="report", metavar="REPORTFILE",
                         help="write the verdict and the differences to this file")
     return parser
@@ -128,12 +138,21 @@ def compare_workbooks(left, right, findings):
         findings.add("date system", left.date_system, right.date_system)
     ours, theirs = ({sheet.name: sheet for sheet in book.sheets} for book in (left, right))
     compare_sheet_lists(ours, theirs, findings)
+    compare_lines("", left.lines, right.lines, findings)
     same_tables = left.same_tables(right)
     for name in [name for name in ours if name in theirs]:
         if same_tables and left.same_sheet(ours[name], right, theirs[name]):
             continue
         compare_sheets(f'sheet "{name}"', left.open_sheet(ours[name]),
                        right.open_sheet(theirs[name]), findings)
+
+
+def compare_lines(place, ours, theirs, findings):
+    """Compares what two files say at each place, {place: text}."""
+    for line in [*ours, *(line for line in theirs if line not in ours)]:
+        texts = [lines.get(line, "none") for lines in (ours, theirs)]
+        if texts[0] != texts[1]:
+            findings.add(f"{place}{line}", *texts)
 
 
 def compare_sheet_lists(ours, theirs, findings):
@@ -168,6 +187,7 @@ def compare_sheets(place, left, right, findings):
         findings.add(f"{place}, cells {merged}",
                      *("merged" if merged in side.merged else "not merged"
                        for side in (left, right)))
+    compare_lines(f"{place}, ", left.lines(), right.lines(), findings)
 
 
 def paired(left, right):

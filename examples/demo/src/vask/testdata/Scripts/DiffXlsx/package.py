@@ -5,22 +5,27 @@ part is unpacked, XML is parsed piece by piece, and document types, which could 
 that grow, are refused.
 """
 
+import collections
 import posixpath
 import xml.parsers.expat
 import zipfile
 import zlib
 
 from comparison import Trouble, head, same_streams
+from markup import RELATIONSHIPS, SPREADSHEET, Handler, Parser, handler_tree, relation_kind
+
+# What a part refers to: a `part` of the package, or the `address` of something outside.
+Relation = collections.namedtuple("Relation", "kind part address")
 
 _CHUNK = 1 << 16
-_DEEPEST_NESTING = 256
 _LARGEST_PACKAGE = 1 << 30  # unpacked bytes
 _LARGEST_RATIO = 500  # unpacked to packed; repetitive sheets reach 100, bombs 1000
 _SMALL_PART = 16 << 20  # unpacked bytes up to which any ratio will do
 
-# What reading a damaged package, or values that are none, can raise.
+# What reading a damaged package, or values that are none, can raise. A LookupError also comes from
+# XML in an unknown encoding.
 _DAMAGE = (zipfile.BadZipFile, zlib.error, EOFError, NotImplementedError, RuntimeError, OSError,
-           ValueError, KeyError, IndexError, xml.parsers.expat.ExpatError)
+           ValueError, LookupError, xml.parsers.expat.ExpatError)
 
 
 class Package:
@@ -38,6 +43,9 @@ class Package:
         for info in self._zip.infolist():
             if self._parts.setdefault(_part_name(info.filename), info) is not info:
                 raise Trouble(f"{path!r} holds the part {info.filename!r} twice")
+            if info.compress_type not in (zipfile.ZIP_STORED, zipfile.ZIP_DEFLATED):
+                raise Trouble(f"{path!r} holds {info.filename!r} in a compression that workbooks "
+                              "do not use")
         if sum(info.file_size for info in self._parts.values()) > _LARGEST_PACKAGE:
             raise Trouble(f"{path!r} unpacks to more than {_LARGEST_PACKAGE >> 20} MB")
 
@@ -67,20 +75,37 @@ class Package:
         except _DAMAGE:
             return False
 
-    def relations(self, source):
-        """Returns {identifier: (kind, part)} of what a part refers to; "" is the package."""
+    def same_sheet_part(self, part, other, other_part):
+        """Tells the same of parts and of what they refer to."""
+        return (self.same_part(part, other, other_part)
+                and self.same_part(self._relations_part(part), other,
+                                   other._relations_part(other_part)))
+
+    def _relations_part(self, source):
         folder, name = posixpath.split(source)
         part = posixpath.join(folder, "_rels", f"{name}.rels")
+        return part if part in self._parts else ""
+
+    def relations(self, source):
+        """Returns {identifier: Relation} of what a part refers to; "" is the package."""
+        folder = posixpath.dirname(source)
         found = {}
 
         def relationship(attributes):
-            if attributes.get("TargetMode") != "External":
-                target = posixpath.join("/", folder, attributes["Target"])
-                kind = attributes["Type"].rpartition("/")[2]
-                found[attributes["Id"]] = (kind, _part_name(posixpath.normpath(target)))
+            target, mode = attributes["Target"], attributes.get("TargetMode", "Internal")
+            kind = relation_kind(attributes["Type"])
+            if attributes["Id"] in found:
+                raise ValueError(f"identifier {attributes['Id']!r} twice")
+            if mode == "External":
+                found[attributes["Id"]] = Relation(kind, "", target)
+            else:
+                path = posixpath.normpath(posixpath.join("/", folder, target))
+                found[attributes["Id"]] = Relation(kind, _part_name(path), "")
 
-        if part in self._parts:
-            self.parse(part, {"Relationship": relationship})
+        part = self._relations_part(source)
+        if part:
+            self.parse(part, "Relationships", {"Relationship": Handler(relationship)},
+                       RELATIONSHIPS)
         return found
 
     def related(self, source, wanted):
@@ -88,69 +113,29 @@ class Package:
 
         Some producers refer to a table of texts or styles that they had no need to store.
         """
-        return next((part for kind, part in self.relations(source).values()
-                     if kind == wanted and part in self._parts), "")
+        return next((relation.part for relation in self.relations(source).values()
+                     if relation.kind == wanted and relation.part in self._parts), "")
 
-    def parse(self, part, starts, ends=None):
+    def parse(self, part, root, handlers, namespaces=SPREADSHEET):
         """Parses a part to its end; see parse_piecewise."""
-        for _ in self.parse_piecewise(part, starts, ends or {}):
+        for _ in self.parse_piecewise(part, root, handlers, namespaces):
             pass
 
-    def parse_piecewise(self, part, starts, ends):
-        """Calls starts[tag](attributes) and ends[tag](text), and yields now and then in between.
-
-        Tags stand without their namespaces, and those not listed are skipped; `text` is what
-        stands behind the last start tag.
-        """
-        parser = _parser(starts, ends)
+    def parse_piecewise(self, part, root, handlers, namespaces=SPREADSHEET):
+        """Parses a part with this root, as markup.handler_tree describes it, and yields now and
+        then in between."""
         try:
+            parser = Parser(handler_tree(root, handlers, namespaces))
             with self._open(part) as stream:
                 while chunk := stream.read(_CHUNK):
-                    parser.Parse(chunk, False)
+                    parser.feed(chunk)
                     yield
-                parser.Parse(b"", True)
+                parser.close()
                 yield
         except _DAMAGE as error:
-            reason = f"no entry {error}" if isinstance(error, LookupError) else error
+            reason = f"no {error}" if isinstance(error, KeyError) else error
             raise Trouble(f"{self.path!r} is damaged in {part!r}: {reason}") from None
 
 
 def _part_name(name):
     return name.replace("\\", "/").lstrip("/").lower()
-
-
-def _parser(starts, ends):
-    parser = xml.parsers.expat.ParserCreate(namespace_separator=" ")
-    parser.buffer_text = True
-    handlers = {}  # (on start, on end) by the name with its namespace, as far as names have come up
-    pieces = []
-    depth = 0
-
-    def on_start(name, attributes):
-        nonlocal depth
-        depth += 1
-        if depth > _DEEPEST_NESTING:
-            raise ValueError("nested too deeply")
-        if name not in handlers:
-            tag = name.rpartition(" ")[2]
-            handlers[name] = (starts.get(tag), ends.get(tag))
-        pieces.clear()
-        handler = handlers[name][0]
-        if handler:
-            handler(attributes)
-
-    def on_end(name):
-        nonlocal depth
-        depth -= 1
-        handler = handlers[name][1]
-        if handler:
-            handler("".join(pieces))
-
-    def on_doctype(*_):
-        raise ValueError("document types are not allowed")
-
-    parser.StartElementHandler = on_start
-    parser.EndElementHandler = on_end
-    parser.CharacterDataHandler = pieces.append
-    parser.StartDoctypeDeclHandler = on_doctype
-    return parser

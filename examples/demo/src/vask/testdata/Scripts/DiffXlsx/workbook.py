@@ -1,4 +1,4 @@
-"""Reads what is compared of a workbook: its sheets, their cells and their merged ranges.
+"""Reads what is compared of a workbook: its sheets, their cells and what else they hold.
 
 Cells are handed out one by one in the order of the file, so a sheet of a million rows takes no more
 memory than a small one. Producers store the same thing in several ways, and these come out alike:
@@ -9,16 +9,22 @@ without prefixes.
 
 import collections
 import functools
-import math
 import re
 
 from comparison import Trouble
+from features import SheetFeatures, described
+from markup import Handler, entry, flag, number, relation_id, unsigned
 from package import Package
-from references import cell_name, moved, position
+from references import cell_name, moved, position, row_number, unquoted
 
 # One sheet: `kind` is worksheet, chartsheet or the like, `part` its name in the package.
 Sheet = collections.namedtuple("Sheet", "name state kind part")
 
+# The number-format codes of cells, and the formats that conditions and filters refer to; by index.
+Styles = collections.namedtuple("Styles", "numbers differences")
+
+# A name that programs keep for themselves; it repeats the range of the autofilter.
+_FILTER_NAME = "_xlnm._FilterDatabase"
 
 # The number formats that files name by their identifier without spelling them out.
 _BUILT_IN_FORMATS = {
@@ -53,27 +59,40 @@ class Workbook:
     def __init__(self, path):
         self.date_system = "1900"
         self.sheets = []
+        self.lines = {}  # what else the workbook holds: {place: text}
         self._package = Package(path)
         main = self._package.related("", "officeDocument")
         if not main:
             raise Trouble(f"{path!r} is a ZIP file but not a workbook")
         self._strings_part = self._package.related(main, "sharedStrings")
         self._styles_part = self._package.related(main, "styles")
-        self._read_sheets(main)
+        self._read_main(main)
 
-    def _read_sheets(self, main):
+    def _read_main(self, main):
         relations = self._package.relations(main)
 
         def properties(attributes):
-            if attributes.get("date1904") in ("1", "true"):
-                self.date_system = "1904"
+            self.date_system = "1904" if flag(attributes.get("date1904", "0")) else "1900"
+
+        def protection(element):
+            if len(words := described(element).split(" ", 1)) > 1:
+                self.lines["protection of the workbook"] = words[1]
 
         def sheet(attributes):
-            key = next((attributes[name] for name in attributes if name.endswith(" id")), None)
+            target = relations[relation_id(attributes)]
             state = attributes.get("state", "visible")
-            self.sheets.append(Sheet(attributes["name"], state, *relations[key]))
+            self.sheets.append(Sheet(attributes["name"], state, target.kind, target.part))
 
-        self._package.parse(main, {"workbookPr": properties, "sheet": sheet})
+        def defined_name(element):
+            name, index = (element.attributes.get(key) for key in ("name", "localSheetId"))
+            scope = f' of sheet "{entry(self.sheets, unsigned(index)).name}"' if index else ""
+            if name != _FILTER_NAME:
+                self.lines[f'defined name "{name}"{scope}'] = unquoted(element.text)
+
+        self._package.parse(main, "workbook", {
+            "workbookPr": Handler(properties), "workbookProtection": Handler(whole=protection),
+            "sheets/sheet": Handler(sheet),
+            "definedNames/definedName": Handler(whole=defined_name)})
         if not self.sheets or len({sheet.name for sheet in self.sheets}) < len(self.sheets):
             raise Trouble(f"{self._package.path!r} has no sheets, or two of one name")
 
@@ -85,40 +104,47 @@ class Workbook:
     def same_sheet(self, sheet, other, other_sheet):
         """Tells whether two sheets are stored in the same bytes; they are equal where the tables
         are too."""
-        return self._package.same_part(sheet.part, other._package, other_sheet.part)
+        return self._package.same_sheet_part(sheet.part, other._package, other_sheet.part)
 
     def open_sheet(self, sheet):
-        return SheetReader(self._package, sheet.part, self._strings, self._formats)
+        return SheetReader(self._package, sheet, self._strings, self._styles)
 
     @functools.cached_property
     def _strings(self):
         """The shared texts, by index, without their formatting and their phonetic hints."""
         strings = []
-        item = _GatheredText()
+        pieces = []
+
+        def end_item():
+            strings.append("".join(pieces))
+            pieces.clear()
+
         if self._strings_part:
-            self._package.parse(self._strings_part, item.starts,
-                                {**item.ends, "si": lambda _: strings.append(item.take())})
+            self._package.parse(self._strings_part, "sst", {
+                "si": Handler(end=end_item), **text_handlers("si", pieces)})
         return strings
 
     @functools.cached_property
-    def _formats(self):
-        """The number-format code of each cell style, by index."""
-        codes = {}
-        styles = []  # identifiers of the formats in the list that is being read
-        cell_styles = []
+    def _styles(self):
+        """The Styles of the workbook."""
+        codes = dict(_BUILT_IN_FORMATS)
+        cell_formats, differences = [], []
 
         def number_format(attributes):
-            # The first one counts: conditional formats further down repeat identifiers.
-            codes.setdefault(int(attributes["numFmtId"]), _plain_code(attributes["formatCode"]))
+            codes[unsigned(attributes["numFmtId"])] = _plain_code(attributes["formatCode"])
+
+        def cell_format(attributes):
+            cell_formats.append(unsigned(attributes.get("numFmtId", "0")))
+
+        def difference(element):
+            differences.append(described(element).removeprefix("dxf").strip())
 
         if self._styles_part:
-            self._package.parse(self._styles_part, {
-                "numFmt": number_format,
-                "cellXfs": lambda _: styles.clear(),
-                "xf": lambda attributes: styles.append(int(attributes.get("numFmtId", 0))),
-            }, {"cellXfs": lambda _: cell_styles.extend(styles)})
-        codes = {**_BUILT_IN_FORMATS, **codes}
-        return [codes.get(number, f"built-in {number}") for number in cell_styles or [0]]
+            self._package.parse(self._styles_part, "styleSheet", {
+                "numFmts/numFmt": Handler(number_format), "cellXfs/xf": Handler(cell_format),
+                "dxfs/dxf": Handler(whole=difference)})
+        formats = [codes.get(format, f"built-in {format}") for format in cell_formats or [0]]
+        return Styles(formats, differences)
 
     def close(self):
         self._package.close()
@@ -130,60 +156,78 @@ def _plain_code(code):
 
 
 class SheetReader:
-    """Reads one sheet: `cells` in their order, and then `merged`, the names of merged ranges."""
+    """Reads one sheet: `cells` in their order; and then `merged`, the names of merged ranges, and
+    `lines`, {place: text} of what else it holds."""
 
-    def __init__(self, package, part, strings, formats):
+    def __init__(self, package, sheet, strings, styles):
         self.merged = set()
         self._package = package
-        self._part = part
+        self._sheet = sheet
         self._strings = strings
-        self._formats = formats
+        self._formats = styles.numbers
+        self._features = SheetFeatures(package.relations(sheet.part), styles.differences)
         self._found = []
         self._shared = {}  # index of a shared formula: (text, place of the cell it stands in)
-        # The row, the cell and the formula that are being read.
+        # The row, the cell, its value and its formula that are being read.
         self._row = 0
         self._at = (0, 0)
         self._cell = {}
         self._text = None
-        self._formula = ""
+        self._inline = []
+        self._formula = None
         self._formula_attributes = {}
-        self._inline = _GatheredText()
 
     def cells(self):
         """Yields every Cell that holds something, row by row and from left to right."""
-        starts = {"row": self._start_row, "c": self._start_cell, "f": self._start_formula,
-                  "mergeCell": lambda attributes: self.merged.add(attributes["ref"]),
-                  **self._inline.starts}
-        ends = {"c": self._end_cell, "f": self._end_formula, "v": self._end_value,
-                **self._inline.ends}
-        for _ in self._package.parse_piecewise(self._part, starts, ends):
+        cell = "sheetData/row/c"
+        handlers = {
+            "sheetData/row": Handler(self._start_row),
+            cell: Handler(self._start_cell, end=self._end_cell),
+            f"{cell}/f": Handler(self._start_formula, text=self._end_formula),
+            f"{cell}/v": Handler(text=self._end_value),
+            **text_handlers(f"{cell}/is", self._inline),
+            "mergeCells/mergeCell": Handler(lambda attributes: self.merged.add(attributes["ref"])),
+            **self._features.handlers}
+        for _ in self._package.parse_piecewise(self._sheet.part, self._sheet.kind, handlers):
             yield from self._found
             self._found.clear()
 
+    def lines(self):
+        return self._features.lines()
+
     def _start_row(self, attributes):
-        self._row = int(attributes.get("r", self._row + 1))
-        self._at = max(self._at, (self._row, 0))
+        row = row_number(attributes.get("r", str(self._row + 1)))
+        if row <= self._row:
+            raise ValueError(f"row {row} is out of order")
+        self._row = row
+        self._at = (row, 0)
+        self._features.row(row, attributes)
 
     def _start_cell(self, attributes):
         name = attributes.get("r")
         at = position(name) if name else (self._row, self._at[1] + 1)
-        if at <= self._at:
+        if at <= self._at or at[0] != self._row:
             raise ValueError(f"cell {cell_name(at)} is out of order")
         self._at = at
         self._cell = attributes
-        self._text = None
-        self._formula = ""
+        self._text = self._formula = None
+        self._inline.clear()
 
-    def _end_cell(self, _):
+    def _end_cell(self):
         value = self._value(self._cell.get("t", "n"))
+        style = unsigned(self._cell.get("s", "0"))
         if value or self._formula:
-            style = self._formats[int(self._cell.get("s", 0))]
-            self._found.append(Cell(self._at, value, self._formula, style))
+            self._found.append(Cell(self._at, value, self._formula or "",
+                                    entry(self._formats, style)))
 
     def _end_value(self, text):
+        if self._text is not None:
+            raise ValueError(f"cell {cell_name(self._at)} has two values")
         self._text = text
 
     def _start_formula(self, attributes):
+        if self._formula is not None:
+            raise ValueError(f"cell {cell_name(self._at)} has two formulas")
         self._formula_attributes = attributes
 
     def _end_formula(self, text):
@@ -193,55 +237,37 @@ class SheetReader:
         if kind == "shared" and text:
             self._shared[attributes["si"]] = (text, self._at)
         elif kind == "shared":
+            if attributes["si"] not in self._shared:
+                raise ValueError(f"cell {cell_name(self._at)} shares a formula that is not there")
             base, source = self._shared[attributes["si"]]
             text = moved(base, source, self._at)
         elif kind != "normal":
             text += "".join(f" {name}={value}" for name, value in sorted(attributes.items())
                             if name not in ("ca", "aca"))
-        self._formula = text
+        self._formula = unquoted(text)
 
     def _value(self, kind):
         text = self._text
         if kind == "inlineStr":
-            return ("text", self._inline.take() or text or "")
+            return ("text", "".join(self._inline) or text or "")
         if text is None or (not text and kind != "str"):
             return None
         if kind == "n":
             return _number(text)
         if kind == "s":
-            return ("text", self._strings[int(text)])
+            return ("text", entry(self._strings, unsigned(text)))
         return ({"str": "text", "b": "boolean", "e": "error", "d": "date"}.get(kind, kind), text)
 
 
 def _number(text):
     """Numbers compare by value, as spreadsheet programs hold them; what is none, as its text."""
     try:
-        value = math.nan if "_" in text else float(text)
+        return ("number", number(text))
     except ValueError:
-        value = math.nan
-    return ("number", value if math.isfinite(value) else text)
+        return ("number", text)
 
 
-class _GatheredText:
-    """Gathers the text of an item that may be cut into differently formatted runs.
-
-    `starts` and `ends` are the handlers to parse with; `take` returns the text of one item.
-    """
-
-    def __init__(self):
-        self._pieces = []
-        self._phonetic = False
-        self.starts = {"rPh": lambda _: self._set_phonetic(True)}
-        self.ends = {"rPh": lambda _: self._set_phonetic(False), "t": self._end_text}
-
-    def _set_phonetic(self, phonetic):
-        self._phonetic = phonetic
-
-    def _end_text(self, text):
-        if not self._phonetic:
-            self._pieces.append(text)
-
-    def take(self):
-        text = "".join(self._pieces)
-        self._pieces.clear()
-        return text
+def text_handlers(path, pieces):
+    """Handlers that gather the text of an item, which may be cut into runs, in `pieces`; phonetic
+    hints (rPh) are left out."""
+    return {f"{path}/t": Handler(text=pieces.append), f"{path}/r/t": Handler(text=pieces.append)}

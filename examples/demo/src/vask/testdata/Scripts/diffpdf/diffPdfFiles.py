@@ -1,11 +1,9 @@
 #!/usr/bin/env python3
 """Compares two PDF files by what a reader sees.
 
-    diffPdfFiles.py [options] MASTER ACTUAL
-
 These layers are compared in turn, and the first one that differs is reported:
 
-  structure  one file had to be repaired to be read, the other had not
+  structure  poppler finds syntax errors in one file, and none in the other
   pages      the number of pages
   text       the words of each page, line by line as they stand there
   picture    each page drawn as a viewer shows it (crop box, annotations included)
@@ -17,29 +15,28 @@ them may look alike here and differ elsewhere.
 Not compared are the document properties (title, producer, dates, file identifiers), compression and
 the order of objects, and what the page does not show: bookmarks, link targets, attachments.
 
-Exit status: 0 equal, 1 different, 2 trouble (unreadable or locked file, poppler missing).
+A file whose cross-reference table is missing or wrong is refused, because poppler repairs it by
+guessing. A pair that takes longer than the time limit (60 s by default) is given up, and every
+program that was started is killed.
+
+Exit status: 0 equal, 1 different, 2 trouble (unreadable, locked or repaired file, time limit
+reached, poppler missing).
 """
 
 import argparse
 import collections
-import contextlib
 import itertools
 import os
 import re
-import signal
 import sys
 
 sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
 from comparison import (DIFFERENT, EQUAL, Trouble, excerpts, head, parse_arguments, run,
-                        same_bytes)
+                        run_within, same_bytes)
 
 _LARGEST_TEXT = 256 << 20  # bytes of pdftotext's output
 _LARGEST_PICTURE = 100_000_000  # pixels; a page of 3.5 by 3.5 metres at 72 dpi
-
-# What pdfinfo says of one file. `path` is safe to hand to poppler, `largest` is the area of the
-# largest page in square points, `complaint` the first error that poppler had to repair, or "".
-Document = collections.namedtuple("Document", "path pages largest complaint")
 
 # One page's text, and the boxes (left, top, right, bottom, in points) of the words it leaves out.
 Page = collections.namedtuple("Page", "lines masks")
@@ -59,8 +56,10 @@ def main(argv):
             raise Trouble(f"{path!r} is not a PDF file")
     if identical:
         return EQUAL
-    set_deadline(options.timeout)
-    difference = compare(master, actual, options)
+    return run_within(options.timeout, lambda: report(compare(master, actual, options)))
+
+
+def report(difference):
     if not difference:
         return EQUAL
     print(f"different: {difference.place}\n"
@@ -70,10 +69,9 @@ def main(argv):
 
 def option_parser():
     parser = argparse.ArgumentParser(
-        usage="%(prog)s [options] MASTER ACTUAL", allow_abbrev=False,
-        description="Compares two PDF files by what a reader sees: number of pages, text of each "
-                    "page, each page drawn. Document properties are not compared.",
-        epilog="Options stand before the files. Exit status: 0 equal, 1 different, 2 trouble.")
+        usage="%(prog)s [options] MASTER ACTUAL", allow_abbrev=False, description=__doc__,
+        formatter_class=argparse.RawDescriptionHelpFormatter,
+        epilog="Options stand before the files.")
     parser.add_argument(
         "--dpi", type=number_within(10, 600), default=72,
         help="resolution of the drawn pages, 10 to 600 (default: %(default)s)")
@@ -85,8 +83,9 @@ def option_parser():
         help="leave out matching text, and its place on the drawn page; a match stays within one "
              "line, whose words are separated by one blank each")
     parser.add_argument(
-        "--timeout", type=number_within(0, 86400), default=300, metavar="SECONDS",
-        help="give up after this time, 0 for never (default: %(default)s)")
+        "--timeout", type=number_within(0, 86400), default=60, metavar="SECONDS",
+        help="give up after this time and kill what was started; 0 for never "
+             "(default: %(default)s)")
     return parser
 
 
@@ -106,16 +105,9 @@ def regular_expression(text):
         raise argparse.ArgumentTypeError(f"not a regular expression: {error}") from None
 
 
-def set_deadline(seconds):
-    """Ends whatever is under way with Trouble after `seconds`: a hostile file can take for ever."""
-    def give_up(*_):
-        raise Trouble(f"gave up after {seconds} s")
-    signal.signal(signal.SIGALRM, give_up)
-    signal.alarm(seconds)
-
-
 def compare(master, actual, options):
     """Returns the first Difference, or None."""
+    from poppler import describe  # Late: identical files need none of what it loads.
     documents = describe(master, actual)
     left, right = documents
     if bool(left.complaint) != bool(right.complaint):
@@ -131,61 +123,15 @@ def compare(master, actual, options):
     return compare_pictures(documents, masks, options)
 
 
-# Documents ----------------------------------------------------------------------------------------
-
-@contextlib.contextmanager
-def on_both(paths, program, *options, output=(), keep_errors=False):
-    """Runs a poppler program on both files at once, and in the end kills what still runs."""
-    import subprocess  # Late: identical files need none of it, and start-up counts.
-    with contextlib.ExitStack() as cleanup:
-        processes = []
-        for path in paths:
-            try:
-                process = subprocess.Popen(
-                    [program, *options, path, *output],
-                    stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                    stderr=subprocess.PIPE if keep_errors else subprocess.DEVNULL)
-            except FileNotFoundError:
-                raise Trouble(f"{program} not found: install the Debian package "
-                              "poppler-utils") from None
-            cleanup.enter_context(process)
-            cleanup.callback(process.kill)
-            processes.append(process)
-        yield processes
-
-
-def describe(*paths):
-    """Returns the Document of each path."""
-    # Relative names get a folder: poppler takes "-x" for an option and "fd://0" for its own input.
-    paths = [os.path.join(".", path) for path in paths]
-    with on_both(paths, "pdfinfo", "-f", "1", "-l", "-1", keep_errors=True) as processes:
-        return [parse_info(path, process) for path, process in zip(paths, processes)]
-
-
-def parse_info(path, process):
-    output, errors = (text.decode(errors="replace") for text in process.communicate())
-    if "Incorrect password" in errors:
-        raise Trouble(f"{path!r} is locked with a password")
-    # The title and the author stand before the facts and may hold anything, even such lines.
-    facts = output[output.rfind("\nPages:"):]
-    count = re.match(r"\nPages: +([1-9]\d*)", facts)
-    if process.returncode or not count:
-        reason = errors.partition("\n")[0] or "it has no pages"
-        raise Trouble(f"poppler cannot read {path!r}: {reason}")
-    sizes = re.findall(r"^Page +\d+ size: +(\S+) x (\S+) pts", facts, re.MULTILINE)
-    largest = max((float(width) * float(height) for width, height in sizes), default=0)
-    complaint = next((line for line in errors.split("\n") if line.startswith("Syntax Error")), "")
-    return Document(path, int(count[1]), largest, complaint)
-
-
 # Text ---------------------------------------------------------------------------------------------
 
 def read_pages(documents, ignored):
     """Returns, for each document, the list of its Pages; `ignored` is a pattern or None."""
+    from poppler import on_both
     layout = ("-bbox-layout", "-cropbox") if ignored else ("-layout",)
     paths = [document.path for document in documents]
-    with on_both(paths, "pdftotext", "-q", *layout, "-enc", "UTF-8", output=["-"]) as processes:
-        texts = [read_text(path, process) for path, process in zip(paths, processes)]
+    with on_both(paths, "pdftotext", *layout, "-enc", "UTF-8", output=["-"]) as programs:
+        texts = [read_text(path, program) for path, program in zip(paths, programs)]
     if ignored:
         return [pages_without(ignored, text) for text in texts]
     return [[Page(words_of_lines(page), []) for page in text.split("\f")] for text in texts]
@@ -201,12 +147,13 @@ def words_of_lines(text):
     return [line for line in lines if line]
 
 
-def read_text(path, process):
-    text = process.stdout.read(_LARGEST_TEXT + 1)
+def read_text(path, program):
+    text = program.output.read(_LARGEST_TEXT + 1)
     if len(text) > _LARGEST_TEXT:
         raise Trouble(f"{path!r} holds more than {_LARGEST_TEXT >> 20} MB of text")
-    if process.wait():
-        raise Trouble(f"pdftotext cannot read {path!r} (exit status {process.returncode})")
+    status, _ = program.finish()
+    if status:
+        raise Trouble(f"pdftotext cannot read {path!r} (exit status {status})")
     return text.decode(errors="replace")
 
 
@@ -251,27 +198,30 @@ def compare_texts(left, right):
 
 def compare_pictures(documents, masks, options):
     """Draws both documents side by side, one page of each in memory, up to the first difference."""
+    from poppler import on_both
     for document in documents:
         if document.largest * (options.dpi / 72) ** 2 > _LARGEST_PICTURE:
             raise Trouble(f"{document.path!r} has a page too large to draw at {options.dpi} dpi")
     paths = [document.path for document in documents]
-    with on_both(paths, "pdftoppm", "-q", "-cropbox", "-r", str(options.dpi)) as processes:
-        drawn = [pictures(*pair) for pair in zip(documents, processes)]
+    with on_both(paths, "pdftoppm", "-cropbox", "-r", str(options.dpi)) as programs:
+        drawn = [pictures(*pair) for pair in zip(documents, programs)]
         for number, (left, right) in enumerate(zip(*drawn), 1):
             boxes = masks[number - 1] if number <= len(masks) else []
             difference = compare_pixels(left, right, boxes, options)
             if difference:
                 return difference._replace(place=f"picture, page {number}, {difference.place}")
+        for program in programs:
+            program.finish()
     return None
 
 
-def pictures(document, process):
+def pictures(document, program):
     """Yields a Picture for each page of the document; raises Trouble when one is missing."""
     for number in range(1, document.pages + 1):
-        header = b"".join(process.stdout.readline() for _ in range(3)).split()
+        header = b"".join(program.output.readline() for _ in range(3)).split()
         if len(header) == 4 and header[0] == b"P6":
             width, height = int(header[1]), int(header[2])
-            pixels = process.stdout.read(width * height * 3)
+            pixels = program.output.read(width * height * 3)
             if len(pixels) == width * height * 3:
                 yield Picture(width, height, pixels)
                 continue
