@@ -12,6 +12,7 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "orvdiff/platform/VELErrors.h"
@@ -60,6 +61,8 @@ class LimitedTo {
  public:
   LimitedTo(int resource, rlim_t limit) : m_resource(resource) {
     std::signal(SIGXFSZ, SIG_IGN);
+    // The sanitizer needs descriptors to look at a class for the first time.
+    static_cast<void>(VELStdExceptionError(std::system_error(0, std::generic_category()), "", 0));
     getrlimit(resource, &m_before);
     const rlimit now = {limit, m_before.rlim_max};
     setrlimit(resource, &now);
