@@ -35,7 +35,8 @@ bool haveEqualContents(ReadMaster readMaster, ReadActual readActual, std::uint64
   return true;
 }
 
-/// The same for two open files, from where they stand; false also when one cannot be read.
+/// The same for two open files, from where they stand. False also when one cannot be read, which
+/// `hasFailed` of that file tells.
 inline bool haveEqualContents(VELFmFile& master, VELFmFile& actual) {
   const auto reader = [](VELFmFile& file) {
     return [&file](char* block, std::size_t count) { return file.read(block, count); };

@@ -9,9 +9,9 @@
 #include "orvdiff/compare/VmdStatistics.h"
 #include "orvdiff/compare/WorkingText.h"
 #include "orvdiff/platform/I18N.h"
+#include "orvdiff/platform/OrvWholeFile.h"
 #include "orvdiff/platform/VELAssert.h"
 #include "orvdiff/platform/VELDowncastSize.h"
-#include "orvdiff/platform/VELFmDir.h"
 #include "orvdiff/platform/VELFmFile.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
@@ -39,10 +39,25 @@ bool readStreamIntoBuffer(FILE* fh, char* buffer, std::size_t capacity) {
   return true;
 }
 
-/// Whether a file, read to its end, goes on behind its text.
-bool goesOnBehind(const char* text, FILE* file) {
-  return std::strlen(text) < static_cast<std::size_t>(std::ftell(file));
-}
+/// A whole file, of which only what stands before the first NUL is text.
+struct FileText {
+  /// Reads a file that was just opened.
+  explicit FileText(OrvFileHandle& handle) : buffer(OrvDiffLib::slurpFile(handle)) {
+    const long end = std::ftell(handle);
+    const bool ok = end >= 0;
+    VEL_ASSERT_NAMED(ok, "Unable to read all of the contents of file ");
+    length = static_cast<std::size_t>(end);
+    goesOnBehindNul = std::strlen(buffer.get()) < length;
+  }
+
+  bool equals(const FileText& other) const {
+    return length == other.length && std::memcmp(buffer.get(), other.buffer.get(), length) == 0;
+  }
+
+  OrvTextBuffer buffer;
+  std::size_t length = 0;  ///< of the file
+  bool goesOnBehindNul = false;
+};
 
 /// `cutFile` is the file that goes on behind its text; null: neither does.
 OrvDiffResult* createPass(const std::string& masterName, const std::string& actualName,
@@ -54,10 +69,7 @@ OrvDiffResult* createPass(const std::string& masterName, const std::string& actu
 }
 
 void writeCleansedFile(const std::string& baseName, const char* text) {
-  const OrvFileHandle file((baseName + ".cleansed").c_str(), "w");
-  if (file != nullptr) {
-    std::fwrite(text, 1, std::strlen(text), file);
-  }
+  OrvWholeFile::write(baseName + ".cleansed", text);
 }
 
 }  // namespace
@@ -68,8 +80,12 @@ OrvDiffLib::~OrvDiffLib() = default;
 int OrvDiffLib::getFileLength(FILE* fp) {
   VEL_ASSERT(fp);
   const long position = std::ftell(fp);
-  const long length = std::fseek(fp, 0, SEEK_END) == 0 ? std::ftell(fp) : 0;
-  std::fseek(fp, position, SEEK_SET);
+  if (std::fseek(fp, 0, SEEK_END) != 0) {
+    return 0;  // it did not move
+  }
+  const long length = std::ftell(fp);
+  const bool isBack = length >= 0 && std::fseek(fp, position, SEEK_SET) == 0;
+  VEL_ASSERT_NAMED(isBack, "The file can be sought");  // what is read next would pass for all of it
   VEL_ASSERT_NAMED(length <= INT_MAX, "Files of 2 GiB or more cannot be compared");
   return static_cast<int>(length);
 }
@@ -90,12 +106,14 @@ bool OrvDiffLib::readFileIntoBuffer(const char* fileName, OrvTextBuffer& buffer,
     return false;
   }
   const std::uint32_t size = VELDowncastSize::uint32(file.getLength(), "OrvDiffLib", __LINE__);
-  OrvTextBuffer bytes = velNewArray<char>(VEL_HERE, size);
-  const std::size_t count = file.read(bytes.get(), size);
-  std::fill(bytes.get() + count, bytes.get() + size, '\0');  // never compare what was not read
-  file.close();
+  const std::size_t room = std::size_t{size} + 1;  // enough to tell that the file holds more
+  OrvTextBuffer bytes = velNewArray<char>(VEL_HERE, room);
+  const std::size_t count = file.read(bytes.get(), room);
+  if (file.hasFailed() || count > size) {
+    return false;
+  }
   buffer = std::move(bytes);
-  length = size;
+  length = static_cast<unsigned int>(count);  // less than `size` when the file has shrunk since
   return true;
 }
 
@@ -204,17 +222,22 @@ OrvDiffResult* OrvDiffLib::textFileComparison(const std::string& masterName,
   if (missing != nullptr) {
     return missing;
   }
-  OrvTextBuffer masterBuffer = slurpFile(master);
-  const std::string* cutFile = goesOnBehind(masterBuffer.get(), master) ? &masterName : nullptr;
-  if (equalIsEnough && actualText != nullptr && std::strcmp(masterBuffer.get(), actualText) == 0) {
+  FileText masterText(master);
+  const std::string* cutFile = masterText.goesOnBehindNul ? &masterName : nullptr;
+  if (equalIsEnough && actualText != nullptr &&
+      std::strcmp(masterText.buffer.get(), actualText) == 0) {
     return createPass(masterName, actualName, cutFile);
   }
-  OrvTextBuffer currentBuffer = actualText != nullptr ? strdupnew(actualText) : slurpFile(actual);
-  if (actualText == nullptr && goesOnBehind(currentBuffer.get(), actual)) {
-    cutFile = &actualName;
+  OrvTextBuffer currentBuffer;
+  if (actualText != nullptr) {
+    currentBuffer = strdupnew(actualText);
+  } else {
+    FileText text(actual);
+    cutFile = text.goesOnBehindNul ? &actualName : cutFile;
+    currentBuffer = std::move(text.buffer);
   }
   std::unique_ptr<OrvDiffResult> result(textBufferComparison(
-      masterName, actualName, masterBuffer, currentBuffer, patterns, writeCleansed));
+      masterName, actualName, masterText.buffer, currentBuffer, patterns, writeCleansed));
   return result->isPassed() ? createPass(masterName, actualName, cutFile) : result.release();
 }
 
@@ -227,15 +250,8 @@ void OrvDiffLib::writeEncodedStringToFile(const char* fname, const char* encodin
   if (text.empty()) {
     return;
   }
-  const std::string bytes = text.toBytes(encoding);
-  VELFmFile file;
-  const bool bFileOpened = file.open(fname, VELFmFile::eCreateForWriting, 0) != 0;
+  const bool bFileOpened = OrvWholeFile::write(fname, text.toBytes(encoding));
   VEL_ASSERT(bFileOpened);
-  const bool bFileWritten = file.write(bytes.data(), bytes.size()) == bytes.size() && file.close();
-  if (!bFileWritten) {
-    VELFmDir::discardFile(fname);
-  }
-  VEL_ASSERT(bFileWritten);
 }
 
 OrvDiffResult* OrvDiffLib::vmdCompare(const std::string& masterName, const std::string& actualName,
@@ -247,4 +263,28 @@ OrvDiffResult* OrvDiffLib::vmdCompare(const std::string& masterName, const std::
     return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
   }
   return velNew<OrvDiffResultFailDiff>(VEL_HERE, masterName, actualName);
+}
+
+OrvDiffResult* OrvDiffLib::vmdFileComparison(const std::string& masterName,
+                                             const std::string& actualName,
+                                             const char* actualText) {
+  OrvFileHandle master(masterName.c_str(), "rt");
+  OrvFileHandle actual(actualName.c_str(), "rt");
+  OrvFileHandle& needed = actualText != nullptr ? master : actual;
+  OrvDiffResult* const missing = checkOpenFiles(masterName, actualName, master, needed);
+  if (missing != nullptr) {
+    return missing;
+  }
+  const FileText expected(master);
+  const std::string* cutFile = expected.goesOnBehindNul ? &masterName : nullptr;
+  std::unique_ptr<OrvDiffResult> result;
+  if (actualText != nullptr) {
+    result.reset(vmdCompare(masterName, actualName, expected.buffer.get(), actualText));
+  } else {
+    const FileText text(actual);
+    cutFile = text.goesOnBehindNul ? &actualName : cutFile;
+    cutFile = text.equals(expected) ? nullptr : cutFile;
+    result.reset(vmdCompare(masterName, actualName, expected.buffer.get(), text.buffer.get()));
+  }
+  return result->isPassed() ? createPass(masterName, actualName, cutFile) : result.release();
 }

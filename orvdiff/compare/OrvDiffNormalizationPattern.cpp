@@ -50,6 +50,10 @@ OrvDiffNormalizationPattern::OrvDiffNormalizationPattern(const char* pattern,
     : m_converter(std::make_unique<I18NConverter>("UTF-8")) {
   UErrorCode status = U_ZERO_ERROR;
   m_regEx.reset(uregex_openC(pattern, 0, nullptr, &status));
+  if (status == U_ILLEGAL_ARGUMENT_ERROR && pattern != nullptr && *pattern != '\0') {
+    status = U_MEMORY_ALLOCATION_ERROR;  // ICU had none to copy the pattern, and read it as null
+  }
+  velCheckIcuMemory(status, VEL_HERE);
   VEL_ASSERT_NAMED(m_regEx, "Regular expression compiled");
   m_program = PatternProgram::compile(pattern);
   setReplacementText(replacement);
@@ -90,6 +94,7 @@ void OrvDiffNormalizationPattern::normalizeText(OrvTextBuffer& buffer) const {
   const Utf16Text input = toUtf16(*m_converter, buffer.get());
   UErrorCode status = U_ZERO_ERROR;
   uregex_setText(m_regEx.get(), input.text, -1, &status);
+  velCheckIcuMemory(status, VEL_HERE);
   // clang-format off
   VEL_ASSERT_NAMED(U_SUCCESS( status ), "setText failed in normalization");
   // clang-format on
@@ -104,6 +109,7 @@ void OrvDiffNormalizationPattern::normalizeText(OrvTextBuffer& buffer) const {
   if (status == U_STRING_NOT_TERMINATED_WARNING) {
     status = U_BUFFER_OVERFLOW_ERROR;  // no room for the NUL: for ICU a warning, here a failure
   }
+  velCheckIcuMemory(status, VEL_HERE);
   // clang-format off
   VEL_ASSERT_NAMED(U_SUCCESS( status ), "Replacement using regular expression failed.");
   // clang-format on

@@ -9,7 +9,8 @@ class ORVDIFF_API OrvFileHandle {
  public:
   /// Opens `path` in stdio mode `mode`. A file that cannot be opened is no error here: the handle
   /// then holds null, as it does when either argument is null. For reading, only a regular file can
-  /// be opened: no folder, and no pipe, which might keep the caller waiting for ever.
+  /// be opened: no folder, and no pipe, which might keep the caller waiting for ever; and where the
+  /// machine has no memory or descriptors left, `VELStdExceptionError` says so.
   OrvFileHandle(const char* path, const char* mode);
 
   /// Adopts an open stream, or null.

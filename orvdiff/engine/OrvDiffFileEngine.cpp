@@ -1,16 +1,17 @@
 #include "orvdiff/engine/OrvDiffFileEngine.h"
 
 #include <algorithm>
-#include <cstring>
-#include <fstream>
 #include <memory>
+#include <optional>
+#include <string_view>
 #include <utility>
 
 #include "orvdiff/compare/EqualContents.h"
 #include "orvdiff/compare/OrvDiffLib.h"
-#include "orvdiff/engine/InMemoryText.h"
+#include "orvdiff/engine/InMemoryOutput.h"
 #include "orvdiff/platform/OrvGlob.h"
 #include "orvdiff/platform/OrvHelper.h"
+#include "orvdiff/platform/OrvWholeFile.h"
 #include "orvdiff/platform/VELAssert.h"
 #include "orvdiff/platform/VELFmDir.h"
 #include "orvdiff/platform/VELFmFile.h"
@@ -27,72 +28,68 @@ bool isGiven(const char* text) {
   return text != nullptr && *text != '\0';
 }
 
-/// Puts the read position at the start, wherever and in whatever state the stream was left.
-void goToStart(std::iostream& stream) {
-  stream.clear();
-  stream.seekg(0);
-  stream.clear();  // a stream that nothing was written to may refuse
-}
-
-/// Writes the bytes of an in-memory output. What cannot be written is dropped without a word, but
-/// no half of it is left behind.
-void writeBytes(std::strstream& stream, const std::string& fileName) {
-  goToStart(stream);
-  std::ofstream file(fileName, std::ios::out | std::ios::binary | std::ios::trunc);
-  const bool opened = file.is_open();
-  const char* const bytes = stream.str();
-  file.write(bytes, bytes != nullptr ? stream.pcount() : 0);
-  file.flush();
-  file.close();
-  if (opened && !file) {
-    VELFmDir::discardFile(fileName.c_str());
-  }
-}
-
-struct Unfreeze {
-  void operator()(std::strstream* stream) const { stream->freeze(false); }
-};
-
-void writeOutput(std::strstream& stream, bool binary, const std::string& fileName) {
-  const std::unique_ptr<std::strstream, Unfreeze> unfreezing(&stream);  // also after an error
+/// Puts an in-memory output where its file would be. Bytes that cannot be written are nobody's
+/// error; a text's file must at least open.
+void writeToDisk(std::strstream& stream, bool binary, const std::string& fileName) {
+  InMemoryOutput output(stream);
   if (binary) {
-    writeBytes(stream, fileName);
+    output.rewind();
+    OrvWholeFile::write(fileName, output.bytes());
   } else {
-    const InMemoryText output(stream);
     OrvDiffLib::writeEncodedStringToFile(fileName.c_str(), "utf-8", output.text());
   }
 }
 
-/// The number of bytes that a stream holds; its read position is then at the start.
-std::size_t measure(std::iostream& stream) {
-  goToStart(stream);
-  if (auto* const memory = dynamic_cast<std::strstream*>(&stream)) {
-    return heldLength(*memory);  // its end would be that of the memory it has reserved
-  }
-  stream.seekg(0, std::ios::end);
-  const std::streamoff length = stream.tellg();
-  goToStart(stream);
-  return length > 0 ? static_cast<std::size_t>(length) : 0;
-}
-
-bool holdsSameBytes(VELFmFile& master, std::iostream& output) {
-  const std::size_t length = measure(output);
-  if (length != master.getLength()) {
+/// Whether `master` and `held` are the same.
+bool holdsSameBytes(VELFmFile& master, std::string_view held) {
+  if (held.size() != master.getLength()) {
     return false;
   }
-  std::size_t rest = length;
-  const auto readOutput = [&output, &rest](char* block, std::size_t count) {
-    output.read(block, static_cast<std::streamsize>(std::min(count, rest)));
-    const auto done = static_cast<std::size_t>(output.gcount());
-    rest -= done;
-    return done;
-  };
+  const std::size_t length = held.size();
   const auto readMaster = [&master](char* block, std::size_t count) {
     return master.read(block, count);
   };
-  const bool equal = haveEqualContents(readMaster, readOutput, length) && !master.hasFailed();
-  output.clear();
-  return equal;
+  const auto readHeld = [&held](char* block, std::size_t count) {
+    const std::size_t done = held.copy(block, count);
+    held.remove_prefix(done);
+    return done;
+  };
+  return haveEqualContents(readMaster, readHeld, length) && !master.hasFailed();
+}
+
+/// What a stream holds, from its start to its end; nothing when it cannot be sought or read.
+std::optional<std::string> readAll(std::istream& stream) {
+  stream.clear();
+  stream.seekg(0, std::ios::end);
+  const std::streamoff length = stream.tellg();
+  stream.seekg(0);
+  std::string bytes(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
+  stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  const bool isWhole = length >= 0 && stream.good();
+  stream.clear();
+  return isWhole ? std::optional(std::move(bytes)) : std::nullopt;
+}
+
+bool holdsSameBytes(VELFmFile& master, std::iostream& stream) {
+  // A strstream's end would be that of the memory it has reserved.
+  if (auto* const memory = dynamic_cast<std::strstream*>(&stream)) {
+    InMemoryOutput output(*memory);
+    output.rewind();
+    return output.isWhole() && holdsSameBytes(master, output.bytes());
+  }
+  const std::optional<std::string> bytes = readAll(stream);
+  return bytes && holdsSameBytes(master, *bytes);
+}
+
+/// What to look for where there is no output: a master that is a folder or a link to nothing is
+/// broken whatever the outputs are.
+const std::string& findMissing(const std::string& masterFile, const std::string& actualFile) {
+  return VELFmDir::isUnreadableEntry(masterFile.c_str()) ? masterFile : actualFile;
+}
+
+OrvDiffResult* createMissing(const std::string& masterName, const std::string& actualName,
+                             const std::string& missingFile) {
+  return velNew<OrvDiffResultFailFileMissing>(VEL_HERE, masterName, actualName, missingFile);
 }
 
 }  // namespace
@@ -188,11 +185,10 @@ void OrvDiffFileEngine::compareMaster(const std::string& masterFile,
       bOutputInMemory ? testInfo->getOutputStream(actualFile.c_str(), binary) : nullptr;
   const bool available = bOutputInMemory ? stream != nullptr : doesFileExist(actualFile);
   const std::unique_ptr<const OrvDiffResult> result(
-      available
-          ? performDiff(masterFile, actualFile, stream)
-          : velNew<OrvDiffResultFailFileMissing>(VEL_HERE, masterFile, actualFile, actualFile));
+      available ? performDiff(masterFile, actualFile, stream)
+                : createMissing(masterFile, actualFile, findMissing(masterFile, actualFile)));
   if (stream != nullptr && !result->isPassed()) {
-    writeOutput(*stream, binary, actualFile);
+    writeToDisk(*stream, binary, actualFile);
   }
   notifyListeners(listeners, *result);
 }
@@ -207,17 +203,20 @@ OrvDiffResult* OrvDiffFileEngine::areFilesIdentical(const std::string& masterNam
                                                     std::iostream* inMemoryOutput) {
   VELFmFile master;
   if (master.open(masterName.c_str(), VELFmFile::eOpenExisting, 1) == 0) {
-    return velNew<OrvDiffResultFailFileMissing>(VEL_HERE, masterName, actualName, masterName);
+    return createMissing(masterName, actualName, masterName);
   }
   VELFmFile actual;
   if (inMemoryOutput == nullptr &&
       actual.open(actualName.c_str(), VELFmFile::eOpenExisting, 1) == 0) {
-    return velNew<OrvDiffResultFailFileMissing>(VEL_HERE, masterName, actualName, actualName);
+    return createMissing(masterName, actualName, actualName);
   }
   const bool identical = inMemoryOutput != nullptr ? holdsSameBytes(master, *inMemoryOutput)
                                                    : haveEqualContents(master, actual);
   if (identical) {
     return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
+  }
+  if (master.hasFailed() || actual.hasFailed()) {
+    return createMissing(masterName, actualName, master.hasFailed() ? masterName : actualName);
   }
   return velNew<OrvDiffResultFailDiff>(VEL_HERE, masterName, actualName);
 }

@@ -33,8 +33,10 @@ class ORVDIFF_API OrvDiffFileEngine : public OrvDiffEngine {
 
   /// Compares every master of the report with its output, in the order of the masters' names.
   /// Without masters nothing is compared and nobody is told. A failing in-memory output is on disk,
-  /// at the result's actual name, before any listener hears of it. An exception of the comparison,
-  /// of writing that output or of a listener leaves the remaining masters uncompared.
+  /// at the result's actual name, before any listener hears of it; on a full disk there is no such
+  /// file rather than half of one. An exception of the comparison, of opening a text's file to
+  /// write it or of a listener leaves the remaining masters uncompared. `OrvTestInfo` tells in
+  /// which state a host has to leave an in-memory output.
   void verifyOutput(const OrvDiffListenerSet& listeners, const char* location,
                     OrvTestInfo* testInfo) override;
 
@@ -95,7 +97,7 @@ class ORVDIFF_API OrvDiffFileEngine : public OrvDiffEngine {
 
   /// Compares byte for byte; `inMemoryOutput`, unless null, takes the place of the actual file.
   /// Returns a new result, owned by the caller: a pass, a difference, or the file that cannot be
-  /// read as missing, the master first.
+  /// opened or read as missing, the master first.
   static OrvDiffResult* areFilesIdentical(const std::string& masterName,
                                           const std::string& actualName,
                                           std::iostream* inMemoryOutput);

@@ -1,7 +1,9 @@
 #include "orvdiff/formats/OrvDiffDataEngines.h"
 
+#include <optional>
+
 #include "orvdiff/compare/OrvDiffLib.h"
-#include "orvdiff/engine/InMemoryText.h"
+#include "orvdiff/engine/InMemoryOutput.h"
 
 OrvDiffSingleXlsFileEngine::OrvDiffSingleXlsFileEngine(const char* subFolder)
     : OrvDiffDataFormatEngine(subFolder, {"v5DebugSingleXLS", "/singleXLS/", "*.html"}) {
@@ -72,21 +74,9 @@ OrvDiffVmdFileEngine::~OrvDiffVmdFileEngine() = default;
 OrvDiffResult* OrvDiffVmdFileEngine::performDiff(const std::string& masterName,
                                                  const std::string& actualName,
                                                  std::strstream* inMemoryOutput) {
-  OrvFileHandle master(masterName.c_str(), "rt");
-  OrvFileHandle actual(actualName.c_str(), "rt");
-  OrvFileHandle& needed = inMemoryOutput != nullptr ? master : actual;
-  OrvDiffResult* const missing = OrvDiffLib::checkOpenFiles(masterName, actualName, master, needed);
-  if (missing != nullptr) {
-    return missing;
+  std::optional<InMemoryOutput> output;
+  if (inMemoryOutput != nullptr) {
+    output.emplace(*inMemoryOutput);
   }
-  const OrvTextBuffer masterText = OrvDiffLib::slurpFile(master);
-  if (inMemoryOutput == nullptr) {
-    const OrvTextBuffer actualText = OrvDiffLib::slurpFile(actual);
-    return OrvDiffLib::vmdCompare(masterName, actualName, masterText.get(), actualText.get());
-  }
-  InMemoryText output(*inMemoryOutput);
-  OrvDiffResult* const result =
-      OrvDiffLib::vmdCompare(masterName, actualName, masterText.get(), output.text());
-  output.unfreeze();
-  return result;
+  return OrvDiffLib::vmdFileComparison(masterName, actualName, output ? output->text() : nullptr);
 }

@@ -6,7 +6,7 @@
 #include <xercesc/validators/common/Grammar.hpp>
 
 #include "orvdiff/compare/OrvDiffLib.h"
-#include "orvdiff/engine/InMemoryText.h"
+#include "orvdiff/engine/InMemoryOutput.h"
 #include "orvdiff/formats/XmlValidation.h"
 #include "orvdiff/platform/OrvDeployment.h"
 #include "orvdiff/platform/VELAssert.h"
@@ -58,7 +58,7 @@ void OrvDiffLayoutDataXmlFileEngine::addCleansingPattern(
 OrvDiffResult* OrvDiffLayoutDataXmlFileEngine::performDiff(const std::string& masterName,
                                                            const std::string& actualName,
                                                            std::strstream* inMemoryOutput) {
-  std::optional<InMemoryText> output;
+  std::optional<InMemoryOutput> output;
   if (inMemoryOutput != nullptr) {
     output.emplace(*inMemoryOutput);
   }
@@ -68,12 +68,8 @@ OrvDiffResult* OrvDiffLayoutDataXmlFileEngine::performDiff(const std::string& ma
   if (!result->isPassed()) {
     return result.release();
   }
-  result.reset(OrvDiffLib::textFileComparison(masterName, actualName,
-                                              m_dataCleansingPatterns.list(), false, text));
-  if (output) {
-    output->unfreeze();
-  }
-  return result.release();
+  return OrvDiffLib::textFileComparison(masterName, actualName, m_dataCleansingPatterns.list(),
+                                        false, text);
 }
 
 OrvDiffResult* OrvDiffLayoutDataXmlFileEngine::performSchemaValidation(const std::string& fileName,

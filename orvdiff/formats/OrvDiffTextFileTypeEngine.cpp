@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "orvdiff/compare/OrvDiffLib.h"
-#include "orvdiff/engine/InMemoryText.h"
+#include "orvdiff/engine/InMemoryOutput.h"
 #include "orvdiff/platform/VELAssert.h"
 
 namespace {
@@ -28,16 +28,12 @@ void OrvDiffTextFileTypeEngine::verifyOutput(const OrvDiffListenerSet& listeners
 OrvDiffResult* OrvDiffTextFileTypeEngine::performDiff(const std::string& masterName,
                                                       const std::string& actualName,
                                                       std::strstream* inMemoryOutput) {
-  std::optional<InMemoryText> output;
+  std::optional<InMemoryOutput> output;
   if (inMemoryOutput != nullptr) {
     output.emplace(*inMemoryOutput);
   }
-  OrvDiffResult* const result = OrvDiffLib::textFileComparison(
-      masterName, actualName, m_cleansingPatterns.list(), false, output ? output->text() : nullptr);
-  if (output) {
-    output->unfreeze();
-  }
-  return result;
+  return OrvDiffLib::textFileComparison(masterName, actualName, m_cleansingPatterns.list(), false,
+                                        output ? output->text() : nullptr);
 }
 
 void OrvDiffTextFileTypeEngine::addCleansingPattern(const OrvDiffNormalizationPattern* pattern) {

@@ -1,8 +1,6 @@
 #include "orvdiff/logs/OrvDiffLogNormalized.h"
 
-#include <fstream>
-
-#include "orvdiff/platform/VELFmDir.h"
+#include "orvdiff/platform/OrvWholeFile.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
 OrvDiffLogNormalized::OrvDiffLogNormalized() = default;
@@ -16,12 +14,5 @@ void OrvDiffLogNormalized::comparisonNotification(const OrvDiffResultFailDiffNor
 
 void OrvDiffLogNormalized::writeNormalizedFile(const std::string& baseName, const char* suffix,
                                                const char* contents) {
-  const std::string fileName = baseName + suffix;
-  std::ofstream file(fileName);
-  const bool opened = file.is_open();
-  file << (contents != nullptr ? contents : "");
-  file.close();
-  if (opened && !file) {
-    VELFmDir::discardFile(fileName.c_str());
-  }
+  OrvWholeFile::write(baseName + suffix, contents != nullptr ? contents : "");
 }

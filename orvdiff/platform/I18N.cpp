@@ -59,6 +59,12 @@ std::int64_t lengthOf(const char* text, int length) {
 
 }  // namespace
 
+void velCheckIcuMemory(int status, const VELPlace& place) {
+  if (status == U_MEMORY_ALLOCATION_ERROR) {
+    throw VELOutOfMemoryError(place.unit(), place.line);
+  }
+}
+
 void I18NConverter::Close::operator()(UConverter* converter) const {
   ucnv_close(converter);
 }
@@ -66,6 +72,7 @@ void I18NConverter::Close::operator()(UConverter* converter) const {
 I18NConverter::I18NConverter(const char* encoding) {
   UErrorCode status = U_ZERO_ERROR;
   m_converter.reset(ucnv_open(encoding, &status));
+  velCheckIcuMemory(status, VEL_HERE);
   VEL_ASSERT_NAMED(U_SUCCESS(status), "The encoding is known");
   // These two write a byte-order mark, which no text here wants; their kin of fixed order do not.
   if (ucnv_getType(m_converter.get()) == UCNV_UTF16) {
@@ -73,6 +80,7 @@ I18NConverter::I18NConverter(const char* encoding) {
   } else if (ucnv_getType(m_converter.get()) == UCNV_UTF32) {
     m_converter.reset(ucnv_open("UTF32_PlatformEndian", &status));
   }
+  velCheckIcuMemory(status, VEL_HERE);
   VEL_ASSERT_NAMED(U_SUCCESS(status), "The encoding is known");
   if (ucnv_getType(m_converter.get()) == UCNV_UTF8) {
     ucnv_setToUCallBack(m_converter.get(), escapeInvalidBytes, nullptr, nullptr, nullptr, &status);
@@ -95,6 +103,7 @@ void I18NConverter::toUnicode(char16_t** out, int* outLength, const char* in, in
   *outLength = ucnv_toUChars(m_converter.get(), text, static_cast<int32_t>(capacity), in,
                              static_cast<int32_t>(length), &status);
   *out = text;
+  velCheckIcuMemory(status, VEL_HERE);
   VEL_ASSERT_NAMED(U_SUCCESS(status), "The text was converted to UTF-16");
 }
 
@@ -102,6 +111,7 @@ void I18NConverter::fromUnicode(char** out, int* outLength, const char16_t* in,
                                 I18NAllocator allocator, void* context) const {
   UErrorCode status = U_ZERO_ERROR;
   const int32_t needed = ucnv_fromUChars(m_converter.get(), nullptr, 0, in, -1, &status);
+  velCheckIcuMemory(status, VEL_HERE);
   VEL_ASSERT_NAMED(U_SUCCESS(status) || status == U_BUFFER_OVERFLOW_ERROR,
                    "The text can be converted from UTF-16");
   const std::int64_t capacity = static_cast<std::int64_t>(needed) + 1;
@@ -109,6 +119,8 @@ void I18NConverter::fromUnicode(char** out, int* outLength, const char16_t* in,
   status = U_ZERO_ERROR;
   *outLength =
       ucnv_fromUChars(m_converter.get(), *out, static_cast<int32_t>(capacity), in, -1, &status);
+  velCheckIcuMemory(status, VEL_HERE);
+  VEL_ASSERT_NAMED(U_SUCCESS(status), "The text was converted from UTF-16");
 }
 
 const char* I18NGetPlatformDefaultEncoding() {

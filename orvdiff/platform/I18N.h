@@ -3,11 +3,17 @@
 #include <memory>
 #include <string>
 
+#include "orvdiff/platform/VELAssert.h"
+
 struct UConverter;
 
 /// Hands out the memory for a conversion's result. With `size` > 0: a new block of `size` bytes, or
 /// null with `*status` set. With `size` 0: releases `pBufferToDelete` and returns null.
 using I18NAllocator = char* (*)(void* context, char* pBufferToDelete, int size, int* status);
+
+/// Raises `VELOutOfMemoryError` when `status`, an ICU status, tells of memory running out, so that
+/// the check that follows can blame its own subject for any other failure.
+void velCheckIcuMemory(int status, const VELPlace& place);
 
 /// Converts between one encoding and UTF-16.
 ///

@@ -7,9 +7,8 @@
 #include <ctime>
 #include <memory>
 #include <string_view>
-#include <system_error>
 
-#include "orvdiff/platform/VELErrors.h"
+#include "orvdiff/platform/OrvSystemError.h"
 
 namespace {
 
@@ -33,15 +32,15 @@ bool hasSettled(const struct stat& folder) {
   return std::time(nullptr) - changed > kSettleSeconds;
 }
 
-/// Whether the last call failed because there is no such folder, which is no fault.
+/// Whether the last call failed because there is no such folder, or cannot be one of such a name:
+/// too long, or a loop of links. That is no fault.
 bool isAbsent() {
-  return errno == ENOENT || errno == ENOTDIR;
+  return errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG || errno == ELOOP;
 }
 
 [[noreturn]] void raiseUnreadable(const char* folder) {
-  throw VELAssertError("The folder " + std::string(folder) +
-                           " cannot be read: " + std::generic_category().message(errno),
-                       "OrvFolderListings", __LINE__);
+  const int code = errno;  // before anything else can change it
+  OrvSystemError::raise("The folder " + std::string(folder) + " cannot be read", code, VEL_HERE);
 }
 
 std::vector<std::string> readNames(const char* folder) {

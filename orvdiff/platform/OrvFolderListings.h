@@ -17,8 +17,8 @@
 class OrvFolderListings {
  public:
   /// The names in `folder` (empty: the working folder) without "." and "..", sorted; none when
-  /// there is no such folder. Valid until the next call. Raises `VELAssertError` for a folder that
-  /// cannot be read: what it holds would pass for not being there.
+  /// there is no such folder. Valid until the next call. Raises `VELStdExceptionError` with folder
+  /// and reason for one that cannot be read: what it holds would pass for not being there.
   const std::vector<std::string>& list(const std::string& folder);
 
  private:

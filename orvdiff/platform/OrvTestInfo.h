@@ -13,6 +13,21 @@
 /// spelled exactly as the engine builds it, for example
 /// "../webcontent/bi/v5DebugHTML/Revenue.html". A host with a store of its own derives from this
 /// class and overrides both questions. Not for use from two threads at once.
+///
+/// A stream does not know how much was written to it, only where the next byte would go. So a host
+/// must leave every output in this state:
+///
+/// - A text ends with a NUL (`std::ends`), an empty one too, and counts up to the first one,
+///   wherever the put position is; the host may have gone back to fill in a number. A text without
+///   a NUL goes on through whatever the stream's memory holds behind it, to the next NUL or to the
+///   end of that memory. All of that is compared, so such a text may differ without need.
+/// - The put position of a binary output is at its end. A host that goes back to fill in a header
+///   returns to the position it came from, not to `std::ios::end`, which is the end of the memory
+///   reserved. What stands behind the put position is not part of the output. Where the stream
+///   shows that the host had written more, the output equals nothing; it cannot always show it.
+/// - An array of the host's that nothing was written to through the stream is a finished output:
+///   `std::strstream(array, size, std::ios::in)`. It counts whole, or up to its NUL where the size
+///   is unknown (negative).
 class ORVDIFF_API OrvTestInfo {
  public:
   OrvTestInfo();
@@ -21,9 +36,8 @@ class ORVDIFF_API OrvTestInfo {
   virtual ~OrvTestInfo();
 
   /// Creates (or replaces) the in-memory output of this name and returns its stream for the host to
-  /// write to; it stays owned by this object. A text must end with a NUL character (`std::ends`).
-  /// `binary` decides how a failing output is written to disk: byte for byte, or as UTF-8 text up
-  /// to its first NUL.
+  /// write to; it stays owned by this object. `binary` decides how a failing output is written to
+  /// disk: byte for byte, or as UTF-8 text up to its first NUL.
   std::strstream& addOutput(const std::string& fileName, bool binary);
 
   /// Whether the output with this path is held in memory.

@@ -64,8 +64,8 @@ class ORVDIFF_API VELOutOfMemoryError : public VELThrowable {
   ~VELOutOfMemoryError() override;
 };
 
-/// A standard exception that is no `std::bad_alloc`, met while something was being created. Its
-/// `what()` text is the text of this error.
+/// A standard exception that is no `std::bad_alloc`, met while something was being created, or an
+/// error of the operating system. Its `what()` text is the text of this error.
 class ORVDIFF_API VELStdExceptionError : public VELThrowable {
  public:
   VELStdExceptionError(const std::exception& wrapped, const std::string& unit, int line);

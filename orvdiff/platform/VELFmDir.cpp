@@ -3,9 +3,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+
+#include "orvdiff/platform/OrvSystemError.h"
 
 void VELFmDir::splitPath(const char* path, std::string* folder, std::string* file) {
   const std::string_view whole(path);
@@ -40,12 +43,21 @@ bool mayRead(const char* path, const struct stat& status) {
 int VELFmDir::exists(const char* path, unsigned short mode) {
   struct stat status = {};
   if (stat(path, &status) != 0) {
+    const int code = errno;
+    if (OrvSystemError::isOfMachine(code)) {
+      OrvSystemError::raise("Cannot tell whether " + std::string(path) + " exists", code, VEL_HERE);
+    }
     return 0;
   }
   const bool kindFits = ((mode & eRegularFile) == 0 || S_ISREG(status.st_mode)) &&
                         ((mode & eFolder) == 0 || S_ISDIR(status.st_mode));
   const bool granted = (mode & eReadable) == 0 || mayRead(path, status);
   return kindFits && granted ? 1 : 0;
+}
+
+bool VELFmDir::isUnreadableEntry(const char* path) {
+  struct stat status = {};
+  return lstat(path, &status) == 0 && exists(path, eRegularFile | eReadable) == 0;
 }
 
 void VELFmDir::discardFile(const char* path) {

@@ -18,8 +18,13 @@ struct VELFmDir {
   /// Appends `component` to `path` as one further level; an empty path gets no separator.
   static void joinPath(std::string& path, const char* component);
 
-  /// Non-zero when `path` exists, is of the kind that `mode` names and grants what it asks.
+  /// Non-zero when `path` exists, is of the kind that `mode` names and grants what it asks. Raises
+  /// `VELStdExceptionError` when the machine has no memory left to tell.
   static int exists(const char* path, unsigned short mode);
+
+  /// Whether something is called `path` that cannot be read as a file: a folder, a link to nothing,
+  /// no permission.
+  static bool isUnreadableEntry(const char* path);
 
   /// Removes a file of which only half could be written, so that it does not pass for a whole one.
   /// Leaves everything but regular files (devices, links) alone.

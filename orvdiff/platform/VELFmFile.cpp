@@ -6,6 +6,8 @@
 
 #include <cerrno>
 
+#include "orvdiff/platform/OrvSystemError.h"
+
 namespace {
 
 /// Repeats `transfer` (a read or write of the bytes from an offset) until `count` bytes are done,
@@ -32,14 +34,19 @@ VELFmFile::~VELFmFile() {
 
 int VELFmFile::open(const char* name, int createMode, int /*flag*/) {
   close();
+  m_name = name;
   m_failed = false;
-  const bool writes = createMode == eCreateForWriting;
+  const bool writes = createMode != eOpenExisting;
+  const int create = O_WRONLY | O_CREAT | (createMode == eCreateNew ? O_EXCL : O_TRUNC);
   // Without waiting: a pipe would not open before somebody else opens its other end.
-  const int flags = writes ? O_WRONLY | O_CREAT | O_TRUNC : O_RDONLY | O_NONBLOCK;
+  const int flags = writes ? create : O_RDONLY | O_NONBLOCK;
   m_descriptor = ::open(name, flags | O_CLOEXEC, 0666);
   struct stat status = {};
-  if (m_descriptor >= 0 &&
-      (fstat(m_descriptor, &status) != 0 || (!writes && !S_ISREG(status.st_mode)))) {
+  const bool examined = m_descriptor >= 0 && fstat(m_descriptor, &status) == 0;
+  if (!examined && !writes && OrvSystemError::isOfMachine(errno)) {
+    raise("cannot be opened", errno);
+  }
+  if (!examined || (!writes && !S_ISREG(status.st_mode))) {
     close();
   }
   m_length = static_cast<std::uint64_t>(status.st_size);
@@ -63,12 +70,17 @@ FILE* VELFmFile::releaseStream() {
   if (m_descriptor < 0) {
     return nullptr;
   }
-  lseek(m_descriptor, 0, SEEK_SET);
-  FILE* const stream = fdopen(m_descriptor, "r");
-  if (stream != nullptr) {
-    m_descriptor = -1;
+  const bool atStart = lseek(m_descriptor, 0, SEEK_SET) == 0;
+  FILE* const stream = atStart ? fdopen(m_descriptor, "r") : nullptr;
+  if (stream == nullptr) {
+    raise("cannot be read from its start", errno);
   }
+  m_descriptor = -1;
   return stream;
+}
+
+void VELFmFile::raise(const char* whatFailed, int code) const {
+  OrvSystemError::raise("The file " + m_name + ' ' + whatFailed, code, VEL_HERE);
 }
 
 bool VELFmFile::close() {

@@ -3,13 +3,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "orvdiff/platform/VELErrors.h"
@@ -50,6 +53,27 @@ class TestFolder {
  private:
   std::filesystem::path m_before;
   std::filesystem::path m_root;
+};
+
+/// Holds a resource of the process (`RLIMIT_NOFILE`: descriptors, `RLIMIT_FSIZE`: bytes in a file)
+/// to a limit while this object lives; a write beyond the limit then fails as on a full disk.
+class LimitedTo {
+ public:
+  LimitedTo(int resource, rlim_t limit) : m_resource(resource) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    // The sanitizer needs descriptors to look at a class for the first time.
+    static_cast<void>(VELStdExceptionError(std::system_error(0, std::generic_category()), "", 0));
+    getrlimit(resource, &m_before);
+    const rlimit now = {limit, m_before.rlim_max};
+    setrlimit(resource, &now);
+  }
+  ~LimitedTo() { setrlimit(m_resource, &m_before); }
+  LimitedTo(const LimitedTo&) = delete;
+  LimitedTo& operator=(const LimitedTo&) = delete;
+
+ private:
+  int m_resource;
+  rlimit m_before = {};
 };
 
 /// "unit: text" of the assertion error that `action` raises, or "nothing".

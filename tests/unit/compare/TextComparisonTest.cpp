@@ -102,14 +102,19 @@ TEST(TextFileComparison, SaysWhatANulKeptFromBeingCompared) {
       {"a", "a\0"s, "a"},          {"a\r", "a", nullptr},
   };
   const TestFolder folder;
-  for (const auto& [master, actual, cutFile] : kRows) {
-    TestFolder::write("m", master);
-    TestFolder::write("a", actual);
-    const std::unique_ptr<OrvDiffResult> result(
-        OrvDiffLib::textFileComparison("m", "a", {}, false, nullptr));
+  const auto expectCut = [](OrvDiffResult* compared, const char* cutFile) {
+    const std::unique_ptr<OrvDiffResult> result(compared);
     EXPECT_TRUE(result->isPassed());
     const auto* const cut = dynamic_cast<OrvDiffResultPassUpToNul*>(result.get());
     EXPECT_EQ(cut != nullptr ? cut->getCutFile() : "none", cutFile != nullptr ? cutFile : "none");
+  };
+  for (const auto& [master, actual, cutFile] : kRows) {
+    TestFolder::write("m", master);
+    TestFolder::write("a", actual);
+    expectCut(OrvDiffLib::textFileComparison("m", "a", {}, false, nullptr), cutFile);
+    expectCut(OrvDiffLib::vmdFileComparison("m", "a", nullptr), cutFile);
+    const char* const cutMaster = master.find('\0') != std::string::npos ? "m" : nullptr;
+    expectCut(OrvDiffLib::vmdFileComparison("m", "a", actual.c_str()), cutMaster);
   }
 }
 

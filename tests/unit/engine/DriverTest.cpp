@@ -76,6 +76,9 @@ TEST_F(Driver, ComparesEachMasterWithItsOutputInOrderOfName) {
   m_engine.verifyOutput({&m_recorder}, "S.xml", nullptr);  // its output is a folder
   EXPECT_EQ(m_recorder.heard.back(), "missing Masters/S.pdf " + kBi + "S.pdf " + kBi + "S.pdf");
   EXPECT_EQ(m_recorder.heard.size(), 5U);
+  std::filesystem::create_symlink("nowhere", "Masters/T.pdf");  // broken, whatever the outputs are
+  m_engine.verifyOutput({&m_recorder}, "T.xml", nullptr);
+  EXPECT_EQ(m_recorder.heard.back(), "missing Masters/T.pdf " + kBi + "T.pdf Masters/T.pdf");
 }
 
 TEST_F(Driver, AnExceptionEndsTheVerificationAndDeletesTheResult) {

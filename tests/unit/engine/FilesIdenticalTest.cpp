@@ -18,10 +18,12 @@ void expectInMemory(std::iostream& stream, const std::string& actual, const char
 
 TEST(FilesIdentical, OnDiskAndInMemory) {
   const std::string kLong(200000, 'x');
+  const std::string k16(16, 'x');  // what a stream reserves at first
   const std::tuple<std::string, std::string, const char*> kRows[] = {
       {"", "", "pass m a"},           {"", "a", "diff m a"},
       {"abc", "ab", "diff m a"},      {"ab", "abc", "diff m a"},
       {"a\0b"s, "a\0c"s, "diff m a"}, {"a\r\n", "a\n", "diff m a"},
+      {"", k16, "diff m a"},          {k16, k16, "pass m a"},
       {kLong, kLong, "pass m a"},     {kLong + "y", kLong + "z", "diff m a"},
   };
   const TestFolder folder;
@@ -42,6 +44,15 @@ TEST(FilesIdentical, OnDiskAndInMemory) {
   }
 }
 
+TEST(FilesIdentical, AStreamThatCannotBeSoughtIsNotTakenForAnEmptyOne) {
+  struct : std::streambuf {
+  } nowhere;
+  std::iostream stream(&nowhere);
+  const TestFolder folder;
+  TestFolder::write("m", "");
+  EXPECT_EQ(described(TestEngine::areFilesIdentical("m", "a", &stream)), "diff m a");
+}
+
 TEST(FilesIdentical, ReportsWhatCannotBeRead) {
   const TestFolder folder;
   TestFolder::write("file", "");
@@ -50,11 +61,17 @@ TEST(FilesIdentical, ReportsWhatCannotBeRead) {
                                   {"file", "none", "none"},
                                   {".", "file", "."},
                                   {"file", ".", "."},
-                                  {"dangling", "file", "dangling"}};
+                                  {"dangling", "file", "dangling"},
+                                  // Opens, and then every read of it fails.
+                                  {"/proc/self/mem", "file", "/proc/self/mem"},
+                                  {"file", "/proc/self/mem", "/proc/self/mem"}};
   for (const auto& [master, actual, missing] : kRows) {
     EXPECT_EQ(described(TestEngine::areFilesIdentical(master, actual, nullptr)),
               "missing "s + master + " " + actual + " " + missing);
   }
+  const LimitedTo noDescriptors(RLIMIT_NOFILE, 0);
+  EXPECT_THAT(storyOf([] { TestEngine::areFilesIdentical("file", "file", nullptr); }),
+              testing::StartsWith("The file file cannot be opened: Too many open files"));
 }
 
 }  // namespace

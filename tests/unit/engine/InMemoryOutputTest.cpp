@@ -1,6 +1,4 @@
-#include <array>
-
-#include "orvdiff/engine/InMemoryText.h"
+#include "orvdiff/engine/InMemoryOutput.h"
 #include "orvdiff/platform/OrvTestInfo.h"
 #include "tests/support/Testing.h"
 #include "tests/unit/engine/TestEngine.h"
@@ -63,33 +61,109 @@ TEST(InMemoryOutput, AFailingOneIsOnDiskBeforeAnyoneIsTold) {
   }
 }
 
-/// What an in-memory output is taken for, as text and as bytes.
-void expectHeld(std::strstream& output, const std::string& text, std::size_t length) {
-  EXPECT_EQ(heldLength(output), length);
-  InMemoryText held(output);
-  EXPECT_STREQ(held.text(), text.c_str());
-  held.unfreeze();
+/// What an in-memory output is taken for, as text and as bytes, however often; "..." stands for
+/// bytes that the host wrote behind the put position.
+void expectHeld(std::strstream& output, const std::string& text, const std::string& bytes) {
+  for (int time = 0; time < 2; ++time) {
+    InMemoryOutput held(output);
+    EXPECT_STREQ(held.text(), text.c_str());
+    EXPECT_EQ(std::string(held.bytes()) + (held.isWhole() ? "" : "..."), bytes);
+    held.rewind();
+  }
+  expectUnfrozen(output);
 }
 
-TEST(InMemoryOutput, EndsAtItsNulWhereverTheHostStands) {
+TEST(InMemoryOutput, OfAHostThatWrites) {
+  const std::string kLong(20, 'x');  // makes a stream take new memory
+  const struct {
+    std::string written;
+    std::streamoff goesBackTo;
+    std::string patch;
+    std::string text;
+    std::string bytes;
+  } kRows[] = {
+      {"<p>0000</p>\0"s, 3, "0042", "<p>0042</p>", "<p>0042"},
+      {"fifteen letters\0"s, 0, "", "fifteen letters", ""},
+      {"sixteen letters,", 16, "", "sixteen letters,", "sixteen letters,"},
+      {kLong + '\0', 21, "", kLong, kLong + '\0'},
+      {kLong + '\0', 2, "", kLong, "xx..."},
+      {kLong + '\0', 0, "", kLong, "..."},
+      {"\0"s, 0, "", "", ""},
+  };
+  for (const auto& row : kRows) {
+    std::strstream output;
+    output << row.written;
+    output.seekp(row.goesBackTo);
+    output << row.patch;
+    const std::strstream::pos_type position = output.tellp();
+    { const InMemoryOutput held(output); }
+    EXPECT_EQ(output.tellp(), position);
+    expectHeld(output, row.text, row.bytes);
+  }
   std::strstream fresh;
-  expectHeld(fresh, "", 0);
-  std::strstream patched;
-  patched << "<p>0000</p>" << std::ends;
-  patched.seekp(3);
-  patched << "0042";
-  expectHeld(patched, "<p>0042</p>", 7);
-  char page[] = "<p>finished</p>\0<p>left over";
-  std::strstream finished(page, sizeof page, std::ios::in);
-  expectHeld(finished, "<p>finished</p>", sizeof page);
-  std::array<char, 32> room = {"<p>"};
-  std::strstream appended(room.data(), room.size(), std::ios::out | std::ios::app);
-  appended << "more</p>" << std::ends;
-  expectHeld(appended, "<p>more</p>", 12);
-  char full[] = {'n', 'e', 'v', 'e', 'r', ' ', 'e', 'n', 'd', 'e', 'd'};
-  std::strstream unended(full, sizeof full, std::ios::out);
-  unended << "NEVER";
-  expectHeld(unended, "NEVER", 5);
+  EXPECT_EQ(InMemoryOutput(fresh).bytes(), "");
+  std::strstream measured;  // by a host that learns what is reserved
+  measured << "text\0"s;
+  measured.seekg(0, std::ios::end);
+  expectHeld(measured, "text", "text\0"s);
+  std::strstream gone(std::move(measured));
+  EXPECT_STREQ(InMemoryOutput(measured).text(), "");
+  EXPECT_EQ(InMemoryOutput(measured).bytes(), "");
+}
+
+/// On an array without a byte to spare, so that the address sanitizer sees a byte too many.
+TEST(InMemoryOutput, OfAHostThatHasABufferOfItsOwn) {
+  const struct {
+    std::string buffer;
+    int mode;
+    std::string written;
+    std::string text;
+    std::string bytes;
+  } kRows[] = {
+      {"<p>finished</p>\0<p>left over"s, std::ios::in, "", "<p>finished</p>",
+       "<p>finished</p>\0<p>left over"s},
+      {"sixteen letters,", std::ios::in, "", "sixteen letters,", "sixteen letters,"},
+      {"fifteen letters\0"s, std::ios::in, "", "fifteen letters", "fifteen letters\0"s},
+      {"<p>\0        "s, std::ios::out | std::ios::app, "more\0"s, "<p>more", "<p>more\0"s},
+      {"<p>\0        "s, std::ios::in | std::ios::app, "", "<p>", "<p>"},
+      {"never ended", std::ios::out, "NEVER", "NEVER ended", "NEVER"},
+  };
+  for (const auto& row : kRows) {
+    const std::unique_ptr<char[]> array(new char[row.buffer.size()]);
+    row.buffer.copy(array.get(), row.buffer.size());
+    const auto mode = static_cast<std::ios::openmode>(row.mode);
+    std::strstream output(array.get(), static_cast<int>(row.buffer.size()), mode);
+    output << row.written;
+    for (int time = 0; time < 2; ++time) {
+      InMemoryOutput held(output);
+      EXPECT_STREQ(held.text(), row.text.c_str());
+      EXPECT_EQ(held.bytes(), row.bytes);
+      EXPECT_TRUE(held.isWhole());
+    }
+  }
+  char endless[] = "of unknown size";
+  std::strstream output(endless, -1, std::ios::in);
+  EXPECT_EQ(InMemoryOutput(output).bytes(), endless);
+}
+
+TEST(InMemoryOutput, OneThatTheDiskDoesNotTakeIsDeliveredAllTheSame) {
+  const TestFolder folder;
+  for (const bool binary : {true, false}) {
+    TestFolder::write("Masters/R.pdf", "");
+    TestFolder::write(kActual, "stale");
+    OrvTestInfo info;
+    info.addOutput(kActual, binary) << std::string(10000, 'x') << std::ends;
+    TestEngine engine(nullptr, [](const auto& m, const auto& a, auto*) {
+      return new OrvDiffResultFailDiff(m, a);
+    });
+    DiskWitness witness;
+    {
+      const LimitedTo fullDisk(RLIMIT_FSIZE, 5000);
+      engine.verifyOutput({&witness}, "R.xml", &info);
+    }
+    EXPECT_EQ(witness.onDisk, "(missing)");
+    EXPECT_TRUE(std::filesystem::is_empty("../webcontent/bi/type"));
+  }
 }
 
 TEST(InMemoryOutput, IsTheHostsAgainAfterAnError) {

@@ -106,18 +106,20 @@ TEST(LogNormalized, KeepsBothTextsBesideTheActualOutput) {
 
 TEST(Logs, AFailingDiskIsNobodysError) {
   const TestFolder folder;
-  std::filesystem::create_symlink("/dev/full", "full.normalized_master");
-  std::filesystem::create_symlink("/dev/full", "full.normalized_actual");
+  TestFolder::write("full.normalized_master", "from before");
   const OrvDiffResultPass pass("m", "a");
   for (const char* const name : {"/dev/full", "none/summary", "."}) {
     OrvDiffFileLog log(name);
     EXPECT_EQ(raisedBy([&] { pass.notifyListener(log); }), "nothing");
   }
+  const std::string kText(10000, 'x');
   for (const char* const name : {"full", "none/r.html"}) {
     OrvDiffLogNormalized log;
-    EXPECT_EQ(raisedBy([&] { normalizedDiff(name, "x", "y")->notifyListener(log); }), "nothing");
+    const LimitedTo fullDisk(RLIMIT_FSIZE, 5000);
+    normalizedDiff(name, kText.c_str(), "y")->notifyListener(log);
   }
-  EXPECT_TRUE(std::filesystem::is_character_file("full.normalized_master"));
+  EXPECT_EQ(TestFolder::read("full.normalized_master"), "(missing)");
+  EXPECT_EQ(TestFolder::read("full.normalized_actual"), "y");
 }
 
 }  // namespace

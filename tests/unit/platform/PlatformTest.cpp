@@ -1,5 +1,9 @@
+#include <unicode/uclean.h>
+
+#include <cstdlib>
 #include <list>
 
+#include "orvdiff/compare/OrvDiffNormalizationPattern.h"
 #include "orvdiff/platform/I18N.h"
 #include "orvdiff/platform/OrvGlob.h"
 #include "orvdiff/platform/OrvHelper.h"
@@ -50,6 +54,8 @@ TEST(Glob, OnlyTheStarOfTheNamePartIsSpecial) {
   }
   std::filesystem::create_directory("M/R_folder.html");
   std::filesystem::create_symlink("nowhere", "M/R_dangling.html");
+  std::filesystem::create_symlink("loop", "loop");
+  const std::string tooLong = std::string(5000, 'x') + "/*";
   const std::tuple<const char*, std::list<std::string>> kRows[] = {
       {"M/R*.html",
        {"M/R.html", "M/R10.html", "M/RR.html.html", "M/R_2.html", "M/R_dangling.html",
@@ -59,16 +65,18 @@ TEST(Glob, OnlyTheStarOfTheNamePartIsSpecial) {
       {"M/R*html*html", {"M/RR.html.html"}},
       {"M/a*b/*", {"M/a*b/R.html"}},
       {"M*", {"M"}},
-      {"none/*", {}}};
+      {"none/*", {}},
+      {"loop/*", {}},
+      {tooLong.c_str(), {}}};
   for (const auto& [pattern, expected] : kRows) {
     std::list<std::string> files;
     OrvGlob::globFiles(pattern, files);
     EXPECT_EQ(files, expected) << pattern;
   }
-  std::filesystem::create_symlink("loop", "loop");
+  const LimitedTo noDescriptors(RLIMIT_NOFILE, 0);
   std::list<std::string> files;
-  EXPECT_THAT(storyOf([&] { OrvGlob::globFiles("loop/*", files); }),
-              testing::StartsWith("The folder loop cannot be read: "));
+  EXPECT_THAT(storyOf([&] { OrvGlob::globFiles("M/a*b/*", files); }),
+              testing::StartsWith("The folder M/a*b cannot be read: Too many open files"));
 }
 
 TEST(XmlEncode, EveryNameBecomesCharacterData) {
@@ -101,6 +109,34 @@ TEST(I18N, Utf8TravelsThroughUtf16WithoutLoss) {
   EXPECT_EQ(utf16, std::string(reinterpret_cast<const char*>(u"a\u00F6"), 4));
   EXPECT_EQ(I18NString("ab").toBytes("utf-32").size(), 8U);
   EXPECT_THROW(I18NConverter("no-such-encoding"), VELAssertError);
+}
+
+/// ICU's memory; the allocation that the countdown ends at fails.
+long s_countdown = 0;
+
+void* allocateForIcu(const void*, std::size_t size) {
+  return --s_countdown == 0 ? nullptr : std::malloc(size);
+}
+
+void* resizeForIcu(const void*, void* block, std::size_t size) {
+  return --s_countdown == 0 ? nullptr : std::realloc(block, size);
+}
+
+void freeForIcu(const void*, void* block) {
+  std::free(block);
+}
+
+TEST(I18N, RunningOutOfMemoryIsNothingElse) {
+  I18NConverter("iso-8859-1");  // what ICU loads once is loaded then
+  UErrorCode status = U_ZERO_ERROR;
+  u_setMemoryFunctions(nullptr, allocateForIcu, resizeForIcu, freeForIcu, &status);
+  s_countdown = 1;
+  EXPECT_THROW(I18NConverter("iso-8859-1"), VELOutOfMemoryError);
+  for (int failing = 1; failing <= 2; ++failing) {
+    s_countdown = failing;  // later ones crash some versions of ICU
+    EXPECT_THROW(OrvDiffNormalizationPattern("[0-9]+, which is no short text", nullptr),
+                 VELOutOfMemoryError);
+  }
 }
 
 template <typename Exception>
