@@ -1,0 +1,126 @@
+"""What a run with an injected fault may end with, compared with the same run undisturbed."""
+
+import dataclasses
+import re
+import xml.etree.ElementTree
+
+SUMMARY = "server/summary.xml"
+HARNESS_LOG = "server/harness.log"
+TIMES = re.compile(rb"(?m)^(=\s+Test (?:Started|Finished): ).*$")
+VERDICT = re.compile(r"(?m)^(passed|partly|differs|missing|failed) +(?:(\S+) -> )?(\S+)$")
+NORMALIZED = re.compile(r"server(/.*)\.(normalized_\w+)")
+
+# Of these the file says nothing: it must not be called missing.
+SHORTAGES = ("ENOMEM", "EMFILE", "ENFILE")
+
+
+@dataclasses.dataclass
+class Outcome:
+    """What a run left behind."""
+    status: int  # negative: the signal that ended it; None: it did not end
+    out: str
+    err: str
+    files: dict
+
+    def __post_init__(self):
+        found = VERDICT.findall(self.out)
+        self.verdicts = {actual: verdict for verdict, _, actual in found}
+        self.masters = {actual: master or actual for _, master, actual in found}
+        self.files = {path: TIMES.sub(rb"\1", content) for path, content in self.files.items()}
+
+
+def is_whole_summary(content):
+    try:
+        return xml.etree.ElementTree.fromstring(content).tag == "TestSummary"
+    except xml.etree.ElementTree.ParseError:
+        return False
+
+
+def is_whole_harness_log(content):
+    return b"= TOTALS " in content and content.endswith(b"=\n")
+
+
+def actuals_in_summary(content):
+    return {entry.findtext("CurrentFile") for entry in xml.etree.ElementTree.fromstring(content)}
+
+
+def faults_of(run, undisturbed, error, call):
+    """What is wrong with a run in which a call failed with this error; nothing: an empty list."""
+    if run.status is None:
+        return ["does not end"]
+    if run.status < 0:
+        return [f"dies by signal {-run.status}"]
+    if run.status not in (0, 1, 2):
+        return [f"ends with the undocumented status {run.status}"]
+    found = faults_of_verdicts(run, undisturbed, error)
+    found += faults_of_files(run, undisturbed, call)
+    if run.status < undisturbed.status:
+        found.append(f"ends with status {run.status} instead of {undisturbed.status}")
+    if run.status == 2 and not run.err.strip() and "error " not in run.out and call != "write":
+        found.append("ends with status 2 and no word why")
+    return sorted(set(found))
+
+
+def faults_of_verdicts(run, undisturbed, error):
+    found = []
+    for actual, wanted in undisturbed.verdicts.items():
+        verdict = run.verdicts.get(actual)
+        if verdict == wanted or (verdict is None and run.status == 2):
+            continue
+        if verdict is None:
+            found.append(f"says nothing of a pair and ends with status {run.status}")
+        elif verdict == "passed":
+            found.append("WRONG PASS")
+        elif verdict == "missing" and error in SHORTAGES:
+            found.append(f"calls a file missing because of {error}")
+        elif run.status != 2 and (verdict != "missing" or run.status == 0):
+            found.append(f"says '{verdict}' instead of '{wanted}' and ends with {run.status}")
+    if run.verdicts.keys() - undisturbed.verdicts.keys():
+        found.append("compares what it should not")
+    return found
+
+
+def faults_of_files(run, undisturbed, call):
+    found = []
+    for path in undisturbed.files.keys() - run.files.keys():
+        if run.status != 2 and is_due(path, run, undisturbed):
+            found.append(f"leaves no {kind_of(path)} and ends with {run.status}")
+    for path, content in run.files.items():
+        if path not in undisturbed.files:
+            # Where removing a file is what fails, it stays.
+            if call != "name" and is_due(path, run, undisturbed):
+                found.append(f"leaves {kind_of(path)} behind")
+        elif content != undisturbed.files[path]:
+            found += faults_of_file(path, content, run)
+    return found
+
+
+def is_due(path, run, undisturbed):
+    """Whether a file is to be as in the undisturbed run. Normalised texts go with their verdict."""
+    saved = NORMALIZED.fullmatch(path)
+    actual = ".." + saved[1] if saved else None
+    return actual is None or run.verdicts.get(actual) == undisturbed.verdicts.get(actual)
+
+
+def faults_of_file(path, content, run):
+    """What is wrong with a file that is not as in the undisturbed run."""
+    if path == SUMMARY:
+        whole = is_whole_summary(content)
+        lost = run.verdicts.keys() - actuals_in_summary(content) if whole else ()
+    elif path == HARNESS_LOG:
+        whole = is_whole_harness_log(content)
+        lost = [actual for actual, master in run.masters.items()  # one is all it names when missing
+                if actual.encode() not in content and master.encode() not in content]
+    else:
+        named = path.rpartition("/")[2] in run.out + run.err
+        return [] if run.status == 2 and named else [f"leaves half a {kind_of(path)}"]
+    if not whole:
+        return [] if run.status == 2 else [f"leaves half a {kind_of(path)} without status 2"]
+    return [f"leaves a {kind_of(path)} that looks whole and misses pairs"] if lost else []
+
+
+def kind_of(path):
+    """A file as findings name it, so that those of one kind fall together."""
+    saved = NORMALIZED.fullmatch(path)
+    return {SUMMARY: "summary", HARNESS_LOG: "harness log"}.get(
+        path, f"file .{saved[2]}" if saved else path)

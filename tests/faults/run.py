@@ -1,0 +1,249 @@
+#!/usr/bin/env python3
+"""Makes system calls and allocations of `orvdiff verify` fail, one in each run, and holds what the
+run ends with to the same run undisturbed: status 0 only when everything was compared, no wrong
+verdict, no crash, no file that looks whole and is not. Ends with 1 and a list when it finds
+something, what belongs together in one entry."""
+
+import argparse
+import collections
+import concurrent.futures
+import errno
+import functools
+import itertools
+import math
+import os
+import pathlib
+import queue
+import subprocess
+import sys
+import tempfile
+
+import judging
+import suites
+
+# How the calls fail, and for how long: "lasts" is the disk that stays full, "once" the one chance
+# to overlook an error.
+ERRORS = {
+    "open": ("EMFILE", "EIO", "ENOMEM", "ENOSPC"),
+    "read": ("EIO", "ENOMEM"),
+    "seek": ("EIO",),
+    "write": ("ENOSPC", "EIO"),
+    "close": ("EIO", "ENOSPC"),
+    "stat": ("EIO", "ENOMEM"),
+    "name": ("EIO", "ENOSPC"),
+    "spawn": ("ENOMEM",),
+    "alloc": ("ENOMEM",),
+}
+SPANS = ("once", "lasts")
+SUITES = ("same", "other")
+LIMIT = 30  # seconds for one run
+
+Fault = collections.namedtuple("Fault", "call at error span suite")
+
+
+class Bench:
+    """Runs the program on suites of its own; for one thread at a time."""
+
+    def __init__(self, arguments, root, formats):
+        self.program = arguments.program
+        self.shim = arguments.shim
+        self.root = pathlib.Path(root)
+        self.suites = suites.Suites(self.root / "suites", formats)
+        self.report = self.root / "report"
+        self.command = [self.program, "verify", "-v", "--summary", "../summary.xml",
+                        "--harness-log", "../harness.log", "--save-normalized", *suites.OPTIONS]
+
+    def run(self, suite, fault=None):
+        """The outcome, and the lines of the injector's report."""
+        self.report.unlink(missing_ok=True)
+        environment = {**os.environ, "LD_PRELOAD": self.shim, "TZ": "UTC0",
+                       "ORVDIFF_FAULT_REPORT": str(self.report),
+                       "PATH": f"{self.suites.root}/bin:{os.environ['PATH']}"}
+        if fault:
+            number = getattr(errno, fault.error)
+            environment["ORVDIFF_FAULT"] = f"{fault.call}:{fault.at}:{number}:{fault.span}"
+        try:
+            done = subprocess.run([*self.command, "../" + suite], cwd=self.suites.work,
+                                  env=environment, capture_output=True, timeout=LIMIT, check=False,
+                                  stdin=subprocess.DEVNULL)
+        except subprocess.TimeoutExpired as expired:
+            done = subprocess.CompletedProcess([], None, expired.stdout or b"",
+                                               expired.stderr or b"")
+        outcome = judging.Outcome(done.returncode, done.stdout.decode(errors="replace"),
+                                  done.stderr.decode(errors="replace"), self.suites.take_new())
+        report = self.report.read_text().splitlines() if self.report.exists() else []
+        return outcome, report
+
+
+def undisturbed_run(bench, suite, formats):
+    """The outcome to hold others to, and how often each kind of call was made."""
+    outcome, report = bench.run(suite)
+    counts = {line.split()[1]: int(line.split()[2]) for line in report}
+    wanted = {"same": (0, {"passed"}), "other": (1, {"differs"})}[suite]
+    if (outcome.status, set(outcome.verdicts.values())) != wanted:
+        sys.exit(f"the suite '{suite}' is not as it should be:\n{outcome.out}{outcome.err}")
+    if len(outcome.verdicts) < len(formats) or not all(
+            counts[call] for call in ("open", "read", "write", "close", "stat", "alloc")):
+        sys.exit(f"the suite '{suite}' lacks formats, or calls are not caught: {counts}")
+    return outcome, counts
+
+
+def all_faults(counts, calls):
+    for suite, of_suite in counts.items():
+        for call in calls:
+            ways = itertools.product(ERRORS[call], SPANS, range(1, of_suite[call] + 1))
+            for error, span, at in ways:
+                yield Fault(call, at, error, span, suite)
+
+
+def sampled_faults(counts, calls, size):
+    """The same ones each time: of every kind of call the first, the last and some between, each
+    failing in the next of the ways it can. More of what is called more often, yet not in line
+    with it: allocations would crowd out the rest."""
+    weights = {(suite, call): math.sqrt(counts[suite][call]) for suite in counts for call in calls}
+    for (suite, call), weight in weights.items():
+        count = counts[suite][call]
+        points = min(count, 1 + round(size * weight / sum(weights.values())))
+        ways = itertools.cycle(itertools.product(ERRORS[call], SPANS))
+        for point, (error, span) in zip(range(points), ways):
+            yield Fault(call, 1 + point * (count - 1) // max(1, points - 1), error, span, suite)
+
+
+def callers(report, program):
+    """Where the failing call came from: the innermost functions of this project's own."""
+    ours = []
+    folder = str(pathlib.Path(program).parent.parent)
+    for line in report:
+        if line.startswith("hit "):
+            _, module, offset = line.split()
+            if os.path.realpath(module).startswith(folder):
+                ours.append((module, offset))
+    return tuple(ours[:8])
+
+
+@functools.lru_cache(maxsize=None)
+def lines_of(frame):
+    """Where a frame stands in the sources, what was inlined first; headers of others left out."""
+    module, offset = frame
+    text = subprocess.run(["addr2line", "-i", "-e", module, "0x" + offset], capture_output=True,
+                          text=True, check=False).stdout
+    return [line.rpartition("/")[2].partition(" ")[0] for line in text.splitlines()
+            if "/usr/" not in line and "?" not in line]
+
+
+def describe(frames):
+    """The innermost lines, as "File.cpp:12 < Caller.cpp:34"."""
+    return " < ".join(itertools.islice((line for frame in frames for line in lines_of(frame)), 5))
+
+
+def to_text(fault):
+    return ":".join(map(str, fault))
+
+
+def to_fault(text):
+    call, at, error, span, suite = text.split(":")
+    return Fault(call, int(at), error, span, suite)
+
+
+class Findings:
+    """What was found, what belongs together counted once."""
+
+    def __init__(self, program):
+        self._program = program
+        self._groups = collections.defaultdict(list)
+        self.runs = 0
+        self.idle = 0  # runs in which the call was not reached
+
+    def add(self, fault, faults, report):
+        self.runs += 1
+        frames = callers(report, self._program)
+        self.idle += not any(line.startswith("hit ") for line in report)
+        for what in faults:
+            self._groups[what, fault.call, frames[:4]].append(fault)
+
+    def print(self):
+        groups = collections.defaultdict(list)
+        for (what, call, frames), faults in self._groups.items():
+            groups[what, call].append((describe(frames), faults))
+        for (what, call), places in sorted(groups.items()):
+            print(f"{call}: {what}")
+            for where, faults in sorted(places):
+                errors = sorted({f"{fault.error} {fault.span}" for fault in faults})
+                print(f"    {len(faults):5} x {', '.join(errors)}: {where}\n"
+                      f"          --only {to_text(faults[0])}")
+        print(f"{self.runs} faults injected, {self.idle} of them not reached; "
+              f"{len(self._groups)} findings")
+        return bool(groups)
+
+
+def inject(faults, benches, undisturbed, findings):
+    free = queue.SimpleQueue()
+    for bench in benches:
+        free.put(bench)
+
+    def one(fault):
+        bench = free.get()
+        try:
+            outcome, report = bench.run(fault.suite, fault)
+        finally:
+            free.put(bench)
+        wrong = judging.faults_of(outcome, undisturbed[fault.suite], fault.error, fault.call)
+        return fault, wrong, report
+
+    with concurrent.futures.ThreadPoolExecutor(len(benches)) as pool:
+        for batch in iter(lambda: list(itertools.islice(faults, 1000)), []):
+            for result in pool.map(one, batch):
+                findings.add(*result)
+            if sys.stderr.isatty():
+                print(f"\r{findings.runs} runs", end="", file=sys.stderr, flush=True)
+
+
+def show(bench, fault, undisturbed):
+    """One run in full: 1 when there is something wrong with it."""
+    outcome, report = bench.run(fault.suite, fault)
+    print(f"at {describe(callers(report, bench.program))}\n{outcome.out}{outcome.err}")
+    for path in sorted(outcome.files.keys() | undisturbed.files.keys()):
+        content = outcome.files.get(path)
+        if content is None:
+            print(f"--- no {path}")
+        elif content != undisturbed.files.get(path):
+            print(f"--- {path}, otherwise than undisturbed:\n{content.decode(errors='replace')}")
+    wrong = judging.faults_of(outcome, undisturbed, fault.error, fault.call)
+    print(f"status {outcome.status}; {'; '.join(wrong) or 'nothing wrong'}")
+    return 1 if wrong else 0
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--program", required=True)
+    parser.add_argument("--shim", required=True, help="the library that injects faults")
+    parser.add_argument("--sample", type=int, metavar="COUNT", help="not all, but about so many")
+    parser.add_argument("--calls", nargs="+", choices=ERRORS, default=list(ERRORS))
+    parser.add_argument("--only", type=to_fault, metavar="CALL:N:ERROR:SPAN:SUITE",
+                        help="show this run")
+    parser.add_argument("-j", type=int, default=os.cpu_count())
+    arguments = parser.parse_args()
+    arguments.program = os.path.realpath(arguments.program)
+    arguments.shim = os.path.realpath(arguments.shim)
+    return arguments
+
+
+def main():
+    arguments = parse_arguments()
+    formats = suites.formats_of(arguments.program)
+    with tempfile.TemporaryDirectory(prefix="orvdiff-faults-") as root:
+        benches = [Bench(arguments, f"{root}/{number}", formats) for number in range(arguments.j)]
+        runs = {suite: undisturbed_run(benches[0], suite, formats) for suite in SUITES}
+        undisturbed = {suite: outcome for suite, (outcome, _) in runs.items()}
+        counts = {suite: of_suite for suite, (_, of_suite) in runs.items()}
+        if arguments.only:
+            return show(benches[0], arguments.only, undisturbed[arguments.only.suite])
+        faults = (sampled_faults(counts, arguments.calls, arguments.sample) if arguments.sample
+                  else all_faults(counts, arguments.calls))
+        findings = Findings(arguments.program)
+        inject(iter(faults), benches, undisturbed, findings)
+        return 1 if findings.print() else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
