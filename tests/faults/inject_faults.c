@@ -4,7 +4,8 @@
  *   ORVDIFF_FAULT=CALL:N:ERRNO:once|lasts  the N-th call of this kind (from 1) fails with this
  *                                          errno; "lasts": so does every later one
  *   ORVDIFF_FAULT_REPORT=FILE              gets "hit MODULE OFFSET" for each caller of the first
- *                                          call that failed, and "calls KIND COUNT" at the end
+ *                                          call that failed; without ORVDIFF_FAULT "call KIND
+ *                                          PLACE" for each call: a number for where it comes from
  *
  * Counting starts with main(): what the loader and constructors of other libraries do is not ours.
  * Programs that this one starts run undisturbed.
@@ -48,34 +49,55 @@ static struct {
   int error;
   bool lasts;
 } plan;
-static const char* report; /* null: nobody wants one */
-static bool armed;         /* main() has started */
-static bool busy;          /* in this file's own calls, which are not counted */
+static const char* report;
+static bool armed; /* main() has started */
+static bool busy;  /* in this file's own calls, which are not counted */
 static unsigned long calls[KINDS];
 
 /* With bare system calls, which do not disturb what is counted. */
 static void appendToReport(const char* text, int length) {
-  const long file = report == NULL ? -1
-                                   : syscall(SYS_openat, AT_FDCWD, report,
-                                             O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+  const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;
+  const long file = syscall(SYS_openat, AT_FDCWD, report, flags, 0666);
   if (file >= 0 && length > 0) {
     syscall(SYS_write, file, text, (size_t)length);
   }
   syscall(SYS_close, file);
 }
 
-static void reportCallers(void) {
-  void* callers[48];
+static bool isOurs(const Dl_info* module) {
+  const char* const slash = strrchr(module->dli_fname, '/');
+  const char* const name = slash != NULL ? slash + 1 : module->dli_fname;
+  return strcmp(name, "orvdiff") == 0 || strncmp(name, "liborvdiff.", 11) == 0;
+}
+
+/* The innermost callers that are of this project. */
+static void reportFailure(void) {
+  enum { kDepth = 96, kMost = 8 };
+  void* stack[kDepth];
   char line[4096];
-  const int count = backtrace(callers, 48);
-  for (int i = 2; i < count; ++i) { /* this function and fails() are no news */
+  appendToReport(line, snprintf(line, sizeof line, "hit\n"));
+  const int depth = backtrace(stack, kDepth);
+  for (int i = 0, count = 0; i < depth && count < kMost; ++i) {
     Dl_info module;
-    if (dladdr(callers[i], &module) != 0) {
-      const size_t offset = (size_t)((char*)callers[i] - (char*)module.dli_fbase);
+    if (dladdr(stack[i], &module) != 0 && isOurs(&module)) {
+      const size_t offset = (size_t)((char*)stack[i] - (char*)module.dli_fbase);
       appendToReport(line, snprintf(line, sizeof line, "hit %s %zx\n", module.dli_fname,
                                     offset - 1)); /* the call, not what it returns to */
+      ++count;
     }
   }
+}
+
+/* A place is told by the innermost callers, of any library. More of them take too long to find. */
+static void reportCall(enum Kind kind) {
+  void* stack[12];
+  char line[64];
+  const int depth = backtrace(stack, 12);
+  size_t place = 0;
+  for (int i = 0; i < depth; ++i) {
+    place = place * 1000003 + (size_t)stack[i];
+  }
+  appendToReport(line, snprintf(line, sizeof line, "call %s %zx\n", kKindNames[kind], place));
 }
 
 /* Counts a call; whether it is to fail. errno then says why. */
@@ -84,15 +106,15 @@ static bool fails(enum Kind kind) {
     return false;
   }
   const unsigned long n = ++calls[kind];
+  if (plan.at == 0 || (kind == plan.kind && n == plan.at)) {
+    busy = true;
+    plan.at == 0 ? reportCall(kind) : reportFailure();
+    busy = false;
+  }
   /* A disk that is full takes a part of the first write, and nothing of the next. */
   const unsigned long last = plan.at + (kind == WRITE && plan.error == ENOSPC ? 1 : 0);
   if (kind != plan.kind || plan.at == 0 || n < plan.at || (n > last && !plan.lasts)) {
     return false;
-  }
-  if (n == plan.at) {
-    busy = true;
-    reportCallers();
-    busy = false;
   }
   errno = plan.error;
   return true;
@@ -355,7 +377,7 @@ static void readPlan(const char* text) {
   char kind[16];
   char how[16];
   if (sscanf(text, "%15[a-z]:%lu:%d:%15s", kind, &plan.at, &plan.error, how) != 4) {
-    abort(); /* a test that injects nothing must not pass */
+    abort(); /* a run without a fault must not pass for one that stood it */
   }
   plan.lasts = strcmp(how, "lasts") == 0;
   while (strcmp(kKindNames[plan.kind], kind) != 0) {
@@ -370,22 +392,13 @@ __attribute__((constructor)) static void prepare(void) {
   if (wanted != NULL) {
     readPlan(wanted);
   }
-  report = getenv("ORVDIFF_FAULT_REPORT");
-  report = report != NULL ? strdup(report) : NULL;
+  const char* const file = getenv("ORVDIFF_FAULT_REPORT");
+  report = strdup(file != NULL ? file : "/dev/null");
   unsetenv("ORVDIFF_FAULT"); /* children are not to be disturbed */
   unsetenv("ORVDIFF_FAULT_REPORT");
   unsetenv("LD_PRELOAD");
   void* warmUp[1];
   backtrace(warmUp, 1); /* its first call allocates */
-}
-
-__attribute__((destructor)) static void reportCounts(void) {
-  armed = false;
-  char line[64];
-  for (int kind = 0; kind < KINDS; ++kind) {
-    appendToReport(line,
-                   snprintf(line, sizeof line, "calls %s %lu\n", kKindNames[kind], calls[kind]));
-  }
 }
 
 typedef int Main(int, char**, char**);

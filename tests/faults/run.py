@@ -56,6 +56,7 @@ class Bench:
     def run(self, suite, fault=None):
         """The outcome, and the lines of the injector's report."""
         self.report.unlink(missing_ok=True)
+        self.suites.touch_folders()
         environment = {**os.environ, "LD_PRELOAD": self.shim, "TZ": "UTC0",
                        "ORVDIFF_FAULT_REPORT": str(self.report),
                        "PATH": f"{self.suites.root}/bin:{os.environ['PATH']}"}
@@ -76,49 +77,57 @@ class Bench:
 
 
 def undisturbed_run(bench, suite, formats):
-    """The outcome to hold others to, and how often each kind of call was made."""
+    """The outcome to hold others to; and for each kind of call, in order, the places in the code
+    that the calls come from."""
     outcome, report = bench.run(suite)
-    counts = {line.split()[1]: int(line.split()[2]) for line in report}
+    places = {call: [] for call in ERRORS}
+    for line in report:
+        _, call, place = line.split()
+        places[call].append(place)
     wanted = {"same": (0, {"passed"}), "other": (1, {"differs"})}[suite]
     if (outcome.status, set(outcome.verdicts.values())) != wanted:
         sys.exit(f"the suite '{suite}' is not as it should be:\n{outcome.out}{outcome.err}")
     if len(outcome.verdicts) < len(formats) or not all(
-            counts[call] for call in ("open", "read", "write", "close", "stat", "alloc")):
-        sys.exit(f"the suite '{suite}' lacks formats, or calls are not caught: {counts}")
-    return outcome, counts
+            places[call] for call in ("open", "read", "write", "close", "stat", "alloc")):
+        sys.exit(f"the suite '{suite}' lacks formats, or calls are not caught")
+    return outcome, places
 
 
-def all_faults(counts, calls):
-    for suite, of_suite in counts.items():
-        for call in calls:
-            ways = itertools.product(ERRORS[call], SPANS, range(1, of_suite[call] + 1))
-            for error, span, at in ways:
-                yield Fault(call, at, error, span, suite)
+def ways(call):
+    return itertools.product(ERRORS[call], SPANS)
 
 
-def sampled_faults(counts, calls, size):
-    """The same ones each time: of every kind of call the first, the last and some between, each
-    failing in the next of the ways it can. More of what is called more often, yet not in line
-    with it: allocations would crowd out the rest."""
-    weights = {(suite, call): math.sqrt(counts[suite][call]) for suite in counts for call in calls}
-    for (suite, call), weight in weights.items():
-        count = counts[suite][call]
-        points = min(count, 1 + round(size * weight / sum(weights.values())))
-        ways = itertools.cycle(itertools.product(ERRORS[call], SPANS))
-        for point, (error, span) in zip(range(points), ways):
-            yield Fault(call, 1 + point * (count - 1) // max(1, points - 1), error, span, suite)
+def all_faults(places, calls):
+    """Every call fails, in every way."""
+    for suite, call in itertools.product(places, calls):
+        for at, (error, span) in itertools.product(range(len(places[suite][call])), ways(call)):
+            yield Fault(call, at + 1, error, span, suite)
 
 
-def callers(report, program):
-    """Where the failing call came from: the innermost functions of this project's own."""
-    ours = []
-    folder = str(pathlib.Path(program).parent.parent)
-    for line in report:
-        if line.startswith("hit "):
-            _, module, offset = line.split()
-            if os.path.realpath(module).startswith(folder):
-                ours.append((module, offset))
-    return tuple(ours[:8])
+def faults_by_place(places, calls):
+    """From each place in the code the first call fails, in every way."""
+    for suite, call in itertools.product(places, calls):
+        first = {place: at for at, place in reversed(list(enumerate(places[suite][call])))}
+        for at, (error, span) in itertools.product(sorted(first.values()), ways(call)):
+            yield Fault(call, at + 1, error, span, suite)
+
+
+def sampled_faults(places, calls, size):
+    """Some of those by place, and the same ones each time: of every kind of call the first, the
+    last and some between. More of what comes from more places, yet not in line with it: allocations
+    would crowd out the rest."""
+    groups = [list(group) for _, group in itertools.groupby(
+        faults_by_place(places, calls), lambda fault: (fault.suite, fault.call))]
+    total = sum(math.sqrt(len(group)) for group in groups)
+    for group in groups:
+        points = min(len(group), 1 + round(size * math.sqrt(len(group)) / total))
+        for point in range(points):
+            yield group[point * (len(group) - 1) // max(1, points - 1)]
+
+
+def callers(report):
+    """Where the failing call came from: module and offset of functions of this project's own."""
+    return tuple(tuple(line.split()[1:]) for line in report if line.startswith("hit "))
 
 
 @functools.lru_cache(maxsize=None)
@@ -148,18 +157,16 @@ def to_fault(text):
 class Findings:
     """What was found, what belongs together counted once."""
 
-    def __init__(self, program):
-        self._program = program
+    def __init__(self):
         self._groups = collections.defaultdict(list)
         self.runs = 0
         self.idle = 0  # runs in which the call was not reached
 
     def add(self, fault, faults, report):
         self.runs += 1
-        frames = callers(report, self._program)
-        self.idle += not any(line.startswith("hit ") for line in report)
+        self.idle += not report
         for what in faults:
-            self._groups[what, fault.call, frames[:4]].append(fault)
+            self._groups[what, fault.call, callers(report)[:4]].append(fault)
 
     def print(self):
         groups = collections.defaultdict(list)
@@ -201,7 +208,7 @@ def inject(faults, benches, undisturbed, findings):
 def show(bench, fault, undisturbed):
     """One run in full: 1 when there is something wrong with it."""
     outcome, report = bench.run(fault.suite, fault)
-    print(f"at {describe(callers(report, bench.program))}\n{outcome.out}{outcome.err}")
+    print(f"at {describe(callers(report))}\n{outcome.out}{outcome.err}")
     for path in sorted(outcome.files.keys() | undisturbed.files.keys()):
         content = outcome.files.get(path)
         if content is None:
@@ -217,7 +224,9 @@ def parse_arguments():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--program", required=True)
     parser.add_argument("--shim", required=True, help="the library that injects faults")
-    parser.add_argument("--sample", type=int, metavar="COUNT", help="not all, but about so many")
+    parser.add_argument("--all", action="store_true",
+                        help="every call, not only the first from each place in the code")
+    parser.add_argument("--sample", type=int, metavar="COUNT", help="about so many places only")
     parser.add_argument("--calls", nargs="+", choices=ERRORS, default=list(ERRORS))
     parser.add_argument("--only", type=to_fault, metavar="CALL:N:ERROR:SPAN:SUITE",
                         help="show this run")
@@ -235,12 +244,14 @@ def main():
         benches = [Bench(arguments, f"{root}/{number}", formats) for number in range(arguments.j)]
         runs = {suite: undisturbed_run(benches[0], suite, formats) for suite in SUITES}
         undisturbed = {suite: outcome for suite, (outcome, _) in runs.items()}
-        counts = {suite: of_suite for suite, (_, of_suite) in runs.items()}
+        places = {suite: of_suite for suite, (_, of_suite) in runs.items()}
         if arguments.only:
             return show(benches[0], arguments.only, undisturbed[arguments.only.suite])
-        faults = (sampled_faults(counts, arguments.calls, arguments.sample) if arguments.sample
-                  else all_faults(counts, arguments.calls))
-        findings = Findings(arguments.program)
+        if arguments.sample:
+            faults = sampled_faults(places, arguments.calls, arguments.sample)
+        else:
+            faults = (all_faults if arguments.all else faults_by_place)(places, arguments.calls)
+        findings = Findings()
         inject(iter(faults), benches, undisturbed, findings)
         return 1 if findings.print() else 0
 
