@@ -31,21 +31,6 @@ class Outcome:
         self.files = {path: TIMES.sub(rb"\1", content) for path, content in self.files.items()}
 
 
-def is_whole_summary(content):
-    try:
-        return xml.etree.ElementTree.fromstring(content).tag == "TestSummary"
-    except xml.etree.ElementTree.ParseError:
-        return False
-
-
-def is_whole_harness_log(content):
-    return b"= TOTALS " in content and content.endswith(b"=\n")
-
-
-def actuals_in_summary(content):
-    return {entry.findtext("CurrentFile") for entry in xml.etree.ElementTree.fromstring(content)}
-
-
 def faults_of(run, undisturbed, error, call):
     """What is wrong with a run in which a call failed with this error; nothing: an empty list."""
     if run.status is None:
@@ -114,24 +99,45 @@ def is_due(path, run, undisturbed):
 
 def faults_of_file(path, content, run, known):
     """What is wrong with a file that is not as in the undisturbed run, which had `known` outputs.
-    What stands in it must be no less than what the program said; half a line of that does not
-    count."""
-    said = run.masters.keys() & known
-    if path == SUMMARY:
-        whole = is_whole_summary(content)
-        lost = said - actuals_in_summary(content) if whole else ()
-    elif path == HARNESS_LOG:
-        whole = is_whole_harness_log(content)
-        # Of a pair with a missing file it names that one; and it gives reasons for what it lacks.
-        lost = [] if any(error.encode() in content for error in run.errors) else [
-            actual for actual in said
-            if actual.encode() not in content and run.masters[actual].encode() not in content]
-    else:
+    A file that looks whole must hold all that the program said, half a line of that aside."""
+    kind = kind_of(path)
+    said = run.verdicts.keys() & known
+    if path not in CHECKS:
         named = path.rpartition("/")[2] in run.out + run.err
-        return [] if run.status == 2 and named else [f"leaves half a {kind_of(path)}"]
-    if not whole:
-        return [] if run.status == 2 else [f"leaves half a {kind_of(path)} without status 2"]
-    return [f"leaves a {kind_of(path)} that looks whole and misses pairs"] if lost else []
+        return [] if run.status == 2 and named else [f"leaves half a {kind}"]
+    is_whole, lacks = CHECKS[path]
+    if not is_whole(content):
+        return [] if run.status == 2 else [f"leaves half a {kind} without status 2"]
+    return [f"leaves a {kind} that looks whole and lacks verdicts"] * lacks(content, run, said)
+
+
+def is_whole_summary(content):
+    try:
+        return xml.etree.ElementTree.fromstring(content).tag == "TestSummary"
+    except xml.etree.ElementTree.ParseError:
+        return False
+
+
+def summary_lacks(content, run, said):
+    entries = {(entry.findtext("CurrentFile"), entry.tag == "TestCasePassDiff")
+               for entry in xml.etree.ElementTree.fromstring(content)}
+    return not entries >= {(actual, run.verdicts[actual] == "passed") for actual in said}
+
+
+def is_whole_log(content):
+    return b"= TOTALS " in content and content.endswith(b"=\n")
+
+
+def log_lacks(content, run, said):
+    """A log that tells of an error may lack what came after it. Of a pair with a missing file it
+    names that file only."""
+    if any(error.encode() in content for error in run.errors):
+        return False
+    return not all(actual.encode() in content or run.masters[actual].encode() in content
+                   for actual in said)
+
+
+CHECKS = {SUMMARY: (is_whole_summary, summary_lacks), HARNESS_LOG: (is_whole_log, log_lacks)}
 
 
 def kind_of(path):

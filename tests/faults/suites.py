@@ -72,7 +72,7 @@ class Suites:
     def _add_pairs(self, name, folder, masters, how):
         self._add_pair("same/", "Same", folder, masters, content_of(name, 1284))
         self._add_pair("other/", "Other", folder, masters, content_of(name, 1284),
-                       content_of(name, 99))
+                       content_of(name, 1248))
         if how not in ("byte identity", "external script"):
             text = content_of(name, 1284)
             alike = content_of(name, 1290) if name == "vmd" else text.replace("\n", "\r\n")
