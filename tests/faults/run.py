@@ -1,0 +1,275 @@
+#!/usr/bin/env python3
+"""Makes system calls and allocations of `orvdiff verify` fail, one in each run, and holds what the
+run ends with to the same run undisturbed: status 0 only when everything was compared, no wrong
+verdict, no crash, no file that looks whole and is not. Ends with 1 and a list when it finds
+something, what belongs together in one entry."""
+
+import argparse
+import collections
+import concurrent.futures
+import errno
+import functools
+import itertools
+import math
+import os
+import pathlib
+import queue
+import subprocess
+import sys
+import tempfile
+
+import judging
+import suites
+
+# How the calls fail, and for how long: "lasts" is the disk that stays full, "once" the one chance
+# to overlook an error.
+ERRORS = {
+    "open": ("EMFILE", "EIO", "ENOMEM", "ENOSPC"),
+    "read": ("EIO", "ENOMEM"),
+    "seek": ("EIO",),
+    "write": ("ENOSPC", "EIO"),
+    "close": ("EIO", "ENOSPC"),
+    "stat": ("EIO", "ENOMEM"),
+    "name": ("EIO", "ENOSPC"),
+    "spawn": ("ENOMEM",),
+    "alloc": ("ENOMEM",),
+}
+SPANS = ("once", "lasts")
+SUITES = ("same", "other")
+LIMIT = 30  # seconds for one run
+
+# Faults of other libraries that nothing on our side helps against, by the innermost file of ours.
+KNOWN = {
+    ("dies by signal 11", "alloc", "OrvDiffNormalizationPattern.cpp"):
+        "ICU 72: RegexPattern::zap() goes through the sets that could not be allocated",
+}
+
+Fault = collections.namedtuple("Fault", "call at error span suite")
+
+
+class Bench:
+    """Runs the program on suites of its own; for one thread at a time."""
+
+    def __init__(self, arguments, root, formats):
+        self.program = arguments.program
+        self.shim = arguments.shim
+        self.root = pathlib.Path(root)
+        self.suites = suites.Suites(self.root / "suites", formats)
+        self.report = self.root / "report"
+        self.command = [self.program, "verify", "-v", "--summary", "../summary.xml",
+                        "--harness-log", "../harness.log", "--save-normalized", *suites.OPTIONS]
+
+    def run(self, suite, fault=None):
+        """The outcome, and the lines of the injector's report."""
+        self.report.unlink(missing_ok=True)
+        self.suites.touch_folders()
+        environment = {**os.environ, "LD_PRELOAD": self.shim, "TZ": "UTC0",
+                       "ORVDIFF_FAULT_REPORT": str(self.report),
+                       "PATH": f"{self.suites.root}/bin:{os.environ['PATH']}"}
+        if fault:
+            number = getattr(errno, fault.error)
+            environment["ORVDIFF_FAULT"] = f"{fault.call}:{fault.at}:{number}:{fault.span}"
+        try:
+            done = subprocess.run([*self.command, "../" + suite], cwd=self.suites.work,
+                                  env=environment, capture_output=True, timeout=LIMIT, check=False,
+                                  stdin=subprocess.DEVNULL)
+        except subprocess.TimeoutExpired as expired:
+            done = subprocess.CompletedProcess([], None, expired.stdout or b"",
+                                               expired.stderr or b"")
+        outcome = judging.Outcome(done.returncode, done.stdout.decode(errors="replace"),
+                                  done.stderr.decode(errors="replace"), self.suites.take_new())
+        report = self.report.read_text().splitlines() if self.report.exists() else []
+        return outcome, report
+
+
+def undisturbed_run(bench, suite, formats):
+    """The outcome to hold others to; and for each kind of call, in order, the places in the code
+    that the calls come from."""
+    outcome, report = bench.run(suite)
+    places = {call: [] for call in ERRORS}
+    for line in report:
+        _, call, place = line.split()
+        places[call].append(place)
+    wanted = {"same": (0, {"passed"}), "other": (1, {"differs"})}[suite]
+    if (outcome.status, set(outcome.verdicts.values())) != wanted:
+        sys.exit(f"the suite '{suite}' is not as it should be:\n{outcome.out}{outcome.err}")
+    if len(outcome.verdicts) < len(formats) or not all(
+            places[call] for call in ("open", "read", "write", "close", "stat", "alloc")):
+        sys.exit(f"the suite '{suite}' lacks formats, or calls are not caught")
+    return outcome, places
+
+
+def ways(call):
+    return itertools.product(ERRORS[call], SPANS)
+
+
+def all_faults(places, calls):
+    """Every call fails, in every way."""
+    for suite, call in itertools.product(places, calls):
+        for at, (error, span) in itertools.product(range(len(places[suite][call])), ways(call)):
+            yield Fault(call, at + 1, error, span, suite)
+
+
+def faults_by_place(places, calls):
+    """From each place in the code the first call fails, in every way."""
+    for suite, call in itertools.product(places, calls):
+        first = {place: at for at, place in reversed(list(enumerate(places[suite][call])))}
+        for at, (error, span) in itertools.product(sorted(first.values()), ways(call)):
+            yield Fault(call, at + 1, error, span, suite)
+
+
+def sampled_faults(places, calls, size):
+    """Some of those by place, and the same ones each time: of every kind of call the first, the
+    last and some between. More of what comes from more places, yet not in line with it: allocations
+    would crowd out the rest."""
+    groups = [list(group) for _, group in itertools.groupby(
+        faults_by_place(places, calls), lambda fault: (fault.suite, fault.call))]
+    total = sum(math.sqrt(len(group)) for group in groups)
+    for group in groups:
+        points = min(len(group), 1 + round(size * math.sqrt(len(group)) / total))
+        for point in range(points):
+            yield group[point * (len(group) - 1) // max(1, points - 1)]
+
+
+def callers(report):
+    """Where the failing call came from: module and offset of functions of this project's own."""
+    return tuple(tuple(line.split()[1:]) for line in report if line.startswith("hit "))
+
+
+@functools.lru_cache(maxsize=None)
+def lines_of(frame):
+    """Where a frame stands in the sources, what was inlined first; headers of others left out."""
+    module, offset = frame
+    text = subprocess.run(["addr2line", "-i", "-e", module, "0x" + offset], capture_output=True,
+                          text=True, check=False).stdout
+    return [line.rpartition("/")[2].partition(" ")[0] for line in text.splitlines()
+            if "/usr/" not in line and "?" not in line]
+
+
+def describe(frames):
+    """The innermost lines, as "File.cpp:12 < Caller.cpp:34"."""
+    return " < ".join(itertools.islice((line for frame in frames for line in lines_of(frame)), 5))
+
+
+def to_text(fault):
+    return ":".join(map(str, fault))
+
+
+def to_fault(text):
+    call, at, error, span, suite = text.split(":")
+    return Fault(call, int(at), error, span, suite)
+
+
+class Findings:
+    """What was found, what belongs together counted once."""
+
+    def __init__(self):
+        self._groups = collections.defaultdict(list)
+        self.runs = 0
+        self.idle = 0  # runs in which the call was not reached
+
+    def add(self, fault, faults, report):
+        self.runs += 1
+        self.idle += not report
+        for what in faults:
+            self._groups[what, fault.call, callers(report)[:4]].append(fault)
+
+    def print(self):
+        """Shows them all; whether there are any that are not known."""
+        groups = collections.defaultdict(list)
+        known = collections.Counter()
+        for (what, call, frames), faults in self._groups.items():
+            where = describe(frames)
+            reason = KNOWN.get((what, call, where.partition(":")[0]))
+            if reason:
+                known[reason] += len(faults)
+            else:
+                groups[what, call].append((where, faults))
+        for (what, call), places in sorted(groups.items()):
+            print(f"{call}: {what}")
+            for where, faults in sorted(places):
+                errors = sorted({f"{fault.error} {fault.span}" for fault in faults})
+                print(f"    {len(faults):5} x {', '.join(errors)}: {where}\n"
+                      f"          --only {to_text(faults[0])}")
+        for reason, count in known.items():
+            print(f"known: {count} x {reason}")
+        print(f"{self.runs} faults injected, {self.idle} of them not reached; "
+              f"{sum(map(len, groups.values()))} findings")
+        return bool(groups)
+
+
+def inject(faults, benches, undisturbed, findings):
+    free = queue.SimpleQueue()
+    for bench in benches:
+        free.put(bench)
+
+    def one(fault):
+        bench = free.get()
+        try:
+            outcome, report = bench.run(fault.suite, fault)
+        finally:
+            free.put(bench)
+        wrong = judging.faults_of(outcome, undisturbed[fault.suite], fault.error, fault.call)
+        return fault, wrong, report
+
+    with concurrent.futures.ThreadPoolExecutor(len(benches)) as pool:
+        for batch in iter(lambda: list(itertools.islice(faults, 1000)), []):
+            for result in pool.map(one, batch):
+                findings.add(*result)
+            if sys.stderr.isatty():
+                print(f"\r{findings.runs} runs", end="", file=sys.stderr, flush=True)
+
+
+def show(bench, fault, undisturbed):
+    """One run in full: 1 when there is something wrong with it."""
+    outcome, report = bench.run(fault.suite, fault)
+    print(f"at {describe(callers(report))}\n{outcome.out}{outcome.err}")
+    for path in sorted(outcome.files.keys() | undisturbed.files.keys()):
+        content = outcome.files.get(path)
+        if content is None:
+            print(f"--- no {path}")
+        elif content != undisturbed.files.get(path):
+            print(f"--- {path}, otherwise than undisturbed:\n{content.decode(errors='replace')}")
+    wrong = judging.faults_of(outcome, undisturbed, fault.error, fault.call)
+    print(f"status {outcome.status}; {'; '.join(wrong) or 'nothing wrong'}")
+    return 1 if wrong else 0
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--program", required=True)
+    parser.add_argument("--shim", required=True, help="the library that injects faults")
+    parser.add_argument("--all", action="store_true",
+                        help="every call, not only the first from each place in the code")
+    parser.add_argument("--sample", type=int, metavar="COUNT", help="about so many places only")
+    parser.add_argument("--calls", nargs="+", choices=ERRORS, default=list(ERRORS))
+    parser.add_argument("--only", type=to_fault, metavar="CALL:N:ERROR:SPAN:SUITE",
+                        help="show this run")
+    parser.add_argument("-j", type=int, default=os.cpu_count())
+    arguments = parser.parse_args()
+    arguments.program = os.path.realpath(arguments.program)
+    arguments.shim = os.path.realpath(arguments.shim)
+    return arguments
+
+
+def main():
+    arguments = parse_arguments()
+    formats = suites.formats_of(arguments.program)
+    with tempfile.TemporaryDirectory(prefix="orvdiff-faults-") as root:
+        benches = [Bench(arguments, f"{root}/{number}", formats) for number in range(arguments.j)]
+        runs = {suite: undisturbed_run(benches[0], suite, formats) for suite in SUITES}
+        undisturbed = {suite: outcome for suite, (outcome, _) in runs.items()}
+        places = {suite: of_suite for suite, (_, of_suite) in runs.items()}
+        if arguments.only:
+            return show(benches[0], arguments.only, undisturbed[arguments.only.suite])
+        if arguments.sample:
+            faults = sampled_faults(places, arguments.calls, arguments.sample)
+        else:
+            faults = (all_faults if arguments.all else faults_by_place)(places, arguments.calls)
+        findings = Findings()
+        inject(iter(faults), benches, undisturbed, findings)
+        return 1 if findings.print() else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
