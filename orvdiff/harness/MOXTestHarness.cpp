@@ -16,6 +16,9 @@ namespace {
 // when the process exits.
 std::unique_ptr<MOXTestHarness> g_instance;
 
+// Outlives the harness, which closes the log only as it goes.
+bool g_isLastLogComplete = false;
+
 // What the log shows for `text`: a script's null pointer stays visible and harmless.
 const char* orNull(const char* text) {
   return text != nullptr ? text : "(null)";
@@ -94,8 +97,14 @@ bool MOXTestHarness::closeLogFile() {
   m_logStream = nullptr;
   const std::unique_ptr<std::ofstream> file = std::move(m_ownedLogFile);
   const bool wasOpen = file->is_open();
+  g_isLastLogComplete = false;  // should closing throw
   file->close();
+  g_isLastLogComplete = file->good();
   return wasOpen;
+}
+
+bool MOXTestHarness::isLastLogComplete() {
+  return g_isLastLogComplete;
 }
 
 std::ostream& MOXTestHarness::getLogStream() {

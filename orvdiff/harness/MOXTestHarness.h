@@ -77,6 +77,10 @@ class ORVDIFF_API MOXTestHarness {
   /// Closes the log file, so that the log goes to the console. Returns whether one was open.
   bool closeLogFile();
 
+  /// Whether everything that was written to the log file that was closed last, in this process,
+  /// reached it, the results table of `endScript` included. False before the first one is closed.
+  static bool isLastLogComplete();
+
   /// Where the log goes; without a log file the console becomes, and stays, the log.
   std::ostream& getLogStream();
 

@@ -12,6 +12,7 @@ TEST_F(LogFileTest, TruncatesOrAppendsAndHasADefaultName) {
   }
   MOXTestHarness::writeText(nullptr);
   EXPECT_TRUE(harness().closeLogFile());
+  EXPECT_TRUE(MOXTestHarness::isLastLogComplete());
   EXPECT_FALSE(harness().closeLogFile());
   EXPECT_EQ(TestFolder::read("results.mxr"), "new appended (null)");
 }
@@ -20,6 +21,7 @@ TEST_F(LogFileTest, OutputOfALogThatCannotBeOpenedIsLost) {
   EXPECT_FALSE(harness().openLogFile("missing/log", false));
   MOXTestHarness::writeText("lost");
   EXPECT_FALSE(harness().closeLogFile());
+  EXPECT_FALSE(MOXTestHarness::isLastLogComplete());
   MOXTestHarness::writeText("found");
   EXPECT_EQ(console(), "found");
 }
@@ -33,6 +35,7 @@ TEST_F(LogFileTest, AFullDiskChangesNoVerdict) {
     EXPECT_EQ(harness().checkMemory("it", "a", isEqual ? "a" : "b", 1), isEqual);
     harness().endTest();
     EXPECT_EQ(harness().endScript(false), isEqual);
+    EXPECT_FALSE(MOXTestHarness::isLastLogComplete());
   }
 }
 
