@@ -28,12 +28,11 @@ std::error_code closeAfter(std::error_code error, int descriptor) {
   return close(descriptor) != 0 && !error ? lastError() : error;
 }
 
-std::error_code inherit(int descriptor, const struct stat& former) {
+/// As far as the user and the file system may: a share without owners is no reason to fail.
+void inherit(int descriptor, const struct stat& former) {
   constexpr mode_t kPermissions = 0777;
-  if (fchown(descriptor, former.st_uid, former.st_gid) != 0 && errno != EPERM) {
-    return lastError();
-  }
-  return fchmod(descriptor, former.st_mode & kPermissions) != 0 ? lastError() : std::error_code();
+  [[maybe_unused]] const int owned = fchown(descriptor, former.st_uid, former.st_gid);
+  fchmod(descriptor, former.st_mode & kPermissions);
 }
 
 /// A new file beside `path`, with the permissions of any new file.
@@ -60,11 +59,10 @@ std::error_code writeWholeFile(const std::string& path, std::string_view text,
   if (temporary.descriptor < 0) {
     return lastError();
   }
-  std::error_code error = writeAll(temporary.descriptor, text);
-  if (!error && former != nullptr) {
-    error = inherit(temporary.descriptor, *former);
+  if (former != nullptr) {
+    inherit(temporary.descriptor, *former);
   }
-  error = closeAfter(error, temporary.descriptor);
+  std::error_code error = closeAfter(writeAll(temporary.descriptor, text), temporary.descriptor);
   if (!error && std::rename(temporary.name.c_str(), path.c_str()) != 0) {
     error = lastError();
   }

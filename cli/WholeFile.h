@@ -11,8 +11,8 @@
 /// The text goes to a hidden file of its own beside `path`, which then takes the name: a reader
 /// never sees half of it, and of several processes that do so at once the last one's text stands
 /// there whole. What had the name, a link included, is replaced, never written through. `former`,
-/// if not null, is the file whose permissions the new one gets (and its owner, where the system
-/// allows that); else they are those of any new file.
+/// if not null, is the file whose permissions and owner the new one gets, where the system allows
+/// that; else they are those of any new file.
 std::error_code writeWholeFile(const std::string& path, std::string_view text,
                                const struct stat* former = nullptr);
 
