@@ -4,6 +4,7 @@
 #include <iomanip>
 #include <iostream>
 
+#include "cli/Interrupt.h"
 #include "cli/Printable.h"
 
 namespace {
@@ -91,7 +92,7 @@ void printClosingSummary(const RunTotals& totals, const std::vector<std::string>
 
 ExitStatus exitStatusOf(const RunTotals& totals, const std::vector<std::string>& shortfalls) {
   if (totals.interrupted) {
-    return kExitInterrupted;
+    return stopStatus().value_or(kExitInterrupted);
   }
   if (totals.errors > 0 || !shortfalls.empty()) {
     return kExitTrouble;

@@ -3,38 +3,20 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
-#include <utility>
 
 #include "cli/QuietConsole.h"
 #include "cli/Trouble.h"
 
-namespace {
-
-/// Every report of the harness ends with a frame character and a line end. A log on a full disk
-/// does not. What is no regular file (a pipe) cannot be read back, and is trusted.
-bool endsWithReport(const std::string& path) {
-  std::error_code unknown;
-  if (!std::filesystem::is_regular_file(path, unknown)) {
-    return true;
-  }
-  std::ifstream log(path, std::ios::binary);
-  log.seekg(-2, std::ios::end);
-  return log.get() == '=' && log.get() == '\n';
-}
-
-}  // namespace
-
-HarnessLog::HarnessLog(std::string path, int level) : m_path(std::move(path)) {
+HarnessLog::HarnessLog(OutputPlace& place, int level) : m_place(place) {
   unsetenv("MOX_EFFECTIVE_WORKING_DIR");
   MOXTestHarness& harness = *MOXTestHarness::getInstance();
   harness.setLogLevel(level);
   errno = 0;
-  if (!harness.openLogFile(m_path.c_str(), false)) {
-    throw Trouble("the harness log " + m_path +
-                  " cannot be written: " + std::generic_category().message(errno));
+  if (!harness.openLogFile(place.name().c_str(), false)) {
+    place.refuse(std::generic_category().message(errno));
   }
+  place.claim();
 }
 
 void HarnessLog::start() {
@@ -63,8 +45,8 @@ void HarnessLog::finish(const std::vector<std::string>& shortfalls) {
     MOXTestHarness::getInstance()->endTest();
   }
   endScript();
-  if (!endsWithReport(m_path)) {
-    throw Trouble("the harness log " + m_path +
+  if (!MOXTestHarness::isLogComplete()) {
+    throw Trouble("the harness log " + m_place.name() +
                   " could not be written to its end; is the disk full?");
   }
 }

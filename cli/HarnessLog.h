@@ -3,16 +3,18 @@
 #include <string>
 #include <vector>
 
+#include "cli/OutputPlace.h"
 #include "orvdiff/logs/OrvDiffMoxLog.h"
 
 /// Runs a verification as a script of the test harness: one test case per report, one check per
 /// pair, everything in a log file.
 class HarnessLog {
  public:
-  /// Opens the file `path`; raises `Trouble` when that is not possible. `level` is one
-  /// of `MOXLogLevel`. The harness is not asked where to work: that has been decided, and the
-  /// variable that moves test scripts elsewhere would have another suite verified.
-  HarnessLog(std::string path, int level);
+  /// Opens the file at `place`, which must outlive the log, and claims it; raises `Trouble` when
+  /// that is not possible. `level` is one of `MOXLogLevel`. The harness is not asked where to work:
+  /// that has been decided, and the variable that moves test scripts elsewhere would have another
+  /// suite verified.
+  HarnessLog(OutputPlace& place, int level);
   HarnessLog(const HarnessLog&) = delete;
   HarnessLog& operator=(const HarnessLog&) = delete;
   /// Ends the script if it was started, and `finish` has not.
@@ -54,7 +56,7 @@ class HarnessLog {
 
   void endScript();
 
-  const std::string m_path;
+  const OutputPlace& m_place;
   bool m_isRunning = false;
   Listener m_listener;
 };

@@ -4,16 +4,15 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <iostream>
 #include <system_error>
-#include <utility>
 
+#include "cli/Interrupt.h"
 #include "cli/Trouble.h"
 
 namespace {
 
-constexpr const char* kStandardOutput = "-";
+using FileBuffer = __gnu_cxx::stdio_filebuf<char>;
 
 int takeStandardOutput() {
   std::cout.flush();
@@ -22,34 +21,67 @@ int takeStandardOutput() {
   return descriptor;
 }
 
-int openSummary(const std::string& path) {
-  const int descriptor = path == kStandardOutput
-                             ? takeStandardOutput()
-                             : open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-  if (descriptor < 0) {
-    throw Trouble("the summary " + path +
-                  " cannot be written: " + std::generic_category().message(errno));
+bool isRegularFile(const OutputPlace* place) {
+  return place != nullptr && place->isRegularFile();
+}
+
+/// Pipes, devices and standard output; for a file, a buffer that is not open.
+FileBuffer openDirect(const OutputPlace* place) {
+  if (isRegularFile(place)) {
+    return FileBuffer();
   }
-  return descriptor;
+  const int descriptor =
+      place == nullptr ? takeStandardOutput() : open(place->name().c_str(), O_WRONLY | O_CLOEXEC);
+  if (descriptor < 0) {
+    const std::string reason = std::generic_category().message(errno);
+    place == nullptr ? throw Trouble("standard output: " + reason) : place->refuse(reason);
+  }
+  return FileBuffer(descriptor, std::ios::out);
 }
 
 }  // namespace
 
-SummaryFile::SummaryFile(std::string path)
-    : m_path(std::move(path)), m_buffer(openSummary(m_path), std::ios::out), m_stream(&m_buffer) {
+bool SummaryFile::isStandardOutput(const std::string& name) {
+  struct stat named = {};
+  struct stat standard = {};
+  return name == "-" || (stat(name.c_str(), &named) == 0 && fstat(STDOUT_FILENO, &standard) == 0 &&
+                         !S_ISCHR(named.st_mode) && named.st_dev == standard.st_dev &&
+                         named.st_ino == standard.st_ino);
+}
+
+SummaryFile::SummaryFile(OutputPlace* place)
+    : m_place(place), m_direct(openDirect(place)), m_stream(nullptr) {
+  if (isRegularFile(place)) {
+    m_stream.rdbuf(&m_document);
+    place->clear();
+  } else {
+    m_stream.rdbuf(&m_direct);
+  }
   m_log.open(&m_stream);
 }
 
 void SummaryFile::finish() {
   m_log.close();
-  const bool closed = m_buffer.close() != nullptr;
+  deliver();
+}
+
+void SummaryFile::leaveUnfinished() {
+  deliver();
+}
+
+void SummaryFile::deliver() {
+  if (isRegularFile(m_place)) {
+    m_place->write(m_document.str());
+    return;
+  }
+  const bool closed = m_direct.close() != nullptr;
   if (closed && m_stream) {
     return;
   }
-  std::error_code ignored;  // what is no file of its own (a pipe, a link) is left alone
-  if (m_path != kStandardOutput && std::filesystem::symlink_status(m_path, ignored).type() ==
-                                       std::filesystem::file_type::regular) {
-    std::filesystem::remove(m_path, ignored);
+  if (m_place == nullptr && isReaderGone()) {
+    std::cout.setstate(std::ios::badbit);  // ends the program as with any other output
+    return;
   }
-  throw Trouble("the summary " + m_path + " could not be written to its end; is the disk full?");
+  throw Trouble("the summary " + (m_place == nullptr ? "-" : m_place->name()) +
+                " could not be written to its end; is the disk full?");
 }

@@ -3,28 +3,42 @@
 #include <ext/stdio_filebuf.h>
 
 #include <ostream>
+#include <sstream>
 #include <string>
 
+#include "cli/OutputPlace.h"
 #include "orvdiff/logs/OrvDiffStreamLog.h"
 
-/// The test summary of a run, in a file that is opened before the run starts.
+/// The test summary of a run. A file gets it when it is finished, in one go; a pipe or a device
+/// gets it as it grows.
 class SummaryFile {
  public:
-  /// Creates or truncates the file; raises `Trouble` when that is not possible. "-" is standard
-  /// output: whatever else the program, the library and the scripts it starts print there goes to
-  /// standard error from then on, so that the summary stays a document.
-  explicit SummaryFile(std::string path);
+  /// Whether a summary of this name goes to standard output: "-", or another name for the pipe or
+  /// file that standard output is.
+  static bool isStandardOutput(const std::string& name);
+
+  /// Null for standard output: whatever else the program, the library and the scripts it starts
+  /// print there goes to standard error from then on, so that the summary stays a document. Else
+  /// removes the file that is there; `place` must outlive the summary. Raises `Trouble` when there
+  /// is no writing to it.
+  explicit SummaryFile(OutputPlace* place);
 
   OrvDiffListener& listener() { return m_log; }
 
-  /// Writes the document's end and closes the file. Raises `Trouble` when not all of it could be
-  /// written; a file is then removed, so that no half of it passes for the whole. A document that
-  /// is never finished lacks its end.
+  /// Writes the document's end and with it the file. Raises `Trouble` when not all of it could be
+  /// written: there is no file then.
   void finish();
 
+  /// For a run that was stopped: writes the document without its end, so that nobody takes it for
+  /// the whole.
+  void leaveUnfinished();
+
  private:
-  std::string m_path;
-  __gnu_cxx::stdio_filebuf<char> m_buffer;
+  void deliver();
+
+  OutputPlace* const m_place;
+  std::stringbuf m_document;
+  __gnu_cxx::stdio_filebuf<char> m_direct;  ///< used where `m_document` is not
   std::ostream m_stream;
   OrvDiffStreamLog m_log;
 };

@@ -13,6 +13,7 @@
 #include "cli/Interrupt.h"
 #include "cli/ListCommand.h"
 #include "cli/NormalizedSaver.h"
+#include "cli/OutputPlace.h"
 #include "cli/PairFilter.h"
 #include "cli/Printable.h"
 #include "cli/Progress.h"
@@ -160,24 +161,43 @@ void printHint(const RunTotals& totals) {
   }
 }
 
+/// Finishes what a run has written, so that the closing line knows whether all of it is there: what
+/// cannot be finished becomes one of the `shortfalls`.
+void finishFiles(std::optional<SummaryFile>& summary, std::optional<HarnessLog>& harnessLog,
+                 bool interrupted, std::vector<std::string>& shortfalls) {
+  try {
+    if (summary) {
+      interrupted ? summary->leaveUnfinished() : summary->finish();
+    }
+  } catch (const Trouble& unwritten) {
+    shortfalls.emplace_back(unwritten.what());
+  }
+  try {
+    if (harnessLog) {
+      harnessLog->finish(interrupted ? std::vector<std::string>{"interrupted"} : shortfalls);
+    }
+  } catch (const Trouble& unwritten) {
+    shortfalls.emplace_back(unwritten.what());
+  }
+}
+
 }  // namespace
 
 ExitStatus run(const VerifyOptions& options) {
   const std::vector<SelectedFormat> formats = selectFormats(options.formats);
+  OutputPlaces places(options);
   const FoundReports found = findReports(options.locations);
   if (options.listOnly) {
     return listPairs(found, formats, options.allowNone);
   }
-  if (!options.summaryFile.empty() && options.summaryFile == options.harnessLog) {
-    throw Trouble("summary and harness log cannot both be " + options.summaryFile);
-  }
+  places.requireFree(options, found, formats);
   std::optional<HarnessLog> harnessLog;
-  if (!options.harnessLog.empty()) {
-    harnessLog.emplace(options.harnessLog, options.harnessLogLevel);
+  if (places.harnessLog) {
+    harnessLog.emplace(*places.harnessLog, options.harnessLogLevel);
   }
   std::optional<SummaryFile> summary;
   if (!options.summaryFile.empty()) {
-    summary.emplace(options.summaryFile);
+    summary.emplace(places.summary ? &*places.summary : nullptr);
   }
   const Palette palette(options.color);
   ResultPrinter printer(options.verbosity, palette);
@@ -198,14 +218,9 @@ ExitStatus run(const VerifyOptions& options) {
   run.verify(!quiet && canShowProgress());
   RunTotals& totals = run.totals();
   totals.unsaved = saver.unsavedFiles();
-  const std::vector<std::string> shortfalls = shortfallsOf(totals, options.allowNone);
+  std::vector<std::string> shortfalls = shortfallsOf(totals, options.allowNone);
+  finishFiles(summary, harnessLog, totals.interrupted, shortfalls);
   printClosingSummary(totals, shortfalls, options.verbosity, palette);
   printHint(totals);
-  if (summary && !totals.interrupted) {
-    summary->finish();
-  }
-  if (harnessLog) {
-    harnessLog->finish(totals.interrupted ? std::vector<std::string>{"interrupted"} : shortfalls);
-  }
   return exitStatusOf(totals, shortfalls);
 }

@@ -1,6 +1,3 @@
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <clocale>
 #include <csignal>
 #include <exception>
@@ -11,21 +8,13 @@
 
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/Interrupt.h"
 #include "cli/Printable.h"
+#include "cli/StandardStreams.h"
 #include "cli/Trouble.h"
 #include "cli/XercesSession.h"
 
 namespace {
-
-/// Makes sure that no file that is opened later takes the place of a standard stream that is
-/// closed, and gets what was meant for that stream.
-void occupyStandardStreams() {
-  int descriptor = 0;
-  while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
-    descriptor = open("/dev/null", O_RDONLY);
-  }
-  close(descriptor);
-}
 
 void enterFolder(const std::string& folder) {
   std::error_code error;
@@ -40,31 +29,25 @@ void enterFolder(const std::string& folder) {
 ExitStatus perform(const CommandLine& commandLine) {
   enterFolder(commandLine.workingFolder);
   const XercesSession xerces;
-  const ExitStatus status =
-      std::visit([](const auto& options) { return run(options); }, commandLine.command);
-  if (!std::cout.flush()) {
-    throw Trouble("standard output could not be written");
-  }
-  return status;
+  return std::visit([](const auto& options) { return run(options); }, commandLine.command);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   occupyStandardStreams();
+  outliveFailedWrites();
   std::signal(SIGCHLD, SIG_DFL);          // where it is ignored, no script's exit status can be had
   std::setlocale(LC_CTYPE, "C.UTF-8");    // names and texts are UTF-8, wherever this runs
   std::ios_base::sync_with_stdio(false);  // the standard streams are buffered
   std::cerr.tie(nullptr);
   CommandLine commandLine;
   try {
-    if (const auto finished = parseCommandLine(argc, argv, commandLine)) {
-      return *finished;
-    }
-    return perform(commandLine);
+    const auto finished = parseCommandLine(argc, argv, commandLine);
+    return finishOutput(finished ? *finished : perform(commandLine));
   } catch (const std::exception& trouble) {
     std::cout.flush();
     std::cerr << "orvdiff: " << printable(trouble.what()) << '\n';
-    return kExitTrouble;
+    return stopStatus().value_or(kExitTrouble);
   }
 }

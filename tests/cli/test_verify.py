@@ -1,6 +1,5 @@
 import os
 import re
-import signal
 import subprocess
 import unittest
 import xml.etree.ElementTree
@@ -311,30 +310,6 @@ class Files(SuiteTest):
                                   ("TestCaseFailureDiff", "../suite/Masters/C.html")])
                 self.assertIn("differs  ", run.err if target == "-" else run.out)
 
-    def test_a_summary_that_cannot_be_written(self):
-        self.report("R", "x", "x")
-        for target, started in [("/dev/full", True), ("nowhere/s.xml", False), (".", False)]:
-            with self.subTest(target):
-                run = self.verify("--summary", target)
-                self.assertEqual((run.status, "1 passed" in run.out), (2, started))
-                self.assertIn(target, run.err)
-
-    def test_standard_output_that_cannot_be_written(self):
-        self.report("R", "x", "y")
-        script = 'exec "$0" verify --summary s.xml ../suite >&-'
-        closed = subprocess.run(["sh", "-c", script, PROGRAM], cwd=self.server / "work",
-                                stderr=subprocess.PIPE, check=False)
-        self.assertEqual(closed.returncode, 2)
-        self.assertNotIn("differs", (self.server / "work/s.xml").read_text())
-        with open("/dev/full", "wb") as full:
-            for arguments in (["verify", "../suite"], ["formats"],
-                              ["normalize", "html", "../suite/R.xml"]):
-                with self.subTest(arguments[0]):
-                    finished = subprocess.run([PROGRAM, *arguments], cwd=self.server / "work",
-                                              stdout=full, stderr=subprocess.PIPE, check=False)
-                    self.assertEqual(finished.returncode, 2)
-                    self.assertIn(b"standard output", finished.stderr)
-
     def test_normalised_texts_are_saved_or_their_loss_is_reported(self):
         self.report("R", "<p>a</p>\r\n", "<p>b</p>\r\n")
         outputs = self.server / "webcontent/bi/v5DebugHTML"
@@ -369,49 +344,6 @@ class Files(SuiteTest):
         self.assertIn("Not verified: no selected format has a master.", log)
         self.assertIn(">>  FAILED: nothing to verify", log)
         self.assertRegex(log, r"= TOTALS .* >> FAIL =\n")
-
-    def test_a_harness_log_that_cannot_be_written(self):
-        self.report("R", "x", "x")
-        run = self.verify("--harness-log", "nowhere/run.mxr", "--summary", "s.xml")
-        self.assertEqual(run.status, 2)
-        self.assertIn("nowhere/run.mxr cannot be written: No such file", run.err)
-        self.assertFalse((self.server / "work/s.xml").exists())
-        script = 'trap "" XFSZ; ulimit -f 1; exec "$0" verify --harness-log h.mxr ../suite'
-        for number in range(50):  # more than a limit of 512 or 1024 bytes
-            self.report(f"R{number}", "x", "x")
-        full = subprocess.run(["sh", "-c", script, PROGRAM], cwd=self.server / "work", check=False,
-                              capture_output=True)
-        self.assertEqual(full.returncode, 2)
-        self.assertIn(b"h.mxr could not be written to its end", full.stderr)
-        self.assertEqual(self.verify("--harness-log", "/dev/null").status, 0)
-
-
-class Interruption(SuiteTest):
-    def test_ctrl_c_ends_the_run_behind_the_running_pair_and_says_what_was_done(self):
-        self.report("A", "<p>a</p>", "<p>b</p>")
-        self.report("C", "<p>c</p>", "<p>d</p>")
-        self.write("suite/B.xml")
-        for path in ("suite/Masters/PDF/B.pdf", "webcontent/bi/v5DebugPDF/B.pdf"):
-            self.write(path)
-        gate = self.server / "gate"
-        os.mkfifo(gate)
-        script = self.write("bin/python", f"#!/bin/sh\nread word < '{gate}'\nexit 130\n")
-        os.chmod(script, 0o755)
-        running = subprocess.Popen(
-            [PROGRAM, "verify", "-f", "html,pdf", "--summary", "s.xml", "../suite"],
-            cwd=self.server / "work", stdout=subprocess.PIPE,
-            env={**os.environ, "PATH": f"{self.server}/bin:{os.environ['PATH']}"})
-        with open(gate, "w") as writer:  # waits until the script runs
-            running.send_signal(signal.SIGINT)
-            writer.write("stopped by Ctrl-C as well\n")
-        out = running.communicate(timeout=60)[0].decode()
-        self.assertEqual(running.returncode, 130)
-        self.assertIn("Interrupted in report 2 of 3. 2 reports, 1 pair: 0 passed, 1 differ", out)
-        self.assertNotIn("Not verified", out)
-        summary = (self.server / "work/s.xml").read_text()
-        self.assertEqual(summary.count("<TestCase"), 1)
-        self.assertNotIn("</TestSummary>", summary)  # nobody takes it for the whole
-
 
 if __name__ == "__main__":
     unittest.main()
