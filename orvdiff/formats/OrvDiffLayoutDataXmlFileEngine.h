@@ -49,5 +49,4 @@ class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
   const std::string m_namespaceUri;
   const std::string m_schemaPath;
   std::unique_ptr<DOM_ParserImpl> m_parser;
-  bool m_isSchemaLoaded = false;
 };
