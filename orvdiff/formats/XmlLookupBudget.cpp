@@ -1,6 +1,7 @@
 #include "orvdiff/formats/XmlLookupBudget.h"
 
 #include <algorithm>
+#include <iterator>
 #include <xercesc/sax/SAXParseException.hpp>
 
 namespace {
@@ -12,23 +13,30 @@ constexpr XMLSize_t kStepsPerByte = 200;
 
 using namespace std::string_view_literals;
 
-/// "xmlns" in characters of one, two or four bytes of either order, and in EBCDIC.
-constexpr std::string_view kXmlnsByWidth[] = {"xmlns"sv, "x\0m\0l\0n\0s"sv,
-                                              "x\0\0\0m\0\0\0l\0\0\0n\0\0\0s"sv};
-constexpr std::string_view kEbcdicXmlns = "\xA7\x94\x93\x95\xA2"sv;
-constexpr char kEbcdicEqualsSign = '\x7E';
+/// The encodings that Xerces tells by a document's first bytes; all others write ASCII in bytes.
+struct Beginning {
+  std::string_view bytes;
+  XmlTagCharacters characters;
+};
+constexpr std::string_view kWideXmlns = "x\0m\0l\0n\0s"sv;
+constexpr std::string_view kWidestXmlns = "x\0\0\0m\0\0\0l\0\0\0n\0\0\0s"sv;
+constexpr Beginning kBeginnings[] = {
+    {"\x4C\x6F\xA7\x94"sv, {1, "\x4C"sv, "\xA7\x94\x93\x95\xA2"sv, '\x7E'}},
+    {"\0\0\0<"sv, {4, "\0\0\0<"sv, kWidestXmlns, '='}},
+    {"\0\0\xFE\xFF"sv, {4, "\0\0\0<"sv, kWidestXmlns, '='}},
+    {"<\0\0\0"sv, {4, "<\0\0\0"sv, kWidestXmlns, '='}},
+    {"\xFF\xFE\0\0"sv, {4, "<\0\0\0"sv, kWidestXmlns, '='}},
+    {"\0<"sv, {2, "\0<"sv, kWideXmlns, '='}},
+    {"\xFE\xFF"sv, {2, "\0<"sv, kWideXmlns, '='}},
+    {"<\0"sv, {2, "<\0"sv, kWideXmlns, '='}},
+    {"\xFF\xFE"sv, {2, "<\0"sv, kWideXmlns, '='}},
+};
 
-bool startsWithAny(std::string_view text, std::initializer_list<std::string_view> starts) {
-  return std::any_of(starts.begin(), starts.end(), [text](std::string_view start) {
-    return text.substr(0, start.size()) == start;
-  });
-}
-
-std::size_t widthOfCharacters(std::string_view text) {
-  if (startsWithAny(text, {"\0\0\0<"sv, "<\0\0\0"sv, "\0\0\xFE\xFF"sv, "\xFF\xFE\0\0"sv})) {
-    return 4;
-  }
-  return startsWithAny(text, {"\0<"sv, "<\0"sv, "\xFE\xFF"sv, "\xFF\xFE"sv}) ? 2 : 1;
+XmlTagCharacters charactersOf(std::string_view text) {
+  const auto* const found = std::find_if(
+      std::begin(kBeginnings), std::end(kBeginnings),
+      [text](const Beginning& b) { return text.substr(0, b.bytes.size()) == b.bytes; });
+  return found != std::end(kBeginnings) ? found->characters : XmlTagCharacters();
 }
 
 XMLSize_t occurrences(std::string_view text, std::string_view sought) {
@@ -47,35 +55,56 @@ std::string_view viewOf(const XMLByte* bytes, XMLSize_t length) {
 }  // namespace
 
 void XmlLookupBudget::startDocument(const XMLByte* bytes, XMLSize_t length) {
-  const std::string_view text = viewOf(bytes, length);
-  const bool isEbcdic = startsWithAny(text, {"\x4C\x6F\xA7\x94"sv});
-  m_equalsSign = isEbcdic ? kEbcdicEqualsSign : '=';
-  m_xmlns = isEbcdic ? kEbcdicXmlns : kXmlnsByWidth[widthOfCharacters(text) / 2];
+  m_characters = charactersOf(viewOf(bytes, length));
+  m_bytesRead = 0;
+  m_run = 0;
   m_stepsLeft = kLeastSteps + kStepsPerByte * length;
   m_declarationsInScope = 0;
   m_openElements.clear();
-  noteProgress();
+  noteText();
 }
 
 void XmlLookupBudget::startElement(XMLSize_t declarations, XMLSize_t prefixedAttributes) {
-  noteProgress();
+  noteText();
   m_openElements.push_back(declarations);
   m_declarationsInScope += declarations;
   spend(1 + prefixedAttributes);
 }
 
 void XmlLookupBudget::endElement() {
-  noteProgress();
+  noteText();
   m_declarationsInScope -= m_openElements.back();
   m_openElements.pop_back();
 }
 
 void XmlLookupBudget::noteInput(const XMLByte* bytes, XMLSize_t length) {
   const std::string_view text = viewOf(bytes, length);
-  m_attributesRead += static_cast<XMLSize_t>(std::count(text.begin(), text.end(), m_equalsSign));
-  m_declarationsRead += occurrences(text, m_xmlns);
+  const auto equalsSigns = [this](std::string_view part) {
+    return static_cast<XMLSize_t>(std::count(part.begin(), part.end(), m_characters.equalsSign));
+  };
+  const auto isWhole = [this](std::size_t at) {
+    return at == std::string_view::npos || (m_bytesRead + at) % m_characters.width == 0;
+  };
+  std::size_t first = text.find(m_characters.bracket);
+  while (!isWhole(first)) {
+    first = text.find(m_characters.bracket, first + 1);
+  }
+  std::size_t last = text.rfind(m_characters.bracket);
+  while (!isWhole(last)) {
+    last = last != 0 ? text.rfind(m_characters.bracket, last - 1) : std::string_view::npos;
+  }
+  const XMLSize_t all = equalsSigns(text);
+  if (first == std::string_view::npos) {
+    m_run += all;
+    m_longestRun = std::max(m_longestRun, m_run);
+  } else {
+    m_longestRun = std::max({m_longestRun, m_run + equalsSigns(text.substr(0, first)), all});
+    m_run = equalsSigns(text.substr(last));
+  }
+  m_bytesRead += length;
+  m_declarationsRead += occurrences(text, m_characters.xmlns);
   const XMLSize_t scope = m_openElements.size() + m_declarationsInScope + m_declarationsRead;
-  if (m_attributesRead > 0 && scope > m_stepsLeft / m_attributesRead) {
+  if (m_longestRun > 0 && scope > m_stepsLeft / m_longestRun) {
     refuse();
   }
 }

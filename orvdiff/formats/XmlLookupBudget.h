@@ -4,6 +4,14 @@
 #include <vector>
 #include <xercesc/sax/Locator.hpp>
 
+/// How a document's encoding writes what makes up a tag.
+struct XmlTagCharacters {
+  std::size_t width = 1;  ///< bytes of a character, in which "<" is to be found
+  std::string_view bracket = "<";
+  std::string_view xmlns = "xmlns";
+  char equalsSign = '=';
+};
+
 /// Bounds what resolving the names of one document costs.
 ///
 /// Xerces resolves a prefix by walking up the stack of open elements and through every namespace
@@ -23,12 +31,12 @@ class XmlLookupBudget {
   void startElement(XMLSize_t declarations, XMLSize_t prefixedAttributes);
   void endElement();
 
-  /// The parser has told of anything at all since it read input.
-  void noteProgress() { m_attributesRead = m_declarationsRead = 0; }
+  /// The parser has told of some text.
+  void noteText() { m_longestRun = m_declarationsRead = 0; }
 
   /// The parser goes on to read `bytes`. It resolves the attributes of a tag before it tells of the
-  /// tag, so a tag with very many of them must be stopped while it is read. What counts as one here
-  /// is every equals sign since the parser last told of something.
+  /// tag, so a tag with very many of them must be stopped while it is read. As one such tag counts
+  /// whatever has no "<": Xerces resolves no attribute behind one, although it reads on.
   void noteInput(const XMLByte* bytes, XMLSize_t length);
 
  private:
@@ -39,8 +47,9 @@ class XmlLookupBudget {
   XMLSize_t m_stepsLeft = 0;
   XMLSize_t m_declarationsInScope = 0;
   std::vector<XMLSize_t> m_openElements;  ///< declarations of each
-  char m_equalsSign = '=';
-  std::string_view m_xmlns;  ///< as the document's encoding writes it
-  XMLSize_t m_attributesRead = 0;
+  XmlTagCharacters m_characters;
+  XMLSize_t m_bytesRead = 0;
+  XMLSize_t m_run = 0;         ///< equals signs since the last "<"
+  XMLSize_t m_longestRun = 0;  ///< since the parser last told of something
   XMLSize_t m_declarationsRead = 0;
 };

@@ -1,13 +1,7 @@
 #include "orvdiff/formats/XmlTreeSkipper.h"
 
-#include <algorithm>
-#include <xercesc/dom/DOMAttr.hpp>
-#include <xercesc/dom/DOMDocument.hpp>
 #include <xercesc/dom/DOMException.hpp>
-#include <xercesc/framework/XMLAttDefList.hpp>
 #include <xercesc/framework/XMLAttr.hpp>
-#include <xercesc/framework/XMLBuffer.hpp>
-#include <xercesc/framework/XMLElementDecl.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/RuntimeException.hpp>
 #include <xercesc/util/XMLUni.hpp>
@@ -21,14 +15,6 @@ bool isNothing(const XMLCh* text) {
   return text == nullptr || *text == 0;
 }
 
-/// A name without a prefix that is a name under any version of XML.
-bool isPlainName(const XMLCh* name) {
-  return std::all_of(name, name + xercesc::XMLString::stringLen(name), [](XMLCh c) {
-    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') ||
-           c == u'_' || c == u'-' || c == u'.';
-  });
-}
-
 }  // namespace
 
 XmlTreeSkipper::XmlTreeSkipper(xercesc::AbstractDOMParser& builder, xercesc::XMLScanner& scanner,
@@ -37,8 +23,7 @@ XmlTreeSkipper::XmlTreeSkipper(xercesc::AbstractDOMParser& builder, xercesc::XML
 
 XmlTreeSkipper::~XmlTreeSkipper() = default;
 
-void XmlTreeSkipper::startElement(const xercesc::XMLElementDecl& element, unsigned int,
-                                  const XMLCh*,
+void XmlTreeSkipper::startElement(const xercesc::XMLElementDecl&, unsigned int, const XMLCh*,
                                   const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
                                   XMLSize_t attributeCount, bool isEmpty, bool) {
   XMLSize_t declarations = 0;
@@ -53,9 +38,6 @@ void XmlTreeSkipper::startElement(const xercesc::XMLElementDecl& element, unsign
     }
   }
   m_budget.startElement(declarations, prefixed);
-  if (element.hasAttDefs()) {
-    checkDefaultAttributes(element);
-  }
   if (isEmpty) {
     m_budget.endElement();
   }
@@ -78,41 +60,18 @@ void XmlTreeSkipper::checkAttribute(const xercesc::XMLAttr& attribute) {
   }
 }
 
-void XmlTreeSkipper::checkDefaultAttributes(const xercesc::XMLElementDecl& element) {
-  xercesc::XMLAttDefList& definitions = element.getAttDefList();
-  for (XMLSize_t i = 0; i < definitions.getAttDefCount(); ++i) {
-    const xercesc::XMLAttDef& definition = definitions.getAttDef(i);
-    const XMLCh* const name = definition.getFullName();
-    if ((definition.getDefaultType() != xercesc::XMLAttDef::Default &&
-         definition.getDefaultType() != xercesc::XMLAttDef::Fixed) ||
-        isPlainName(name)) {
-      continue;
-    }
-    xercesc::XMLBuffer prefix;
-    int colon = -1;
-    const unsigned int namespaceId =
-        m_scanner.resolveQName(name, prefix, xercesc::ElemStack::Mode_Attribute, colon);
-    const bool hasNamespace = namespaceId != m_scanner.getEmptyNamespaceId();
-    m_builder.getDocument()
-        ->createAttributeNS(hasNamespace ? m_scanner.getURIText(namespaceId) : nullptr, name)
-        ->release();
-  }
-}
-
 void XmlTreeSkipper::endElement(const xercesc::XMLElementDecl&, unsigned int, bool, const XMLCh*) {
   m_budget.endElement();
 }
 
 void XmlTreeSkipper::docCharacters(const XMLCh*, XMLSize_t, bool) {
-  m_budget.noteProgress();
+  m_budget.noteText();
 }
 
-void XmlTreeSkipper::docComment(const XMLCh*) {
-  m_budget.noteProgress();
-}
+void XmlTreeSkipper::docComment(const XMLCh*) {}
 
 void XmlTreeSkipper::ignorableWhitespace(const XMLCh*, XMLSize_t, bool) {
-  m_budget.noteProgress();
+  m_budget.noteText();
 }
 
 void XmlTreeSkipper::resetDocument() {
@@ -134,7 +93,6 @@ void XmlTreeSkipper::XMLDecl(const XMLCh* version, const XMLCh* encoding, const 
 }
 
 void XmlTreeSkipper::docPI(const XMLCh* target, const XMLCh* data) {
-  m_budget.noteProgress();
   m_builder.docPI(target, data);
 }
 

@@ -12,10 +12,9 @@
 ///
 /// No one can tell the difference, because building can fail and that failure is kept. What is rare
 /// (the XML declaration, the document type, processing instructions) still goes to the builder. An
-/// element is only looked at for what the builder would refuse:
-/// - an attribute whose prefix is bound to no namespace, which XML 1.1 allows;
-/// - a default attribute of a schema whose prefix the document does not bind, or binds to nothing;
-/// - more identifiers than the tree can index.
+/// element is only looked at for what the builder would refuse: an attribute whose prefix is bound
+/// to no namespace, which XML 1.1 allows, and more identifiers than the tree can index. (The
+/// default attributes of a schema have no prefix.)
 class XmlTreeSkipper : public xercesc::XMLDocumentHandler {
  public:
   /// `builder` and its `scanner` must outlive this; elements are charged to `budget`.
@@ -44,7 +43,6 @@ class XmlTreeSkipper : public xercesc::XMLDocumentHandler {
  private:
   bool isDeclaration(const xercesc::XMLAttr& attribute) const;
   void checkAttribute(const xercesc::XMLAttr& attribute);
-  void checkDefaultAttributes(const xercesc::XMLElementDecl& element);
 
   xercesc::AbstractDOMParser& m_builder;
   xercesc::XMLScanner& m_scanner;

@@ -152,7 +152,7 @@ void XmlErrorHandler::fatalError(const xercesc::SAXParseException& problem) {
 
 void XmlErrorHandler::resetErrors() {}
 
-std::unique_ptr<DOM_ParserImpl> DOM_ParserImpl::create(xercesc::ErrorHandler& handler,
+std::shared_ptr<DOM_ParserImpl> DOM_ParserImpl::create(xercesc::ErrorHandler& handler,
                                                        ValSchemes validation) {
   // Tested before the parser exists: its memory already comes from Xerces.
   const bool isXercesInitialized = xercesc::XMLPlatformUtils::fgMemoryManager != nullptr;
@@ -160,7 +160,12 @@ std::unique_ptr<DOM_ParserImpl> DOM_ParserImpl::create(xercesc::ErrorHandler& ha
                    "Call XMLPlatformUtils::Initialize before creating an engine that reads XML");
   return velGuardAllocation(VEL_HERE, [&handler, validation] {
     try {
-      return std::unique_ptr<DOM_ParserImpl>(new DOM_ParserImpl(handler, validation));
+      return std::shared_ptr<DOM_ParserImpl>(new DOM_ParserImpl(handler, validation),
+                                             [](DOM_ParserImpl* parser) {
+                                               if (parser->isUsable()) {
+                                                 delete parser;
+                                               }
+                                             });
     } catch (const xercesc::OutOfMemoryException&) {
       throw std::bad_alloc();
     } catch (const xercesc::XMLException& exception) {
@@ -189,7 +194,7 @@ DOM_ParserImpl::DOM_ParserImpl(xercesc::ErrorHandler& handler, ValSchemes valida
 
 DOM_ParserImpl::~DOM_ParserImpl() = default;
 
-std::unique_ptr<DOM_ParserImpl> DOM_ParserImpl::createAnother() const {
+std::shared_ptr<DOM_ParserImpl> DOM_ParserImpl::createAnother() const {
   return create(m_handler, m_validation);
 }
 
@@ -217,7 +222,7 @@ void printXmlFailure(const std::string& line) {
 }
 
 OrvDiffResult* findXmlFault(
-    std::unique_ptr<DOM_ParserImpl>& parser, const std::string& fileName, const char* inMemoryText,
+    std::shared_ptr<DOM_ParserImpl>& parser, const std::string& fileName, const char* inMemoryText,
     const std::function<void(const char* bytes, std::uint64_t length)>& parse) {
   if (!parser->isUsable()) {
     parser = parser->createAnother();

@@ -38,12 +38,12 @@ class DOM_ParserImpl : public xercesc::XercesDOMParser {
   /// A parser that checks well-formedness and namespaces, or, with `Val_Always`, validity against
   /// the grammars loaded before. `handler` must outlive it. Raises `VELAssertError` when the host
   /// has not initialised Xerces, and `VELOutOfMemoryError` when Xerces runs out of memory.
-  static std::unique_ptr<DOM_ParserImpl> create(xercesc::ErrorHandler& handler,
+  static std::shared_ptr<DOM_ParserImpl> create(xercesc::ErrorHandler& handler,
                                                 ValSchemes validation);
   ~DOM_ParserImpl() override;
 
   /// A new parser of the same kind, without the grammars. Raises what `create` does.
-  std::unique_ptr<DOM_ParserImpl> createAnother() const;
+  std::shared_ptr<DOM_ParserImpl> createAnother() const;
 
   /// Parses a text, which stays the caller's. Throws what Xerces throws, and is then to be reset.
   void parseText(const char* bytes, std::uint32_t length);
@@ -51,8 +51,8 @@ class DOM_ParserImpl : public xercesc::XercesDOMParser {
   /// Forgets the last document, whether it was parsed or failed.
   void resetParser();
 
-  /// The parser was left in the middle of its work, by an allocation that failed for example, and
-  /// can only be replaced.
+  /// The parser was left in the middle of its work, by an allocation that failed for example. It
+  /// can only be replaced, and is never destroyed: Xerces may crash when it cleans up then.
   void giveUp() { m_isUsable = false; }
   bool isUsable() const { return m_isUsable; }
 
@@ -79,5 +79,5 @@ void printXmlFailure(const std::string& line);
 /// which `parse` works, is reset. Other exceptions make a failure without a word, and the next call
 /// replaces the parser, which raises what `DOM_ParserImpl::create` does.
 OrvDiffResult* findXmlFault(
-    std::unique_ptr<DOM_ParserImpl>& parser, const std::string& fileName, const char* inMemoryText,
+    std::shared_ptr<DOM_ParserImpl>& parser, const std::string& fileName, const char* inMemoryText,
     const std::function<void(const char* bytes, std::uint64_t length)>& parse);

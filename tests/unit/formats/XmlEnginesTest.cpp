@@ -70,6 +70,8 @@ const std::tuple<const char*, std::string, const char*> kDocuments[] = {
      repeated("<a>", 1000) + manyPrefixes(1000, ">") +
          repeated("<b" + prefixedAttributes(90, "p999"), 2000) + repeated("</a>", 1001),
      nullptr},
+    {"much XML in a comment", "<a><!--" + repeated("<p:b xmlns:p='u' p:c='1'/>", 60000) + "--></a>",
+     nullptr},
     {"nothing", "", "invalid document structure"},
     {"truncated", "<a>\n<b>", "input ended before all started tags were ended"},
     {"unknown prefix", "<p:a/>", "prefix 'p' can not be resolved"},
