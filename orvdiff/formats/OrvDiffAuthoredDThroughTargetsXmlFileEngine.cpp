@@ -35,7 +35,7 @@ OrvDiffResult* OrvDiffAuthoredDThroughTargetsXmlFileEngine::performDiff(
 OrvDiffResult*
 OrvDiffAuthoredDThroughTargetsXmlFileEngine::performAuthoredDThroughTargetsValidation(
     const std::string& fileName) {
-  return findXmlFault(*m_parser, fileName, nullptr, [this](const char* text, std::uint64_t length) {
+  return findXmlFault(m_parser, fileName, nullptr, [this](const char* text, std::uint64_t length) {
     m_parser->parseText(
         text, VELDowncastSize::uint32(length, "OrvDiffAuthoredDThroughTargetsXmlFileEngine", 139));
   });

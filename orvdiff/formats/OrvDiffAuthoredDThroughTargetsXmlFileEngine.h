@@ -25,5 +25,5 @@ class ORVDIFF_API OrvDiffAuthoredDThroughTargetsXmlFileEngine : public OrvDiffTe
  private:
   OrvDiffResult* performAuthoredDThroughTargetsValidation(const std::string& fileName);
 
-  std::unique_ptr<DOM_ParserImpl> m_parser;
+  std::shared_ptr<DOM_ParserImpl> m_parser;
 };

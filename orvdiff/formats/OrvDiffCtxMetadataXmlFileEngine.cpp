@@ -30,7 +30,7 @@ OrvDiffResult* OrvDiffCtxMetadataXmlFileEngine::performDiff(const std::string& m
 }
 
 OrvDiffResult* OrvDiffCtxMetadataXmlFileEngine::performCtxValidation(const std::string& fileName) {
-  return findXmlFault(*m_parser, fileName, nullptr, [this](const char* text, std::uint64_t length) {
+  return findXmlFault(m_parser, fileName, nullptr, [this](const char* text, std::uint64_t length) {
     m_parser->parseText(text,
                         VELDowncastSize::uint32(length, "OrvDiffCtxMetadataXmlFileEngine", 139));
   });

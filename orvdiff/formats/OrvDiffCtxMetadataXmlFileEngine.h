@@ -25,5 +25,5 @@ class ORVDIFF_API OrvDiffCtxMetadataXmlFileEngine : public OrvDiffTextFormatEngi
  private:
   OrvDiffResult* performCtxValidation(const std::string& fileName);
 
-  std::unique_ptr<DOM_ParserImpl> m_parser;
+  std::shared_ptr<DOM_ParserImpl> m_parser;
 };

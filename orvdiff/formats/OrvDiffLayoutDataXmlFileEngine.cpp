@@ -3,6 +3,7 @@
 #include <optional>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/TransService.hpp>
 #include <xercesc/validators/common/Grammar.hpp>
 
 #include "orvdiff/compare/OrvDiffLib.h"
@@ -75,7 +76,7 @@ OrvDiffResult* OrvDiffLayoutDataXmlFileEngine::performDiff(const std::string& ma
 OrvDiffResult* OrvDiffLayoutDataXmlFileEngine::performSchemaValidation(const std::string& fileName,
                                                                        const char* inMemoryText) {
   OrvDiffResult* const fault = findXmlFault(
-      *m_parser, fileName, inMemoryText, [this](const char* text, std::uint64_t length) {
+      m_parser, fileName, inMemoryText, [this](const char* text, std::uint64_t length) {
         const std::uint32_t checkedLength =
             VELDowncastSize::uint32(length, kUnit, kTextTooLongLine);
         loadSchema();
@@ -85,7 +86,7 @@ OrvDiffResult* OrvDiffLayoutDataXmlFileEngine::performSchemaValidation(const std
 }
 
 void OrvDiffLayoutDataXmlFileEngine::loadSchema() {
-  if (m_isSchemaLoaded) {
+  if (m_parser->getExternalSchemaLocation() != nullptr) {
     return;
   }
   OrvFileHandle file(m_schemaPath.c_str(), "r");
@@ -104,11 +105,17 @@ void OrvDiffLayoutDataXmlFileEngine::loadSchema() {
     reportUnusableSchema(narrowXmlText(exception.getMessage()));
     throw;
   }
-  m_isSchemaLoaded =
-      grammar != nullptr && narrowXmlText(grammar->getTargetNamespace()) == m_namespaceUri;
-  if (!m_isSchemaLoaded) {
+  if (grammar == nullptr || narrowXmlText(grammar->getTargetNamespace()) != m_namespaceUri) {
     reportUnusableSchema("it does not describe the namespace " + m_namespaceUri);
+    return;
   }
+  // Makes every document one of the schema's, whatever its root. The grammar is there by now, so
+  // the path is never opened; it only must not have a blank.
+  const std::string location = m_namespaceUri + " layoutData.xsd";
+  m_parser->setExternalSchemaLocation(
+      xercesc::TranscodeFromStr(reinterpret_cast<const XMLByte*>(location.c_str()), location.size(),
+                                "UTF-8")
+          .str());
 }
 
 void OrvDiffLayoutDataXmlFileEngine::reportUnusableSchema(const std::string& reason) {

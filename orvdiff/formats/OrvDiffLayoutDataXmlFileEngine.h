@@ -48,6 +48,5 @@ class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
   OrvHeldPatterns m_dataCleansingPatterns;
   const std::string m_namespaceUri;
   const std::string m_schemaPath;
-  std::unique_ptr<DOM_ParserImpl> m_parser;
-  bool m_isSchemaLoaded = false;
+  std::shared_ptr<DOM_ParserImpl> m_parser;
 };

@@ -4,11 +4,14 @@
 #include <cstring>
 #include <initializer_list>
 #include <iostream>
+#include <stdexcept>
 #include <xercesc/dom/DOMException.hpp>
 #include <xercesc/framework/LocalFileInputSource.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/BinMemInputStream.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 #include <xercesc/util/XMLException.hpp>
@@ -24,6 +27,10 @@ namespace {
 constexpr const char* kSeparator = "+++++++++++++++++++++++++++++++++++++++++++++++++++++++++";
 constexpr const char* kMalformedUtf = "Type:UTFDataFormatException";
 
+/// Names what counts as empty. The grammar of an external DTD is kept under this name, so it must
+/// not be one that a document chooses, nor a namespace: not even that of no namespace, "".
+constexpr const char* kNothing = "orvdiff:nothing";
+
 /// Stands between the parser and the world outside the document.
 class ClosedWorldResolver : public xercesc::XMLEntityResolver {
  public:
@@ -36,7 +43,7 @@ class ClosedWorldResolver : public xercesc::XMLEntityResolver {
       case xercesc::XMLResourceIdentifier::SchemaRedefine:
         return openBesideSchema(*resource);
       default:
-        return new xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(""), 0, "");
+        return new xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(""), 0, kNothing);
     }
   }
 
@@ -63,12 +70,10 @@ void printBlock(const std::string& kind, const std::string& fileName, const XMLC
   printXmlFailure(kSeparator);
 }
 
-/// Runs `parse`. False when it throws; the parser is then reset if the fault is the document's.
-bool isFaultless(DOM_ParserImpl& parser, const std::string& fileName,
-                 const std::function<void()>& parse) {
+/// Runs `parse`, and prints what Xerces throws. False when anything was thrown.
+bool isFaultless(const std::string& fileName, const std::function<void()>& parse) {
   try {
     parse();
-    parser.resetParser();
     return true;
   } catch (const xercesc::XMLException& exception) {
     printBlock("XML Exception", fileName, exception.getMessage(), {});
@@ -80,12 +85,54 @@ bool isFaultless(DOM_ParserImpl& parser, const std::string& fileName,
                 "Schema validation error at column number " + std::to_string(column)});
   } catch (const xercesc::DOMException& exception) {
     printBlock("DOM Exception", fileName, exception.getMessage(), {});
-  } catch (...) {
-    return false;
   }
-  parser.resetParser();
   return false;
 }
+
+/// The same, and leaves a parser that is reset, or known to be beyond that.
+bool isFaultlessAndReset(DOM_ParserImpl& parser, const std::string& fileName,
+                         const std::function<void()>& parse) {
+  try {
+    const bool result = isFaultless(fileName, parse);
+    parser.resetParser();
+    return result;
+  } catch (...) {
+    parser.giveUp();
+    return false;
+  }
+}
+
+/// A text that tells a budget what is read of it.
+class WatchedText : public xercesc::MemBufInputSource {
+ public:
+  WatchedText(const XMLByte* bytes, XMLSize_t length, XmlLookupBudget& budget)
+      : MemBufInputSource(bytes, length, ""), m_bytes(bytes), m_length(length), m_budget(budget) {}
+
+  xercesc::BinInputStream* makeStream() const override {
+    return new (getMemoryManager()) Stream(*this);
+  }
+
+ private:
+  class Stream : public xercesc::BinMemInputStream {
+   public:
+    explicit Stream(const WatchedText& text)
+        : BinMemInputStream(text.m_bytes, text.m_length, BufOpt_Reference, text.getMemoryManager()),
+          m_budget(text.m_budget) {}
+
+    XMLSize_t readBytes(XMLByte* toFill, XMLSize_t most) override {
+      const XMLSize_t count = BinMemInputStream::readBytes(toFill, most);
+      m_budget.noteInput(toFill, count);
+      return count;
+    }
+
+   private:
+    XmlLookupBudget& m_budget;
+  };
+
+  const XMLByte* m_bytes;
+  XMLSize_t m_length;
+  XmlLookupBudget& m_budget;
+};
 
 }  // namespace
 
@@ -105,42 +152,56 @@ void XmlErrorHandler::fatalError(const xercesc::SAXParseException& problem) {
 
 void XmlErrorHandler::resetErrors() {}
 
-std::unique_ptr<DOM_ParserImpl> DOM_ParserImpl::create(xercesc::ErrorHandler& handler,
+std::shared_ptr<DOM_ParserImpl> DOM_ParserImpl::create(xercesc::ErrorHandler& handler,
                                                        ValSchemes validation) {
   // Tested before the parser exists: its memory already comes from Xerces.
   const bool isXercesInitialized = xercesc::XMLPlatformUtils::fgMemoryManager != nullptr;
   VEL_ASSERT_NAMED(isXercesInitialized,
                    "Call XMLPlatformUtils::Initialize before creating an engine that reads XML");
-  return std::unique_ptr<DOM_ParserImpl>(new DOM_ParserImpl(handler, validation));
+  return velGuardAllocation(VEL_HERE, [&handler, validation] {
+    try {
+      return std::shared_ptr<DOM_ParserImpl>(new DOM_ParserImpl(handler, validation),
+                                             [](DOM_ParserImpl* parser) {
+                                               if (parser->isUsable()) {
+                                                 delete parser;
+                                               }
+                                             });
+    } catch (const xercesc::OutOfMemoryException&) {
+      throw std::bad_alloc();
+    } catch (const xercesc::XMLException& exception) {
+      throw std::runtime_error(narrowXmlText(exception.getMessage()));
+    }
+  });
 }
 
 DOM_ParserImpl::DOM_ParserImpl(xercesc::ErrorHandler& handler, ValSchemes validation)
-    : xercesc::XercesDOMParser(nullptr, static_cast<XmlExpansionLimit*>(this), nullptr),
-      m_nestingLimit(*getScanner()->getLocator()) {
-  // Only a schema is worth keeping. A parser that keeps grammars refuses internal DTD subsets,
-  // which a document that need only be well-formed may have.
-  const bool keepsGrammars = validation != Val_Never;
-  cacheGrammarFromParse(keepsGrammars);
-  useCachedGrammarInParse(keepsGrammars);
+    : m_handler(handler),
+      m_validation(validation),
+      m_lookupBudget(*getScanner()->getLocator()),
+      m_treeSkipper(*this, *getScanner(), m_lookupBudget) {
+  cacheGrammarFromParse(true);
+  useCachedGrammarInParse(true);
   setDoNamespaces(true);
   setIncludeIgnorableWhitespace(false);
   setValidationScheme(validation);
-  setDoSchema(validation != Val_Never);
   setErrorHandler(&handler);
+  setDoSchema(validation != Val_Never);
   setLoadExternalDTD(false);
   setXMLEntityResolver(&s_closedWorldResolver);
   setDisableDefaultEntityResolution(true);
+  getScanner()->setDocHandler(&m_treeSkipper);
 }
 
 DOM_ParserImpl::~DOM_ParserImpl() = default;
 
+std::shared_ptr<DOM_ParserImpl> DOM_ParserImpl::createAnother() const {
+  return create(m_handler, m_validation);
+}
+
 void DOM_ParserImpl::parseText(const char* bytes, std::uint32_t length) {
-  xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes), length, "", false);
-  source.setCopyBufToStream(false);
-  const Document limited(*this, length, *getScanner()->getLocator());
-  getScanner()->setDocHandler(&m_nestingLimit);
-  getScanner()->setDocTypeHandler(&m_entityWatch);  // on each parse: loading a grammar sets it
-  parse(source);
+  const auto* const text = reinterpret_cast<const XMLByte*>(bytes);
+  m_lookupBudget.startDocument(text, length);
+  parse(WatchedText(text, length, m_lookupBudget));
 }
 
 void DOM_ParserImpl::resetParser() {
@@ -161,8 +222,11 @@ void printXmlFailure(const std::string& line) {
 }
 
 OrvDiffResult* findXmlFault(
-    DOM_ParserImpl& parser, const std::string& fileName, const char* inMemoryText,
+    std::shared_ptr<DOM_ParserImpl>& parser, const std::string& fileName, const char* inMemoryText,
     const std::function<void(const char* bytes, std::uint64_t length)>& parse) {
+  if (!parser->isUsable()) {
+    parser = parser->createAnother();
+  }
   OrvTextBuffer buffer;
   std::uint64_t length = 0;
   if (inMemoryText == nullptr) {
@@ -177,7 +241,7 @@ OrvDiffResult* findXmlFault(
     length = std::strlen(inMemoryText);
   }
   const char* const bytes = inMemoryText != nullptr ? inMemoryText : buffer.get();
-  if (isFaultless(parser, fileName, [&] { parse(bytes, length); })) {
+  if (isFaultlessAndReset(*parser, fileName, [&] { parse(bytes, length); })) {
     return nullptr;
   }
   return velNew<OrvDiffResultFail>(VEL_HERE, fileName, fileName);
