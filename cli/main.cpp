@@ -11,6 +11,7 @@
 
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/ErrorCause.h"
 #include "cli/Printable.h"
 #include "cli/Trouble.h"
 #include "cli/XercesSession.h"
@@ -64,7 +65,7 @@ int main(int argc, char** argv) {
     return perform(commandLine);
   } catch (const std::exception& trouble) {
     std::cout.flush();
-    std::cerr << "orvdiff: " << printable(trouble.what()) << '\n';
+    std::cerr << "orvdiff: " << printable(causeOf(trouble, commandLine.verbosity)) << '\n';
     return kExitTrouble;
   }
 }
