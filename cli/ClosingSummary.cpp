@@ -29,8 +29,12 @@ bool nothingFailed(const RunTotals& totals) {
 void printCounts(const RunTotals& totals) {
   const Tally& pairs = totals.pairs;
   std::cout << counted(totals.done, "report") << ", " << counted(pairs.pairs(), "pair") << ": "
-            << pairs.passed << " passed, " << pairs.differ << " differ, " << pairs.missing
-            << " missing, " << pairs.failed << " failed, " << counted(totals.errors, "error");
+            << pairs.passed << " passed, ";
+  if (pairs.partly > 0) {
+    std::cout << pairs.partly << " partly, ";
+  }
+  std::cout << pairs.differ << " differ, " << pairs.missing << " missing, " << pairs.failed
+            << " failed, " << counted(totals.errors, "error");
   if (!totals.unverified.empty()) {
     std::cout << ", " << counted(totals.unverified.size(), "report") << " not verified";
   }
@@ -45,10 +49,7 @@ std::string counted(std::size_t count, const char* noun) {
 
 std::vector<std::string> shortfallsOf(const RunTotals& totals, bool allowNone) {
   constexpr const char* kRemedy = " (--allow-none accepts that)";
-  std::vector<std::string> shortfalls;
-  if (totals.pairs.cut > 0) {
-    shortfalls.push_back(counted(totals.pairs.cut, "pair") + " compared only up to a NUL byte");
-  }
+  std::vector<std::string> shortfalls = totals.uncompared;
   if (!allowNone && !totals.interrupted) {
     for (const std::string& location : totals.emptyLocations) {
       shortfalls.push_back("no report in " + location + kRemedy);
@@ -94,7 +95,7 @@ ExitStatus exitStatusOf(const RunTotals& totals, const std::vector<std::string>&
   if (totals.interrupted) {
     return stopStatus().value_or(kExitInterrupted);
   }
-  if (totals.errors > 0 || !shortfalls.empty()) {
+  if (totals.errors > 0 || totals.pairs.partly > 0 || !shortfalls.empty()) {
     return kExitTrouble;
   }
   return totals.pairs.passed < totals.pairs.pairs() ? kExitNotPassed : kExitPassed;

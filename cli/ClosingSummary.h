@@ -19,6 +19,7 @@ struct RunTotals {
   std::vector<std::string> unverified;      ///< reports, among those done, that no pair belongs to
   std::vector<std::string> emptyLocations;  ///< at which no report was found
   std::vector<std::string> unsaved;         ///< files that could not be saved
+  std::vector<std::string> uncompared;      ///< formats of which nothing was, and why: a sentence
   bool interrupted = false;
   std::chrono::duration<double> time{};
 };

@@ -144,7 +144,7 @@ void addVerify(CLI::App& app, Values& values) {
   command->add_flag("--save-normalized", verify.saveNormalized,
                     "Keep the normalised texts of a difference beside the output");
   command->add_flag("--list", verify.listOnly, "Say what would be verified, and run nothing");
-  command->add_flag("--allow-none", verify.allowNone, "Nothing to verify is no trouble");
+  command->add_flag("--allow-none", verify.allowNone, "Succeed even if there is nothing to verify");
   addPlaces(*command, verify.formats);
   addLayoutData(*command, verify.formats.layoutData);
 }
@@ -244,6 +244,7 @@ Command chosenCommand(const CLI::App& app, Values& values) {
     return FormatsOptions{};
   }
   if (app.got_subcommand("normalize")) {
+    values.normalize.verbosity = values.verbosity();
     return values.normalize;
   }
   if (app.got_subcommand("compare")) {
@@ -281,6 +282,7 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& r
     return kExitTrouble;
   }
   result.workingFolder = values.workingFolder;
+  result.verbosity = values.verbosity();
   result.command = chosenCommand(app, values);
   return std::nullopt;
 }

@@ -53,6 +53,7 @@ struct FormatsOptions {};
 struct NormalizeOptions {
   std::string format;
   std::string file;
+  Verbosity verbosity = Verbosity::Normal;
 };
 
 /// One pair to compare.
@@ -76,6 +77,7 @@ using Command =
 /// What the user asked for.
 struct CommandLine {
   std::string workingFolder;  ///< to change to before anything else; empty: stay
+  Verbosity verbosity = Verbosity::Normal;
   Command command;
 };
 

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "cli/ComparisonScript.h"
 #include "cli/MissingReason.h"
 #include "cli/Trouble.h"
 
@@ -85,7 +86,8 @@ SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options)
     const std::string name(format.name);
     throw Trouble("format " + name + " needs --" + name + "-output-dir");
   }
-  SelectedFormat selected = {&format, format.createEngine(arguments)};
+  SelectedFormat selected = {&format, format.createEngine(arguments), false};
+  selected.runsScript = runsScript(*selected.engine);
   selected.engine->setMasterAndOutputFoldersSuffix(options.folderSuffix);
   return selected;
 }

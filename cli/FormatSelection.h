@@ -11,6 +11,7 @@
 struct SelectedFormat {
   const OrvDiffFormat* format;
   std::unique_ptr<OrvDiffFileEngine> engine;
+  bool runsScript;  ///< leaves the comparing to one
 };
 
 /// The format of this name. Raises `Trouble` that suggests similar names when there is none.

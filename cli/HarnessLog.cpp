@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "cli/Printable.h"
 #include "cli/QuietConsole.h"
 #include "cli/Trouble.h"
 
@@ -40,7 +41,7 @@ void HarnessLog::finish(const std::vector<std::string>& shortfalls) {
   if (!shortfalls.empty()) {
     MOXTestHarness::getInstance()->startTest("(the run)", "What kept it from verifying all");
     for (const std::string& shortfall : shortfalls) {
-      m_listener.logCheck(shortfall.c_str(), false);
+      m_listener.logCheck(printable(shortfall).c_str(), false);
     }
     MOXTestHarness::getInstance()->endTest();
   }
@@ -54,8 +55,8 @@ void HarnessLog::finish(const std::vector<std::string>& shortfalls) {
 HarnessLog::TestCase::TestCase(HarnessLog* log, const std::string& report) : m_log(log) {
   if (m_log != nullptr) {
     // The results table has room for a name, not for a path; that is the description.
-    const std::string name = std::filesystem::path(report).stem().string();
-    MOXTestHarness::getInstance()->startTest(name.c_str(), report.c_str());
+    const std::string name = printable(std::filesystem::path(report).stem().string());
+    MOXTestHarness::getInstance()->startTest(name.c_str(), printable(report).c_str());
   }
 }
 
@@ -65,9 +66,9 @@ HarnessLog::TestCase::~TestCase() {
   }
 }
 
-void HarnessLog::TestCase::fail(const char* message) const {
+void HarnessLog::TestCase::fail(const std::string& message) const {
   if (m_log != nullptr) {
-    m_log->m_listener.logCheck(message, false);
+    m_log->m_listener.logCheck(printable(message).c_str(), false);
   }
 }
 

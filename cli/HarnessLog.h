@@ -27,6 +27,7 @@ class HarnessLog {
   /// verifying all that it was to. Raises `Trouble` when the log did not reach the file whole.
   void finish(const std::vector<std::string>& shortfalls);
 
+  /// Hands results to the harness, names as they are.
   OrvDiffListener& listener() { return m_listener; }
 
   /// A report's test case, from construction to destruction. Does nothing when there is no log.
@@ -38,7 +39,7 @@ class HarnessLog {
     ~TestCase();
 
     /// The verification of the report ended with an error.
-    void fail(const char* message) const;
+    void fail(const std::string& message) const;
 
     /// Something to know about the report, which is no failure.
     void note(const char* message) const;

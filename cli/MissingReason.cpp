@@ -1,8 +1,10 @@
 #include "cli/MissingReason.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
@@ -25,6 +27,23 @@ std::string whyNotFound(const std::string& path, int error) {
   return folder.empty() || isThere(folder) ? "is not there" : "is not there, nor is its folder";
 }
 
+/// Reads the file once more to hear from the system what is wrong with it.
+std::string whyNotReadable(const std::string& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) {
+    return "cannot be opened: " + std::generic_category().message(errno);
+  }
+  std::array<char, 65536> block;
+  ssize_t count = 1;
+  while (count > 0) {
+    count = read(file, block.data(), block.size());
+  }
+  const int error = errno;
+  close(file);
+  return count < 0 ? "cannot be read: " + std::generic_category().message(error)
+                   : "could not be read, although it can be now";
+}
+
 }  // namespace
 
 std::string missingReason(const std::string& path) {
@@ -38,5 +57,5 @@ std::string missingReason(const std::string& path) {
   if (access(path.c_str(), R_OK) != 0) {
     return "may not be read: " + std::generic_category().message(errno);
   }
-  return S_ISREG(status.st_mode) ? "could not be opened" : "is no regular file";
+  return S_ISREG(status.st_mode) ? whyNotReadable(path) : "is no regular file";
 }

@@ -1,6 +1,7 @@
 #include <iostream>
 
 #include "cli/Commands.h"
+#include "cli/ErrorCause.h"
 #include "cli/FormatSelection.h"
 #include "cli/InputText.h"
 #include "cli/MissingReason.h"
@@ -21,16 +22,16 @@ ExitStatus run(const NormalizeOptions& options) {
   if (file == nullptr) {
     throw Trouble(options.file + " " + missingReason(options.file));
   }
-  InputText input = readText(options.file, file);
+  InputText input = readText(options.file, file, options.verbosity);
   if (input.isCut) {
     std::cerr << "orvdiff: " << printable(options.file)
-              << " goes on behind a NUL byte; texts end there, and so do comparisons\n";
+              << " contains a NUL byte; only the text before it is compared\n";
   }
   try {
     OrvTextBuffer noOther = OrvDiffLib::strdupnew("");
     OrvDiffLib::cleanse(input.text, noOther, *patterns);
   } catch (const VELThrowable& error) {
-    throw Trouble(options.file + ": " + error.what());
+    throw Trouble(options.file + ": " + causeOf(error, options.verbosity));
   }
   std::cout << input.text.get();
   return kExitPassed;

@@ -7,12 +7,15 @@
 #include "cli/Commands.h"
 #include "cli/InputText.h"
 #include "cli/PairOutcome.h"
+#include "cli/ResultPrinter.h"
+#include "cli/Trouble.h"
 #include "orvdiff/compare/OrvDiffFloatComparison.h"
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
 namespace {
 
+using Mismatch = OrvDiffFloatComparison::Mismatch;
 using Number = OrvDiffFloatComparison::Number;
 
 constexpr const char* kIndent = "          ";
@@ -29,13 +32,31 @@ void printNumber(const char* side, const Number& number) {
             << number.line << ':' << number.column << '\n';
 }
 
-void printMismatch(const OrvDiffFloatComparison::Mismatch& mismatch) {
+void printMismatch(const Mismatch& mismatch) {
   printNumber("master: ", mismatch.master);
   printNumber("actual: ", mismatch.actual);
   if (mismatch.master.found && mismatch.actual.found) {
     std::cout << kIndent << "they differ by " << mismatch.difference << "; " << mismatch.tolerance
               << " is allowed\n";
   }
+}
+
+bool hasNumber(const char* text) {
+  return OrvDiffFloatComparison().findFirstMismatch(text, "").has_value();
+}
+
+/// The result for texts whose numbers agree. Raises `Trouble` when there are none.
+std::unique_ptr<const OrvDiffResult> passOf(const NumdiffOptions& options, const InputText& master,
+                                            const InputText& actual) {
+  if (!hasNumber(master.text.get())) {
+    throw Trouble("nothing was compared: neither " + options.master + " nor " + options.actual +
+                  " contains a number");
+  }
+  if (master.isCut || actual.isCut) {
+    return std::make_unique<OrvDiffResultPassUpToNul>(
+        options.master, options.actual, master.isCut ? options.master : options.actual);
+  }
+  return std::make_unique<OrvDiffResultPass>(options.master, options.actual);
 }
 
 }  // namespace
@@ -45,24 +66,20 @@ ExitStatus run(const NumdiffOptions& options) {
   OrvFileHandle actual(options.actual.c_str(), "r");
   std::unique_ptr<const OrvDiffResult> result(
       OrvDiffLib::checkOpenFiles(options.master, options.actual, master, actual));
-  std::optional<OrvDiffFloatComparison::Mismatch> mismatch;
+  std::optional<Mismatch> mismatch;
   InputText masterText = {};
   InputText actualText = {};
   if (result == nullptr) {
-    masterText = readText(options.master, master);
-    actualText = readText(options.actual, actual);
+    masterText = readText(options.master, master, options.verbosity);
+    actualText = readText(options.actual, actual, options.verbosity);
     mismatch =
         OrvDiffFloatComparison().findFirstMismatch(masterText.text.get(), actualText.text.get());
-    if (mismatch) {
-      result = std::make_unique<OrvDiffResultFailDiff>(options.master, options.actual);
-    } else if (masterText.isCut || actualText.isCut) {
-      result = std::make_unique<OrvDiffResultPassUpToNul>(
-          options.master, options.actual, masterText.isCut ? options.master : options.actual);
-    } else {
-      result = std::make_unique<OrvDiffResultPass>(options.master, options.actual);
-    }
+    result = mismatch ? std::make_unique<OrvDiffResultFailDiff>(options.master, options.actual)
+                      : passOf(options, masterText, actualText);
   }
-  const ExitStatus status = printPair(*result, options);
+  const Palette palette(options.color);
+  ResultPrinter printer(options.verbosity, palette);
+  const ExitStatus status = printPair(*result, printer);
   if (mismatch && options.verbosity != Verbosity::Quiet) {
     printMismatch(*mismatch);
   }

@@ -70,12 +70,8 @@ void PairFilter::comparisonNotification(const OrvDiffResult& result) {
 
 bool PairFilter::isFirstTime(const OrvDiffResult& result) {
   const std::string_view owner = ownerOf(result.getMasterName());
-  const auto [known, inserted] =
-      m_stemOfPair.try_emplace(identityOf(m_stem, m_format, result.getMasterName()), owner);
-  if (owner.size() > known->second.size()) {
-    known->second = owner;
-  }
-  return inserted;
+  return m_stemOfPair.try_emplace(identityOf(m_stem, m_format, result.getMasterName()), owner)
+      .second;
 }
 
 /// The stem of the current report, or the longest of its neighbours' that `master` starts with.

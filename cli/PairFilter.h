@@ -19,7 +19,7 @@ std::string identityOf(std::string_view stem, std::string_view format, std::stri
 /// A report's masters are found by the beginning of their names, so the master Revenue_2.html
 /// belongs to a report Revenue, and to Revenue_2 where there is one: both verify it. Each pair is
 /// handed on once only, or one difference would look like two, and counts for the report with the
-/// longer name: Revenue is not verified by Revenue_2's masters.
+/// longer name, which is verified first: Revenue is not verified by Revenue_2's masters.
 class PairFilter : public OrvDiffListener {
  public:
   /// `neighbours` are paths of reports that are not verified themselves, and have masters of their

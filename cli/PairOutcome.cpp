@@ -4,9 +4,7 @@
 #include "cli/ResultPrinter.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
-ExitStatus printPair(const OrvDiffResult& result, const PairOptions& options) {
-  const Palette palette(options.color);
-  ResultPrinter printer(options.verbosity, palette);
+ExitStatus printPair(const OrvDiffResult& result, ResultPrinter& printer) {
   result.notifyListener(printer);
   RunTotals totals;
   result.notifyListener(totals.pairs);

@@ -3,7 +3,9 @@
 #include "cli/CommandLine.h"
 #include "cli/ExitStatus.h"
 
+class ResultPrinter;
 class OrvDiffResult;
 
-/// Prints the result of a command that compares one pair; returns the status to end with.
-ExitStatus printPair(const OrvDiffResult& result, const PairOptions& options);
+/// Prints, with `printer`, the result of a command that compares one pair; returns the status to
+/// end with.
+ExitStatus printPair(const OrvDiffResult& result, ResultPrinter& printer);

@@ -99,6 +99,15 @@ FolderContents readFolder(const fs::path& folder) {
   return contents;
 }
 
+/// By path, but longer names before their beginnings: Revenue_2 before Revenue.
+bool comesBefore(const std::string& one, const std::string& other) {
+  const std::string_view a = stemOf(one);
+  const std::string_view b = stemOf(other);
+  const std::size_t common = std::min(a.size(), b.size());
+  const int order = a.compare(0, common, b, 0, common);
+  return order != 0 ? order < 0 : a.size() != b.size() ? a.size() > b.size() : one < other;
+}
+
 class Finder {
  public:
   void add(const std::string& location) {
@@ -125,7 +134,7 @@ class Finder {
     for (Report& report : m_reports) {
       m_found.reports.push_back(std::move(report.path));
     }
-    std::sort(m_found.reports.begin(), m_found.reports.end());
+    std::sort(m_found.reports.begin(), m_found.reports.end(), comesBefore);
     for (const auto& [folder, stems] : m_named) {
       addNeighbours(folder, stems);
     }
@@ -164,7 +173,7 @@ class Finder {
           stems.begin(), stems.end(),
           [&path](const std::string& stem) { return path.compare(0, stem.size(), stem) == 0; });
       if (mayShareMasters && entry.is_regular_file(unreadable) &&
-          !std::binary_search(reports.begin(), reports.end(), path)) {
+          !std::binary_search(reports.begin(), reports.end(), path, comesBefore)) {
         m_found.neighbours.push_back(path);
       }
     }

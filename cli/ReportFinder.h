@@ -9,7 +9,10 @@ std::string_view stemOf(std::string_view report);
 
 /// What is to be verified.
 struct FoundReports {
-  std::vector<std::string> reports;  ///< paths, sorted, each report once however often it is named
+  /// Paths, sorted, each report once however often it is named. A longer name comes before its
+  /// beginnings (Revenue_2 before Revenue), so that a master that both find is found first by the
+  /// report that it counts for.
+  std::vector<std::string> reports;
   /// Paths of reports that were not named themselves and stand beside one that was named by its own
   /// file, with whose name theirs begin.
   std::vector<std::string> neighbours;

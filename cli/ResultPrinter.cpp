@@ -1,5 +1,7 @@
 #include "cli/ResultPrinter.h"
 
+#include <algorithm>
+#include <fstream>
 #include <iostream>
 #include <string>
 
@@ -16,7 +18,26 @@ const char* orEmpty(const char* text) {
   return text != nullptr ? text : "";
 }
 
+/// Whether the file has no third line, which is the first that is read of a VMD report.
+bool isWithoutStatistics(const std::string& fileName) {
+  std::ifstream file(fileName, std::ios::binary);
+  std::string line;
+  int lines = 0;
+  while (lines < 3 && std::getline(file, line)) {
+    ++lines;
+  }
+  return lines < 3;
+}
+
 }  // namespace
+
+void printForeign(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    std::cout << kIndent << printable(text.substr(0, end)) << '\n';
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+}
 
 ResultPrinter::ResultPrinter(Verbosity verbosity, const Palette& palette)
     : m_verbosity(verbosity), m_palette(palette) {}
@@ -26,15 +47,30 @@ void ResultPrinter::comparisonNotification(const OrvDiffResultPass& result) {
   if (cut != nullptr && m_verbosity != Verbosity::Quiet) {
     printVerdict(Color::Yellow, "partly", result);
     std::cout << kIndent << printable(cut->getCutFile())
-              << " goes on behind a NUL byte; texts end there, and no more was compared\n";
-  } else if (m_verbosity == Verbosity::Verbose) {
-    printVerdict(Color::Green, "passed", result);
+              << " contains a NUL byte; only the text before it was compared\n";
+    printEngineOutput();
+  } else if (m_verbosity == Verbosity::Verbose ||
+             (m_verbosity == Verbosity::Normal && !m_engineOutput.empty())) {
+    printPassed(result);
   }
+}
+
+void ResultPrinter::printPassed(const OrvDiffResult& result) {
+  printVerdict(Color::Green, "passed", result);
+  if (m_format == OrvOutputFormat::Vmd && m_verbosity == Verbosity::Verbose &&
+      (isWithoutStatistics(result.getMasterName()) ||
+       isWithoutStatistics(result.getActualName()))) {
+    std::cout << kIndent
+              << "nothing was compared: a VMD report of fewer than three lines holds no "
+                 "statistics\n";
+  }
+  printEngineOutput();
 }
 
 void ResultPrinter::comparisonNotification(const OrvDiffResultFailDiff& result) {
   if (m_verbosity != Verbosity::Quiet) {
     printVerdict(Color::Red, "differs", result);
+    printEngineOutput();
   }
 }
 
@@ -51,6 +87,7 @@ void ResultPrinter::comparisonNotification(const OrvDiffResultFailDiffNormalized
   printSide("master: ", ofMaster);
   printSide("actual: ", excerptAround(orEmpty(result.getNormalizedActual()), position));
   printSide("        ", {std::string(ofMaster.columns, ' '), ofMaster.columns, "^", ""});
+  printEngineOutput();
 }
 
 void ResultPrinter::comparisonNotification(const OrvDiffResultFailFileMissing& result) {
@@ -65,12 +102,19 @@ void ResultPrinter::comparisonNotification(const OrvDiffResultFailFileMissing& r
                 : isMaster           ? "the master "
                                      : "the actual output ")
             << printable(missingReason(result.getMissingFile())) << '\n';
+  printEngineOutput();
 }
 
 void ResultPrinter::comparisonNotification(const OrvDiffResultFail& result) {
   if (m_verbosity != Verbosity::Quiet) {
     printVerdict(Color::Red, "failed", result);
+    printEngineOutput();
   }
+}
+
+void ResultPrinter::printEngineOutput() {
+  printForeign(m_engineOutput);
+  m_engineOutput.clear();
 }
 
 void ResultPrinter::printVerdict(Color color, std::string_view word,

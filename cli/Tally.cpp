@@ -3,8 +3,7 @@
 #include "orvdiff/registry/OrvDiffResult.h"
 
 void Tally::comparisonNotification(const OrvDiffResultPass& result) {
-  ++passed;
-  cut += dynamic_cast<const OrvDiffResultPassUpToNul*>(&result) != nullptr ? 1 : 0;
+  ++(dynamic_cast<const OrvDiffResultPassUpToNul*>(&result) != nullptr ? partly : passed);
 }
 
 void Tally::comparisonNotification(const OrvDiffResultFailDiff& /*result*/) {

@@ -13,10 +13,10 @@ class Tally : public OrvDiffListener {
   void comparisonNotification(const OrvDiffResultFailFileMissing& result) override;
   void comparisonNotification(const OrvDiffResultFail& result) override;
 
-  std::size_t pairs() const { return passed + differ + missing + failed; }
+  std::size_t pairs() const { return passed + partly + differ + missing + failed; }
 
   std::size_t passed = 0;
-  std::size_t cut = 0;  ///< those of `passed` of which not all was compared
+  std::size_t partly = 0;  ///< passed as far as they were compared, which is no pass
   std::size_t differ = 0;
   std::size_t missing = 0;
   std::size_t failed = 0;  ///< neither a difference nor a missing file

@@ -2,22 +2,26 @@
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/ClosingSummary.h"
 #include "cli/Commands.h"
+#include "cli/ComparisonScript.h"
+#include "cli/ErrorCause.h"
 #include "cli/FormatSelection.h"
 #include "cli/HarnessLog.h"
 #include "cli/Interrupt.h"
 #include "cli/ListCommand.h"
+#include "cli/LogAdapters.h"
 #include "cli/NormalizedSaver.h"
+#include "cli/OutputCapture.h"
 #include "cli/OutputPlace.h"
 #include "cli/PairFilter.h"
 #include "cli/Printable.h"
 #include "cli/Progress.h"
-#include "cli/QuietConsole.h"
 #include "cli/ReportFinder.h"
 #include "cli/ResultPrinter.h"
 #include "cli/SummaryFile.h"
@@ -28,7 +32,7 @@ namespace {
 
 constexpr const char* kOutputRoot = "../webcontent/bi";
 
-/// Sends what was printed on its way, before a script prints behind its back. Unlike
+/// Sends what was printed on its way, so that results show as they come. Unlike
 /// `std::cout.flush()`, leaves the progress line alone when nothing was printed.
 void sendOutput() {
   if (std::cout.rdbuf()->pubsync() != 0) {
@@ -36,31 +40,64 @@ void sendOutput() {
   }
 }
 
+/// Hears of each result while the output of engines is being caught. Lets the run's own listeners
+/// print, and has the output of the engine shown with the result.
+class CaughtResults : public OrvDiffListener {
+ public:
+  CaughtResults(OutputCapture& capture, ResultPrinter& printer, OrvDiffListener& next)
+      : m_capture(capture), m_printer(printer), m_next(next) {}
+
+  using OrvDiffListener::comparisonNotification;
+  void comparisonNotification(const OrvDiffResult& result) override {
+    const OutputCapture::Pause pause(m_capture);
+    m_printer.setEngineOutput(m_capture.take());
+    m_next.comparisonNotification(result);
+  }
+
+ private:
+  OutputCapture& m_capture;
+  ResultPrinter& m_printer;
+  OrvDiffListener& m_next;
+};
+
+/// A format whose script cannot run.
+struct BrokenFormat {
+  std::string problem;
+  std::size_t pairs = 0;  ///< that were not compared for it
+};
+
 /// Drives the registry over reports and formats. What one of them raises does not keep the others
 /// from being verified.
 class Run {
  public:
-  /// `quiet` keeps what the library prints to itself.
-  Run(const std::vector<SelectedFormat>& formats, const FoundReports& found, const Palette& palette,
-      bool quiet)
+  /// `printer` shows results and what engines print.
+  Run(const std::vector<SelectedFormat>& formats, const FoundReports& found,
+      const VerifyOptions& options, const Palette& palette, ResultPrinter& printer)
       : m_formats(formats),
         m_reports(found.reports),
+        m_verbosity(options.verbosity),
         m_palette(palette),
-        m_quiet(quiet),
-        m_filter(found.neighbours) {
+        m_printer(printer),
+        m_filter(found.neighbours),
+        m_results(m_capture, printer, m_filter) {
     m_totals.emptyLocations = found.emptyLocations;
     for (const SelectedFormat& selected : formats) {
       m_registry.registerDiffEngine(selected.format->format, selected.engine.get());
+      std::string problem = scriptProblem(*selected.engine);
+      if (!problem.empty()) {
+        m_broken[selected.format].problem = std::move(problem);
+      }
     }
-    m_registry.addListener(&m_filter);
+    m_registry.addListener(&m_results);
     m_filter.add(m_totals.pairs);
+    m_filter.add(printer);
   }
 
   void addListener(OrvDiffListener& listener) { m_filter.add(listener); }
 
   /// `log` is told where each report starts and ends, and must outlive the run.
   void logTo(HarnessLog& log) {
-    m_filter.add(log.listener());
+    m_filter.add(m_harnessResults.emplace(log.listener()));
     m_harnessLog = &log;
   }
 
@@ -81,6 +118,7 @@ class Run {
     } catch (const Interrupted&) {
       m_totals.interrupted = true;
     }
+    reportBrokenFormats();
     m_totals.unverified =
         m_filter.unverifiedAmong({m_reports.begin(), m_reports.begin() + finished});
     m_totals.time = std::chrono::steady_clock::now() - start;
@@ -102,20 +140,49 @@ class Run {
       stopIfWanted();
       progress.show(m_totals.done, m_reports.size(), report);
       m_filter.startReport(report, selected.format->name);
+      m_printer.startFormat(selected.format->format);
       try {
-        const QuietConsole quiet(m_quiet);
-        m_registry.verifyOutput(selected.format->format, report.c_str(), nullptr);
-        isVerified = isVerified || m_filter.countSinceStart() > 0;
+        isVerified = verifyFormat(report, selected, testCase) || isVerified;
       } catch (const std::exception& error) {
         isVerified = true;
         ++m_totals.errors;
         m_filter.claimMasters();
         printError(report, selected, error);
-        testCase.fail(error.what());
+        testCase.fail(causeOf(error, Verbosity::Normal));
       }
     }
     if (!isVerified) {
       testCase.note("Not verified: no selected format has a master.");
+    }
+  }
+
+  /// Whether the report has masters of the format.
+  bool verifyFormat(const std::string& report, const SelectedFormat& selected,
+                    const HarnessLog::TestCase& testCase) {
+    if (selected.runsScript) {
+      const std::size_t pairs = selected.engine->findPairs(report).size();
+      if (pairs == 0) {
+        return false;  // spares the descriptors
+      }
+      if (const auto broken = m_broken.find(selected.format); broken != m_broken.end()) {
+        broken->second.pairs += pairs;
+        m_filter.claimMasters();
+        testCase.fail(counted(pairs, "pair") + " not compared: " + broken->second.problem);
+        return true;
+      }
+    }
+    const OutputCapture::Session catching(m_capture, selected.runsScript);
+    m_registry.verifyOutput(selected.format->format, report.c_str(), nullptr);
+    return m_filter.countSinceStart() > 0;
+  }
+
+  void reportBrokenFormats() {
+    for (const auto& [format, broken] : m_broken) {
+      if (broken.pairs > 0) {
+        m_totals.uncompared.push_back(counted(broken.pairs, "pair") + " of format " +
+                                      std::string(format->name) +
+                                      " not compared: " + broken.problem);
+      }
     }
   }
 
@@ -131,9 +198,9 @@ class Run {
 
   /// The engine stopped at the first pair that nobody has heard of.
   void printError(const std::string& report, const SelectedFormat& selected,
-                  const std::exception& error) const {
+                  const std::exception& error) {
     std::cout << m_palette.paint(Color::Red, "error") << "    " << printable(report) << " ("
-              << selected.format->name << "): " << printable(error.what()) << '\n';
+              << selected.format->name << "): " << printable(causeOf(error, m_verbosity)) << '\n';
     const std::vector<OrvFilePair> pairs = findPairs(report, selected);
     const std::size_t reached = m_filter.countSinceStart();
     if (reached < pairs.size()) {
@@ -141,14 +208,22 @@ class Run {
                 << printable(pairs[reached].actual) << "; " << pairs.size() - reached - 1
                 << " more of this format not compared\n";
     }
+    if (const std::string output = m_capture.take(); m_verbosity != Verbosity::Quiet) {
+      printForeign(output);
+    }
   }
 
   const std::vector<SelectedFormat>& m_formats;
   const std::vector<std::string>& m_reports;
+  const Verbosity m_verbosity;
   const Palette& m_palette;
-  const bool m_quiet;
+  ResultPrinter& m_printer;
+  OutputCapture m_capture;
   OrvDiffEngineRegistry m_registry;
   PairFilter m_filter;
+  CaughtResults m_results;
+  std::map<const OrvDiffFormat*, BrokenFormat> m_broken;
+  std::optional<HarnessResults> m_harnessResults;
   HarnessLog* m_harnessLog = nullptr;
   RunTotals m_totals;
 };
@@ -202,11 +277,10 @@ ExitStatus run(const VerifyOptions& options) {
   const Palette palette(options.color);
   ResultPrinter printer(options.verbosity, palette);
   NormalizedSaver saver;
-  const bool quiet = options.verbosity == Verbosity::Quiet;
-  Run run(formats, found, palette, quiet);
-  run.addListener(printer);
+  Run run(formats, found, options, palette, printer);
+  std::optional<StrictPasses> summaryResults;
   if (summary) {
-    run.addListener(summary->listener());
+    run.addListener(summaryResults.emplace(summary->listener()));
   }
   if (options.saveNormalized) {
     run.addListener(saver);
@@ -215,7 +289,7 @@ ExitStatus run(const VerifyOptions& options) {
     harnessLog->start();
     run.logTo(*harnessLog);
   }
-  run.verify(!quiet && canShowProgress());
+  run.verify(options.verbosity != Verbosity::Quiet && canShowProgress());
   RunTotals& totals = run.totals();
   totals.unsaved = saver.unsavedFiles();
   std::vector<std::string> shortfalls = shortfallsOf(totals, options.allowNone);

@@ -8,6 +8,7 @@
 
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/ErrorCause.h"
 #include "cli/Interrupt.h"
 #include "cli/Printable.h"
 #include "cli/StandardStreams.h"
@@ -47,7 +48,7 @@ int main(int argc, char** argv) {
     return finishOutput(finished ? *finished : perform(commandLine));
   } catch (const std::exception& trouble) {
     std::cout.flush();
-    std::cerr << "orvdiff: " << printable(trouble.what()) << '\n';
+    std::cerr << "orvdiff: " << printable(causeOf(trouble, commandLine.verbosity)) << '\n';
     return stopStatus().value_or(kExitTrouble);
   }
 }

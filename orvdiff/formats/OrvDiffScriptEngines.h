@@ -22,12 +22,13 @@ class ORVDIFF_API OrvDiffScriptFileEngine : public OrvDiffFileEngine {
   OrvDiffResult* performDiff(const std::string& masterName, const std::string& actualName,
                              std::strstream* inMemoryOutput) override;
 
+  /// The command line up to the two quoted file names: interpreter, script and options, each
+  /// followed by a blank. Lets a host find out beforehand whether the script is there.
+  virtual const char* getCommandPrefix() const = 0;
+
  private:
   /// Makes what the script needs; called when both files are there.
   virtual void prepareScript() const;
-
-  /// The command line up to the two quoted file names.
-  virtual const char* getCommandPrefix() const = 0;
 };
 
 using OrvDiffScriptFormatEngine = OrvLaidOutEngine<OrvDiffScriptFileEngine>;
@@ -37,8 +38,6 @@ class ORVDIFF_API OrvDiffPdfFileEngine : public OrvDiffScriptFormatEngine {
  public:
   explicit OrvDiffPdfFileEngine(const char* subFolder);
   ~OrvDiffPdfFileEngine() override;
-
- private:
   const char* getCommandPrefix() const override;
 };
 
@@ -50,8 +49,8 @@ class ORVDIFF_API OrvDiffXlsxFileEngine : public OrvDiffScriptFileEngine {
   ~OrvDiffXlsxFileEngine() override;
   std::string getOutputDirectoryTypeName() const override;
   std::string getMasterFileGlobExpression(const std::string& location) const override;
+  const char* getCommandPrefix() const override;
 
  private:
   void prepareScript() const override;
-  const char* getCommandPrefix() const override;
 };

@@ -24,13 +24,19 @@ class Run:
 
 
 class SuiteTest(unittest.TestCase):
-    """A server folder with work/, suite/ and webcontent/bi/, gone after the test."""
+    """A server folder with work/, suite/ and webcontent/bi/, and comparison scripts where they are
+    looked for; gone after the test."""
 
     def setUp(self):
-        self.server = pathlib.Path(tempfile.mkdtemp(prefix="orvdiff-test-"))
-        self.addCleanup(shutil.rmtree, self.server)
+        root = pathlib.Path(tempfile.mkdtemp(prefix="orvdiff-test-"))
+        self.addCleanup(shutil.rmtree, root)
+        root.chmod(0o755)
+        self.server = root / "server"
+        self.scripts = root / "src/vask/testdata/Scripts"
         for folder in ("work", "suite/Masters", "webcontent/bi/v5DebugHTML"):
             (self.server / folder).mkdir(parents=True)
+        for script in ("diffpdf/diffPdfFiles.py", "DiffXlsx/DiffXlsx.py"):
+            self.write(self.scripts / script)
 
     def write(self, path, content=b""):
         """Writes a file below the server folder and returns its path."""
@@ -54,6 +60,18 @@ class SuiteTest(unittest.TestCase):
         if actual is not None:
             self.write(b"webcontent/bi/v5Debug" + (b"XLS/" if xls else b"HTML/") + name + b".html",
                        actual)
+
+    def pair(self, report, folder, output_folder, name, master, actual):
+        """A report and a pair of files of another format."""
+        self.write(f"suite/{report}.xml", "a report")
+        self.write(f"suite/Masters/{folder}/{name}", master)
+        self.write(f"webcontent/bi/{output_folder}/{name}", actual)
+
+    def interpreter(self, commands):
+        """Has `python` run shell commands instead of a comparison script; returns the PATH."""
+        program = self.write("bin/python", "#!/bin/sh\n" + commands)
+        os.chmod(program, 0o755)
+        return f"{self.server}/bin:{os.environ['PATH']}"
 
     def run_program(self, *arguments, **environment):
         clean = {k: v for k, v in os.environ.items() if k != "NO_COLOR"}

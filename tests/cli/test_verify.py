@@ -7,7 +7,8 @@ import xml.etree.ElementTree
 from suite import PROGRAM, Run, SuiteTest
 
 COUNTS = re.compile(
-    r"(\d+) reports?, (\d+) pairs?: (\d+) passed, (\d+) differ, (\d+) missing, (\d+) failed, "
+    r"(\d+) reports?, (\d+) pairs?: (\d+) passed, (?:(\d+) partly, )?(\d+) differ, "
+    r"(\d+) missing, (\d+) failed, "
     r"(\d+) errors?(?:, (\d+) reports? not verified)? \(\d+\.\d\d s\)")
 
 
@@ -15,7 +16,9 @@ class Outcomes(SuiteTest):
     def counts(self, run):
         found = COUNTS.search(run.out)
         self.assertIsNotNone(found, run.out + run.err)
-        return tuple(int(number or 0) for number in found.groups())
+        numbers = [int(number or 0) for number in found.groups()]
+        self.partly = numbers.pop(3)
+        return tuple(numbers)
 
     def test_every_outcome_in_one_run(self):
         self.report("Same", "<p id=\"a\">x</p>\n", "<p id=\"b\">x</p>\r\n")
@@ -37,7 +40,9 @@ class Outcomes(SuiteTest):
     def test_a_pair_that_two_reports_find_counts_once_and_for_the_longer_name(self):
         self.report("Sales")
         self.report("Sales_2", "<p>a</p>", "<p>b</p>")
-        run = self.verify()
+        run = self.verify("--harness-log", "h.mxr")
+        log = (self.server / "work/h.mxr").read_text()
+        self.assertRegex(log, r"(?s)Start Test: Sales_2\n.*FAILED.*End Test.*Start Test: Sales\n")
         self.assertEqual(self.counts(run), (2, 1, 0, 1, 0, 0, 0, 1))
         self.assertIn("    ../suite/Sales.xml\n", run.out)
         self.report("Sales", "<p>a</p>", "<p>a</p>")
@@ -61,11 +66,14 @@ class Outcomes(SuiteTest):
     def test_a_pass_that_ends_at_a_nul_is_trouble(self):
         self.report("R", b"same\0one", b"same\0other")
         self.report("Same", b"same\0", b"same\0")
-        run = self.verify()
-        self.assertEqual((run.status, run.lines("partly")), (
-            2, ["partly   ../suite/Masters/R.html -> ../webcontent/bi/v5DebugHTML/R.html"]))
-        self.assertIn("1 pair compared only up to a NUL byte", run.err)
-        self.assertNotIn("All passed", run.out)
+        run = self.verify("--harness-log", "h.mxr", "--summary", "s.xml")
+        self.assertEqual((run.status, run.lines("partly"), run.err), (
+            2, ["partly   ../suite/Masters/R.html -> ../webcontent/bi/v5DebugHTML/R.html"], ""))
+        self.assertEqual((self.counts(run), self.partly), ((2, 2, 1, 0, 0, 0, 0, 0), 1))
+        self.assertIn("Not all passed", run.out)
+        work = self.server / "work"
+        self.assertRegex((work / "h.mxr").read_text(), "FAILED: .*/R.html .*only up to the NUL")
+        self.assertRegex((work / "s.xml").read_text(), "<TestCaseFailureDiff>.*/R.html<")
 
     def test_many_unverified_reports_are_counted_and_all_named_on_request(self):
         for number in range(25):
@@ -112,7 +120,8 @@ class Outcomes(SuiteTest):
         run = self.verify("-f", "html")
         self.assertEqual(run.status, 2, run.err)
         self.assertEqual(self.counts(run), (4, 3, 2, 1, 0, 0, 1, 0))
-        self.assertRegex(run.out, r"error    \.\./suite/Big\.xml \(html\): .*2 GiB")
+        self.assertRegex(run.out, r"error    \S+/Big\.xml \(html\): files of 2 GiB .*compared\n")
+        self.assertRegex(self.verify("-v").out, r"error .* \[VEL_ASSERT.*OrvDiffLib")
         self.assertIn("at ../suite/Masters/Big.html -> ../webcontent/bi/v5DebugHTML/Big.html; "
                       "1 more of this format not compared", run.out)
 
@@ -161,8 +170,13 @@ class Excerpts(SuiteTest):
         for name, shown in rows:
             with self.subTest(name=name):
                 self.report(name, "<p>a</p>", "<p>b</p>")
-                run = self.verify(locations=[b"../suite/" + os.fsencode(name) + b".xml"])
+                run = self.verify("--harness-log", "h.mxr",
+                                  locations=[b"../suite/" + os.fsencode(name) + b".xml"])
                 self.assertEqual(run.status, 1, run.err)
+                log = (self.server / "work/h.mxr").read_bytes().decode()
+                for line in (f"Start Test: {shown}\n", f"Masters/{shown}.html and "):
+                    self.assertIn(line, log)
+                self.assertNotIn("\x1b", log)
                 self.assertEqual(run.lines("differs"), [
                     f"differs  ../suite/Masters/{shown}.html -> "
                     f"../webcontent/bi/v5DebugHTML/{shown}.html"])
@@ -176,6 +190,62 @@ class Excerpts(SuiteTest):
                 run = self.verify("--color", color, **environment)
                 self.assertEqual("\x1b[31mdiffers\x1b[0m" in run.out, colored)
                 self.assertEqual("\x1b" in run.out, colored)
+
+
+class EngineOutput(SuiteTest):
+    def test_what_engines_and_scripts_print_stands_escaped_below_its_pair(self):
+        self.pair("E", "CtxMetadata", "v5DebugCtxMetadata", "E\npassed\x1b.xml", "<a/>",
+                  '<?xml version="1.1"?><a>\n</b&#x1b;>')
+        for name in ("F", "G"):
+            self.pair(name, "PDF", "v5DebugPDF", name + ".pdf", name, name)
+        path = self.interpreter("""
+            seq 100000
+            printf '\\033[2Jout\\npassed  forged' >&2
+            case "$3" in *G.pdf) exit 1; esac
+            """)
+        for arguments in (("verify", "../suite"),
+                          ("compare", "pdf", "../suite/F.xml", "../suite/F.xml")):
+            with self.subTest(arguments[0]):
+                run = self.run_program(*arguments, PATH=path)
+                self.assertEqual((run.status, run.err), (int(arguments[0] == "verify"), ""))
+                self.assertNotIn("\x1b", run.out)
+                self.assertRegex(run.out, r"(?s)passed   \S+F\.\w+( -> \S+)?\n +1\n.* 100000\n"
+                                          r" +\\x1B\[2Jout\n +passed  forged\n")
+                self.assertEqual(len(run.lines("passed")), 1)
+        run = self.verify("-v", locations=("../suite", "../webcontent"), PATH=path)
+        self.assertIn("no report in ../webcontent", run.err)  # not caught with what scripts print
+        self.assertEqual(run.out.count(" 100000\n"), 2)
+        self.assertRegex(run.out, r"failed   \S+E\\npassed\\x1B\.xml\n +\++\n +Schema validation")
+        self.assertRegex(run.out, r"differs .*G\.pdf\n +1\n")
+        self.assertEqual(self.verify("-q", PATH=path).out.count("\n"), 1)
+
+    def test_a_script_that_cannot_run_is_said_once_and_is_trouble(self):
+        self.report("A", "x", "x")
+        for name in ("F", "G"):
+            self.pair(name, "PDF", "v5DebugPDF", name + ".pdf", name, name)
+        pdf = self.scripts / "diffpdf/diffPdfFiles.py"
+        rows = [("the comparison script ../../src/vask/testdata/Scripts/diffpdf/diffPdfFiles.py is "
+                 f"not there (looked for from the folder {self.server}/work)", pdf.unlink, None),
+                ("there is no python in PATH (/nowhere) to run", pdf.touch, "/nowhere")]
+        for reason, spoil, path in rows:
+            with self.subTest(reason):
+                spoil()
+                run = self.verify("--harness-log", "h.mxr",
+                                  PATH=path or self.interpreter("exit 0\n"))
+                self.assertEqual((run.status, run.lines("differs")), (2, []))
+                self.assertIn("\n3 reports, 1 pair: 1 passed", "\n" + run.out)
+                self.assertIn(f"2 pairs of format pdf not compared: {reason}", run.err)
+                self.assertEqual(run.err.count("\n"), 1)
+                log = (self.server / "work/h.mxr").read_text()
+                self.assertEqual(log.count("FAILED: 1 pair not compared"), 2)
+                alone = self.verify(PATH=path or "/bin", locations=["../suite/A.xml"])
+                self.assertEqual((alone.status, alone.err), (0, ""))
+
+    def test_statistics_that_hold_none_are_pointed_out(self):
+        self.pair("V", "vmd", "v5DebugVMD", "V.vmd", "1\n2\n", "1\n2")
+        self.assertEqual((self.verify().status, self.verify().lines("passed")), (0, []))
+        run = self.verify("-v")
+        self.assertRegex(run.out, r"passed .*V\.vmd\n +nothing was compared: .*fewer than three")
 
 
 class Locations(SuiteTest):
@@ -267,9 +337,9 @@ class Locations(SuiteTest):
         self.report("Re")
         run = self.verify("--list", "-f", "html,xhtml")
         self.assertEqual(run.out.splitlines(), [
-            "../suite/Re.xml  not verified: no selected format has a master",
             *(f"../suite/{name}.xml  html  ../suite/Masters/{name}.html -> "
-              f"../webcontent/bi/v5DebugHTML/{name}.html" for name in ("Rev", "Revenue")),
+              f"../webcontent/bi/v5DebugHTML/{name}.html" for name in ("Revenue", "Rev")),
+            "../suite/Re.xml  not verified: no selected format has a master",
             "3 reports, 2 pairs"])
 
 
