@@ -8,11 +8,15 @@ namespace {
 using Kind = PatternStep::Kind;
 
 constexpr std::size_t kNone = std::string_view::npos;
+constexpr std::size_t kWordBits = 64;
 
 }  // namespace
 
 LinearMatcher::LinearMatcher(const PatternProgram& program, std::string_view text)
-    : m_program(program), m_text(text), m_dead(program.stepCount()) {}
+    : m_program(program),
+      m_text(text),
+      m_dead(program.stepCount()),
+      m_failed(program.stepCount()) {}
 
 bool LinearMatcher::find(std::size_t from, Match& match) {
   if (!mayMatch(from)) {
@@ -100,28 +104,47 @@ std::size_t LinearMatcher::matchAt(std::size_t start) {
   m_frames.clear();
   std::size_t index = m_program.start();
   std::size_t position = start;
-  for (;;) {
-    const PatternStep& step = m_program.step(index);
-    bool matched = true;
-    if (step.kind == Kind::Accept) {
-      return position;
-    }
-    if (step.kind == Kind::Branch) {
-      m_frames.push_back({index, position, 1, 0});
-      index = step.choices.front();
-      continue;
-    }
-    if (step.kind == Kind::Repeat) {
-      matched = step.lazy ? enterLazy(index, position) : enterGreedy(index, position);
-    } else {
-      matched = advance(step, position);
-    }
-    if (matched) {
-      index = step.next;
-    } else if (!resume(index, position)) {
+  while (m_program.step(index).kind != Kind::Accept) {
+    if (!enter(index, position) && !resume(index, position)) {
       return kNone;
     }
   }
+  return position;
+}
+
+/// Matches the step `index` at `position` and moves both on, or fails.
+bool LinearMatcher::enter(std::size_t& index, std::size_t& position) {
+  const PatternStep& step = m_program.step(index);
+  if (step.kind == Kind::Branch) {
+    const bool mayMatch = enterBranch(index, position);
+    index = step.choices.front();
+    return mayMatch;
+  }
+  bool matched = false;
+  if (step.kind == Kind::Repeat) {
+    matched = step.lazy ? enterLazy(index, position) : enterGreedy(index, position);
+  } else {
+    matched = advance(step, position);
+  }
+  index = step.next;
+  return matched;
+}
+
+bool LinearMatcher::enterBranch(std::size_t index, std::size_t position) {
+  const std::vector<std::uint64_t>& failed = m_failed[index];
+  if (!failed.empty() && (failed[position / kWordBits] >> (position % kWordBits) & 1) != 0) {
+    return false;
+  }
+  m_frames.push_back({index, position, 1, 0});
+  return true;
+}
+
+void LinearMatcher::recordFailure(const Frame& branch) {
+  std::vector<std::uint64_t>& failed = m_failed[branch.step];
+  if (failed.empty()) {
+    failed.resize(m_text.size() / kWordBits + 1);
+  }
+  failed[branch.position / kWordBits] |= std::uint64_t{1} << (branch.position % kWordBits);
 }
 
 /// Matches a step that leaves no choice.
@@ -189,6 +212,7 @@ bool LinearMatcher::resume(std::size_t& index, std::size_t& position) {
         index = step.choices[frame.limit++];
         return true;
       }
+      recordFailure(frame);
     } else if (step.lazy ? lengthenLazy(frame) : shortenGreedy(frame)) {
       position = frame.position;
       index = step.next;

@@ -1,20 +1,22 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
 #include "orvdiff/compare/PatternProgram.h"
 
-/// Finds the matches of a program in one text, in time that grows in line with the text for every
-/// pattern of the catalogue.
+/// Finds the matches of a program in one text, in time that grows in line with the text.
 ///
 /// The search is ICU's: leftmost start, alternatives in order, greedy runs longest first, lazy runs
 /// shortest first, and a search goes on where the last match ended. What makes it linear is that
-/// every repetition remembers from which positions the rest of the expression is known to fail,
-/// so no stretch of text is tried twice by the same repetition. ICU's own search is quadratic on,
-/// say, ten thousand "<script" without an end tag, and gives up altogether on a long enough run.
-/// Repeated groups keep no such record: "(a|b)*c" is as quadratic here as there.
+/// every repetition and every branch remembers from which positions the rest of the expression is
+/// known to fail, so that none is tried twice from one position. ICU's own search is quadratic on,
+/// say, ten thousand "<script" without an end tag, takes forever on "(a|aa)*" and its like, and
+/// gives up altogether where its stack reaches its limit; here there is no such limit.
+///
+/// A branch that has failed costs an eighth of the text's size in memory.
 class LinearMatcher {
  public:
   /// Both must outlive the matcher.
@@ -39,7 +41,8 @@ class LinearMatcher {
   };
 
   /// Positions where the rest of the expression after a repetition is known to fail: `first` to
-  /// `last`, which is where the run of the repeated bytes ends.
+  /// `last`, which is where the run of the repeated bytes ends. One stretch is enough, because runs
+  /// are tried in order: who leaves one run for the next does not come back to it.
   struct DeadStretch {
     std::size_t first = 1;
     std::size_t last = 0;  ///< less than `first`: none
@@ -50,6 +53,9 @@ class LinearMatcher {
   std::size_t findFirstByte(std::size_t from) const;
   std::size_t findAnchor(std::size_t from) const;
   std::size_t matchAt(std::size_t start);
+  bool enter(std::size_t& index, std::size_t& position);
+  bool enterBranch(std::size_t index, std::size_t position);
+  void recordFailure(const Frame& branch);
   bool advance(const PatternStep& step, std::size_t& position) const;
   bool enterGreedy(std::size_t index, std::size_t& position);
   bool enterLazy(std::size_t index, std::size_t& position);
@@ -64,6 +70,8 @@ class LinearMatcher {
   const std::string_view m_text;
   std::vector<Frame> m_frames;
   std::vector<DeadStretch> m_dead;
+  /// For each branch that has failed, a bit for every position: whether it fails from there.
+  std::vector<std::vector<std::uint64_t>> m_failed;
   std::size_t m_required = 0;
   bool m_requiredIsKnown = false;
 };

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "orvdiff/compare/PatternProgram.h"
+#include "orvdiff/compare/TextCharacters.h"
 #include "orvdiff/platform/I18N.h"
 #include "orvdiff/platform/VELAssert.h"
 #include "orvdiff/platform/VELDowncastSize.h"
@@ -35,7 +36,14 @@ Utf16Text toUtf16(const I18NConverter& converter, const char* text) {
 
 bool isLiteral(const char* replacement) {
   return std::all_of(replacement, replacement + std::strlen(replacement),
-                     [](char c) { return c > 0 && c != '$' && c != '\\'; });
+                     [](char c) { return isAscii(c) && c != '$' && c != '\\'; });
+}
+
+/// Lack of memory is no fault of the expression or the text.
+void checkMemory(UErrorCode status) {
+  if (status == U_MEMORY_ALLOCATION_ERROR) {
+    throw VELOutOfMemoryError("OrvDiffNormalizationPattern", __LINE__);
+  }
 }
 
 }  // namespace
@@ -50,8 +58,12 @@ OrvDiffNormalizationPattern::OrvDiffNormalizationPattern(const char* pattern,
     : m_converter(std::make_unique<I18NConverter>("UTF-8")) {
   UErrorCode status = U_ZERO_ERROR;
   m_regEx.reset(uregex_openC(pattern, 0, nullptr, &status));
+  checkMemory(status);
   VEL_ASSERT_NAMED(m_regEx, "Regular expression compiled");
-  m_program = PatternProgram::compile(pattern);
+  velGuardAllocation(VEL_HERE, [&] {
+    m_program = PatternProgram::compile(pattern);
+    return true;
+  });
   setReplacementText(replacement);
 }
 
@@ -90,6 +102,7 @@ void OrvDiffNormalizationPattern::normalizeText(OrvTextBuffer& buffer) const {
   const Utf16Text input = toUtf16(*m_converter, buffer.get());
   UErrorCode status = U_ZERO_ERROR;
   uregex_setText(m_regEx.get(), input.text, -1, &status);
+  checkMemory(status);
   // clang-format off
   VEL_ASSERT_NAMED(U_SUCCESS( status ), "setText failed in normalization");
   // clang-format on
@@ -101,6 +114,7 @@ void OrvDiffNormalizationPattern::normalizeText(OrvTextBuffer& buffer) const {
                     static_cast<int32_t>(
                         VELDowncastSize::uint32(capacity, "OrvDiffNormalizationPattern", __LINE__)),
                     &status);
+  checkMemory(status);
   if (status == U_STRING_NOT_TERMINATED_WARNING) {
     status = U_BUFFER_OVERFLOW_ERROR;  // no room for the NUL: for ICU a warning, here a failure
   }
