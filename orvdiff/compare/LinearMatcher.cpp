@@ -172,7 +172,7 @@ bool LinearMatcher::enterGreedy(std::size_t index, std::size_t& position) {
   const PatternStep& step = m_program.step(index);
   const DeadStretch& dead = m_dead[index];
   const std::size_t lowest = position + step.minimum;
-  if (lowest >= dead.first && lowest <= dead.last) {
+  if (dead.contains(lowest)) {
     return false;
   }
   const bool deadAhead = dead.first <= dead.last && lowest < dead.first;
@@ -189,7 +189,7 @@ bool LinearMatcher::enterGreedy(std::size_t index, std::size_t& position) {
 
 bool LinearMatcher::enterLazy(std::size_t index, std::size_t& position) {
   const DeadStretch& dead = m_dead[index];
-  if (position >= dead.first && position <= dead.last) {
+  if (dead.contains(position)) {
     return false;
   }
   Frame frame{index, position, position, 0};
@@ -233,11 +233,16 @@ bool LinearMatcher::shortenGreedy(Frame& frame) {
 }
 
 bool LinearMatcher::lengthenLazy(Frame& frame) {
+  DeadStretch& dead = m_dead[frame.step];
   if (frame.position < m_text.size() && isInRun(m_program.step(frame.step), frame.position)) {
     ++frame.position;
-    return findLazyEnd(frame);
+    if (!dead.contains(frame.position)) {
+      return findLazyEnd(frame);
+    }
+    dead.first = frame.limit;
+    return false;
   }
-  m_dead[frame.step] = {frame.limit, frame.position};
+  dead = {frame.limit, frame.position};
   return false;
 }
 

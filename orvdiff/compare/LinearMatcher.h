@@ -46,6 +46,8 @@ class LinearMatcher {
   struct DeadStretch {
     std::size_t first = 1;
     std::size_t last = 0;  ///< less than `first`: none
+
+    bool contains(std::size_t position) const { return position >= first && position <= last; }
   };
 
   bool mayMatch(std::size_t from);
