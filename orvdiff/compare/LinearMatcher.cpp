@@ -116,9 +116,7 @@ std::size_t LinearMatcher::matchAt(std::size_t start) {
 bool LinearMatcher::enter(std::size_t& index, std::size_t& position) {
   const PatternStep& step = m_program.step(index);
   if (step.kind == Kind::Branch) {
-    const bool mayMatch = enterBranch(index, position);
-    index = step.choices.front();
-    return mayMatch;
+    return enterBranch(index, position);
   }
   bool matched = false;
   if (step.kind == Kind::Repeat) {
@@ -130,13 +128,40 @@ bool LinearMatcher::enter(std::size_t& index, std::size_t& position) {
   return matched;
 }
 
-bool LinearMatcher::enterBranch(std::size_t index, std::size_t position) {
-  const std::vector<std::uint64_t>& failed = m_failed[index];
-  if (!failed.empty() && (failed[position / kWordBits] >> (position % kWordBits) & 1) != 0) {
+/// Takes the first choice that the text allows. Where that is the last one there is nothing to come
+/// back to, and nothing to remember either: what is tried twice is then no longer than the
+/// expression. Not so in a loop, which may go on to the end of the text.
+bool LinearMatcher::enterBranch(std::size_t& index, std::size_t position) {
+  const PatternStep& step = m_program.step(index);
+  const std::size_t choice = nextChoice(step, position, 0);
+  if (choice == step.choices.size()) {
     return false;
   }
-  m_frames.push_back({index, position, 1, 0});
+  if (choice + 1 < step.choices.size() || step.isLoop) {
+    if (hasFailed(index, position)) {
+      return false;
+    }
+    m_frames.push_back({index, position, choice + 1, 0});
+  }
+  index = step.choices[choice];
   return true;
+}
+
+bool LinearMatcher::hasFailed(std::size_t branch, std::size_t position) const {
+  const std::vector<std::uint64_t>& failed = m_failed[branch];
+  return !failed.empty() && (failed[position / kWordBits] >> (position % kWordBits) & 1) != 0;
+}
+
+/// The first choice of a branch, not before `choice`, that can match at `position`.
+std::size_t LinearMatcher::nextChoice(const PatternStep& step, std::size_t position,
+                                      std::size_t choice) const {
+  for (; choice < step.choices.size(); ++choice) {
+    const ByteSet& firstBytes = m_program.step(step.choices[choice]).firstBytes;
+    if (position < m_text.size() ? firstBytes[byteAt(m_text, position)] : firstBytes.all()) {
+      break;
+    }
+  }
+  return choice;
 }
 
 void LinearMatcher::recordFailure(const Frame& branch) {
@@ -207,9 +232,11 @@ bool LinearMatcher::resume(std::size_t& index, std::size_t& position) {
     Frame& frame = m_frames.back();
     const PatternStep& step = m_program.step(frame.step);
     if (step.kind == Kind::Branch) {
-      if (frame.limit < step.choices.size()) {
+      const std::size_t choice = nextChoice(step, frame.position, frame.limit);
+      if (choice < step.choices.size()) {
+        frame.limit = choice + 1;
         position = frame.position;
-        index = step.choices[frame.limit++];
+        index = step.choices[choice];
         return true;
       }
       recordFailure(frame);

@@ -56,7 +56,9 @@ class LinearMatcher {
   std::size_t findAnchor(std::size_t from) const;
   std::size_t matchAt(std::size_t start);
   bool enter(std::size_t& index, std::size_t& position);
-  bool enterBranch(std::size_t index, std::size_t position);
+  bool enterBranch(std::size_t& index, std::size_t position);
+  std::size_t nextChoice(const PatternStep& step, std::size_t position, std::size_t choice) const;
+  bool hasFailed(std::size_t branch, std::size_t position) const;
   void recordFailure(const Frame& branch);
   bool advance(const PatternStep& step, std::size_t& position) const;
   bool enterGreedy(std::size_t index, std::size_t& position);

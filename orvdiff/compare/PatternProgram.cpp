@@ -126,6 +126,7 @@ class PatternCompiler {
     }
     choices.push_back(next);
     m_program.m_steps[branch].choices = std::move(choices);
+    m_program.m_steps[branch].isLoop = true;
     return branch;
   }
 

@@ -30,6 +30,7 @@ struct PatternStep {
   /// Repeat: bytes that neither end the run nor start the literal after it.
   ByteSet skippable;
   std::vector<std::size_t> choices;
+  bool isLoop = false;  ///< Branch: choices lead back to it
   std::size_t next = 0;
   /// The bytes that a match from here on may start with; all of them where it may be empty.
   ByteSet firstBytes;
