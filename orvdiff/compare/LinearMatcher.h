@@ -10,13 +10,15 @@
 /// Finds the matches of a program in one text, in time that grows in line with the text.
 ///
 /// The search is ICU's: leftmost start, alternatives in order, greedy runs longest first, lazy runs
-/// shortest first, and a search goes on where the last match ended. What makes it linear is that
+/// shortest first, and a search goes on where the last match ended. What keeps it linear is that
 /// every repetition and every branch remembers from which positions the rest of the expression is
-/// known to fail, so that none is tried twice from one position. ICU's own search is quadratic on,
-/// say, ten thousand "<script" without an end tag, takes forever on "(a|aa)*" and its like, and
-/// gives up altogether where its stack reaches its limit; here there is no such limit.
+/// known to fail. Whether it fails depends on nothing but the position, so what one start of a
+/// match has learnt holds for all later ones. ICU's own search is quadratic on, say, ten thousand
+/// "<script" without an end tag, exponential on "a?a?a?...b", and gives up where its stack reaches
+/// its limit; here there is no such limit.
 ///
-/// A branch that has failed costs an eighth of the text's size in memory.
+/// Memory: an eighth of the text for each branch that has failed, and one frame for each choice
+/// that is still open.
 class LinearMatcher {
  public:
   /// Both must outlive the matcher.
@@ -41,8 +43,8 @@ class LinearMatcher {
   };
 
   /// Positions where the rest of the expression after a repetition is known to fail: `first` to
-  /// `last`, which is where the run of the repeated bytes ends. One stretch is enough, because runs
-  /// are tried in order: who leaves one run for the next does not come back to it.
+  /// `last`, which is where the run of the repeated bytes ends. Only the latest stretch is kept: a
+  /// search goes through the runs in order, so there is next to nothing to gain from older ones.
   struct DeadStretch {
     std::size_t first = 1;
     std::size_t last = 0;  ///< less than `first`: none

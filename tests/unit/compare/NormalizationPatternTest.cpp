@@ -101,7 +101,7 @@ TEST(NormalizationPattern, TakesNoStackOrTimeForLongExpressions) {
 
 TEST(NormalizationPattern, AListSearchesWhereIcuGivesUp) {
   const std::string text = times(200000, "ab");
-  for (const char* const expression : {"(a|b)*c", "(a|bb?)*[ab]?[ab]?c", "[ab]*a?[ab]*c"}) {
+  for (const char* const expression : {"(a|b)*c", "(a|bb?)*[ab]?[ab]?c", "a.*a[ab]*?(bb)?c"}) {
     const OrvDiffNormalizationPattern pattern(expression, nullptr);
     OrvTextBuffer buffer = OrvDiffLib::strdupnew(text.c_str());
     OrvTextBuffer ending = OrvDiffLib::strdupnew((text + "cd").c_str());
