@@ -4,7 +4,6 @@
 
 namespace {
 
-constexpr std::size_t kMaximumDepth = 16;
 constexpr std::size_t kMaximumBranches = 16;
 
 constexpr std::string_view kDotAllFlag = "(?s)";
@@ -96,12 +95,10 @@ bool PatternParser::parseAtom(PatternNode& node) {
 
 bool PatternParser::parseGroup(PatternNode& node) {
   node.kind = PatternNode::Kind::Group;
-  if (m_rest.empty() || m_rest.front() == '?' || ++m_depth > kMaximumDepth || !countBranch()) {
+  if (m_rest.empty() || m_rest.front() == '?' || !countBranch()) {
     return false;
   }
-  const bool parsed = parseAlternatives(node.alternatives) && takeIf(')');
-  --m_depth;
-  return parsed;
+  return parseAlternatives(node.alternatives) && takeIf(')');
 }
 
 bool PatternParser::countBranch() {

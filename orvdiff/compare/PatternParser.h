@@ -27,9 +27,9 @@ inline bool isPlainCharacter(const PatternNode& node) {
 }
 
 /// Parses a subset of ICU's syntax. It accepts only what it knows for certain: any other
-/// expression, valid or not, makes `parse` fail and is left to ICU. So are expressions with many
-/// branches, each of which costs the search memory, and deeply nested groups, so that walking the
-/// result needs little stack.
+/// expression, valid or not, makes `parse` fail and is left to ICU. So are expressions with more
+/// than a few branches, because each costs the search memory. That also bounds how deeply groups
+/// are nested.
 class PatternParser {
  public:
   explicit PatternParser(std::string_view expression) : m_rest(expression) {}
@@ -55,6 +55,5 @@ class PatternParser {
 
   std::string_view m_rest;
   std::size_t m_branches = 0;  ///< groups and single elements that are optional
-  std::size_t m_depth = 0;     ///< of groups
   bool m_dotMatchesAll = false;
 };
