@@ -8,11 +8,15 @@ namespace {
 using Kind = PatternStep::Kind;
 
 constexpr std::size_t kNone = std::string_view::npos;
+constexpr std::size_t kWordBits = 64;
 
 }  // namespace
 
 LinearMatcher::LinearMatcher(const PatternProgram& program, std::string_view text)
-    : m_program(program), m_text(text), m_dead(program.stepCount()) {}
+    : m_program(program),
+      m_text(text),
+      m_dead(program.stepCount()),
+      m_failed(program.stepCount()) {}
 
 bool LinearMatcher::find(std::size_t from, Match& match) {
   if (!mayMatch(from)) {
@@ -100,28 +104,72 @@ std::size_t LinearMatcher::matchAt(std::size_t start) {
   m_frames.clear();
   std::size_t index = m_program.start();
   std::size_t position = start;
-  for (;;) {
-    const PatternStep& step = m_program.step(index);
-    bool matched = true;
-    if (step.kind == Kind::Accept) {
-      return position;
-    }
-    if (step.kind == Kind::Branch) {
-      m_frames.push_back({index, position, 1, 0});
-      index = step.choices.front();
-      continue;
-    }
-    if (step.kind == Kind::Repeat) {
-      matched = step.lazy ? enterLazy(index, position) : enterGreedy(index, position);
-    } else {
-      matched = advance(step, position);
-    }
-    if (matched) {
-      index = step.next;
-    } else if (!resume(index, position)) {
+  while (m_program.step(index).kind != Kind::Accept) {
+    if (!enter(index, position) && !resume(index, position)) {
       return kNone;
     }
   }
+  return position;
+}
+
+/// Matches the step `index` at `position` and moves both on, or fails.
+bool LinearMatcher::enter(std::size_t& index, std::size_t& position) {
+  const PatternStep& step = m_program.step(index);
+  if (step.kind == Kind::Branch) {
+    return enterBranch(index, position);
+  }
+  bool matched = false;
+  if (step.kind == Kind::Repeat) {
+    matched = step.lazy ? enterLazy(index, position) : enterGreedy(index, position);
+  } else {
+    matched = advance(step, position);
+  }
+  index = step.next;
+  return matched;
+}
+
+/// Takes the first choice that the text allows. Where that is the last one there is nothing to come
+/// back to, and nothing to remember either: what is tried twice is then no longer than the
+/// expression. Not so in a loop, which may go on to the end of the text.
+bool LinearMatcher::enterBranch(std::size_t& index, std::size_t position) {
+  const PatternStep& step = m_program.step(index);
+  const std::size_t choice = nextChoice(step, position, 0);
+  if (choice == step.choices.size()) {
+    return false;
+  }
+  if (choice + 1 < step.choices.size() || step.isLoop) {
+    if (hasFailed(index, position)) {
+      return false;
+    }
+    m_frames.push_back({index, position, choice + 1, 0});
+  }
+  index = step.choices[choice];
+  return true;
+}
+
+bool LinearMatcher::hasFailed(std::size_t branch, std::size_t position) const {
+  const std::vector<std::uint64_t>& failed = m_failed[branch];
+  return !failed.empty() && (failed[position / kWordBits] >> (position % kWordBits) & 1) != 0;
+}
+
+/// The first choice of a branch, not before `choice`, that can match at `position`.
+std::size_t LinearMatcher::nextChoice(const PatternStep& step, std::size_t position,
+                                      std::size_t choice) const {
+  for (; choice < step.choices.size(); ++choice) {
+    const ByteSet& firstBytes = m_program.step(step.choices[choice]).firstBytes;
+    if (position < m_text.size() ? firstBytes[byteAt(m_text, position)] : firstBytes.all()) {
+      break;
+    }
+  }
+  return choice;
+}
+
+void LinearMatcher::recordFailure(const Frame& branch) {
+  std::vector<std::uint64_t>& failed = m_failed[branch.step];
+  if (failed.empty()) {
+    failed.resize(m_text.size() / kWordBits + 1);
+  }
+  failed[branch.position / kWordBits] |= std::uint64_t{1} << (branch.position % kWordBits);
 }
 
 /// Matches a step that leaves no choice.
@@ -149,7 +197,7 @@ bool LinearMatcher::enterGreedy(std::size_t index, std::size_t& position) {
   const PatternStep& step = m_program.step(index);
   const DeadStretch& dead = m_dead[index];
   const std::size_t lowest = position + step.minimum;
-  if (lowest >= dead.first && lowest <= dead.last) {
+  if (dead.contains(lowest)) {
     return false;
   }
   const bool deadAhead = dead.first <= dead.last && lowest < dead.first;
@@ -166,7 +214,7 @@ bool LinearMatcher::enterGreedy(std::size_t index, std::size_t& position) {
 
 bool LinearMatcher::enterLazy(std::size_t index, std::size_t& position) {
   const DeadStretch& dead = m_dead[index];
-  if (position >= dead.first && position <= dead.last) {
+  if (dead.contains(position)) {
     return false;
   }
   Frame frame{index, position, position, 0};
@@ -184,11 +232,14 @@ bool LinearMatcher::resume(std::size_t& index, std::size_t& position) {
     Frame& frame = m_frames.back();
     const PatternStep& step = m_program.step(frame.step);
     if (step.kind == Kind::Branch) {
-      if (frame.limit < step.choices.size()) {
+      const std::size_t choice = nextChoice(step, frame.position, frame.limit);
+      if (choice < step.choices.size()) {
+        frame.limit = choice + 1;
         position = frame.position;
-        index = step.choices[frame.limit++];
+        index = step.choices[choice];
         return true;
       }
+      recordFailure(frame);
     } else if (step.lazy ? lengthenLazy(frame) : shortenGreedy(frame)) {
       position = frame.position;
       index = step.next;
@@ -209,11 +260,16 @@ bool LinearMatcher::shortenGreedy(Frame& frame) {
 }
 
 bool LinearMatcher::lengthenLazy(Frame& frame) {
+  DeadStretch& dead = m_dead[frame.step];
   if (frame.position < m_text.size() && isInRun(m_program.step(frame.step), frame.position)) {
     ++frame.position;
-    return findLazyEnd(frame);
+    if (!dead.contains(frame.position)) {
+      return findLazyEnd(frame);
+    }
+    dead.first = frame.limit;
+    return false;
   }
-  m_dead[frame.step] = {frame.limit, frame.position};
+  dead = {frame.limit, frame.position};
   return false;
 }
 

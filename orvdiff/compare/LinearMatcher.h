@@ -1,20 +1,24 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
 #include "orvdiff/compare/PatternProgram.h"
 
-/// Finds the matches of a program in one text, in time that grows in line with the text for every
-/// pattern of the catalogue.
+/// Finds the matches of a program in one text, in time that grows in line with the text.
 ///
 /// The search is ICU's: leftmost start, alternatives in order, greedy runs longest first, lazy runs
-/// shortest first, and a search goes on where the last match ended. What makes it linear is that
-/// every repetition remembers from which positions the rest of the expression is known to fail,
-/// so no stretch of text is tried twice by the same repetition. ICU's own search is quadratic on,
-/// say, ten thousand "<script" without an end tag, and gives up altogether on a long enough run.
-/// Repeated groups keep no such record: "(a|b)*c" is as quadratic here as there.
+/// shortest first, and a search goes on where the last match ended. What keeps it linear is that
+/// every repetition and every branch remembers from which positions the rest of the expression is
+/// known to fail. Whether it fails depends on nothing but the position, so what one start of a
+/// match has learnt holds for all later ones. ICU's own search is quadratic on, say, ten thousand
+/// "<script" without an end tag, exponential on "a?a?a?...b", and gives up where its stack reaches
+/// its limit; here there is no such limit.
+///
+/// Memory: an eighth of the text for each branch that has failed, and one frame for each choice
+/// that is still open.
 class LinearMatcher {
  public:
   /// Both must outlive the matcher.
@@ -39,10 +43,13 @@ class LinearMatcher {
   };
 
   /// Positions where the rest of the expression after a repetition is known to fail: `first` to
-  /// `last`, which is where the run of the repeated bytes ends.
+  /// `last`, which is where the run of the repeated bytes ends. Only the latest stretch is kept: a
+  /// search goes through the runs in order, so there is next to nothing to gain from older ones.
   struct DeadStretch {
     std::size_t first = 1;
     std::size_t last = 0;  ///< less than `first`: none
+
+    bool contains(std::size_t position) const { return position >= first && position <= last; }
   };
 
   bool mayMatch(std::size_t from);
@@ -50,6 +57,11 @@ class LinearMatcher {
   std::size_t findFirstByte(std::size_t from) const;
   std::size_t findAnchor(std::size_t from) const;
   std::size_t matchAt(std::size_t start);
+  bool enter(std::size_t& index, std::size_t& position);
+  bool enterBranch(std::size_t& index, std::size_t position);
+  std::size_t nextChoice(const PatternStep& step, std::size_t position, std::size_t choice) const;
+  bool hasFailed(std::size_t branch, std::size_t position) const;
+  void recordFailure(const Frame& branch);
   bool advance(const PatternStep& step, std::size_t& position) const;
   bool enterGreedy(std::size_t index, std::size_t& position);
   bool enterLazy(std::size_t index, std::size_t& position);
@@ -64,6 +76,8 @@ class LinearMatcher {
   const std::string_view m_text;
   std::vector<Frame> m_frames;
   std::vector<DeadStretch> m_dead;
+  /// For each branch that has failed, a bit for every position: whether it fails from there.
+  std::vector<std::vector<std::uint64_t>> m_failed;
   std::size_t m_required = 0;
   bool m_requiredIsKnown = false;
 };

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "orvdiff/compare/PatternProgram.h"
+#include "orvdiff/compare/TextCharacters.h"
 #include "orvdiff/platform/I18N.h"
 #include "orvdiff/platform/VELAssert.h"
 #include "orvdiff/platform/VELDowncastSize.h"
@@ -35,7 +36,7 @@ Utf16Text toUtf16(const I18NConverter& converter, const char* text) {
 
 bool isLiteral(const char* replacement) {
   return std::all_of(replacement, replacement + std::strlen(replacement),
-                     [](char c) { return c > 0 && c != '$' && c != '\\'; });
+                     [](char c) { return isAscii(c) && c != '$' && c != '\\'; });
 }
 
 }  // namespace
@@ -55,7 +56,10 @@ OrvDiffNormalizationPattern::OrvDiffNormalizationPattern(const char* pattern,
   }
   velCheckIcuMemory(status, VEL_HERE);
   VEL_ASSERT_NAMED(m_regEx, "Regular expression compiled");
-  m_program = PatternProgram::compile(pattern);
+  velGuardAllocation(VEL_HERE, [&] {
+    m_program = PatternProgram::compile(pattern);
+    return true;
+  });
   setReplacementText(replacement);
 }
 

@@ -32,7 +32,10 @@ class ORVDIFF_API OrvDiffNormalizationPattern {
   /// Applies the substitution to the text in `buffer` and leaves the result there as a new array;
   /// an empty text stays as it is. The result must fit into the text's UTF-16 length plus one code
   /// unit; a substitution that lengthens the text further raises `VELAssertError`, as does whatever
-  /// else ICU refuses. After an error `buffer` holds what it held before.
+  /// else ICU refuses: among that a replacement that names a group which the expression does not
+  /// have, and a text on which the search reaches the limit of ICU's stack. (`OrvDiffLib::cleanse`
+  /// knows no such limit for expressions that the library can search for itself.) After an error
+  /// `buffer` holds what it held before.
   void normalizeText(OrvTextBuffer& buffer) const;
 
   /// Hands out memory to the text converter: `size` bytes, to be released as `char[]`. Size 0
@@ -48,7 +51,7 @@ class ORVDIFF_API OrvDiffNormalizationPattern {
   };
 
   /// Whether `WorkingText` may run `m_program` with `m_literalReplacement` instead of ICU: the same
-  /// result, and no failure is possible.
+  /// result wherever ICU has one, and no failure is possible.
   bool hasProgram() const;
 
   std::unique_ptr<URegularExpression, CloseExpression> m_regEx;

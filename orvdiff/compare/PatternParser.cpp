@@ -1,13 +1,13 @@
 #include "orvdiff/compare/PatternParser.h"
 
+#include "orvdiff/compare/TextCharacters.h"
+
 namespace {
+
+constexpr std::size_t kMaximumBranches = 16;
 
 constexpr std::string_view kDotAllFlag = "(?s)";
 constexpr std::string_view kSyntaxCharacters = "\\[](){}*+?.|^$";
-
-bool isAscii(char c) {
-  return static_cast<signed char>(c) >= 0;
-}
 
 void setCharacter(PatternNode& node, char c) {
   node.kind = PatternNode::Kind::Character;
@@ -15,6 +15,7 @@ void setCharacter(PatternNode& node, char c) {
   node.set.set(static_cast<unsigned char>(c));
 }
 
+/// Whether a backslash before `c` makes it an ordinary character and nothing else.
 bool isQuotable(char c) {
   return isAscii(c) && c > ' ' && !(c >= '0' && c <= '9') && !(c >= 'A' && c <= 'Z') &&
          !(c >= 'a' && c <= 'z');
@@ -94,26 +95,37 @@ bool PatternParser::parseAtom(PatternNode& node) {
 
 bool PatternParser::parseGroup(PatternNode& node) {
   node.kind = PatternNode::Kind::Group;
-  return !m_rest.empty() && m_rest.front() != '?' && parseAlternatives(node.alternatives) &&
-         takeIf(')');
-}
-
-bool PatternParser::parseSet(PatternNode& node) {
-  node.kind = PatternNode::Kind::Set;
-  if (m_rest.empty() || m_rest.front() == '^' || m_rest.front() == ']') {
+  if (m_rest.empty() || m_rest.front() == '?' || !countBranch()) {
     return false;
   }
-  while (!takeIf(']')) {
-    char first = '\0';
-    if (!parseSetMember(first)) {
+  return parseAlternatives(node.alternatives) && takeIf(')');
+}
+
+bool PatternParser::countBranch() {
+  return ++m_branches <= kMaximumBranches;
+}
+
+/// Parses a set of characters and ranges. Sets in sets and the operators "--" and "&&" are ICU's,
+/// as is "[:", which may start the name of a class. A "-" is a character only next to a bracket.
+bool PatternParser::parseSet(PatternNode& node) {
+  node.kind = PatternNode::Kind::Set;
+  if (m_rest.empty() || m_rest.front() == '^' || m_rest.front() == ']' || m_rest.front() == ':') {
+    return false;
+  }
+  if (takeIf('-')) {
+    node.set.set('-');
+    if (!m_rest.empty() && m_rest.front() == '-') {
       return false;
     }
-    char last = first;
-    const bool isRange = m_rest.size() > 1 && m_rest[0] == '-' && m_rest[1] != ']';
-    if (isRange && m_rest[1] == '-') {
-      return false;  // "--" takes one set from another: left to ICU
+  }
+  while (!takeIf(']')) {
+    if (takeIf('-')) {
+      node.set.set('-');
+      return takeIf(']');
     }
-    if (isRange && (!takeIf('-') || !parseSetMember(last) || last < first)) {
+    char first = '\0';
+    char last = '\0';
+    if (!parseSetMember(first) || !parseSetRange(first, last)) {
       return false;
     }
     for (auto c = static_cast<unsigned char>(first); c <= static_cast<unsigned char>(last); ++c) {
@@ -123,10 +135,17 @@ bool PatternParser::parseSet(PatternNode& node) {
   return true;
 }
 
-bool PatternParser::parseSetMember(char& member) {
-  if (m_rest.empty()) {
-    return false;
+/// Sets `last` to the end of the range that `first` starts; without one, to `first`.
+bool PatternParser::parseSetRange(char first, char& last) {
+  last = first;
+  if (m_rest.size() < 2 || m_rest[0] != '-' || m_rest[1] == ']') {
+    return true;
   }
+  m_rest.remove_prefix(1);
+  return m_rest.front() != '-' && parseSetMember(last) && last >= first;
+}
+
+bool PatternParser::parseSetMember(char& member) {
   const bool quoted = takeIf('\\');
   if (m_rest.empty()) {
     return false;
@@ -140,7 +159,7 @@ bool PatternParser::parseSetMember(char& member) {
     }
     return isQuotable(member);
   }
-  // "[" nests sets, "&" and "$" can be set operators: left to ICU.
+  // "[" opens a set in the set; "&" and "$" may be operators.
   return isAscii(member) && std::string_view("[&$").find(member) == std::string_view::npos;
 }
 
@@ -177,6 +196,9 @@ bool PatternParser::parseQuantifier(PatternNode& node) {
     node.repeated = true;
   } else if (takeIf('?')) {
     node.optional = true;
+    if (!countBranch()) {
+      return false;
+    }
   } else {
     return true;
   }

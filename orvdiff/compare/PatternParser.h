@@ -22,7 +22,14 @@ struct PatternNode {
   bool isPlain() const { return !optional && !repeated; }
 };
 
-/// Parses the supported subset of ICU's syntax. Whatever lies outside it makes `parse` fail.
+inline bool isPlainCharacter(const PatternNode& node) {
+  return node.kind == PatternNode::Kind::Character && node.isPlain();
+}
+
+/// Parses a subset of ICU's syntax. It accepts only what it knows for certain: any other
+/// expression, valid or not, makes `parse` fail and is left to ICU. So are expressions with more
+/// than a few branches, because each costs the search memory. That also bounds how deeply groups
+/// are nested.
 class PatternParser {
  public:
   explicit PatternParser(std::string_view expression) : m_rest(expression) {}
@@ -39,11 +46,14 @@ class PatternParser {
   bool parseAtom(PatternNode& node);
   bool parseGroup(PatternNode& node);
   bool parseSet(PatternNode& node);
+  bool parseSetRange(char first, char& last);
   bool parseSetMember(char& member);
   bool parseEscape(PatternNode& node);
   bool parseQuantifier(PatternNode& node);
+  bool countBranch();
   bool takeIf(char expected);
 
   std::string_view m_rest;
+  std::size_t m_branches = 0;  ///< groups and single elements that are optional
   bool m_dotMatchesAll = false;
 };

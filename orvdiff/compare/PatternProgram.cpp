@@ -1,109 +1,14 @@
 #include "orvdiff/compare/PatternProgram.h"
 
-#include <algorithm>
-#include <cstdint>
 #include <utility>
 
+#include "orvdiff/compare/PatternAnalysis.h"
 #include "orvdiff/compare/PatternParser.h"
 
 namespace {
 
 using Kind = PatternNode::Kind;
 using Sequence = PatternNode::Sequence;
-
-bool isPlainCharacter(const PatternNode& node) {
-  return node.kind == Kind::Character && node.isPlain();
-}
-
-std::size_t minimumLengthOf(const Sequence& sequence);
-
-std::size_t minimumLengthOf(const PatternNode& node) {
-  if (node.optional || node.kind == Kind::Boundary) {
-    return 0;
-  }
-  if (node.kind != Kind::Group) {
-    return 1;
-  }
-  std::size_t shortest = SIZE_MAX;
-  for (const Sequence& alternative : node.alternatives) {
-    shortest = std::min(shortest, minimumLengthOf(alternative));
-  }
-  return shortest;
-}
-
-std::size_t minimumLengthOf(const Sequence& sequence) {
-  std::size_t length = 0;
-  for (const PatternNode& node : sequence) {
-    length += minimumLengthOf(node);
-  }
-  return length;
-}
-
-bool repeatsByte(const Sequence& sequence, unsigned char byte) {
-  return std::any_of(sequence.begin(), sequence.end(), [byte](const PatternNode& node) {
-    return (node.repeated && node.set[byte]) ||
-           std::any_of(node.alternatives.begin(), node.alternatives.end(),
-                       [byte](const Sequence& inner) { return repeatsByte(inner, byte); });
-  });
-}
-
-/// Whether a repeated group can divide a text in one way only, so that giving repetitions back one
-/// by one is all the searching there is: each repetition starts with a character that no run inside
-/// it swallows.
-bool dividesInOneWay(const PatternNode& group) {
-  return std::all_of(
-      group.alternatives.begin(), group.alternatives.end(), [](const Sequence& sequence) {
-        return !sequence.empty() && isPlainCharacter(sequence.front()) &&
-               !repeatsByte(sequence, static_cast<unsigned char>(sequence.front().character));
-      });
-}
-
-/// Whether what follows a ".*" can only match at the start of a character, although the bytes of a
-/// character are tried one by one: it must begin with an ASCII byte, or be the end of everything.
-bool canFollowAny(const Sequence& sequence, std::size_t index, bool isOutermost) {
-  for (; index < sequence.size(); ++index) {
-    const PatternNode& node = sequence[index];
-    if (node.kind != Kind::Character && node.kind != Kind::Set) {
-      return false;
-    }
-    if (!node.optional) {
-      return true;
-    }
-  }
-  return isOutermost;
-}
-
-bool isSupported(const Sequence& sequence, bool isOutermost) {
-  for (std::size_t i = 0; i < sequence.size(); ++i) {
-    const PatternNode& node = sequence[i];
-    switch (node.kind) {
-      case Kind::Character:
-      case Kind::Set:
-        break;
-      case Kind::Any:
-        if (!node.optional || !node.repeated || !canFollowAny(sequence, i + 1, isOutermost)) {
-          return false;
-        }
-        break;
-      case Kind::Space:
-      case Kind::Boundary:
-        if (!node.isPlain()) {
-          return false;
-        }
-        break;
-      case Kind::Group:
-        if (node.lazy || (node.repeated && (!node.optional || !dividesInOneWay(node)))) {
-          return false;
-        }
-        for (const Sequence& alternative : node.alternatives) {
-          if (!isSupported(alternative, false)) {
-            return false;
-          }
-        }
-    }
-  }
-  return true;
-}
 
 }  // namespace
 
@@ -117,13 +22,15 @@ class PatternCompiler {
   void compile(const Sequence& sequence) {
     m_program.m_minimumLength = minimumLengthOf(sequence);
     m_program.m_start = emitSequence(sequence, emit(PatternStep()));
-    findFirstBytes();
+    findFewFirstBytes();
     findRequiredLiteral(sequence);
     findAnchor();
   }
 
  private:
+  /// Adds a step; those that it refers to are there already.
   std::size_t emit(PatternStep step) {
+    step.firstBytes = firstBytesOf(step);
     m_program.m_steps.push_back(std::move(step));
     return m_program.m_steps.size() - 1;
   }
@@ -191,16 +98,35 @@ class PatternCompiler {
   }
 
   std::size_t emitGroup(const PatternNode& group, std::size_t next) {
-    const std::size_t branch = emitBranch({});
-    const std::size_t afterOne = group.repeated ? branch : next;
+    if (group.repeated) {
+      return emitLoop(group, next);
+    }
     std::vector<std::size_t> choices;
     for (const Sequence& alternative : group.alternatives) {
-      choices.push_back(emitSequence(alternative, afterOne));
+      choices.push_back(emitSequence(alternative, next));
     }
     if (group.optional) {
       choices.push_back(next);
     }
+    return choices.size() == 1 ? choices.front() : emitBranch(std::move(choices));
+  }
+
+  /// A branch that the end of each alternative leads back to. Every alternative starts with a plain
+  /// character, so the branch's first bytes are known before the alternatives are.
+  std::size_t emitLoop(const PatternNode& group, std::size_t next) {
+    const std::size_t branch = emitBranch({next});
+    ByteSet firstBytes = m_program.m_steps[branch].firstBytes;
+    for (const Sequence& alternative : group.alternatives) {
+      firstBytes |= alternative.front().set;
+    }
+    m_program.m_steps[branch].firstBytes = firstBytes;
+    std::vector<std::size_t> choices;
+    for (const Sequence& alternative : group.alternatives) {
+      choices.push_back(emitSequence(alternative, branch));
+    }
+    choices.push_back(next);
     m_program.m_steps[branch].choices = std::move(choices);
+    m_program.m_steps[branch].isLoop = true;
     return branch;
   }
 
@@ -211,28 +137,25 @@ class PatternCompiler {
     return emit(std::move(step));
   }
 
-  ByteSet firstBytesOf(std::size_t index) const {
-    const PatternStep& step = m_program.m_steps[index];
-    ByteSet bytes;
+  ByteSet firstBytesOf(const PatternStep& step) const {
+    ByteSet bytes = step.set;
     switch (step.kind) {
       case PatternStep::Kind::Literal:
         bytes.set(static_cast<unsigned char>(step.literal.front()));
         break;
       case PatternStep::Kind::Set:
-        bytes = step.set;
         break;
       case PatternStep::Kind::Boundary:
-        bytes = firstBytesOf(step.next);
+        bytes = m_program.m_steps[step.next].firstBytes;
         break;
       case PatternStep::Kind::Repeat:
-        bytes = step.set;
         if (step.minimum == 0) {
-          bytes |= firstBytesOf(step.next);
+          bytes |= m_program.m_steps[step.next].firstBytes;
         }
         break;
       case PatternStep::Kind::Branch:
         for (const std::size_t choice : step.choices) {
-          bytes |= firstBytesOf(choice);
+          bytes |= m_program.m_steps[choice].firstBytes;
         }
         break;
       case PatternStep::Kind::Space:
@@ -243,12 +166,11 @@ class PatternCompiler {
     return bytes;
   }
 
-  void findFirstBytes() {
-    const ByteSet bytes = firstBytesOf(m_program.m_start);
-    m_program.m_firstBytes = bytes;
-    for (char byte = 0; bytes.count() <= 2 && byte >= 0 && byte < 127; ++byte) {
-      if (bytes[static_cast<std::size_t>(byte)]) {
-        m_program.m_fewFirstBytes += byte;
+  void findFewFirstBytes() {
+    const ByteSet& bytes = m_program.firstBytes();
+    for (std::size_t byte = 0; bytes.count() <= 2 && byte < bytes.size(); ++byte) {
+      if (bytes[byte]) {
+        m_program.m_fewFirstBytes += static_cast<char>(byte);
       }
     }
   }
@@ -287,7 +209,7 @@ class PatternCompiler {
     if (step->kind == PatternStep::Kind::Literal && step->literal.size() > 1) {
       m_program.m_anchor = step->literal;
       m_program.m_anchorOffset = offset;
-      m_program.m_anchorFollowers = firstBytesOf(step->next);
+      m_program.m_anchorFollowers = m_program.m_steps[step->next].firstBytes;
       m_program.m_hasLeadingRun = leadingRun;
     }
   }
@@ -299,7 +221,8 @@ class PatternCompiler {
 std::unique_ptr<PatternProgram> PatternProgram::compile(std::string_view expression) {
   PatternParser parser(expression);
   Sequence sequence;
-  if (!parser.parse(sequence) || !isSupported(sequence, true) || minimumLengthOf(sequence) == 0) {
+  if (!parser.parse(sequence) || !isMatchableOnBytes(sequence, parser.dotMatchesAll()) ||
+      minimumLengthOf(sequence) == 0) {
     return nullptr;
   }
   auto program = std::make_unique<PatternProgram>();

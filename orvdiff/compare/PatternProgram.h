@@ -30,20 +30,26 @@ struct PatternStep {
   /// Repeat: bytes that neither end the run nor start the literal after it.
   ByteSet skippable;
   std::vector<std::size_t> choices;
+  bool isLoop = false;  ///< Branch: choices lead back to it
   std::size_t next = 0;
+  /// The bytes that a match from here on may start with; all of them where it may be empty.
+  ByteSet firstBytes;
 };
 
 /// A regular expression in the form that `LinearMatcher` runs: the subset of ICU's syntax that
 /// normalisation patterns are made of (literals, byte classes, ".*" and ".*?", groups with
 /// alternatives, "?", "*", "+", "\b", "\s"), over the bytes of a UTF-8 text.
 ///
-/// Outside the subset is everything that needs more than bytes and positions: back references,
-/// look-around, negated classes, a lone ".", non-ASCII characters, and nested repetition that could
-/// match one text in many ways. Such expressions are ICU's alone.
+/// Outside the subset is everything that needs more than bytes and positions (back references,
+/// look-around, negated classes, a lone ".", non-ASCII characters), whatever the parser does not
+/// know for certain, and repeated groups other than "(a...|b...)*", where each alternative starts
+/// with a plain character of its own that no repetition inside the alternative takes. So
+/// "( id[0-9]+)*" is inside, "(a|aa)*", "(a*)*" and "([ab]c)*" are not.
 class PatternProgram {
  public:
   /// The program for an expression that ICU has accepted, or null when it is outside the subset or
-  /// can match the empty text.
+  /// can match the empty text. Takes time and memory in line with the expression's length, and a
+  /// bounded stack.
   static std::unique_ptr<PatternProgram> compile(std::string_view expression);
 
   const PatternStep& step(std::size_t index) const { return m_steps[index]; }
@@ -64,8 +70,8 @@ class PatternProgram {
   const ByteSet& anchorFollowers() const { return m_anchorFollowers; }
   /// The first step when it repeats a set that the anchor does not start with, else null.
   const PatternStep* leadingRun() const { return m_hasLeadingRun ? &m_steps[m_start] : nullptr; }
-  const ByteSet& firstBytes() const { return m_firstBytes; }
-  /// The same when they are one or two ASCII bytes, else empty.
+  const ByteSet& firstBytes() const { return m_steps[m_start].firstBytes; }
+  /// The same when they are one or two, else empty.
   const std::string& fewFirstBytes() const { return m_fewFirstBytes; }
 
  private:
@@ -79,6 +85,5 @@ class PatternProgram {
   std::size_t m_anchorOffset = 0;
   ByteSet m_anchorFollowers;
   bool m_hasLeadingRun = false;
-  ByteSet m_firstBytes;
   std::string m_fewFirstBytes;
 };

@@ -6,6 +6,11 @@
 /// What ICU's expressions see at a byte position of a UTF-8 text. Bytes that are no valid UTF-8 are
 /// characters of no kind.
 
+/// Whether `c` is one of the 128 ASCII characters, NUL and DEL included.
+inline bool isAscii(char c) {
+  return static_cast<unsigned char>(c) < 0x80;
+}
+
 inline unsigned char byteAt(std::string_view text, std::size_t position) {
   return static_cast<unsigned char>(text[position]);
 }

@@ -61,7 +61,10 @@ void WorkingText::removeCarriageReturns() {
 
 void WorkingText::apply(const OrvDiffNormalizationPattern& pattern) {
   if (pattern.hasProgram()) {
-    runProgram(pattern);
+    velGuardAllocation(VEL_HERE, [&] {
+      runProgram(pattern);
+      return true;
+    });
     return;
   }
   pattern.normalizeText(m_text);

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/platform/OrvDeployment.h"
 #include "tests/support/Testing.h"
@@ -9,17 +11,21 @@ const std::string kFailed =
     "regular expression failed.\");";
 
 /// What the pattern makes of a text by itself, or the error that it raises (the text must then be
-/// as it was). Checks that a list of just this pattern agrees, unless carriage returns, which a
-/// list removes first, make that another question.
+/// as it was). Checks that a list agrees; carriage returns, which a list removes first, come back
+/// through a pattern before this one.
 std::string normalized(const OrvDiffNormalizationPattern& pattern, const std::string& text) {
   OrvTextBuffer buffer = OrvDiffLib::strdupnew(text.c_str());
   const std::string error = raisedBy([&] { pattern.normalizeText(buffer); });
-  if (text.find('\r') == std::string::npos) {
-    OrvTextBuffer listed = OrvDiffLib::strdupnew(text.c_str());
-    OrvTextBuffer empty = OrvDiffLib::strdupnew("");
-    EXPECT_EQ(raisedBy([&] { OrvDiffLib::cleanse(listed, empty, {&pattern}); }), error);
-    EXPECT_STREQ(listed.get(), buffer.get());
-  }
+  std::string withoutReturns = text;
+  std::replace(withoutReturns.begin(), withoutReturns.end(), '\r', '\x01');
+  const OrvDiffNormalizationPattern bringReturnsBack("\x01", "\r");
+  OrvTextBuffer listed = OrvDiffLib::strdupnew(withoutReturns.c_str());
+  OrvTextBuffer empty = OrvDiffLib::strdupnew("");
+  EXPECT_EQ(raisedBy([&] {
+              OrvDiffLib::cleanse(listed, empty, {&bringReturnsBack, &pattern});
+            }),
+            error);
+  EXPECT_STREQ(listed.get(), buffer.get());
   if (error != "nothing") {
     EXPECT_EQ(buffer.get(), text);
     return error;
@@ -41,6 +47,17 @@ TEST(NormalizationPattern, ReplacesEveryMatchWithinTheTextsLengthPlusOne) {
       {"^b", "", "b\nb", "\nb"},
       {"[!--a]", "", "!\"-a", "\"-a"},
       {"[-+--.]", "", "-+,.", ",."},
+      {"[a-z--x]", "", "ax-z", "x-"},
+      {"[+-z--x]", "", ",-x", "x"},
+      {"[a-z&&b-y]", "", "a&bz", "a&z"},
+      {"[a[b]]", "", "[ab]]", "[]]"},
+      {"[:digit:]", "", "dig1:", "dig:"},
+      {"[a-]c", "", "-cac-", "-"},
+      {"[a\x7F]b", "", "\x7F" "bab\x7F", "\x7F"},
+      {"[~-\x7F]+", "", "}~\x7F\xC2\x80", "}\xC2\x80"},
+      {"(?s)a.*?\nb", "", "a\r\nb a\nb", ""},
+      {"(?s)a.*\n", "", "ab\r\n", "ab\r\n"},
+      {"(?s)a.*?b", "", "ca\r\nbc", "cc"},
       {"a", "bc", "xax", "xbcx"},
       {"a", "bcd", "xax", kFailed},
       {"a", "bc", "aXa", kFailed},
@@ -62,6 +79,40 @@ TEST(NormalizationPattern, ReplacesEveryMatchWithinTheTextsLengthPlusOne) {
       EXPECT_EQ(normalized(pattern, text), expected) << expression;
     }
   }
+}
+
+std::string times(int count, const std::string& text) {
+  std::string result;
+  for (int i = 0; i < count; ++i) {
+    result += text;
+  }
+  return result;
+}
+
+TEST(NormalizationPattern, TakesNoStackOrTimeForLongExpressions) {
+  for (const std::string& expression :
+       {times(30, "(a?|b?)") + "c", times(120000, "a?") + "c",
+        times(12, "(") + "c" + times(12, ")?"), times(40, "(") + "c" + times(40, ")"),
+        times(15, "(a|b)") + "c"}) {
+    const OrvDiffNormalizationPattern pattern(expression.c_str(), nullptr);
+    EXPECT_EQ(normalized(pattern, "dcd").substr(0, 1), "d");
+  }
+}
+
+TEST(NormalizationPattern, AListSearchesWhereIcuGivesUp) {
+  const std::string text = times(200000, "ab");
+  for (const char* const expression : {"(a|b)*c", "(a|bb?)*[ab]?[ab]?c", "a.*a[ab]*?(bb)?c"}) {
+    const OrvDiffNormalizationPattern pattern(expression, nullptr);
+    OrvTextBuffer buffer = OrvDiffLib::strdupnew(text.c_str());
+    OrvTextBuffer ending = OrvDiffLib::strdupnew((text + "cd").c_str());
+    OrvDiffLib::cleanse(buffer, ending, {&pattern});
+    EXPECT_EQ(buffer.get(), text) << expression;
+    EXPECT_STREQ(ending.get(), "d") << expression;
+  }
+  OrvTextBuffer buffer = OrvDiffLib::strdupnew(text.c_str());
+  EXPECT_EQ(
+      raisedBy([&] { OrvDiffNormalizationPattern("(a|b)*c", nullptr).normalizeText(buffer); }),
+      kFailed);
 }
 
 TEST(NormalizationPattern, RefusesMisuse) {
