@@ -4,7 +4,7 @@
 #include <string>
 
 #include "bench/BenchInputs.h"
-#include "orvdiff/compare/FindLiteral.h"
+#include "orvdiff/compare/pattern/FindLiteral.h"
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "tests/support/PlainNormalizer.h"
 

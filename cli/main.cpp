@@ -6,14 +6,14 @@
 #include <system_error>
 #include <variant>
 
-#include "cli/CommandLine.h"
-#include "cli/Commands.h"
-#include "cli/ErrorCause.h"
-#include "cli/Interrupt.h"
-#include "cli/Printable.h"
-#include "cli/StandardStreams.h"
-#include "cli/Trouble.h"
-#include "cli/XercesSession.h"
+#include "cli/commands/CommandLine.h"
+#include "cli/commands/Commands.h"
+#include "cli/system/Interrupt.h"
+#include "cli/system/StandardStreams.h"
+#include "cli/system/Trouble.h"
+#include "cli/system/XercesSession.h"
+#include "cli/terminal/ErrorCause.h"
+#include "cli/terminal/Printable.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "orvdiff/compare/PatternProgram.h"
-#include "orvdiff/compare/TextCharacters.h"
+#include "orvdiff/compare/pattern/PatternProgram.h"
+#include "orvdiff/compare/pattern/TextCharacters.h"
 #include "orvdiff/platform/I18N.h"
 #include "orvdiff/platform/VELAssert.h"
 #include "orvdiff/platform/VELDowncastSize.h"

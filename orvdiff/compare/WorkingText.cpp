@@ -4,8 +4,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "orvdiff/compare/LinearMatcher.h"
-#include "orvdiff/compare/PatternProgram.h"
+#include "orvdiff/compare/pattern/LinearMatcher.h"
+#include "orvdiff/compare/pattern/PatternProgram.h"
 #include "orvdiff/platform/VELAssert.h"
 
 namespace {

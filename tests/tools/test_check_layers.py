@@ -15,7 +15,10 @@ ACCEPTED = {
     "orvdiff/compare/A.cpp": "orvdiff/compare/B.h",
     "orvdiff/platform/A.h": "orvdiff/orvdiff_export.h",
     "orvdiff/orvdiff.h": "orvdiff/formats/B.h",
+    "orvdiff/compare/C.cpp": "orvdiff/compare/pattern/B.h",
     "cli/A.cpp": "orvdiff/orvdiff.h",
+    "cli/commands/A.cpp": "cli/record/B.h",
+    "cli/system/A.cpp": "orvdiff/orvdiff.h",
 }
 REJECTED = {
     "orvdiff/registry/A.h": "orvdiff/harness/B.h",
@@ -25,6 +28,9 @@ REJECTED = {
     "orvdiff/engine/A.cpp": "orvdiff/formats/B.h",
     "orvdiff/formats/A.cpp": "cli/B.h",
     "orvdiff/formats/B.cpp": "orvdiff/orvdiff.h",
+    "orvdiff/compare/pattern/A.cpp": "orvdiff/compare/B.h",
+    "cli/record/A.cpp": "cli/workers/B.h",
+    "cli/workers/A.cpp": "cli/diff/B.h",
     "orvdiff/newcomer/A.cpp": "orvdiff/platform/B.h",
 }
 

@@ -1,4 +1,4 @@
-#include "orvdiff/compare/FindLiteral.h"
+#include "orvdiff/compare/pattern/FindLiteral.h"
 
 #include <gtest/gtest.h>
 

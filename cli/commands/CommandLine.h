@@ -1,0 +1,61 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "cli/suite/FormatSelection.h"
+#include "cli/system/ExitStatus.h"
+#include "cli/terminal/Terminal.h"
+#include "orvdiff/harness/MOXTestHarness.h"
+
+struct VerifyOptions {
+  std::vector<std::string> locations;
+  FormatOptions formats;
+  std::string summaryFile;  ///< empty: none
+  std::string harnessLog;   ///< empty: none
+  int harnessLogLevel = MOXLogLevel::Normal;
+  bool saveNormalized = false;
+  bool listOnly = false;
+  bool allowNone = false;
+  Verbosity verbosity = Verbosity::Normal;
+  ColorChoice color = ColorChoice::Auto;
+};
+
+struct FormatsOptions {};
+
+struct NormalizeOptions {
+  std::string format;
+  std::string file;
+  Verbosity verbosity = Verbosity::Normal;
+};
+
+/// One pair to compare.
+struct PairOptions {
+  std::string master;
+  std::string actual;
+  Verbosity verbosity = Verbosity::Normal;
+  ColorChoice color = ColorChoice::Auto;
+};
+
+struct CompareOptions : PairOptions {
+  std::string format;
+  LayoutDataOptions layoutData;
+};
+
+struct NumdiffOptions : PairOptions {};
+
+using Command =
+    std::variant<FormatsOptions, NormalizeOptions, CompareOptions, NumdiffOptions, VerifyOptions>;
+
+/// What the user asked for.
+struct CommandLine {
+  std::string workingFolder;  ///< to change to before anything else; empty: stay
+  Verbosity verbosity = Verbosity::Normal;
+  Command command;
+};
+
+/// Reads the command line into `result`. When there is nothing left to do (help, version, a mistake
+/// in usage), says what there is to say and returns the status to end with.
+std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& result);

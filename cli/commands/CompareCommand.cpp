@@ -1,0 +1,46 @@
+#include <exception>
+#include <memory>
+
+#include "cli/commands/Commands.h"
+#include "cli/commands/PairOutcome.h"
+#include "cli/report/ResultPrinter.h"
+#include "cli/suite/ComparisonScript.h"
+#include "cli/suite/FormatSelection.h"
+#include "cli/system/OutputCapture.h"
+#include "cli/system/Trouble.h"
+#include "cli/terminal/ErrorCause.h"
+#include "orvdiff/registry/OrvDiffResult.h"
+
+namespace {
+
+std::unique_ptr<const OrvDiffResult> comparePair(const CompareOptions& options,
+                                                 OrvDiffFileEngine& engine,
+                                                 OutputCapture& capture) {
+  try {
+    const OutputCapture::Session catching(capture, runsScript(engine));
+    return std::unique_ptr<const OrvDiffResult>(
+        engine.performDiff(options.master, options.actual, nullptr));
+  } catch (const std::exception& error) {
+    printForeign(capture.take());
+    throw Trouble(options.master + " -> " + options.actual + ": " +
+                  causeOf(error, options.verbosity));
+  }
+}
+
+}  // namespace
+
+ExitStatus run(const CompareOptions& options) {
+  const OrvDiffFormat& format = formatNamed(options.format);
+  const auto engine = createPairEngine(format, options.layoutData);
+  const std::string problem = scriptProblem(*engine);
+  if (!problem.empty()) {
+    throw Trouble(problem);
+  }
+  OutputCapture capture;
+  const auto result = comparePair(options, *engine, capture);
+  const Palette palette(options.color);
+  ResultPrinter printer(options.verbosity, palette);
+  printer.startFormat(format.format);
+  printer.setEngineOutput(capture.take());
+  return printPair(*result, printer);
+}

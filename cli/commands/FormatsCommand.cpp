@@ -1,0 +1,45 @@
+#include <algorithm>
+#include <iomanip>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "cli/commands/Commands.h"
+#include "orvdiff/formats/OrvDiffFormats.h"
+
+namespace {
+
+using Row = std::vector<std::string>;
+
+Row describe(const OrvDiffFormat& format) {
+  const std::string name(format.name);
+  const std::string option = "--" + name + "-output-dir";
+  OrvFormatArguments arguments;
+  arguments.outputDirectoryTypeName = option.c_str();
+  const auto engine = format.createEngine(arguments);
+  return {name, engine->getOutputDirectoryTypeName(), engine->getMasterPattern("REPORT"),
+          std::string(format.comparison)};
+}
+
+}  // namespace
+
+ExitStatus run(const FormatsOptions& /*options*/) {
+  std::vector<Row> rows = {{"FORMAT", "OUTPUT FOLDER", "MASTERS", "COMPARED BY"}};
+  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
+    rows.push_back(describe(format));
+  }
+  std::vector<std::size_t> widths(rows.front().size());
+  for (const Row& row : rows) {
+    std::transform(row.begin(), row.end(), widths.begin(), widths.begin(),
+                   [](const std::string& cell, std::size_t width) {
+                     return std::max(cell.size() + 2, width);
+                   });
+  }
+  for (const Row& row : rows) {
+    for (std::size_t i = 0; i + 1 < row.size(); ++i) {
+      std::cout << std::left << std::setw(static_cast<int>(widths[i])) << row[i];
+    }
+    std::cout << row.back() << '\n';
+  }
+  return kExitPassed;
+}

@@ -1,0 +1,38 @@
+#include <iostream>
+
+#include "cli/commands/Commands.h"
+#include "cli/commands/InputText.h"
+#include "cli/suite/FormatSelection.h"
+#include "cli/suite/MissingReason.h"
+#include "cli/system/Trouble.h"
+#include "cli/terminal/ErrorCause.h"
+#include "cli/terminal/Printable.h"
+#include "orvdiff/compare/OrvDiffLib.h"
+#include "orvdiff/platform/VELErrors.h"
+
+ExitStatus run(const NormalizeOptions& options) {
+  const OrvDiffFormat& format = formatNamed(options.format);
+  const auto engine = createPairEngine(format);
+  const OrvPatternList* const patterns = OrvDiffFormats::getCleansingPatterns(*engine);
+  if (patterns == nullptr) {
+    throw Trouble("format " + options.format + " normalises nothing; it compares by " +
+                  std::string(format.comparison));
+  }
+  OrvFileHandle file(options.file.c_str(), "r");
+  if (file == nullptr) {
+    throw Trouble(options.file + " " + missingReason(options.file));
+  }
+  InputText input = readText(options.file, file, options.verbosity);
+  if (input.isCut) {
+    std::cerr << "orvdiff: " << printable(options.file)
+              << " contains a NUL byte; only the text before it is compared\n";
+  }
+  try {
+    OrvTextBuffer noOther = OrvDiffLib::strdupnew("");
+    OrvDiffLib::cleanse(input.text, noOther, *patterns);
+  } catch (const VELThrowable& error) {
+    throw Trouble(options.file + ": " + causeOf(error, options.verbosity));
+  }
+  std::cout << input.text.get();
+  return kExitPassed;
+}

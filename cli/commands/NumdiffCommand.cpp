@@ -1,0 +1,87 @@
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "cli/commands/Commands.h"
+#include "cli/commands/InputText.h"
+#include "cli/commands/PairOutcome.h"
+#include "cli/report/ResultPrinter.h"
+#include "cli/system/Trouble.h"
+#include "orvdiff/compare/OrvDiffFloatComparison.h"
+#include "orvdiff/compare/OrvDiffLib.h"
+#include "orvdiff/registry/OrvDiffResult.h"
+
+namespace {
+
+using Mismatch = OrvDiffFloatComparison::Mismatch;
+using Number = OrvDiffFloatComparison::Number;
+
+constexpr const char* kIndent = "          ";
+
+void printNumber(const char* side, const Number& number) {
+  constexpr std::size_t kMostDigits = 60;
+  const std::string_view text(number.start, static_cast<std::size_t>(number.end - number.start));
+  std::cout << kIndent << side;
+  if (!number.found) {
+    std::cout << "no further number\n";
+    return;
+  }
+  std::cout << text.substr(0, kMostDigits) << (text.size() > kMostDigits ? "..." : "") << " at "
+            << number.line << ':' << number.column << '\n';
+}
+
+void printMismatch(const Mismatch& mismatch) {
+  printNumber("master: ", mismatch.master);
+  printNumber("actual: ", mismatch.actual);
+  if (mismatch.master.found && mismatch.actual.found) {
+    std::cout << kIndent << "they differ by " << mismatch.difference << "; " << mismatch.tolerance
+              << " is allowed\n";
+  }
+}
+
+bool hasNumber(const char* text) {
+  return OrvDiffFloatComparison().findFirstMismatch(text, "").has_value();
+}
+
+/// The result for texts whose numbers agree. Raises `Trouble` when there are none.
+std::unique_ptr<const OrvDiffResult> passOf(const NumdiffOptions& options, const InputText& master,
+                                            const InputText& actual) {
+  if (!hasNumber(master.text.get())) {
+    throw Trouble("nothing was compared: neither " + options.master + " nor " + options.actual +
+                  " contains a number");
+  }
+  if (master.isCut || actual.isCut) {
+    return std::make_unique<OrvDiffResultPassUpToNul>(
+        options.master, options.actual, master.isCut ? options.master : options.actual);
+  }
+  return std::make_unique<OrvDiffResultPass>(options.master, options.actual);
+}
+
+}  // namespace
+
+ExitStatus run(const NumdiffOptions& options) {
+  OrvFileHandle master(options.master.c_str(), "r");
+  OrvFileHandle actual(options.actual.c_str(), "r");
+  std::unique_ptr<const OrvDiffResult> result(
+      OrvDiffLib::checkOpenFiles(options.master, options.actual, master, actual));
+  std::optional<Mismatch> mismatch;
+  InputText masterText = {};
+  InputText actualText = {};
+  if (result == nullptr) {
+    masterText = readText(options.master, master, options.verbosity);
+    actualText = readText(options.actual, actual, options.verbosity);
+    mismatch =
+        OrvDiffFloatComparison().findFirstMismatch(masterText.text.get(), actualText.text.get());
+    result = mismatch ? std::make_unique<OrvDiffResultFailDiff>(options.master, options.actual)
+                      : passOf(options, masterText, actualText);
+  }
+  const Palette palette(options.color);
+  ResultPrinter printer(options.verbosity, palette);
+  const ExitStatus status = printPair(*result, printer);
+  if (mismatch && options.verbosity != Verbosity::Quiet) {
+    printMismatch(*mismatch);
+  }
+  return status;
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "cli/report/Tally.h"
+#include "cli/system/ExitStatus.h"
+#include "cli/terminal/Terminal.h"
+
+/// What came out of a run.
+struct RunTotals {
+  std::size_t reports = 0;  ///< that the run was to verify
+  std::size_t done = 0;     ///< that it did verify; fewer when it was interrupted
+  Tally pairs;
+  std::size_t errors = 0;  ///< reports and formats that could not be verified to the end
+  std::vector<std::string> unverified;      ///< reports, among those done, that no pair belongs to
+  std::vector<std::string> emptyLocations;  ///< at which no report was found
+  std::vector<std::string> unsaved;         ///< files that could not be saved
+  std::vector<std::string> uncompared;      ///< formats of which nothing was, and why: a sentence
+  bool interrupted = false;
+  std::chrono::duration<double> time{};
+};
+
+/// "1 pair", "2 pairs".
+std::string counted(std::size_t count, const char* noun);
+
+/// What kept the run from verifying all that it was to, besides results and errors: a sentence
+/// each. With `allowNone`, finding nothing to verify is none of it.
+std::vector<std::string> shortfallsOf(const RunTotals& totals, bool allowNone);
+
+/// Says each on standard error.
+void printShortfalls(const std::vector<std::string>& shortfalls);
+
+/// Prints the counts as one line on `std::cout`, and before it, unless quiet, which reports no
+/// format has a master for. The shortfalls follow.
+void printClosingSummary(const RunTotals& totals, const std::vector<std::string>& shortfalls,
+                         Verbosity verbosity, const Palette& palette);
+
+/// The status that a run with these totals and shortfalls ends with.
+ExitStatus exitStatusOf(const RunTotals& totals, const std::vector<std::string>& shortfalls);

@@ -1,0 +1,66 @@
+#include "cli/suite/ComparisonScript.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+#include <system_error>
+
+#include "cli/suite/MissingReason.h"
+#include "orvdiff/formats/OrvDiffScriptEngines.h"
+
+namespace {
+
+bool isReadableFile(const std::string& path) {
+  struct stat status = {};
+  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+         access(path.c_str(), R_OK) == 0;
+}
+
+bool isProgram(const std::string& path) {
+  struct stat status = {};
+  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+         access(path.c_str(), X_OK) == 0;
+}
+
+/// Whether the command interpreter will find `name`, a name without a folder, in `searchPath`,
+/// where an empty entry stands for the working folder.
+bool isFoundIn(const std::string& searchPath, const std::string& name) {
+  std::istringstream entries(searchPath + ':');
+  for (std::string folder; std::getline(entries, folder, ':');) {
+    if (isProgram((folder.empty() ? "." : folder) + '/' + name)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+bool runsScript(const OrvDiffFileEngine& engine) {
+  return dynamic_cast<const OrvDiffScriptFileEngine*>(&engine) != nullptr;
+}
+
+std::string scriptProblem(const OrvDiffFileEngine& engine) {
+  const auto* const scriptEngine = dynamic_cast<const OrvDiffScriptFileEngine*>(&engine);
+  if (scriptEngine == nullptr) {
+    return {};
+  }
+  std::istringstream command(scriptEngine->getCommandPrefix());
+  std::string interpreter;
+  std::string script;
+  command >> interpreter >> script;
+  if (!isReadableFile(script)) {
+    std::error_code unknown;
+    return "the comparison script " + script + ' ' + missingReason(script) +
+           " (looked for from the folder " + std::filesystem::current_path(unknown).string() + ")";
+  }
+  const char* const searchPath = std::getenv("PATH");
+  if (searchPath != nullptr && !isFoundIn(searchPath, interpreter)) {
+    return "there is no " + interpreter + " in PATH (" + searchPath +
+           ") to run the comparison script " + script;
+  }
+  return {};
+}

@@ -1,0 +1,129 @@
+#include "cli/suite/FormatSelection.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <numeric>
+#include <set>
+#include <string_view>
+#include <utility>
+
+#include "cli/suite/ComparisonScript.h"
+#include "cli/suite/MissingReason.h"
+#include "cli/system/Trouble.h"
+
+namespace {
+
+/// How many letters must be added, dropped or changed to turn one word into the other.
+std::size_t editDistance(std::string_view one, std::string_view other) {
+  std::vector<std::size_t> row(other.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < one.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i + 1;
+    for (std::size_t j = 0; j < other.size(); ++j) {
+      const std::size_t changed = diagonal + (one[i] == other[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({changed, row[j] + 1, row[j + 1] + 1});
+    }
+  }
+  return row.back();
+}
+
+std::string lowerCase(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return text;
+}
+
+/// The names of formats that the user may have meant, the likeliest first, as one text.
+std::string similarNames(const std::string& name) {
+  constexpr std::size_t kMost = 4;
+  const std::string wanted = lowerCase(name);
+  std::vector<std::pair<std::size_t, std::string_view>> candidates;
+  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
+    const std::size_t distance = editDistance(wanted, format.name);
+    const bool contained = wanted.size() > 1 && format.name.find(wanted) != std::string_view::npos;
+    if (distance <= wanted.size() / 3 + 1 || contained) {
+      candidates.emplace_back(contained ? 1 : distance, format.name);
+    }
+  }
+  std::stable_sort(candidates.begin(), candidates.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  candidates.resize(std::min(candidates.size(), kMost));
+  std::string text;
+  for (const auto& [distance, candidate] : candidates) {
+    text += (text.empty() ? "" : ", ") + std::string(candidate);
+  }
+  return text;
+}
+
+const char* orNull(const std::string& text) {
+  return text.empty() ? nullptr : text.c_str();
+}
+
+/// Raises `Trouble` for a schema that is not there.
+void set(OrvFormatArguments& arguments, const LayoutDataOptions& layoutData) {
+  if (!layoutData.schema.empty() && access(layoutData.schema.c_str(), R_OK) != 0) {
+    throw Trouble("the layout schema " + layoutData.schema + ' ' +
+                  missingReason(layoutData.schema));
+  }
+  arguments.layoutSchema = orNull(layoutData.schema);
+  arguments.layoutNamespace = orNull(layoutData.namespaceUri);
+}
+
+SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options) {
+  OrvFormatArguments arguments;
+  arguments.subFolder = orNull(options.subFolder);
+  set(arguments, options.layoutData);
+  const auto places = options.places.find(std::string(format.name));
+  if (places != options.places.end()) {
+    arguments.outputDirectoryTypeName = places->second.outputDirectory.c_str();
+    arguments.masterSubFolder = orNull(places->second.masterSubFolder);
+    arguments.fileNameSuffix = orNull(places->second.fileNameSuffix);
+  } else if (format.needsArguments) {
+    const std::string name(format.name);
+    throw Trouble("format " + name + " needs --" + name + "-output-dir");
+  }
+  SelectedFormat selected = {&format, format.createEngine(arguments), false};
+  selected.runsScript = runsScript(*selected.engine);
+  selected.engine->setMasterAndOutputFoldersSuffix(options.folderSuffix);
+  return selected;
+}
+
+}  // namespace
+
+const OrvDiffFormat& formatNamed(const std::string& name) {
+  const OrvDiffFormat* const format = OrvDiffFormats::find(name);
+  if (format == nullptr) {
+    const std::string similar = similarNames(name);
+    throw Trouble("there is no format \"" + name + "\"; " +
+                  (similar.empty() ? "" : "did you mean " + similar + "? ") +
+                  "\"orvdiff formats\" lists them all");
+  }
+  return *format;
+}
+
+std::unique_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
+                                                    const LayoutDataOptions& layoutData) {
+  OrvFormatArguments arguments;
+  set(arguments, layoutData);
+  arguments.outputDirectoryTypeName = "";
+  return format.createEngine(arguments);
+}
+
+std::vector<SelectedFormat> selectFormats(const FormatOptions& options) {
+  std::set<std::string_view> wanted;
+  for (const std::string& name : options.names) {
+    wanted.insert(formatNamed(name).name);
+  }
+  std::vector<SelectedFormat> selected;
+  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
+    const bool byName = options.names.empty() ? !format.needsArguments : wanted.count(format.name);
+    if (byName || options.places.count(std::string(format.name)) > 0) {
+      selected.push_back(select(format, options));
+    }
+  }
+  return selected;
+}

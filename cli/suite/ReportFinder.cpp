@@ -1,0 +1,220 @@
+#include "cli/suite/ReportFinder.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <set>
+#include <string_view>
+#include <system_error>
+#include <tuple>
+#include <utility>
+
+#include "cli/suite/MissingReason.h"
+#include "cli/system/Trouble.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kMasterFolder = "Masters";
+
+[[noreturn]] void raiseSystemError(const fs::path& path, int error) {
+  throw Trouble(path.string() + ": " + std::generic_category().message(error));
+}
+
+struct stat statusOf(const fs::path& path) {
+  struct stat status = {};
+  if (stat(path.c_str(), &status) != 0) {
+    throw Trouble((path.empty() ? "\"\"" : path.string()) + ' ' + missingReason(path));
+  }
+  return status;
+}
+
+void requireReadable(const fs::path& path) {
+  if (access(path.c_str(), R_OK) != 0) {
+    raiseSystemError(path, errno);
+  }
+}
+
+/// What identifies a folder, by whichever path it is reached.
+using FolderId = std::pair<dev_t, ino_t>;
+
+FolderId identify(const fs::path& folder) {
+  const struct stat status = statusOf(folder.empty() ? "." : folder);
+  return {status.st_dev, status.st_ino};
+}
+
+/// What a folder holds, by name; hidden entries are left out.
+struct FolderContents {
+  std::vector<std::string> files;
+  std::vector<std::string> folders;
+  bool hasMasters = false;
+};
+
+enum class Kind { File, Folder, Other };
+
+Kind kindOf(const dirent& entry, const fs::path& folder) {
+  if (entry.d_type == DT_REG || entry.d_type == DT_DIR) {
+    return entry.d_type == DT_REG ? Kind::File : Kind::Folder;
+  }
+  const struct stat status = statusOf(folder / entry.d_name);
+  return S_ISREG(status.st_mode)   ? Kind::File
+         : S_ISDIR(status.st_mode) ? Kind::Folder
+                                   : Kind::Other;
+}
+
+FolderContents readFolder(const fs::path& folder) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> open(opendir(folder.empty() ? "." : folder.c_str()),
+                                                 closedir);
+  if (open == nullptr) {
+    raiseSystemError(folder, errno);
+  }
+  FolderContents contents;
+  errno = 0;
+  while (const dirent* const entry = readdir(open.get())) {
+    const std::string_view name = entry->d_name;
+    if (name.front() == '.') {
+      continue;
+    }
+    const Kind kind = kindOf(*entry, folder);
+    if (kind == Kind::File) {
+      contents.files.emplace_back(name);
+    } else if (kind == Kind::Folder && name == kMasterFolder) {
+      contents.hasMasters = true;
+    } else if (kind == Kind::Folder) {
+      contents.folders.emplace_back(name);
+    }
+    errno = 0;
+  }
+  if (errno != 0) {
+    raiseSystemError(folder, errno);
+  }
+  std::sort(contents.folders.begin(), contents.folders.end());
+  return contents;
+}
+
+/// By path, but longer names before their beginnings: Revenue_2 before Revenue.
+bool comesBefore(const std::string& one, const std::string& other) {
+  const std::string_view a = stemOf(one);
+  const std::string_view b = stemOf(other);
+  const std::size_t common = std::min(a.size(), b.size());
+  const int order = a.compare(0, common, b, 0, common);
+  return order != 0 ? order < 0 : a.size() != b.size() ? a.size() > b.size() : one < other;
+}
+
+class Finder {
+ public:
+  void add(const std::string& location) {
+    const fs::path path = location == "." ? fs::path() : fs::path(location);
+    const struct stat status = statusOf(location);
+    if (S_ISDIR(status.st_mode)) {
+      if (!search(path)) {
+        m_found.emptyLocations.push_back(location);
+      }
+    } else if (!S_ISREG(status.st_mode)) {
+      throw Trouble(location + ": neither a file nor a folder");
+    } else {
+      requireReadable(location);
+      m_reports.push_back({identify(path.parent_path()), path.filename(), path});
+      m_named[location.substr(0, location.rfind('/') + 1)].emplace_back(stemOf(location));
+    }
+  }
+
+  /// Every report once, by the path at which it was found first.
+  FoundReports finish() && {
+    if (!m_named.empty()) {  // a search alone finds nothing twice
+      removeRepeated();
+    }
+    for (Report& report : m_reports) {
+      m_found.reports.push_back(std::move(report.path));
+    }
+    std::sort(m_found.reports.begin(), m_found.reports.end(), comesBefore);
+    for (const auto& [folder, stems] : m_named) {
+      addNeighbours(folder, stems);
+    }
+    return std::move(m_found);
+  }
+
+ private:
+  /// Searches a folder that was not searched before; links may lead round in a circle. False when
+  /// there is no report in it.
+  bool search(const fs::path& folder) {
+    const FolderId id = identify(folder);
+    if (!m_searched.insert(id).second) {
+      return true;  // whether it holds any was said then
+    }
+    const FolderContents contents = readFolder(folder);
+    if (contents.hasMasters) {
+      requireReadable(folder / kMasterFolder);
+      const std::string prefix = folder / "";
+      for (const std::string& file : contents.files) {
+        m_reports.push_back({id, file, prefix + file});
+      }
+    }
+    bool hasReports = contents.hasMasters && !contents.files.empty();
+    for (const std::string& subFolder : contents.folders) {
+      hasReports = search(folder / subFolder) || hasReports;
+    }
+    return hasReports;
+  }
+
+  void addNeighbours(const std::string& folder, const std::vector<std::string>& stems) {
+    const auto& reports = m_found.reports;
+    std::error_code unreadable;  // then nobody knows of any
+    for (const auto& entry : fs::directory_iterator(folder.empty() ? "." : folder, unreadable)) {
+      const std::string path = folder + entry.path().filename().string();
+      const bool mayShareMasters = std::any_of(
+          stems.begin(), stems.end(),
+          [&path](const std::string& stem) { return path.compare(0, stem.size(), stem) == 0; });
+      if (mayShareMasters && entry.is_regular_file(unreadable) &&
+          !std::binary_search(reports.begin(), reports.end(), path, comesBefore)) {
+        m_found.neighbours.push_back(path);
+      }
+    }
+  }
+
+  struct Report {
+    FolderId folder;
+    std::string name;
+    std::string path;
+  };
+
+  void removeRepeated() {
+    const auto place = [](const Report& report) { return std::tie(report.folder, report.name); };
+    std::stable_sort(m_reports.begin(), m_reports.end(),
+                     [&](const Report& a, const Report& b) { return place(a) < place(b); });
+    const auto end =
+        std::unique(m_reports.begin(), m_reports.end(),
+                    [&](const Report& a, const Report& b) { return place(a) == place(b); });
+    m_reports.erase(end, m_reports.end());
+  }
+
+  std::set<FolderId> m_searched;
+  std::vector<Report> m_reports;
+  /// Stems of the reports that were named by their own file, by folder (as it was
+  /// written, with its slash).
+  std::map<std::string, std::vector<std::string>> m_named;
+  FoundReports m_found;
+};
+
+}  // namespace
+
+std::string_view stemOf(std::string_view report) {
+  const std::size_t dot = report.rfind('.');
+  const bool hasExtension = dot != std::string_view::npos && dot > report.rfind('/') + 1;
+  return report.substr(0, hasExtension ? dot : report.size());
+}
+
+FoundReports findReports(const std::vector<std::string>& locations) {
+  Finder finder;
+  for (const std::string& location : locations) {
+    finder.add(location);
+  }
+  return std::move(finder).finish();
+}

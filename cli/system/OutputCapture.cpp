@@ -1,0 +1,105 @@
+#include "cli/system/OutputCapture.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "cli/system/Trouble.h"
+
+namespace {
+
+/// Keeps the result of a call that opens a descriptor, if it is still to be opened.
+template <typename Open>
+void ensureOpen(int& descriptor, Open open) {
+  if (descriptor < 0) {
+    descriptor = open();
+  }
+  if (descriptor < 0) {
+    throw Trouble("what the script prints cannot be caught: " +
+                  std::generic_category().message(errno));
+  }
+}
+
+int duplicate(int descriptor) {
+  return fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+}
+
+}  // namespace
+
+OutputCapture::Session::Session(OutputCapture& capture, bool programs) : m_capture(capture) {
+  if (programs) {
+    m_capture.openDescriptors();
+  }
+  m_capture.m_catchesPrograms = programs;
+  m_capture.start();
+}
+
+OutputCapture::~OutputCapture() {
+  stop();
+  for (const int descriptor : {m_file, m_output, m_error}) {
+    if (descriptor >= 0) {
+      close(descriptor);
+    }
+  }
+}
+
+void OutputCapture::openDescriptors() {
+  ensureOpen(m_output, [] { return duplicate(STDOUT_FILENO); });
+  ensureOpen(m_error, [] { return duplicate(STDERR_FILENO); });
+  ensureOpen(m_file, [] { return memfd_create("orvdiff-output", MFD_CLOEXEC); });
+}
+
+void OutputCapture::start() {
+  m_formerState = std::cout.rdstate();
+  m_formerBuffer = std::cout.rdbuf(&m_text);
+  if (m_catchesPrograms) {
+    dup2(m_file, STDOUT_FILENO);
+    dup2(m_file, STDERR_FILENO);
+  }
+}
+
+void OutputCapture::stop() {
+  if (m_formerBuffer == nullptr) {
+    return;
+  }
+  std::cout.rdbuf(m_formerBuffer);
+  std::cout.setstate(m_formerState);  // what could not be written before is not forgotten
+  m_formerBuffer = nullptr;
+  if (m_catchesPrograms) {
+    dup2(m_output, STDOUT_FILENO);
+    dup2(m_error, STDERR_FILENO);
+  }
+}
+
+std::string OutputCapture::take() {
+  std::string text;
+  if (m_text.pubseekoff(0, std::ios::cur, std::ios::out) > 0) {
+    text = m_text.str();
+    m_text.str({});
+  }
+  return m_file < 0 ? text : text + takeFromFile();
+}
+
+/// Empties the file. Its position is that of the programs, too, which go on at the start.
+std::string OutputCapture::takeFromFile() const {
+  struct stat status = {};
+  if (fstat(m_file, &status) != 0 || status.st_size == 0) {
+    return {};
+  }
+  std::string text(static_cast<std::size_t>(status.st_size), '\0');
+  std::size_t filled = 0;
+  ssize_t count = 1;
+  while (count > 0 && filled < text.size()) {
+    count = pread(m_file, &text[filled], text.size() - filled, static_cast<off_t>(filled));
+    filled += count > 0 ? static_cast<std::size_t>(count) : 0;
+  }
+  text.resize(filled);
+  if (ftruncate(m_file, 0) == 0) {
+    lseek(m_file, 0, SEEK_SET);
+  }
+  return text;
+}

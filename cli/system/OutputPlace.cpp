@@ -1,0 +1,116 @@
+#include "cli/system/OutputPlace.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "cli/system/Trouble.h"
+#include "cli/system/WholeFile.h"
+
+namespace {
+
+std::string messageOf(int error) {
+  return std::generic_category().message(error);
+}
+
+/// Whether the name belongs to a folder that cannot be changed, or is a mount point.
+bool cannotBeReplaced(std::error_code error) {
+  return error == std::errc::permission_denied || error == std::errc::operation_not_permitted ||
+         error == std::errc::read_only_file_system || error == std::errc::device_or_resource_busy;
+}
+
+/// What `name` is a link to, at last. The file need not be there: another process may just be
+/// giving the name to one of its own.
+std::string followLinks(const std::string& name) {
+  constexpr int kMostLinks = 40;  // as many as the system follows
+  std::filesystem::path path = name;
+  for (int i = 0; i < kMostLinks; ++i) {
+    std::error_code noLink;
+    const std::filesystem::path target = std::filesystem::read_symlink(path, noLink);
+    if (noLink) {
+      break;
+    }
+    path = path.parent_path() / target;
+  }
+  return path;
+}
+
+}  // namespace
+
+OutputPlace::OutputPlace(const char* what, std::string name)
+    : m_what(what), m_name(std::move(name)) {
+  if (stat(m_name.c_str(), &m_status) == 0 && !isRegularFile()) {
+    if (S_ISDIR(m_status.st_mode)) {
+      refuse(messageOf(EISDIR));
+    }
+    return;  // opening a pipe would wait for its reader, and closing it end that one's input
+  }
+  open();
+  m_target = followLinks(m_name);
+  for (const auto& [descriptor, stream] :
+       {std::pair(STDOUT_FILENO, "standard output"), std::pair(STDERR_FILENO, "standard error")}) {
+    struct stat status = {};
+    if (fstat(descriptor, &status) == 0 && isSameFile(status)) {
+      refuse(std::string(stream) + " goes there");
+    }
+  }
+}
+
+/// Opens the file, created if need be, to see that it can be written. What it holds stays.
+void OutputPlace::open() {
+  m_descriptor = ::open(m_name.c_str(), O_WRONLY | O_CLOEXEC);
+  if (m_descriptor < 0 && errno == ENOENT) {
+    m_descriptor = ::open(m_name.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    m_isCreatedHere = m_descriptor >= 0;
+  }
+  if (m_descriptor < 0 || fstat(m_descriptor, &m_status) != 0) {
+    refuse(messageOf(errno));
+  }
+}
+
+OutputPlace::~OutputPlace() {
+  struct stat now = {};
+  if (m_isCreatedHere && stat(m_target.c_str(), &now) == 0 && isSameFile(now)) {
+    unlink(m_target.c_str());
+  }
+  claim();
+}
+
+void OutputPlace::claim() {
+  m_isCreatedHere = false;
+  if (m_descriptor >= 0) {
+    close(m_descriptor);
+    m_descriptor = -1;
+  }
+}
+
+void OutputPlace::clear() {
+  claim();
+  if (unlink(m_target.c_str()) != 0 && errno != ENOENT && truncate(m_target.c_str(), 0) != 0) {
+    refuse(messageOf(errno));
+  }
+}
+
+void OutputPlace::write(std::string_view text) const {
+  std::error_code error = writeWholeFile(m_target, text, &m_status);
+  if (cannotBeReplaced(error)) {
+    error = writeInPlace(m_target, text);
+  }
+  if (error) {
+    throw Trouble(std::string("the ") + m_what + ' ' + m_name +
+                  " could not be written to its end: " + error.message());
+  }
+}
+
+bool OutputPlace::isSameFile(const struct stat& other) const {
+  return !S_ISCHR(m_status.st_mode) && m_status.st_dev == other.st_dev &&
+         m_status.st_ino == other.st_ino;
+}
+
+void OutputPlace::refuse(const std::string& reason) const {
+  throw Trouble(std::string("the ") + m_what + ' ' + m_name + " cannot be written: " + reason);
+}

@@ -1,0 +1,115 @@
+#include "cli/terminal/Excerpt.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "cli/terminal/Printable.h"
+
+namespace {
+
+constexpr std::size_t kColumnsBefore = 30;
+constexpr std::size_t kColumnsAfter = 46;
+constexpr std::size_t kLongestCharacter = 4;
+constexpr const char* kCut = "\u2026";
+
+bool isContinuation(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
+/// How many bytes a character that starts with `lead` has; 1 for a byte that starts none.
+std::size_t lengthAfterLead(char lead) {
+  const auto byte = static_cast<unsigned char>(lead);
+  if (byte < 0xC2 || byte > 0xF4) {
+    return 1;
+  }
+  return byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : 2;
+}
+
+std::size_t startOfLine(const char* text, std::size_t position) {
+  const std::size_t lineEnd = std::string_view(text, position).rfind('\n');
+  return lineEnd == std::string_view::npos ? 0 : lineEnd + 1;
+}
+
+/// Where to begin, so that the text up to `position` is short and starts with a whole character.
+std::size_t startOfExcerpt(const char* text, std::size_t position) {
+  std::size_t start = position;
+  for (std::size_t shown = 0; start > 0 && shown < kColumnsBefore && text[start - 1] != '\n';
+       ++shown) {
+    start = startOfCharacter(text, start - 1);
+  }
+  return start;
+}
+
+/// What stands at `text` and may be shown; ends between two characters.
+std::string_view upcoming(const char* text) {
+  constexpr std::size_t kMost = kLongestCharacter * (kColumnsAfter + 1);
+  const std::size_t length = strnlen(text, kMost);
+  return {text, length == kMost ? startOfCharacter(text, length) : length};
+}
+
+void showBefore(const char* text, std::size_t position, Excerpt& excerpt) {
+  const std::size_t start = startOfExcerpt(text, position);
+  if (start != startOfLine(text, position)) {
+    excerpt.before = kCut;
+    excerpt.columns = 1;
+  }
+  for (std::string_view rest(text + start, position - start); !rest.empty();) {
+    const PrintableCharacter character = firstPrintable(rest);
+    excerpt.before += character.shown;
+    excerpt.columns += character.columns;
+    rest.remove_prefix(character.length);
+  }
+}
+
+/// Shows what fits, at most to the end of the line.
+void showRest(std::string_view text, Excerpt& excerpt) {
+  std::size_t columns = 0;
+  for (bool lineEnded = false; !text.empty() && !lineEnded;) {
+    const PrintableCharacter character = firstPrintable(text);
+    columns += character.columns;
+    if (columns > kColumnsAfter) {
+      excerpt.rest += kCut;
+      return;
+    }
+    lineEnded = text.front() == '\n';
+    excerpt.rest += character.shown;
+    text.remove_prefix(character.length);
+  }
+}
+
+}  // namespace
+
+std::size_t startOfCharacter(const char* text, std::size_t position) {
+  for (std::size_t back = 1; back < kLongestCharacter && back <= position; ++back) {
+    const std::size_t start = position - back;
+    if (!isContinuation(text[start])) {
+      return start + lengthAfterLead(text[start]) > position ? start : position;
+    }
+  }
+  return position;
+}
+
+TextPosition locate(const char* text, std::size_t position) {
+  const std::size_t lineStart = startOfLine(text, position);
+  const auto lines = std::count(text, text + lineStart, '\n');
+  const auto characters = std::count_if(text + lineStart, text + position,
+                                        [](char byte) { return !isContinuation(byte); });
+  return {static_cast<std::size_t>(lines) + 1, static_cast<std::size_t>(characters) + 1};
+}
+
+Excerpt excerptAround(const char* text, std::size_t position) {
+  Excerpt excerpt = {};
+  showBefore(text, position, excerpt);
+  std::string_view rest = upcoming(text + position);
+  if (rest.empty()) {
+    excerpt.first = "[end of text]";
+    return excerpt;
+  }
+  const PrintableCharacter first = firstPrintable(rest);
+  excerpt.first = first.shown;
+  if (rest.front() != '\n') {
+    showRest(rest.substr(first.length), excerpt);
+  }
+  return excerpt;
+}

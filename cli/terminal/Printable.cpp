@@ -1,0 +1,76 @@
+#include "cli/terminal/Printable.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cwchar>
+#include <cwctype>
+#include <iterator>
+
+namespace {
+
+/// Characters that print nothing of their own but change how others look: joiners, marks of
+/// writing direction, byte-order marks, tags.
+bool isInvisible(wchar_t c) {
+  constexpr struct {
+    wchar_t first, last;
+  } kRanges[] = {{0xAD, 0xAD},     {0x61C, 0x61C},   {0x200B, 0x200F}, {0x2028, 0x202E},
+                 {0x2060, 0x206F}, {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB}, {0xE0000, 0xE0FFF}};
+  return std::any_of(std::begin(kRanges), std::end(kRanges),
+                     [c](const auto& range) { return c >= range.first && c <= range.last; });
+}
+
+std::string numbered(const char* format, unsigned long number) {
+  char text[24];
+  std::snprintf(text, sizeof text, format, number);
+  return text;
+}
+
+std::string escaped(wchar_t c) {
+  switch (c) {
+    case L'\n':
+      return "\\n";
+    case L'\r':
+      return "\\r";
+    case L'\t':
+      return "\\t";
+    case L'\\':
+      return "\\\\";
+    default:
+      return numbered(c < 0x80 ? "\\x%02lX" : "\\u{%04lX}", static_cast<unsigned long>(c));
+  }
+}
+
+PrintableCharacter asEscape(std::size_t length, std::string escape) {
+  const std::size_t columns = escape.size();
+  return {length, std::move(escape), columns};
+}
+
+}  // namespace
+
+PrintableCharacter firstPrintable(std::string_view text) {
+  wchar_t c = 0;
+  std::mbstate_t state = {};
+  const std::size_t length = std::mbrtowc(&c, text.data(), text.size(), &state);
+  if (length == 0) {
+    return asEscape(1, escaped(L'\0'));
+  }
+  if (length > text.size()) {  // invalid, or cut short
+    return asEscape(1, numbered("\\x%02lX", static_cast<unsigned char>(text.front())));
+  }
+  const int columns = wcwidth(c);
+  if (c == L'\\' || columns < 0 || std::iswprint(static_cast<std::wint_t>(c)) == 0 ||
+      isInvisible(c)) {
+    return asEscape(length, escaped(c));
+  }
+  return {length, std::string(text.substr(0, length)), static_cast<std::size_t>(columns)};
+}
+
+std::string printable(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const PrintableCharacter character = firstPrintable(text);
+    result += character.shown;
+    text.remove_prefix(character.length);
+  }
+  return result;
+}

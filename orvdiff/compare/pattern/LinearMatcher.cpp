@@ -1,0 +1,317 @@
+#include "orvdiff/compare/pattern/LinearMatcher.h"
+
+#include "orvdiff/compare/pattern/FindLiteral.h"
+#include "orvdiff/compare/pattern/TextCharacters.h"
+
+namespace {
+
+using Kind = PatternStep::Kind;
+
+constexpr std::size_t kNone = std::string_view::npos;
+constexpr std::size_t kWordBits = 64;
+
+}  // namespace
+
+LinearMatcher::LinearMatcher(const PatternProgram& program, std::string_view text)
+    : m_program(program),
+      m_text(text),
+      m_dead(program.stepCount()),
+      m_failed(program.stepCount()) {}
+
+bool LinearMatcher::find(std::size_t from, Match& match) {
+  if (!mayMatch(from)) {
+    return false;
+  }
+  std::size_t position = from;
+  std::size_t start = 0;
+  while (nextStart(from, position, start)) {
+    const std::size_t end = matchAt(start);
+    if (end != kNone) {
+      match = {start, end};
+      return true;
+    }
+    ++position;
+  }
+  return false;
+}
+
+/// Whether the literal that every match contains occurs at or after `from`. Where a match starts
+/// with an anchor, looking for that says as much.
+bool LinearMatcher::mayMatch(std::size_t from) {
+  const std::string& required = m_program.requiredLiteral();
+  if (!m_program.anchor().empty() || required.empty()) {
+    return true;
+  }
+  if (!m_requiredIsKnown || (m_required != kNone && m_required < from)) {
+    m_required = findLiteral(m_text, required, from);
+    m_requiredIsKnown = true;
+  }
+  return m_required != kNone;
+}
+
+/// Moves `position` to the next place at or after it where a match may announce itself and sets the
+/// `start` that such a match has, not before `from`.
+bool LinearMatcher::nextStart(std::size_t from, std::size_t& position, std::size_t& start) const {
+  if (m_program.anchor().empty()) {
+    position = findFirstByte(position);
+    start = position;
+    return position != kNone;
+  }
+  const std::size_t offset = m_program.anchorOffset();
+  const std::size_t found = findAnchor(position + offset);
+  if (found == kNone) {
+    return false;
+  }
+  position = found - offset;
+  start = position;
+  if (const PatternStep* const run = m_program.leadingRun()) {
+    while (start > from && run->set[byteAt(m_text, start - 1)]) {
+      --start;
+    }
+  }
+  return true;
+}
+
+std::size_t LinearMatcher::findFirstByte(std::size_t from) const {
+  const std::string& fewFirstBytes = m_program.fewFirstBytes();
+  if (!fewFirstBytes.empty()) {
+    return findEither(m_text, fewFirstBytes.front(), fewFirstBytes.back(), from);
+  }
+  const ByteSet& firstBytes = m_program.firstBytes();
+  while (from < m_text.size() &&
+         (!firstBytes[byteAt(m_text, from)] || isInsideLineEnd(m_text, from))) {
+    ++from;
+  }
+  return from < m_text.size() ? from : kNone;
+}
+
+std::size_t LinearMatcher::findAnchor(std::size_t from) const {
+  const std::string& anchor = m_program.anchor();
+  const ByteSet& followers = m_program.anchorFollowers();
+  std::size_t found = findLiteral(m_text, anchor, from);
+  while (found != kNone && !followers.all()) {
+    const std::size_t next = found + anchor.size();
+    if (next < m_text.size() && followers[byteAt(m_text, next)]) {
+      break;
+    }
+    found = findLiteral(m_text, anchor, found + 1);
+  }
+  return found;
+}
+
+/// Where the match that starts at `start` ends, or kNone.
+std::size_t LinearMatcher::matchAt(std::size_t start) {
+  m_frames.clear();
+  std::size_t index = m_program.start();
+  std::size_t position = start;
+  while (m_program.step(index).kind != Kind::Accept) {
+    if (!enter(index, position) && !resume(index, position)) {
+      return kNone;
+    }
+  }
+  return position;
+}
+
+/// Matches the step `index` at `position` and moves both on, or fails.
+bool LinearMatcher::enter(std::size_t& index, std::size_t& position) {
+  const PatternStep& step = m_program.step(index);
+  if (step.kind == Kind::Branch) {
+    return enterBranch(index, position);
+  }
+  bool matched = false;
+  if (step.kind == Kind::Repeat) {
+    matched = step.lazy ? enterLazy(index, position) : enterGreedy(index, position);
+  } else {
+    matched = advance(step, position);
+  }
+  index = step.next;
+  return matched;
+}
+
+/// Takes the first choice that the text allows. Where that is the last one there is nothing to come
+/// back to, and nothing to remember either: what is tried twice is then no longer than the
+/// expression. Not so in a loop, which may go on to the end of the text.
+bool LinearMatcher::enterBranch(std::size_t& index, std::size_t position) {
+  const PatternStep& step = m_program.step(index);
+  const std::size_t choice = nextChoice(step, position, 0);
+  if (choice == step.choices.size()) {
+    return false;
+  }
+  if (choice + 1 < step.choices.size() || step.isLoop) {
+    if (hasFailed(index, position)) {
+      return false;
+    }
+    m_frames.push_back({index, position, choice + 1, 0});
+  }
+  index = step.choices[choice];
+  return true;
+}
+
+bool LinearMatcher::hasFailed(std::size_t branch, std::size_t position) const {
+  const std::vector<std::uint64_t>& failed = m_failed[branch];
+  return !failed.empty() && (failed[position / kWordBits] >> (position % kWordBits) & 1) != 0;
+}
+
+/// The first choice of a branch, not before `choice`, that can match at `position`.
+std::size_t LinearMatcher::nextChoice(const PatternStep& step, std::size_t position,
+                                      std::size_t choice) const {
+  for (; choice < step.choices.size(); ++choice) {
+    const ByteSet& firstBytes = m_program.step(step.choices[choice]).firstBytes;
+    if (position < m_text.size() ? firstBytes[byteAt(m_text, position)] : firstBytes.all()) {
+      break;
+    }
+  }
+  return choice;
+}
+
+void LinearMatcher::recordFailure(const Frame& branch) {
+  std::vector<std::uint64_t>& failed = m_failed[branch.step];
+  if (failed.empty()) {
+    failed.resize(m_text.size() / kWordBits + 1);
+  }
+  failed[branch.position / kWordBits] |= std::uint64_t{1} << (branch.position % kWordBits);
+}
+
+/// Matches a step that leaves no choice.
+bool LinearMatcher::advance(const PatternStep& step, std::size_t& position) const {
+  switch (step.kind) {
+    case Kind::Literal:
+      if (!startsWith(m_text, position, step.literal)) {
+        return false;
+      }
+      position += step.literal.size();
+      return true;
+    case Kind::Set:
+      return position < m_text.size() && step.set[byteAt(m_text, position++)];
+    case Kind::Space: {
+      const std::size_t length = whiteSpaceLength(m_text, position);
+      position += length;
+      return length != 0;
+    }
+    default:
+      return isWordBoundary(m_text, position);
+  }
+}
+
+bool LinearMatcher::enterGreedy(std::size_t index, std::size_t& position) {
+  const PatternStep& step = m_program.step(index);
+  const DeadStretch& dead = m_dead[index];
+  const std::size_t lowest = position + step.minimum;
+  if (dead.contains(lowest)) {
+    return false;
+  }
+  const bool deadAhead = dead.first <= dead.last && lowest < dead.first;
+  const std::size_t scanned = runEnd(step, position, deadAhead ? dead.first : m_text.size());
+  const bool reachesDead = deadAhead && scanned == dead.first;
+  const std::size_t top = reachesDead ? dead.first - 1 : scanned;
+  if (top < lowest) {
+    return false;
+  }
+  m_frames.push_back({index, top, lowest, reachesDead ? dead.last : scanned});
+  position = top;
+  return true;
+}
+
+bool LinearMatcher::enterLazy(std::size_t index, std::size_t& position) {
+  const DeadStretch& dead = m_dead[index];
+  if (dead.contains(position)) {
+    return false;
+  }
+  Frame frame{index, position, position, 0};
+  if (!findLazyEnd(frame)) {
+    return false;
+  }
+  m_frames.push_back(frame);
+  position = frame.position;
+  return true;
+}
+
+/// Goes back to the last choice that is not used up; false when there is none.
+bool LinearMatcher::resume(std::size_t& index, std::size_t& position) {
+  while (!m_frames.empty()) {
+    Frame& frame = m_frames.back();
+    const PatternStep& step = m_program.step(frame.step);
+    if (step.kind == Kind::Branch) {
+      const std::size_t choice = nextChoice(step, frame.position, frame.limit);
+      if (choice < step.choices.size()) {
+        frame.limit = choice + 1;
+        position = frame.position;
+        index = step.choices[choice];
+        return true;
+      }
+      recordFailure(frame);
+    } else if (step.lazy ? lengthenLazy(frame) : shortenGreedy(frame)) {
+      position = frame.position;
+      index = step.next;
+      return true;
+    }
+    m_frames.pop_back();
+  }
+  return false;
+}
+
+bool LinearMatcher::shortenGreedy(Frame& frame) {
+  if (frame.position > frame.limit) {
+    --frame.position;
+    return true;
+  }
+  m_dead[frame.step] = {frame.limit, frame.runEnd};
+  return false;
+}
+
+bool LinearMatcher::lengthenLazy(Frame& frame) {
+  DeadStretch& dead = m_dead[frame.step];
+  if (frame.position < m_text.size() && isInRun(m_program.step(frame.step), frame.position)) {
+    ++frame.position;
+    if (!dead.contains(frame.position)) {
+      return findLazyEnd(frame);
+    }
+    dead.first = frame.limit;
+    return false;
+  }
+  dead = {frame.limit, frame.position};
+  return false;
+}
+
+/// Moves the end of a lazy repetition forward, from where it is, to the next place from which the
+/// rest may match. When there is none, the whole run is dead.
+bool LinearMatcher::findLazyEnd(Frame& frame) {
+  const PatternStep& step = m_program.step(frame.step);
+  const PatternStep& next = m_program.step(step.next);
+  if (next.kind != Kind::Literal) {
+    return true;
+  }
+  DeadStretch& dead = m_dead[frame.step];
+  const bool deadAhead = dead.first <= dead.last && frame.position <= dead.first;
+  const std::size_t limit = deadAhead ? dead.first : m_text.size();
+  std::size_t position = frame.position;
+  for (;;) {
+    while (position < limit && step.skippable[byteAt(m_text, position)]) {
+      ++position;
+    }
+    if (position < limit && startsWith(m_text, position, next.literal)) {
+      frame.position = position;
+      return true;
+    }
+    if (position >= limit || !isInRun(step, position)) {
+      break;
+    }
+    ++position;
+  }
+  dead = {frame.limit, deadAhead && position == limit ? dead.last : position};
+  return false;
+}
+
+/// Where a run of `step` from `position` ends, looking no further than `limit`.
+std::size_t LinearMatcher::runEnd(const PatternStep& step, std::size_t position,
+                                  std::size_t limit) const {
+  while (position < limit && isInRun(step, position)) {
+    ++position;
+  }
+  return position;
+}
+
+bool LinearMatcher::isInRun(const PatternStep& step, std::size_t position) const {
+  return step.set[byteAt(m_text, position)] &&
+         !(step.stopsAtLineEnd && isLineEnd(m_text, position));
+}
