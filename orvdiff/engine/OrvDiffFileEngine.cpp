@@ -119,6 +119,23 @@ std::vector<OrvFilePair> OrvDiffFileEngine::findPairs(const std::string& locatio
   return pairs;
 }
 
+OrvDiffResult* OrvDiffFileEngine::comparePair(const OrvFilePair& pair, OrvTestInfo* testInfo) {
+  const bool bOutputInMemory =
+      testInfo != nullptr && testInfo->isOutputInMemory(pair.actual.c_str());
+  VEL_ASSERT((bOutputInMemory && testInfo) || !bOutputInMemory);
+  bool binary = false;
+  std::strstream* const stream =
+      bOutputInMemory ? testInfo->getOutputStream(pair.actual.c_str(), binary) : nullptr;
+  const bool available = bOutputInMemory ? stream != nullptr : doesFileExist(pair.actual);
+  std::unique_ptr<OrvDiffResult> result(
+      available ? performDiff(pair.master, pair.actual, stream)
+                : createMissing(pair.master, pair.actual, findMissing(pair.master, pair.actual)));
+  if (stream != nullptr && !result->isPassed()) {
+    writeToDisk(*stream, binary, pair.actual);
+  }
+  return result.release();
+}
+
 std::string OrvDiffFileEngine::getMasterPattern(const std::string& location) const {
   return getMasterFileGlobExpression(location);
 }
@@ -176,20 +193,8 @@ std::string OrvDiffFileEngine::getActualFile(const std::string& masterFile) cons
 
 void OrvDiffFileEngine::compareMaster(const std::string& masterFile,
                                       const OrvDiffListenerSet& listeners, OrvTestInfo* testInfo) {
-  const std::string actualFile = getActualFile(masterFile);
-  const bool bOutputInMemory =
-      testInfo != nullptr && testInfo->isOutputInMemory(actualFile.c_str());
-  VEL_ASSERT((bOutputInMemory && testInfo) || !bOutputInMemory);
-  bool binary = false;
-  std::strstream* const stream =
-      bOutputInMemory ? testInfo->getOutputStream(actualFile.c_str(), binary) : nullptr;
-  const bool available = bOutputInMemory ? stream != nullptr : doesFileExist(actualFile);
   const std::unique_ptr<const OrvDiffResult> result(
-      available ? performDiff(masterFile, actualFile, stream)
-                : createMissing(masterFile, actualFile, findMissing(masterFile, actualFile)));
-  if (stream != nullptr && !result->isPassed()) {
-    writeToDisk(*stream, binary, actualFile);
-  }
+      comparePair({masterFile, getActualFile(masterFile)}, testInfo));
   notifyListeners(listeners, *result);
 }
 

@@ -47,6 +47,13 @@ class ORVDIFF_API OrvDiffFileEngine : public OrvDiffEngine {
   /// the master folder only; the outputs need not exist.
   std::vector<OrvFilePair> findPairs(const std::string& location) const;
 
+  /// Does what `verifyOutput` does for one master, except that no listener is told: compares the
+  /// pair, taking the output from `testInfo` (may be null) if that holds it in memory, and puts a
+  /// failing in-memory output on disk. An output that does not exist is a
+  /// `OrvDiffResultFailFileMissing`. Returns a new result, owned by the caller, never null. Raises
+  /// what the comparison or opening a text's file raises.
+  OrvDiffResult* comparePair(const OrvFilePair& pair, OrvTestInfo* testInfo);
+
   /// The wildcard pattern of the masters of the report at `location`, as
   /// `getMasterFileGlobExpression` gives it.
   std::string getMasterPattern(const std::string& location) const;

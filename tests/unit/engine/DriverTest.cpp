@@ -81,6 +81,17 @@ TEST_F(Driver, ComparesEachMasterWithItsOutputInOrderOfName) {
   EXPECT_EQ(m_recorder.heard.back(), "missing Masters/T.pdf " + kBi + "T.pdf Masters/T.pdf");
 }
 
+TEST_F(Driver, ComparesPairByPairAsItDoesAllOfThem) {
+  m_engine.verifyOutput({&m_recorder}, "R.xml", nullptr);
+  std::vector<std::string> heard;
+  for (const OrvFilePair& pair : m_engine.findPairs("R.xml")) {
+    heard.push_back(described(m_engine.comparePair(pair, nullptr)));
+  }
+  EXPECT_EQ(heard, m_recorder.heard);
+  EXPECT_EQ(described(m_engine.comparePair({"Masters/R.pdf", kBi + "R_1.pdf"}, nullptr)),
+            "diff Masters/R.pdf " + kBi + "R_1.pdf");
+}
+
 TEST_F(Driver, AnExceptionEndsTheVerificationAndDeletesTheResult) {
   RaisingListener raising("Masters/R_1.pdf");
   EXPECT_THROW(m_engine.verifyOutput({&raising}, "R.xml", nullptr), std::runtime_error);
