@@ -64,7 +64,7 @@ class ORVDIFF_API OrvDiffNormalizationPatterns {
   static void reset();
 
  private:
-  friend class OrvHeldPatterns;
+  friend class OrvSharedPatternList;
 
   struct OrvNormalizationPatternEntry {
     OrvNormalizationPatternsEnum patternId;
@@ -83,7 +83,7 @@ class ORVDIFF_API OrvDiffNormalizationPatterns {
 
 /// A pattern list that keeps the catalogue's patterns alive while it lives, also across a `reset`.
 /// Patterns from elsewhere are borrowed as ever.
-class ORVDIFF_API OrvHeldPatterns {
+class ORVDIFF_API OrvSharedPatternList {
  public:
   /// Appends `pattern`, which must not be null. No check for duplicates: a pattern added twice is
   /// applied twice.

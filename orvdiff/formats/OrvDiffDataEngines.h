@@ -4,7 +4,7 @@
 
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
 #include "orvdiff/engine/OrvDiffFileEngine.h"
-#include "orvdiff/engine/OrvLaidOutEngine.h"
+#include "orvdiff/engine/OrvFixedLayoutEngine.h"
 #include "orvdiff/orvdiff_export.h"
 
 /// The engines of data outputs. All but VMD's compare files on disk: an output that is held only in
@@ -12,7 +12,7 @@
 /// none.
 
 /// What a data engine derives from.
-using OrvDiffDataFormatEngine = OrvLaidOutEngine<OrvDiffFileEngine>;
+using OrvDiffDataFormatEngine = OrvFixedLayoutEngine<OrvDiffFileEngine>;
 
 /// A spreadsheet of one sheet, as HTML: normalised text.
 class ORVDIFF_API OrvDiffSingleXlsFileEngine : public OrvDiffDataFormatEngine {
@@ -26,7 +26,7 @@ class ORVDIFF_API OrvDiffSingleXlsFileEngine : public OrvDiffDataFormatEngine {
   const OrvPatternList& getCleansingPatterns() const { return m_cleansingPatterns.list(); }
 
  private:
-  OrvHeldPatterns m_cleansingPatterns;
+  OrvSharedPatternList m_cleansingPatterns;
 };
 
 /// Comma-separated values: byte for byte, line ends included.

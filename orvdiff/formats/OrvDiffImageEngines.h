@@ -3,7 +3,7 @@
 #include <string>
 
 #include "orvdiff/engine/OrvDiffFileEngine.h"
-#include "orvdiff/engine/OrvLaidOutEngine.h"
+#include "orvdiff/engine/OrvFixedLayoutEngine.h"
 #include "orvdiff/orvdiff_export.h"
 
 /// Base of the engines for the pictures that accompany an output: a picture passes only when its
@@ -17,7 +17,7 @@ class ORVDIFF_API OrvDiffPngFileEngine : public OrvDiffFileEngine {
                              std::strstream* inMemoryOutput) override;
 };
 
-using OrvDiffPngFormatEngine = OrvLaidOutEngine<OrvDiffPngFileEngine>;
+using OrvDiffPngFormatEngine = OrvFixedLayoutEngine<OrvDiffPngFileEngine>;
 
 /// Pictures of HTML outputs.
 class ORVDIFF_API OrvDiffHtmlPngFileEngine : public OrvDiffPngFormatEngine {

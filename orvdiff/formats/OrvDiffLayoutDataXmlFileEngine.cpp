@@ -38,7 +38,7 @@ OrvDiffLayoutDataXmlFileEngine::OrvDiffLayoutDataXmlFileEngine(const char* subFo
 OrvDiffLayoutDataXmlFileEngine::OrvDiffLayoutDataXmlFileEngine(const char* subFolder,
                                                                const char* namespaceUri,
                                                                const char* schemaPath)
-    : OrvLaidOutEngine(subFolder, {"v5DebugDataXML", "/DataXML/", "*.xml"}),
+    : OrvFixedLayoutEngine(subFolder, {"v5DebugDataXML", "/DataXML/", "*.xml"}),
       m_namespaceUri(namespaceUri != nullptr ? namespaceUri : kNamespaceUri),
       m_schemaPath(schemaPath != nullptr ? schemaPath : kSchemaPath),
       m_parser(DOM_ParserImpl::create(s_dataXmlErrorHandler, DOM_ParserImpl::Val_Always)) {

@@ -16,7 +16,7 @@ class DOM_ParserImpl;
 /// The host initialises Xerces before it creates the engine, and terminates it after the engine is
 /// gone; an engine created without raises `VELAssertError`.
 class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
-    : public OrvLaidOutEngine<OrvDiffTextFileTypeEngine> {
+    : public OrvFixedLayoutEngine<OrvDiffTextFileTypeEngine> {
  public:
   /// Validates against the schema, and for the namespace, of the deployment.
   explicit OrvDiffLayoutDataXmlFileEngine(const char* subFolder);
@@ -45,7 +45,7 @@ class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
   void loadSchema();
   void reportUnusableSchema(const std::string& reason);
 
-  OrvHeldPatterns m_dataCleansingPatterns;
+  OrvSharedPatternList m_dataCleansingPatterns;
   const std::string m_namespaceUri;
   const std::string m_schemaPath;
   std::shared_ptr<DOM_ParserImpl> m_parser;

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "orvdiff/engine/OrvDiffFileEngine.h"
-#include "orvdiff/engine/OrvLaidOutEngine.h"
+#include "orvdiff/engine/OrvFixedLayoutEngine.h"
 #include "orvdiff/orvdiff_export.h"
 
 /// Base of the engines whose verdict is the exit status of a comparison script: 0 is a pass, any
@@ -31,7 +31,7 @@ class ORVDIFF_API OrvDiffScriptFileEngine : public OrvDiffFileEngine {
   virtual void prepareScript() const;
 };
 
-using OrvDiffScriptFormatEngine = OrvLaidOutEngine<OrvDiffScriptFileEngine>;
+using OrvDiffScriptFormatEngine = OrvFixedLayoutEngine<OrvDiffScriptFileEngine>;
 
 /// PDF documents.
 class ORVDIFF_API OrvDiffPdfFileEngine : public OrvDiffScriptFormatEngine {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "orvdiff/engine/OrvLaidOutEngine.h"
+#include "orvdiff/engine/OrvFixedLayoutEngine.h"
 #include "orvdiff/formats/OrvDiffTextFileTypeEngine.h"
 #include "orvdiff/orvdiff_export.h"
 
@@ -11,7 +11,7 @@
 /// the file engine's: not copied, null or empty for none.
 
 /// What a text engine with a fixed layout derives from.
-using OrvDiffTextFormatEngine = OrvLaidOutEngine<OrvDiffTextFileTypeEngine>;
+using OrvDiffTextFormatEngine = OrvFixedLayoutEngine<OrvDiffTextFileTypeEngine>;
 
 /// The report's object tree.
 class ORVDIFF_API OrvDiffNaoFileEngine : public OrvDiffTextFormatEngine {

@@ -12,7 +12,7 @@ struct OrvFormatLayout {
 /// A file engine whose places are fixed by a layout. Adds the two answers that depend on nothing
 /// else to `Engine`, a class derived from `OrvDiffFileEngine`.
 template <typename Engine>
-class OrvLaidOutEngine : public Engine {
+class OrvFixedLayoutEngine : public Engine {
  public:
   std::string getOutputDirectoryTypeName() const override {
     return m_layout.outputDirectoryTypeName;
@@ -24,7 +24,7 @@ class OrvLaidOutEngine : public Engine {
   }
 
  protected:
-  OrvLaidOutEngine(const char* subFolder, const OrvFormatLayout& layout)
+  OrvFixedLayoutEngine(const char* subFolder, const OrvFormatLayout& layout)
       : Engine(subFolder), m_layout(layout) {}
 
  private:
