@@ -2,6 +2,7 @@
 
 /// The whole public interface of orvdiff.
 
+#include "orvdiff/compare/OrvByteBuffer.h"
 #include "orvdiff/compare/OrvDiffFloatComparison.h"
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/compare/OrvDiffNormalizationPattern.h"

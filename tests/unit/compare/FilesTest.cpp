@@ -15,7 +15,7 @@ TEST(FileReading, WholeFilesInBothForms) {
     EXPECT_EQ(OrvDiffLib::getFileLength(handle), static_cast<int>(contents.size()));
     EXPECT_EQ(std::string(OrvDiffLib::slurpFile(handle).get(), contents.size() + 1),
               contents + '\0');
-    OrvTextBuffer buffer;
+    OrvByteBuffer buffer;
     unsigned int length = 1;
     EXPECT_TRUE(OrvDiffLib::readFileIntoBuffer("file", buffer, length));
     EXPECT_EQ(std::string(buffer.get(), length), contents);
@@ -35,7 +35,7 @@ TEST(FileReading, FailuresAreClear) {
   for (const auto& [path, mode] : kNotOpened) {
     EXPECT_EQ(OrvFileHandle(path, mode), nullptr);
   }
-  OrvTextBuffer buffer = OrvDiffLib::strdupnew("before");
+  OrvByteBuffer buffer(OrvDiffLib::strdupnew("before").release());
   unsigned int length = 77;
   EXPECT_FALSE(OrvDiffLib::readFileIntoBuffer("none", buffer, length));
   EXPECT_FALSE(OrvDiffLib::readFileIntoBuffer(".", buffer, length));
