@@ -6,7 +6,7 @@
 #include "orvdiff/engine/OrvFixedLayoutEngine.h"
 #include "orvdiff/orvdiff_export.h"
 
-/// Base of the engines for the pictures that accompany an output: a picture passes only when its
+/// Base of the engines for the pictures that accompany an output: a picture passes only if its
 /// bytes equal the master's. Pictures share the output folder of the texts they belong to.
 class ORVDIFF_API OrvDiffPngFileEngine : public OrvDiffFileEngine {
  public:
