@@ -174,11 +174,6 @@ OrvDiffCgsFileEngine::OrvDiffCgsFileEngine(const char* subFolder,
 
 OrvDiffCgsFileEngine::~OrvDiffCgsFileEngine() = default;
 
-void OrvDiffCgsFileEngine::verifyOutput(const OrvDiffListenerSet& listeners, const char* location,
-                                        OrvTestInfo* /*testInfo*/) {
-  OrvDiffTextFileTypeEngine::verifyOutput(listeners, location, nullptr);
-}
-
 OrvDiffResult* OrvDiffCgsFileEngine::comparePair(const OrvFilePair& pair,
                                                  OrvTestInfo* /*testInfo*/) {
   return OrvDiffTextFileTypeEngine::comparePair(pair, nullptr);

@@ -134,9 +134,7 @@ class ORVDIFF_API OrvDiffCgsFileEngine : public OrvDiffTextFileTypeEngine {
                        const char* masterSubFolder, const char* fileNameSuffix);
   ~OrvDiffCgsFileEngine() override;
 
-  /// Looks for outputs on disk only and ignores `testInfo`.
-  void verifyOutput(const OrvDiffListenerSet& listeners, const char* location,
-                    OrvTestInfo* testInfo) override;
+  /// Looks for the output on disk only and ignores `testInfo`; so does `verifyOutput`.
   OrvDiffResult* comparePair(const OrvFilePair& pair, OrvTestInfo* testInfo) override;
   std::string getOutputDirectoryTypeName() const override;
   std::string getMasterFileGlobExpression(const std::string& location) const override;
