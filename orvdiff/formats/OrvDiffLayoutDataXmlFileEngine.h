@@ -11,18 +11,18 @@ class DOM_ParserImpl;
 /// Layout data: the output, in memory or on disk, must be valid against the layout-data schema
 /// before it is compared as normalised text.
 ///
-/// The schema is read when the first document needs it, and then kept. While it cannot be read, or
-/// is broken, every document fails, and a line on standard output names the schema's path.
-/// The host initialises Xerces before it creates the engine, and terminates it after the engine is
-/// gone; an engine created without raises `VELAssertError`.
+/// The schema is read when the first document needs it, and then kept. As long as it cannot be read
+/// or is broken, every document fails, and a line on standard output names the schema's path.
+/// The host initialises Xerces before it creates the engine and terminates it after destroying the
+/// engine; without that, the constructor raises `VELAssertError`.
 class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
     : public OrvFixedLayoutEngine<OrvDiffTextFileTypeEngine> {
  public:
-  /// Validates against the schema, and for the namespace, of the deployment.
+  /// Validates against the deployment's schema and namespace.
   explicit OrvDiffLayoutDataXmlFileEngine(const char* subFolder);
 
   /// Validates documents of the namespace `namespaceUri` against the schema file `schemaPath`,
-  /// which is relative to the working folder; null stands for the deployment's. Both are copied.
+  /// which is relative to the working folder; null means the deployment's. Both are copied.
   OrvDiffLayoutDataXmlFileEngine(const char* subFolder, const char* namespaceUri,
                                  const char* schemaPath);
   ~OrvDiffLayoutDataXmlFileEngine() override;
