@@ -4,8 +4,8 @@
 #include <string>
 
 #include "bench/BenchInputs.h"
-#include "orvdiff/compare/pattern/FindLiteral.h"
 #include "orvdiff/compare/OrvDiffLib.h"
+#include "orvdiff/compare/pattern/FindLiteral.h"
 #include "tests/support/PlainNormalizer.h"
 
 namespace {

@@ -2,6 +2,7 @@
 
 /// The whole public interface of orvdiff.
 
+#include "orvdiff/compare/OrvByteBuffer.h"
 #include "orvdiff/compare/OrvDiffFloatComparison.h"
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/compare/OrvDiffNormalizationPattern.h"
@@ -18,6 +19,7 @@
 #include "orvdiff/formats/OrvDiffScriptEngines.h"
 #include "orvdiff/formats/OrvDiffTextEngines.h"
 #include "orvdiff/formats/OrvDiffTextFileTypeEngine.h"
+#include "orvdiff/formats/OrvDiffWellFormedXmlFileEngine.h"
 #include "orvdiff/harness/MOXTestHarness.h"
 #include "orvdiff/logs/OrvDiffFileLog.h"
 #include "orvdiff/logs/OrvDiffLogNormalized.h"

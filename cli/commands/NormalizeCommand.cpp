@@ -13,7 +13,7 @@
 ExitStatus run(const NormalizeOptions& options) {
   const OrvDiffFormat& format = formatNamed(options.format);
   const auto engine = createPairEngine(format);
-  const OrvPatternList* const patterns = OrvDiffFormats::getCleansingPatterns(*engine);
+  const OrvPatternList* const patterns = engine->getCleansingPatterns();
   if (patterns == nullptr) {
     throw Trouble("format " + options.format + " normalises nothing; it compares by " +
                   std::string(format.comparison));

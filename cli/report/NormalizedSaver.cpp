@@ -1,6 +1,6 @@
 #include "cli/report/NormalizedSaver.h"
 
-#include "cli/system/WholeFile.h"
+#include "orvdiff/platform/OrvWholeFile.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
 void NormalizedSaver::comparisonNotification(const OrvDiffResultFailDiffNormalized& result) {
@@ -9,7 +9,7 @@ void NormalizedSaver::comparisonNotification(const OrvDiffResultFailDiffNormaliz
 }
 
 void NormalizedSaver::save(const std::string& fileName, const char* text) {
-  if (writeWholeFile(fileName, text != nullptr ? text : "")) {
+  if (OrvWholeFile::replace(fileName, text != nullptr ? text : "")) {
     m_unsavedFiles.push_back(fileName);
   }
 }

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "cli/system/Trouble.h"
-#include "cli/system/WholeFile.h"
+#include "orvdiff/platform/OrvWholeFile.h"
 
 namespace {
 
@@ -96,9 +96,9 @@ void OutputPlace::clear() {
 }
 
 void OutputPlace::write(std::string_view text) const {
-  std::error_code error = writeWholeFile(m_target, text, &m_status);
+  std::error_code error = OrvWholeFile::replace(m_target, text, &m_status);
   if (cannotBeReplaced(error)) {
-    error = writeInPlace(m_target, text);
+    error = OrvWholeFile::overwrite(m_target, text);
   }
   if (error) {
     throw Trouble(std::string("the ") + m_what + ' ' + m_name +

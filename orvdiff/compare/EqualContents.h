@@ -9,10 +9,10 @@
 #include "orvdiff/platform/VELAssert.h"
 #include "orvdiff/platform/VELFmFile.h"
 
-/// Whether two byte sources hold the same, in constant memory. A source is called as
-/// `read(buffer, count)` and returns how many bytes it delivered, fewer than `count` only at its
-/// end or after an error. `length` is what both are known to hold, which spares looking for their
-/// ends, and a source that holds less is equal to nothing; 0 when it is not known.
+/// Whether two byte sources have the same contents, in constant memory. A source is called as
+/// `read(buffer, count)` and returns how many bytes it read, fewer than `count` only at its end or
+/// after an error. `length` is the length of both if it is known, else 0; with a known length
+/// neither is read to its end, and a source that turns out shorter is not equal.
 template <typename ReadMaster, typename ReadActual>
 bool haveEqualContents(ReadMaster readMaster, ReadActual readActual, std::uint64_t length) {
   constexpr std::uint64_t kLargestBlock = std::uint64_t{64} << 10;
@@ -35,8 +35,8 @@ bool haveEqualContents(ReadMaster readMaster, ReadActual readActual, std::uint64
   return true;
 }
 
-/// The same for two open files, from where they stand. False also when one cannot be read, which
-/// `hasFailed` of that file tells.
+/// The same for two open files, from their current positions. Also false if one cannot be read;
+/// that file's `hasFailed` is then true.
 inline bool haveEqualContents(VELFmFile& master, VELFmFile& actual) {
   const auto reader = [](VELFmFile& file) {
     return [&file](char* block, std::size_t count) { return file.read(block, count); };

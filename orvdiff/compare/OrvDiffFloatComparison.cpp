@@ -14,7 +14,7 @@
 
 namespace {
 
-// The digits of the classic locale, whatever locale the host runs in.
+// The digits of the classic locale, regardless of the host's locale.
 bool isDigit(char byte) {
   return byte >= '0' && byte <= '9';
 }
@@ -36,7 +36,7 @@ struct OrvDiffFloatComparison::Side {
   const char* text;
   const char* end;
   const char* scan;    // everything before is compared
-  bool found = false;  // the number at or behind scan
+  bool found = false;  // the number at or after scan
   double value = 0;
 };
 
@@ -75,9 +75,9 @@ std::optional<OrvDiffFloatComparison::Mismatch> OrvDiffFloatComparison::findFirs
   }
 }
 
-// Moves both sides past text that is the same in both, up to a byte that no number can span: the
-// numbers before it are equal pairs. It looks at one block at a time, so that a long text without
-// such a byte costs at most one block for each number.
+// Moves both sides past equal text, up to a byte that cannot be part of a number: all numbers
+// before it are equal pairs. Looks at one block at a time, so that a long text without such a byte
+// costs at most one block per number.
 void OrvDiffFloatComparison::skipEqualText(Side& master, Side& actual) {
   constexpr std::ptrdiff_t kBlock = 64;
   while (master.end - master.scan >= kBlock && actual.end - actual.scan >= kBlock &&
@@ -138,7 +138,7 @@ OrvDiffFloatComparison::ParserResults OrvDiffFloatComparison::parseMantissa(
   return {ok ? fraction.end : text, ok};
 }
 
-// When no digit follows, the end still lies behind the letter and the sign: parseNumber counts a
+// If no digit follows, the end is still after the letter and the sign: parseNumber counts a
 // dangling exponent as part of the number.
 OrvDiffFloatComparison::ParserResults OrvDiffFloatComparison::parseExponent(
     const char* text) const {

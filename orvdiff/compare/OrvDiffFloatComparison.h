@@ -7,20 +7,20 @@
 #include "orvdiff/orvdiff_export.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
-/// Compares two texts by the numbers in them.
+/// Compares two texts by the numbers in them, for outputs whose floating-point numbers differ in
+/// their last digits from one platform or build to another.
 ///
-/// For outputs whose floating-point numbers are printed with slightly different last digits from
-/// one platform or build to another. The n-th number of the master is compared with the n-th
-/// number of the actual text; they agree when they differ by at most one in the fifteenth
-/// significant digit of the master's number, 10 to the power floor(log10(|master|)) - 14, or by
-/// 1e-14 where that is 0. The text around the numbers is not compared at all.
+/// The n-th number of the master is compared with the n-th number of the actual text. Two numbers
+/// match if they differ by at most one in the fifteenth significant digit of the master's number,
+/// 10 to the power floor(log10(|master|)) - 14, or by at most 1e-14 if the master's number is 0.
+/// The text around the numbers is not compared.
 ///
-/// A number is an optional sign, digits with at most one point among, before or behind them, and
-/// an optional exponent: "5", "5.", "+.5", "-2.5E-3". A sign right behind a number starts the next
+/// A number is an optional sign, digits with at most one point before, among or after them, and an
+/// optional exponent: "5", "5.", "+.5", "-2.5E-3". A sign directly after a number starts the next
 /// one, so a date, 2020-01-02, is three numbers. Words such as "inf" and "nan" are text.
 ///
-/// Objects hold no data, and texts are only read: one object may serve several threads, as long as
-/// none of them changes a text or the global locale meanwhile.
+/// Objects have no data, and texts are only read: several threads may share one object as long as
+/// none of them changes a text or the global locale at the same time.
 class ORVDIFF_API OrvDiffFloatComparison {
  public:
   /// The outcome of one grammar rule.
@@ -33,39 +33,39 @@ class ORVDIFF_API OrvDiffFloatComparison {
 
   /// One side of a `Mismatch`.
   struct Number {
-    bool found;          ///< false: the text holds no further number, and this is its end
-    double value;        ///< as it was compared; 0 when there is none
-    const char* start;   ///< first byte of the number, in the text that the caller gave
+    bool found;          ///< false: the text has no further number, and this is its end
+    double value;        ///< the value compared; 0 if there is no number
+    const char* start;   ///< first byte of the number, in the caller's text
     const char* end;     ///< one past its last byte
     std::size_t line;    ///< where it starts, counted from 1
     std::size_t column;  ///< where it starts in that line, in bytes, counted from 1
   };
 
-  /// The first pair of numbers that do not agree.
+  /// The first pair of numbers that do not match.
   struct Mismatch {
     Number master;
     Number actual;
     double difference;  ///< |master - actual|; 0 unless both were found
-    double tolerance;   ///< the largest difference that would have passed; 0 when none would
+    double tolerance;   ///< the largest difference that would have passed; 0 if none would
   };
 
   OrvDiffFloatComparison() = default;
   virtual ~OrvDiffFloatComparison();
 
-  /// Compares the numbers of two NUL-terminated texts, which are left as they are. The result is
-  /// new, owned by the caller, and carries both names: `OrvDiffResultPass` when the texts hold
-  /// equally many numbers and every pair agrees; else, for the first pair that does not agree,
-  /// `OrvDiffResultFail`, or `OrvDiffResultFailDiff` when only one text has a number there.
-  /// Raises `VELAssertError` for a null text.
+  /// Compares the numbers of two NUL-terminated texts and leaves the texts unchanged. Returns a new
+  /// result, owned by the caller, with both names: `OrvDiffResultPass` if the texts have equally
+  /// many numbers and every pair matches; else, for the first pair that does not,
+  /// `OrvDiffResultFail`, or `OrvDiffResultFailDiff` if only one text has a number there. A null
+  /// text raises `VELAssertError`.
   ///
   /// Numbers are read by the rules of the global C++ locale. A dangling exponent ("1e+") does not
   /// count, and a number too large for a double is the infinity of its sign.
   OrvDiffResult* performStringDiff(const std::string& masterName, const std::string& actualName,
                                    char* master, char* actual) const;
 
-  /// The same comparison, for callers that show where it failed: the pair at which
-  /// `performStringDiff` gives up, or nothing when the texts pass. Its pointers point into the two
-  /// texts. Raises `VELAssertError` for a null text.
+  /// The same comparison for callers that show where it fails: the pair at which
+  /// `performStringDiff` stops, or nothing if the texts pass. Its pointers point into the two
+  /// texts. A null text raises `VELAssertError`.
   std::optional<Mismatch> findFirstMismatch(const char* master, const char* actual) const;
 
  private:

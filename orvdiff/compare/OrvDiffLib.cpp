@@ -17,8 +17,8 @@
 
 namespace {
 
-/// Reads `fh` to its end into `buffer` and puts a NUL behind. False when the stream fails or holds
-/// more than `capacity` - 1 bytes.
+/// Reads `fh` to its end into `buffer` and appends a NUL. False if the stream fails or has more
+/// than `capacity` - 1 bytes left.
 bool readStreamIntoBuffer(FILE* fh, char* buffer, std::size_t capacity) {
   VEL_ASSERT(buffer);
   VEL_ASSERT(fh);
@@ -31,7 +31,7 @@ bool readStreamIntoBuffer(FILE* fh, char* buffer, std::size_t capacity) {
     }
     filled += count;
     if (count >= room) {
-      return false;  // no byte is left for the terminator: the file has grown since it was measured
+      return false;  // no room for the terminator: the file has grown since it was measured
     }
     room -= count;
   }
@@ -39,7 +39,7 @@ bool readStreamIntoBuffer(FILE* fh, char* buffer, std::size_t capacity) {
   return true;
 }
 
-/// A whole file, of which only what stands before the first NUL is text.
+/// The contents of a file as a text, which ends at the file's first NUL.
 struct FileText {
   /// Reads a file that was just opened.
   explicit FileText(OrvFileHandle& handle) : buffer(OrvDiffLib::slurpFile(handle)) {
@@ -47,7 +47,7 @@ struct FileText {
     const bool ok = end >= 0;
     VEL_ASSERT_NAMED(ok, "Unable to read all of the contents of file ");
     length = static_cast<std::size_t>(end);
-    goesOnBehindNul = std::strlen(buffer.get()) < length;
+    containsNul = std::strlen(buffer.get()) < length;
   }
 
   bool equals(const FileText& other) const {
@@ -56,20 +56,77 @@ struct FileText {
 
   OrvTextBuffer buffer;
   std::size_t length = 0;  ///< of the file
-  bool goesOnBehindNul = false;
+  bool containsNul = false;
 };
 
-/// `cutFile` is the file that goes on behind its text; null: neither does.
-OrvDiffResult* createPass(const std::string& masterName, const std::string& actualName,
-                          const std::string* cutFile) {
-  if (cutFile != nullptr) {
-    return velNew<OrvDiffResultPassUpToNul>(VEL_HERE, masterName, actualName, *cutFile);
+/// Returns `result` unless it is a pass although a file contains a NUL, so that not all of it was
+/// compared. `fileWithNul` is that file, or null.
+OrvDiffResult* limitPass(OrvDiffResult* result, const std::string* fileWithNul) {
+  std::unique_ptr<OrvDiffResult> owned(result);
+  if (fileWithNul == nullptr || !owned->isPassed()) {
+    return owned.release();
   }
-  return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
+  return velNew<OrvDiffResultPassUpToNul>(VEL_HERE, owned->getMasterName(), owned->getActualName(),
+                                          *fileWithNul);
+}
+
+bool opens(VELFmFile& file, const char* name) {
+  return file.open(name, VELFmFile::eOpenExisting, 1) != 0;
+}
+
+/// Whether equal texts need not be normalised: they stay equal, and no pattern can raise.
+bool isEqualityEnough(const OrvPatternList& patterns, bool writeCleansed) {
+  return !writeCleansed && WorkingText::cannotFail(patterns);
 }
 
 void writeCleansedFile(const std::string& baseName, const char* text) {
   OrvWholeFile::write(baseName + ".cleansed", text);
+}
+
+/// `textFileComparison` for an output on disk.
+OrvDiffResult* compareWithFile(const std::string& masterName, const std::string& actualName,
+                               const OrvPatternList& patterns, bool writeCleansed) {
+  VELFmFile masterFile;
+  VELFmFile actualFile;
+  const bool bothOpen =
+      opens(masterFile, masterName.c_str()) && opens(actualFile, actualName.c_str());
+  if (bothOpen && isEqualityEnough(patterns, writeCleansed) &&
+      haveEqualContents(masterFile, actualFile)) {
+    return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
+  }
+  OrvFileHandle master(masterFile.releaseStream());
+  OrvFileHandle actual(actualFile.releaseStream());
+  OrvDiffResult* const missing = OrvDiffLib::checkOpenFiles(masterName, actualName, master, actual);
+  if (missing != nullptr) {
+    return missing;
+  }
+  FileText expected(master);
+  FileText found(actual);
+  const std::string* const masterWithNul = expected.containsNul ? &masterName : nullptr;
+  return limitPass(OrvDiffLib::textBufferComparison(masterName, actualName, expected.buffer,
+                                                    found.buffer, patterns, writeCleansed),
+                   found.containsNul ? &actualName : masterWithNul);
+}
+
+/// `textFileComparison` for an output in memory.
+OrvDiffResult* compareWithText(const std::string& masterName, const std::string& actualName,
+                               const OrvPatternList& patterns, bool writeCleansed,
+                               const char* actualText) {
+  OrvFileHandle master(masterName.c_str(), "r");
+  OrvDiffResult* const missing = OrvDiffLib::checkOpenFiles(masterName, actualName, master, master);
+  if (missing != nullptr) {
+    return missing;
+  }
+  FileText expected(master);
+  const std::string* const fileWithNul = expected.containsNul ? &masterName : nullptr;
+  if (isEqualityEnough(patterns, writeCleansed) &&
+      std::strcmp(expected.buffer.get(), actualText) == 0) {
+    return limitPass(velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName), fileWithNul);
+  }
+  OrvTextBuffer found = OrvDiffLib::strdupnew(actualText);
+  return limitPass(OrvDiffLib::textBufferComparison(masterName, actualName, expected.buffer, found,
+                                                    patterns, writeCleansed),
+                   fileWithNul);
 }
 
 }  // namespace
@@ -81,11 +138,11 @@ int OrvDiffLib::getFileLength(FILE* fp) {
   VEL_ASSERT(fp);
   const long position = std::ftell(fp);
   if (std::fseek(fp, 0, SEEK_END) != 0) {
-    return 0;  // it did not move
+    return 0;  // the position has not changed
   }
   const long length = std::ftell(fp);
   const bool isBack = length >= 0 && std::fseek(fp, position, SEEK_SET) == 0;
-  VEL_ASSERT_NAMED(isBack, "The file can be sought");  // what is read next would pass for all of it
+  VEL_ASSERT_NAMED(isBack, "The file can be sought");  // else the rest would pass for the whole
   VEL_ASSERT_NAMED(length <= INT_MAX, "Files of 2 GiB or more cannot be compared");
   return static_cast<int>(length);
 }
@@ -99,21 +156,21 @@ OrvTextBuffer OrvDiffLib::slurpFile(OrvFileHandle& handle) {
   return buffer;
 }
 
-bool OrvDiffLib::readFileIntoBuffer(const char* fileName, OrvTextBuffer& buffer,
+bool OrvDiffLib::readFileIntoBuffer(const char* fileName, OrvByteBuffer& buffer,
                                     unsigned int& length) {
   VELFmFile file;
-  if (file.open(fileName, VELFmFile::eOpenExisting, 1) == 0) {
+  if (!opens(file, fileName)) {
     return false;
   }
   const std::uint32_t size = VELDowncastSize::uint32(file.getLength(), "OrvDiffLib", __LINE__);
-  const std::size_t room = std::size_t{size} + 1;  // enough to tell that the file holds more
-  OrvTextBuffer bytes = velNewArray<char>(VEL_HERE, room);
+  const std::size_t room = std::size_t{size} + 1;  // enough to notice that the file has grown
+  OrvByteBuffer bytes(velNewArray<char>(VEL_HERE, room).release());
   const std::size_t count = file.read(bytes.get(), room);
   if (file.hasFailed() || count > size) {
     return false;
   }
   buffer = std::move(bytes);
-  length = static_cast<unsigned int>(count);  // less than `size` when the file has shrunk since
+  length = static_cast<unsigned int>(count);  // less than `size` if the file has shrunk
   return true;
 }
 
@@ -205,40 +262,9 @@ OrvDiffResult* OrvDiffLib::textFileComparison(const std::string& masterName,
                                               const std::string& actualName,
                                               const OrvPatternList& patterns, bool writeCleansed,
                                               const char* actualText) {
-  // Equal texts stay equal whatever is done to both of them.
-  const bool equalIsEnough = !writeCleansed && WorkingText::cannotFail(patterns);
-  VELFmFile masterFile;
-  VELFmFile actualFile;
-  const bool bothOpen = masterFile.open(masterName.c_str(), VELFmFile::eOpenExisting, 1) != 0 &&
-                        actualText == nullptr &&
-                        actualFile.open(actualName.c_str(), VELFmFile::eOpenExisting, 1) != 0;
-  if (equalIsEnough && bothOpen && haveEqualContents(masterFile, actualFile)) {
-    return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
-  }
-  OrvFileHandle master(masterFile.releaseStream());
-  OrvFileHandle actual(actualFile.releaseStream());
-  OrvFileHandle& needed = actualText != nullptr ? master : actual;
-  OrvDiffResult* const missing = checkOpenFiles(masterName, actualName, master, needed);
-  if (missing != nullptr) {
-    return missing;
-  }
-  FileText masterText(master);
-  const std::string* cutFile = masterText.goesOnBehindNul ? &masterName : nullptr;
-  if (equalIsEnough && actualText != nullptr &&
-      std::strcmp(masterText.buffer.get(), actualText) == 0) {
-    return createPass(masterName, actualName, cutFile);
-  }
-  OrvTextBuffer currentBuffer;
-  if (actualText != nullptr) {
-    currentBuffer = strdupnew(actualText);
-  } else {
-    FileText text(actual);
-    cutFile = text.goesOnBehindNul ? &actualName : cutFile;
-    currentBuffer = std::move(text.buffer);
-  }
-  std::unique_ptr<OrvDiffResult> result(textBufferComparison(
-      masterName, actualName, masterText.buffer, currentBuffer, patterns, writeCleansed));
-  return result->isPassed() ? createPass(masterName, actualName, cutFile) : result.release();
+  return actualText != nullptr
+             ? compareWithText(masterName, actualName, patterns, writeCleansed, actualText)
+             : compareWithFile(masterName, actualName, patterns, writeCleansed);
 }
 
 void OrvDiffLib::writeEncodedStringToFile(const char* fname, const char* encoding,
@@ -259,7 +285,7 @@ OrvDiffResult* OrvDiffLib::vmdCompare(const std::string& masterName, const std::
   VmdStatistics master;
   VmdStatistics actual;
   if (parseVmdStatistics(master, masterText) && parseVmdStatistics(actual, actualText) &&
-      agree(master, actual)) {
+      areWithinAllowances(master, actual)) {
     return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
   }
   return velNew<OrvDiffResultFailDiff>(VEL_HERE, masterName, actualName);
@@ -276,15 +302,13 @@ OrvDiffResult* OrvDiffLib::vmdFileComparison(const std::string& masterName,
     return missing;
   }
   const FileText expected(master);
-  const std::string* cutFile = expected.goesOnBehindNul ? &masterName : nullptr;
-  std::unique_ptr<OrvDiffResult> result;
+  const std::string* fileWithNul = expected.containsNul ? &masterName : nullptr;
   if (actualText != nullptr) {
-    result.reset(vmdCompare(masterName, actualName, expected.buffer.get(), actualText));
-  } else {
-    const FileText text(actual);
-    cutFile = text.goesOnBehindNul ? &actualName : cutFile;
-    cutFile = text.equals(expected) ? nullptr : cutFile;
-    result.reset(vmdCompare(masterName, actualName, expected.buffer.get(), text.buffer.get()));
+    return limitPass(vmdCompare(masterName, actualName, expected.buffer.get(), actualText),
+                     fileWithNul);
   }
-  return result->isPassed() ? createPass(masterName, actualName, cutFile) : result.release();
+  const FileText found(actual);
+  fileWithNul = found.containsNul ? &actualName : fileWithNul;
+  return limitPass(vmdCompare(masterName, actualName, expected.buffer.get(), found.buffer.get()),
+                   found.equals(expected) ? nullptr : fileWithNul);
 }

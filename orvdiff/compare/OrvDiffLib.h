@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <string>
 
+#include "orvdiff/compare/OrvByteBuffer.h"
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
 #include "orvdiff/compare/OrvFileHandle.h"
 #include "orvdiff/compare/OrvTextBuffer.h"
@@ -11,57 +12,58 @@
 
 class OrvDiffResult;
 
-/// The comparison toolbox: reading files, normalising and comparing texts, wrapping outcomes.
+/// The comparison toolbox: reads files, normalises and compares texts, and creates results.
 ///
-/// Stateless. Results and buffers that are returned are new and belong to the caller. A missing
-/// file or a difference is a result; `VELAssertError` is for null arguments and for files that
-/// cannot be read to their end. Files of 2 GiB and more, unless they are equal, are refused the
-/// same way. A file that cannot be opened because no memory or descriptors are left is not missing:
-/// that is a `VELStdExceptionError`, which names the file. Operations that use catalogue patterns
-/// are for the one thread that verifies.
+/// Stateless. Returned results and buffers are new and owned by the caller. A missing file or a
+/// difference is a result. Null arguments, files that cannot be read to their end, and files of
+/// 2 GiB or more, unless they are equal, raise `VELAssertError`. A file that cannot be opened
+/// because the process has run out of memory or descriptors is not missing: that raises a
+/// `VELStdExceptionError` that names the file. Only the one verifying thread may call operations
+/// that use catalogue patterns.
 class ORVDIFF_API OrvDiffLib {
  public:
   OrvDiffLib();
   virtual ~OrvDiffLib();
 
-  /// Length of an open file in bytes, 0 when it cannot be sought. The stream stays where it is;
-  /// `VELAssertError` when it does not go back there.
+  /// Length of an open file in bytes, 0 if it cannot be sought. Keeps the stream's position; raises
+  /// `VELAssertError` if it cannot be restored.
   static int getFileLength(FILE* fp);
 
-  /// The whole file, from where the handle's stream stands, as a NUL-terminated text.
+  /// The file from the stream's position to its end, as a NUL-terminated text.
   static OrvTextBuffer slurpFile(OrvFileHandle& handle);
 
-  /// The whole file as `length` bytes without terminator. False when it cannot be opened or read,
-  /// or holds more than its size says; `buffer` and `length` are then left alone.
-  static bool readFileIntoBuffer(const char* fileName, OrvTextBuffer& buffer, unsigned int& length);
+  /// Reads the whole file as `length` bytes without a terminator. Returns false, and leaves
+  /// `buffer` and `length` unchanged, if it cannot be opened or read or is longer than its size
+  /// says.
+  static bool readFileIntoBuffer(const char* fileName, OrvByteBuffer& buffer, unsigned int& length);
 
-  /// A file-missing result for the first handle that is not open (the master's counts first), or
-  /// null when both are.
+  /// A file-missing result for the first handle that is not open, the master's first, or null if
+  /// both are open.
   static OrvDiffResult* checkOpenFiles(const std::string& masterName, const std::string& actualName,
                                        OrvFileHandle& master, OrvFileHandle& actual);
 
   /// A copy of a NUL-terminated text.
   static OrvTextBuffer strdupnew(const char* in);
 
-  /// Normalises both texts: carriage returns go, whatever the list holds, then each pattern is
-  /// applied to both, in list order.
+  /// Normalises both texts: removes every carriage return, even if the list is empty, then applies
+  /// each pattern to both, in list order.
   static void cleanse(OrvTextBuffer& masterBuffer, OrvTextBuffer& currentBuffer,
                       const OrvPatternList& patterns);
 
-  /// Index of the first byte at which two texts differ, or `std::string::npos` when they are equal.
+  /// Index of the first byte at which two texts differ, or `std::string::npos` if they are equal.
   static std::size_t compareStrings(const char* masterBuffer, const char* currentBuffer);
 
-  /// Wraps the `position` that `compareStrings` found: a pass, or, when `normalized`, a difference
-  /// that takes both buffers over (they are empty afterwards), or a plain difference.
+  /// Creates the result for the `position` that `compareStrings` returned: a pass, a plain
+  /// difference or, if `normalized`, a difference that takes both buffers and leaves them empty.
   static OrvDiffResult* createComparisonResult(const std::string& masterName,
                                                const std::string& actualName,
                                                OrvTextBuffer& masterBuffer,
                                                OrvTextBuffer& actualBuffer, std::size_t position,
                                                bool normalized);
 
-  /// Normalises and compares two texts. With `writeCleansed`, what was compared is saved beside
-  /// both files (names + ".cleansed"), silently if that fails. A difference is a normalised one
-  /// exactly when `patterns` is not empty.
+  /// Normalises and compares two texts. With `writeCleansed`, saves the normalised texts beside
+  /// both files (names + ".cleansed"); a failure to save them is not reported. A difference is a
+  /// normalised one exactly if `patterns` is not empty.
   static OrvDiffResult* textBufferComparison(const std::string& masterName,
                                              const std::string& actualName,
                                              OrvTextBuffer& masterBuffer,
@@ -69,17 +71,17 @@ class ORVDIFF_API OrvDiffLib {
                                              const OrvPatternList& patterns, bool writeCleansed);
 
   /// The same for two files. `actualText`, unless null, is the actual output held in memory; the
-  /// actual file then need not exist. A pass is an `OrvDiffResultPassUpToNul` when a file goes on
-  /// behind a NUL, unless both files are the same to the end.
+  /// actual file then need not exist. A text ends at its first NUL: if a file contains one, a pass
+  /// is an `OrvDiffResultPassUpToNul`, unless the two files are equal to their ends.
   static OrvDiffResult* textFileComparison(const std::string& masterName,
                                            const std::string& actualName,
                                            const OrvPatternList& patterns, bool writeCleansed,
                                            const char* actualText);
 
   /// Writes the NUL-terminated UTF-8 text `str` to the file `fname` in `encoding`, without
-  /// terminator or byte-order mark, replacing what was there. An empty text writes nothing at all.
-  /// Raises `VELAssertError` when the file cannot be opened. When it cannot take all of the text (a
-  /// full disk), it is removed without a word.
+  /// terminator or byte-order mark, replacing a former file. An empty text writes nothing. Raises
+  /// `VELAssertError` if the file cannot be opened. If writing fails later (disk full), the file is
+  /// removed and nothing is reported.
   static void writeEncodedStringToFile(const char* fname, const char* encoding, const char* str);
 
   /// Compares two VMD statistics reports, with allowances for the counts that vary from run to run.
@@ -87,9 +89,8 @@ class ORVDIFF_API OrvDiffLib {
   static OrvDiffResult* vmdCompare(const std::string& masterName, const std::string& actualName,
                                    const char* masterText, const char* actualText);
 
-  /// The same for two files, of which the actual one need not exist when `actualText`, the output
-  /// held in memory, is given. What a NUL keeps from being compared counts as in
-  /// `textFileComparison`.
+  /// The same for two files. `actualText`, unless null, is the actual output held in memory; the
+  /// actual file then need not exist. A NUL counts as in `textFileComparison`.
   static OrvDiffResult* vmdFileComparison(const std::string& masterName,
                                           const std::string& actualName, const char* actualText);
 };

@@ -64,7 +64,7 @@ class ORVDIFF_API OrvDiffNormalizationPatterns {
   static void reset();
 
  private:
-  friend class OrvHeldPatterns;
+  friend class OrvSharedPatternList;
 
   struct OrvNormalizationPatternEntry {
     OrvNormalizationPatternsEnum patternId;
@@ -81,12 +81,11 @@ class ORVDIFF_API OrvDiffNormalizationPatterns {
   static OrvNormalizationPatternEntry m_normalizationPatternArray[m_numPatternsInArray];
 };
 
-/// A pattern list that keeps the catalogue's patterns alive while it lives, also across a `reset`.
-/// Patterns from elsewhere are borrowed as ever.
-class ORVDIFF_API OrvHeldPatterns {
+/// A pattern list that keeps the catalogue's patterns alive, even across a `reset`. Other patterns
+/// are borrowed.
+class ORVDIFF_API OrvSharedPatternList {
  public:
-  /// Appends `pattern`, which must not be null. No check for duplicates: a pattern added twice is
-  /// applied twice.
+  /// Appends `pattern`, which must not be null. A pattern added twice is applied twice.
   void add(const OrvDiffNormalizationPattern* pattern);
 
   const OrvPatternList& list() const { return m_list; }

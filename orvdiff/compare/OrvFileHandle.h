@@ -4,13 +4,13 @@
 
 #include "orvdiff/orvdiff_export.h"
 
-/// Owns one open stdio stream and closes it exactly once. Not for two threads at a time.
+/// Owns one open stdio stream and closes it exactly once. Not thread-safe.
 class ORVDIFF_API OrvFileHandle {
  public:
-  /// Opens `path` in stdio mode `mode`. A file that cannot be opened is no error here: the handle
-  /// then holds null, as it does when either argument is null. For reading, only a regular file can
-  /// be opened: no folder, and no pipe, which might keep the caller waiting for ever; and where the
-  /// machine has no memory or descriptors left, `VELStdExceptionError` says so.
+  /// Opens `path` in stdio mode `mode`. If that fails, or either argument is null, the handle holds
+  /// null. For reading, only a regular file can be opened: not a folder, and not a pipe, which
+  /// might block forever. Raises `VELStdExceptionError` if a file cannot be opened for reading
+  /// because the process has run out of memory or descriptors.
   OrvFileHandle(const char* path, const char* mode);
 
   /// Adopts an open stream, or null.
@@ -22,7 +22,7 @@ class ORVDIFF_API OrvFileHandle {
   OrvFileHandle(const OrvFileHandle&) = delete;
   OrvFileHandle& operator=(const OrvFileHandle&) = delete;
 
-  /// The stream, or null when nothing is open. It stays owned by the handle.
+  /// The stream, or null if nothing is open. The handle keeps it.
   operator FILE*() const { return m_stream; }  // NOLINT(google-explicit-constructor)
 
  private:

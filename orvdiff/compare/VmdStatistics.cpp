@@ -19,7 +19,7 @@ bool startsWith(std::string_view line, std::string_view prefix) {
   return line.substr(0, prefix.size()) == prefix;
 }
 
-/// Reads as "%u" does: blanks and a sign are accepted; without a digit `value` stays as it is.
+/// Reads as "%u" does: accepts blanks and a sign; without a digit, leaves `value` unchanged.
 void readUnsigned(const char* text, std::uint32_t& value) {
   char* end = nullptr;
   const unsigned long read = std::strtoul(text, &end, 10);
@@ -28,10 +28,10 @@ void readUnsigned(const char* text, std::uint32_t& value) {
   }
 }
 
-/// Reads the number behind `position` places into `line`, unless the search that gave the position
-/// found nothing.
-bool readBehind(std::string_view line, std::size_t position, std::size_t length,
-                std::uint32_t& value) {
+/// Reads the number that follows the `length` characters at `position`; false if `position` is that
+/// of a search that found nothing.
+bool readAfter(std::string_view line, std::size_t position, std::size_t length,
+               std::uint32_t& value) {
   if (position == std::string_view::npos) {
     return false;
   }
@@ -42,10 +42,10 @@ bool readBehind(std::string_view line, std::size_t position, std::size_t length,
 bool readVirtualObjects(std::string_view line, std::uint32_t& value) {
   const std::size_t first = line.find('/', kVirtualObjects.size());
   return startsWith(line, kVirtualObjects) && first != std::string_view::npos &&
-         readBehind(line, line.find('/', first + 1), 1, value);
+         readAfter(line, line.find('/', first + 1), 1, value);
 }
 
-/// `line` is without its line feed; `isWhole` tells whether it had one.
+/// `line` has no line feed; `isWhole` says whether one followed it.
 bool parseLine(VmdStatistics& statistics, int number, std::string_view line, bool isWhole) {
   switch (number) {
     case 0:
@@ -62,15 +62,15 @@ bool parseLine(VmdStatistics& statistics, int number, std::string_view line, boo
       return isWhole && readVirtualObjects(line, statistics.virtualObjectsCumulative);
     case 5:
       return isWhole && startsWith(line, kPaging) &&
-             readBehind(line, line.find(kPageOuts), kPageOuts.size(), statistics.pageOuts);
+             readAfter(line, line.find(kPageOuts), kPageOuts.size(), statistics.pageOuts);
     default:
       return !startsWith(line, kReferencedObjects) ||
              (isWhole &&
-              readBehind(line, 0, kReferencedObjects.size(), statistics.referencedObjects));
+              readAfter(line, 0, kReferencedObjects.size(), statistics.referencedObjects));
   }
 }
 
-/// `master` - `actual` may wrap around; read as a signed number it is the difference all the same.
+/// `master` - `actual` may wrap around; read as a signed number, it is still the difference.
 bool isWithin(std::uint32_t master, std::uint32_t actual, std::int32_t allowance) {
   const auto difference = static_cast<std::int32_t>(master - actual);
   return difference >= -allowance && difference <= allowance;
@@ -91,7 +91,7 @@ bool parseVmdStatistics(VmdStatistics& statistics, const char* text) {
   return true;
 }
 
-bool agree(const VmdStatistics& master, const VmdStatistics& actual) {
+bool areWithinAllowances(const VmdStatistics& master, const VmdStatistics& actual) {
   return master.mappingMode == actual.mappingMode &&
          isWithin(master.virtualObjectsCumulative, actual.virtualObjectsCumulative,
                   kVirtualObjectsAllowance) &&

@@ -3,7 +3,8 @@
 #include <cstdint>
 #include <string>
 
-/// What is compared of a VMD report, the host's statistics of virtual object mapping and paging.
+/// The part of a VMD report that is compared. The report holds the host's statistics of virtual
+/// object mapping and paging.
 struct VmdStatistics {
   std::string mappingMode;
   std::uint32_t virtualObjectsCumulative = 0;
@@ -11,10 +12,10 @@ struct VmdStatistics {
   std::uint32_t referencedObjects = 0;
 };
 
-/// Reads the statistics of a report. False when a line that must say something does not; fields of
-/// lines that the report does not reach, and of a null `text`, keep their values.
+/// Reads the statistics of a report. False if a required line is malformed. A report that ends
+/// early, or a null `text`, leaves the remaining fields unchanged.
 bool parseVmdStatistics(VmdStatistics& statistics, const char* text);
 
-/// Whether two reports tell of the same behaviour: equal mapping mode and referenced objects,
-/// virtual objects and page-outs within what varies from run to run.
-bool agree(const VmdStatistics& master, const VmdStatistics& actual);
+/// Whether mapping mode and referenced objects are equal, and virtual objects and page-outs differ
+/// by no more than they do from run to run.
+bool areWithinAllowances(const VmdStatistics& master, const VmdStatistics& actual);

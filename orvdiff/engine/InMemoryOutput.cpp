@@ -4,9 +4,19 @@
 #include <cstddef>
 #include <cstring>
 
+// A strstream does not know how much of its memory holds output. All it has are the pointers of its
+// get and put areas, which only derived classes may read. Hosts use streams in three ways:
+//
+// - They write to a stream that owns its memory. The bytes end at the put position; the memory
+//   after it is reserved but not written.
+// - They wrap a finished array of their own for reading. There is no put area; the bytes end where
+//   the get area ends.
+// - They wrap an array for writing that they have already filled. The put position is then 0, as in
+//   a new, empty stream of the first kind. Only an attempt to write tells the two apart.
+
 namespace {
 
-/// Where the memory of a stream lies.
+/// The memory of a stream.
 struct Areas {
   char* begin;
   char* read;
@@ -15,15 +25,15 @@ struct Areas {
   char* put;  ///< null: there is no put area
   char* putEnd;
 
-  /// How far the memory reaches. A stream that appends to a text of the host's counts the size of
-  /// the host's array from the end of that text.
+  /// Size of the memory. A stream that appends to a text in an array of the host's counts the size
+  /// of the array from the end of that text.
   std::size_t reserved() const {
     return static_cast<std::size_t>(put != nullptr ? putEnd - putBegin : readEnd - begin);
   }
 };
 
-/// Asks a stream's buffer what it tells derived classes only. A pointer to a protected member,
-/// named through a derived class, may be applied to any object of the base.
+/// Reads the pointers that a stream's buffer shows only to derived classes: a pointer to a
+/// protected member, named through a derived class, works on any object of the base.
 class Peek : std::streambuf {
  public:
   static Areas areasOf(const std::streambuf& buffer) {
@@ -32,8 +42,8 @@ class Peek : std::streambuf {
   }
 
   /// Whether the memory is the stream's own, which grows, rather than an array of the host's. The
-  /// areas do not tell: a new stream looks like one on an array of as many bytes as it reserves.
-  /// So the buffer is asked to take a byte while it has no areas. For put position 0 only.
+  /// areas cannot tell: a new stream looks like one that wraps an array of the size that it
+  /// reserves. So this writes a byte while the buffer has no areas. For put position 0 only.
   static bool ownsMemory(std::strstreambuf& buffer, const Areas& areas) {
     struct Restore {
       ~Restore() {
@@ -47,7 +57,7 @@ class Peek : std::streambuf {
     (buffer.*&Peek::setg)(nullptr, nullptr, nullptr);
     (buffer.*&Peek::setp)(nullptr, nullptr);
     const bool grows = buffer.sputc('\0') != std::streambuf::traits_type::eof();
-    delete[](buffer.*&Peek::pbase)();  // without allocation functions, which no strstream has
+    delete[](buffer.*&Peek::pbase)();  // a strstream has no allocation functions of its own
     return grows;
   }
 };
@@ -68,7 +78,7 @@ std::size_t countBytes(const Areas& areas, std::strstreambuf& buffer) {
     return 0;
   }
   const std::size_t reserved = areas.reserved();
-  const bool sizeIsKnown = reserved != INT_MAX;  // what the standard takes a negative size for
+  const bool sizeIsKnown = reserved != INT_MAX;  // the standard's size for "unknown"
   return sizeIsKnown ? reserved : findNul(areas.begin, reserved);
 }
 
@@ -81,8 +91,9 @@ InMemoryOutput::InMemoryOutput(std::strstream& stream) : m_stream(stream) {
     return;
   }
   m_bytes = std::string_view(areas.begin, countBytes(areas, buffer));
-  // Reading extends the read area no further than to what is written; going back leaves it there.
-  // Only a host that sought to the end of the memory extends it to that, which tells nothing.
+  // Reading extends the get area up to what has been written, and seeking back leaves it there: if
+  // it ends after the bytes, the host has written more. But a host that sought to the end of the
+  // memory has extended it up to that, which says nothing.
   m_isWhole = areas.readEnd <= areas.begin + m_bytes.size() || areas.readEnd == areas.putEnd;
   m_memory = std::string_view(areas.begin, areas.reserved());
   stream.freeze(true);

@@ -5,10 +5,9 @@
 
 #include "orvdiff/platform/OrvStrStream.h"
 
-/// An output that the host holds in memory, as text and as bytes; `OrvTestInfo` tells what each of
-/// the two is made of, and in which state a host has to leave the stream. While this object lives,
-/// the stream's buffer is frozen and the host must not write to it; afterwards the stream is the
-/// host's again, to go on writing to or to free.
+/// An output that the host holds in memory, as text and as bytes. `OrvTestInfo` defines both and
+/// says in which state the host must leave the stream. While this object lives, the stream's buffer
+/// is frozen and the host must not write to it; then the host may write to it or free it again.
 class InMemoryOutput {
  public:
   explicit InMemoryOutput(std::strstream& stream);
@@ -16,16 +15,16 @@ class InMemoryOutput {
   InMemoryOutput(const InMemoryOutput&) = delete;
   InMemoryOutput& operator=(const InMemoryOutput&) = delete;
 
-  /// NUL-terminated. Lives as long as this object.
+  /// NUL-terminated; valid as long as this object lives.
   const char* text();
 
-  /// Lives as long as this object.
+  /// Valid as long as this object lives.
   std::string_view bytes() const { return m_bytes; }
 
-  /// Whether nothing shows that the host wrote more than `bytes`.
+  /// False if the host evidently wrote more than `bytes`.
   bool isWhole() const { return m_isWhole; }
 
-  /// Puts the read position at the start, wherever and in whatever state the stream was left.
+  /// Moves the read position to the start and clears the stream's error state.
   void rewind();
 
  private:
@@ -33,5 +32,5 @@ class InMemoryOutput {
   std::string_view m_memory;  ///< written or not
   std::string_view m_bytes;
   bool m_isWhole = true;
-  std::string m_endedText;  ///< a text with the NUL that the memory has no room for
+  std::string m_endedText;  ///< a copy with a NUL, if the memory contains none
 };

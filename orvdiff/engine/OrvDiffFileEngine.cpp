@@ -28,8 +28,8 @@ bool isGiven(const char* text) {
   return text != nullptr && *text != '\0';
 }
 
-/// Puts an in-memory output where its file would be. Bytes that cannot be written are nobody's
-/// error; a text's file must at least open.
+/// Writes an in-memory output to its file. Failing to write bytes is not reported; failing to open
+/// the file for a text raises `VELAssertError`.
 void writeToDisk(std::strstream& stream, bool binary, const std::string& fileName) {
   InMemoryOutput output(stream);
   if (binary) {
@@ -40,24 +40,23 @@ void writeToDisk(std::strstream& stream, bool binary, const std::string& fileNam
   }
 }
 
-/// Whether `master` and `held` are the same.
-bool holdsSameBytes(VELFmFile& master, std::string_view held) {
-  if (held.size() != master.getLength()) {
+bool hasSameBytes(VELFmFile& master, std::string_view actual) {
+  if (actual.size() != master.getLength()) {
     return false;
   }
-  const std::size_t length = held.size();
+  const std::size_t length = actual.size();
   const auto readMaster = [&master](char* block, std::size_t count) {
     return master.read(block, count);
   };
-  const auto readHeld = [&held](char* block, std::size_t count) {
-    const std::size_t done = held.copy(block, count);
-    held.remove_prefix(done);
+  const auto readActual = [&actual](char* block, std::size_t count) {
+    const std::size_t done = actual.copy(block, count);
+    actual.remove_prefix(done);
     return done;
   };
-  return haveEqualContents(readMaster, readHeld, length) && !master.hasFailed();
+  return haveEqualContents(readMaster, readActual, length) && !master.hasFailed();
 }
 
-/// What a stream holds, from its start to its end; nothing when it cannot be sought or read.
+/// The contents of a stream from its start to its end, unless it cannot be sought or read.
 std::optional<std::string> readAll(std::istream& stream) {
   stream.clear();
   stream.seekg(0, std::ios::end);
@@ -70,19 +69,19 @@ std::optional<std::string> readAll(std::istream& stream) {
   return isWhole ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
-bool holdsSameBytes(VELFmFile& master, std::iostream& stream) {
-  // A strstream's end would be that of the memory it has reserved.
+bool hasSameBytes(VELFmFile& master, std::iostream& stream) {
+  // Seeking a strstream's end would find the end of the memory it has reserved.
   if (auto* const memory = dynamic_cast<std::strstream*>(&stream)) {
     InMemoryOutput output(*memory);
     output.rewind();
-    return output.isWhole() && holdsSameBytes(master, output.bytes());
+    return output.isWhole() && hasSameBytes(master, output.bytes());
   }
   const std::optional<std::string> bytes = readAll(stream);
-  return bytes && holdsSameBytes(master, *bytes);
+  return bytes && hasSameBytes(master, *bytes);
 }
 
-/// What to look for where there is no output: a master that is a folder or a link to nothing is
-/// broken whatever the outputs are.
+/// Which file to report as missing if there is no output. A master that is a folder or a dangling
+/// link comes first: the pair could not be compared even with the output.
 const std::string& findMissing(const std::string& masterFile, const std::string& actualFile) {
   return VELFmDir::isUnreadableEntry(masterFile.c_str()) ? masterFile : actualFile;
 }
@@ -119,6 +118,23 @@ std::vector<OrvFilePair> OrvDiffFileEngine::findPairs(const std::string& locatio
   return pairs;
 }
 
+OrvDiffResult* OrvDiffFileEngine::comparePair(const OrvFilePair& pair, OrvTestInfo* testInfo) {
+  const bool bOutputInMemory =
+      testInfo != nullptr && testInfo->isOutputInMemory(pair.actual.c_str());
+  VEL_ASSERT((bOutputInMemory && testInfo) || !bOutputInMemory);
+  bool binary = false;
+  std::strstream* const stream =
+      bOutputInMemory ? testInfo->getOutputStream(pair.actual.c_str(), binary) : nullptr;
+  const bool available = bOutputInMemory ? stream != nullptr : doesFileExist(pair.actual);
+  std::unique_ptr<OrvDiffResult> result(
+      available ? performDiff(pair.master, pair.actual, stream)
+                : createMissing(pair.master, pair.actual, findMissing(pair.master, pair.actual)));
+  if (stream != nullptr && !result->isPassed()) {
+    writeToDisk(*stream, binary, pair.actual);
+  }
+  return result.release();
+}
+
 std::string OrvDiffFileEngine::getMasterPattern(const std::string& location) const {
   return getMasterFileGlobExpression(location);
 }
@@ -137,6 +153,10 @@ void OrvDiffFileEngine::globFiles(const char* pattern, std::list<std::string>& f
 
 bool OrvDiffFileEngine::doesFileExist(const std::string& path) const {
   return VELFmDir::exists(path.c_str(), VELFmDir::eRegularFile | VELFmDir::eReadable) != 0;
+}
+
+const OrvPatternList* OrvDiffFileEngine::getCleansingPatterns() const {
+  return nullptr;
 }
 
 std::string OrvDiffFileEngine::getOutputDirectory() const {
@@ -176,20 +196,8 @@ std::string OrvDiffFileEngine::getActualFile(const std::string& masterFile) cons
 
 void OrvDiffFileEngine::compareMaster(const std::string& masterFile,
                                       const OrvDiffListenerSet& listeners, OrvTestInfo* testInfo) {
-  const std::string actualFile = getActualFile(masterFile);
-  const bool bOutputInMemory =
-      testInfo != nullptr && testInfo->isOutputInMemory(actualFile.c_str());
-  VEL_ASSERT((bOutputInMemory && testInfo) || !bOutputInMemory);
-  bool binary = false;
-  std::strstream* const stream =
-      bOutputInMemory ? testInfo->getOutputStream(actualFile.c_str(), binary) : nullptr;
-  const bool available = bOutputInMemory ? stream != nullptr : doesFileExist(actualFile);
   const std::unique_ptr<const OrvDiffResult> result(
-      available ? performDiff(masterFile, actualFile, stream)
-                : createMissing(masterFile, actualFile, findMissing(masterFile, actualFile)));
-  if (stream != nullptr && !result->isPassed()) {
-    writeToDisk(*stream, binary, actualFile);
-  }
+      comparePair({masterFile, getActualFile(masterFile)}, testInfo));
   notifyListeners(listeners, *result);
 }
 
@@ -210,7 +218,7 @@ OrvDiffResult* OrvDiffFileEngine::areFilesIdentical(const std::string& masterNam
       actual.open(actualName.c_str(), VELFmFile::eOpenExisting, 1) == 0) {
     return createMissing(masterName, actualName, actualName);
   }
-  const bool identical = inMemoryOutput != nullptr ? holdsSameBytes(master, *inMemoryOutput)
+  const bool identical = inMemoryOutput != nullptr ? hasSameBytes(master, *inMemoryOutput)
                                                    : haveEqualContents(master, actual);
   if (identical) {
     return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);

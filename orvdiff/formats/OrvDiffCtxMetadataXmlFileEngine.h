@@ -1,29 +1,11 @@
 #pragma once
 
-#include <memory>
-#include <string>
-
-#include "orvdiff/formats/OrvDiffTextEngines.h"
+#include "orvdiff/formats/OrvDiffWellFormedXmlFileEngine.h"
 #include "orvdiff/orvdiff_export.h"
 
-class DOM_ParserImpl;
-
-/// Context metadata: the output on disk must be well-formed XML before it is compared as normalised
-/// text. The host initialises Xerces before it creates the engine, and terminates it after the
-/// engine is gone; an engine created without raises `VELAssertError`.
-class ORVDIFF_API OrvDiffCtxMetadataXmlFileEngine : public OrvDiffTextFormatEngine {
+/// Context metadata.
+class ORVDIFF_API OrvDiffCtxMetadataXmlFileEngine : public OrvDiffWellFormedXmlFileEngine {
  public:
   explicit OrvDiffCtxMetadataXmlFileEngine(const char* subFolder);
   ~OrvDiffCtxMetadataXmlFileEngine() override;
-
-  /// The base's comparison, unless the actual file is missing or fails the parser: then a block on
-  /// standard output says why, and both names of the plain failure are the actual file's. The file
-  /// is what is parsed, also when the output is held in memory.
-  OrvDiffResult* performDiff(const std::string& masterName, const std::string& actualName,
-                             std::strstream* inMemoryOutput) override;
-
- private:
-  OrvDiffResult* performCtxValidation(const std::string& fileName);
-
-  std::shared_ptr<DOM_ParserImpl> m_parser;
 };

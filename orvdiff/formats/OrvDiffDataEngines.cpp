@@ -5,6 +5,16 @@
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/engine/InMemoryOutput.h"
 
+namespace {
+
+/// The list of texts that lose only their carriage returns.
+const OrvPatternList* noPatterns() {
+  static const OrvPatternList none;
+  return &none;
+}
+
+}  // namespace
+
 OrvDiffSingleXlsFileEngine::OrvDiffSingleXlsFileEngine(const char* subFolder)
     : OrvDiffDataFormatEngine(subFolder, {"v5DebugSingleXLS", "/singleXLS/", "*.html"}) {
   for (const auto id : {OrvDiffNormalizationPatterns::eScriptElement,
@@ -20,6 +30,10 @@ OrvDiffResult* OrvDiffSingleXlsFileEngine::performDiff(const std::string& master
                                                        std::strstream* /*inMemoryOutput*/) {
   return OrvDiffLib::textFileComparison(masterName, actualName, m_cleansingPatterns.list(), false,
                                         nullptr);
+}
+
+const OrvPatternList* OrvDiffSingleXlsFileEngine::getCleansingPatterns() const {
+  return &m_cleansingPatterns.list();
 }
 
 OrvDiffCsvFileEngine::OrvDiffCsvFileEngine(const char* subFolder)
@@ -52,7 +66,12 @@ OrvDiffCsiFileEngine::~OrvDiffCsiFileEngine() = default;
 OrvDiffResult* OrvDiffCsiFileEngine::performDiff(const std::string& masterName,
                                                  const std::string& actualName,
                                                  std::strstream* /*inMemoryOutput*/) {
-  return OrvDiffLib::textFileComparison(masterName, actualName, {}, false, nullptr);
+  return OrvDiffLib::textFileComparison(masterName, actualName, *getCleansingPatterns(), false,
+                                        nullptr);
+}
+
+const OrvPatternList* OrvDiffCsiFileEngine::getCleansingPatterns() const {
+  return noPatterns();
 }
 
 OrvDiffDiTreeFileEngine::OrvDiffDiTreeFileEngine(const char* subFolder)
@@ -63,7 +82,12 @@ OrvDiffDiTreeFileEngine::~OrvDiffDiTreeFileEngine() = default;
 OrvDiffResult* OrvDiffDiTreeFileEngine::performDiff(const std::string& masterName,
                                                     const std::string& actualName,
                                                     std::strstream* /*inMemoryOutput*/) {
-  return OrvDiffLib::textFileComparison(masterName, actualName, {}, false, nullptr);
+  return OrvDiffLib::textFileComparison(masterName, actualName, *getCleansingPatterns(), false,
+                                        nullptr);
+}
+
+const OrvPatternList* OrvDiffDiTreeFileEngine::getCleansingPatterns() const {
+  return noPatterns();
 }
 
 OrvDiffVmdFileEngine::OrvDiffVmdFileEngine(const char* subFolder)

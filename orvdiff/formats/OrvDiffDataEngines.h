@@ -4,15 +4,15 @@
 
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
 #include "orvdiff/engine/OrvDiffFileEngine.h"
-#include "orvdiff/engine/OrvLaidOutEngine.h"
+#include "orvdiff/engine/OrvFixedLayoutEngine.h"
 #include "orvdiff/orvdiff_export.h"
 
-/// The engines of data outputs. All but VMD's compare files on disk: an output that is held only in
-/// memory counts as missing there. `subFolder` is the file engine's: not copied, null or empty for
-/// none.
+/// The engines of data outputs. All except VMD's compare files on disk: they report an output that
+/// exists only in memory as missing. `subFolder` is not copied and must outlive the engine; null or
+/// empty means none.
 
-/// What a data engine derives from.
-using OrvDiffDataFormatEngine = OrvLaidOutEngine<OrvDiffFileEngine>;
+/// Base of a data engine.
+using OrvDiffDataFormatEngine = OrvFixedLayoutEngine<OrvDiffFileEngine>;
 
 /// A spreadsheet of one sheet, as HTML: normalised text.
 class ORVDIFF_API OrvDiffSingleXlsFileEngine : public OrvDiffDataFormatEngine {
@@ -21,12 +21,10 @@ class ORVDIFF_API OrvDiffSingleXlsFileEngine : public OrvDiffDataFormatEngine {
   ~OrvDiffSingleXlsFileEngine() override;
   OrvDiffResult* performDiff(const std::string& masterName, const std::string& actualName,
                              std::strstream* inMemoryOutput) override;
-
-  /// The patterns that texts are normalised by.
-  const OrvPatternList& getCleansingPatterns() const { return m_cleansingPatterns.list(); }
+  const OrvPatternList* getCleansingPatterns() const override;
 
  private:
-  OrvHeldPatterns m_cleansingPatterns;
+  OrvSharedPatternList m_cleansingPatterns;
 };
 
 /// Comma-separated values: byte for byte, line ends included.
@@ -47,26 +45,28 @@ class ORVDIFF_API OrvDiffJsonFileEngine : public OrvDiffDataFormatEngine {
                              std::strstream* inMemoryOutput) override;
 };
 
-/// CSI: text, carriage returns aside.
+/// CSI: text without its carriage returns.
 class ORVDIFF_API OrvDiffCsiFileEngine : public OrvDiffDataFormatEngine {
  public:
   explicit OrvDiffCsiFileEngine(const char* subFolder);
   ~OrvDiffCsiFileEngine() override;
   OrvDiffResult* performDiff(const std::string& masterName, const std::string& actualName,
                              std::strstream* inMemoryOutput) override;
+  const OrvPatternList* getCleansingPatterns() const override;
 };
 
-/// DI trees: text, carriage returns aside.
+/// DI trees: text without its carriage returns.
 class ORVDIFF_API OrvDiffDiTreeFileEngine : public OrvDiffDataFormatEngine {
  public:
   explicit OrvDiffDiTreeFileEngine(const char* subFolder);
   ~OrvDiffDiTreeFileEngine() override;
   OrvDiffResult* performDiff(const std::string& masterName, const std::string& actualName,
                              std::strstream* inMemoryOutput) override;
+  const OrvPatternList* getCleansingPatterns() const override;
 };
 
-/// Virtual-object statistics, in memory or on disk: counts that vary from run to run have
-/// allowances. A report that cannot be interpreted is a difference.
+/// Virtual-object statistics, in memory or on disk, with allowances for counts that vary from run
+/// to run. A report that cannot be interpreted is a difference.
 class ORVDIFF_API OrvDiffVmdFileEngine : public OrvDiffDataFormatEngine {
  public:
   explicit OrvDiffVmdFileEngine(const char* subFolder);

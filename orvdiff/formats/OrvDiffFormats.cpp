@@ -13,9 +13,7 @@
 namespace {
 
 template <typename Engine>
-std::unique_ptr<OrvDiffFileEngine> create(const OrvFormatArguments& arguments) {
-  return std::make_unique<Engine>(arguments.subFolder);
-}
+constexpr auto create = &OrvDiffFormat::create<Engine>;
 
 std::unique_ptr<OrvDiffFileEngine> createCgs(const OrvFormatArguments& arguments) {
   return std::make_unique<OrvDiffCgsFileEngine>(
@@ -93,7 +91,7 @@ constexpr bool haveDistinctNames() {
   }
   return true;
 }
-static_assert(haveDistinctNames(), "a format's name selects it, so it must be its own");
+static_assert(haveDistinctNames(), "a name selects one format");
 
 }  // namespace
 
@@ -107,20 +105,4 @@ const OrvDiffFormat* OrvDiffFormats::find(std::string_view name) {
     return format.name == name;
   });
   return found != all().end() ? &*found : nullptr;
-}
-
-const OrvPatternList* OrvDiffFormats::getCleansingPatterns(const OrvDiffFileEngine& engine) {
-  static const OrvPatternList kNone;
-  if (const auto* const layout = dynamic_cast<const OrvDiffLayoutDataXmlFileEngine*>(&engine)) {
-    return &layout->getCleansingPatterns();  // which are not those of its base
-  }
-  if (const auto* const text = dynamic_cast<const OrvDiffTextFileTypeEngine*>(&engine)) {
-    return &text->getCleansingPatterns();
-  }
-  if (const auto* const sheet = dynamic_cast<const OrvDiffSingleXlsFileEngine*>(&engine)) {
-    return &sheet->getCleansingPatterns();
-  }
-  const bool isText = dynamic_cast<const OrvDiffCsiFileEngine*>(&engine) != nullptr ||
-                      dynamic_cast<const OrvDiffDiTreeFileEngine*>(&engine) != nullptr;
-  return isText ? &kNone : nullptr;
 }

@@ -4,12 +4,11 @@
 #include <string_view>
 #include <vector>
 
-#include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
 #include "orvdiff/engine/OrvDiffFileEngine.h"
 #include "orvdiff/orvdiff_export.h"
 #include "orvdiff/platform/OrvOutputFormat.h"
 
-/// What an engine may be told at construction. The texts must outlive the engine.
+/// Arguments of an engine's constructor. The texts must outlive the engine.
 struct OrvFormatArguments {
   const char* subFolder = nullptr;                ///< every format; null: none
   const char* outputDirectoryTypeName = nullptr;  ///< formats that need arguments
@@ -19,15 +18,21 @@ struct OrvFormatArguments {
   const char* layoutSchema = nullptr;             ///< path of its schema; null: the deployment's
 };
 
-/// One verifiable format.
+/// A format that outputs can be verified in. Everything else about it is asked of the engine.
 struct OrvDiffFormat {
   std::string_view name;  ///< as a person writes it on a command line
   OrvOutputFormat format;
   std::string_view comparison;  ///< how its outputs are compared, in a few words
-  bool needsArguments;          ///< whether `outputDirectoryTypeName` must be given
-  /// Raises `VELAssertError` when an argument that is needed is null, and, for the formats that are
-  /// validated as XML, when the host has not initialised Xerces.
+  bool needsArguments;          ///< whether `outputDirectoryTypeName` is required
+  /// Raises `VELAssertError` if a required argument is null, and, for formats that are validated as
+  /// XML, if the host has not initialised Xerces.
   std::unique_ptr<OrvDiffFileEngine> (*createEngine)(const OrvFormatArguments& arguments);
+
+  /// The `createEngine` of a format whose engine needs no arguments but the sub-folder.
+  template <typename Engine>
+  static std::unique_ptr<OrvDiffFileEngine> create(const OrvFormatArguments& arguments) {
+    return std::make_unique<Engine>(arguments.subFolder);
+  }
 };
 
 /// The one list of all formats.
@@ -38,9 +43,4 @@ class ORVDIFF_API OrvDiffFormats {
 
   /// The format of this name, or null.
   static const OrvDiffFormat* find(std::string_view name);
-
-  /// The patterns that `engine` applies to both texts before it compares them: empty when only
-  /// carriage returns go, null when it compares something else than normalised texts. They belong
-  /// to the engine.
-  static const OrvPatternList* getCleansingPatterns(const OrvDiffFileEngine& engine);
 };

@@ -3,10 +3,10 @@
 #include <string>
 
 #include "orvdiff/engine/OrvDiffFileEngine.h"
-#include "orvdiff/engine/OrvLaidOutEngine.h"
+#include "orvdiff/engine/OrvFixedLayoutEngine.h"
 #include "orvdiff/orvdiff_export.h"
 
-/// Base of the engines for the pictures that accompany an output: a picture passes only when its
+/// Base of the engines for the pictures that accompany an output: a picture passes only if its
 /// bytes equal the master's. Pictures share the output folder of the texts they belong to.
 class ORVDIFF_API OrvDiffPngFileEngine : public OrvDiffFileEngine {
  public:
@@ -17,7 +17,7 @@ class ORVDIFF_API OrvDiffPngFileEngine : public OrvDiffFileEngine {
                              std::strstream* inMemoryOutput) override;
 };
 
-using OrvDiffPngFormatEngine = OrvLaidOutEngine<OrvDiffPngFileEngine>;
+using OrvDiffPngFormatEngine = OrvFixedLayoutEngine<OrvDiffPngFileEngine>;
 
 /// Pictures of HTML outputs.
 class ORVDIFF_API OrvDiffHtmlPngFileEngine : public OrvDiffPngFormatEngine {

@@ -38,14 +38,12 @@ OrvDiffLayoutDataXmlFileEngine::OrvDiffLayoutDataXmlFileEngine(const char* subFo
 OrvDiffLayoutDataXmlFileEngine::OrvDiffLayoutDataXmlFileEngine(const char* subFolder,
                                                                const char* namespaceUri,
                                                                const char* schemaPath)
-    : OrvLaidOutEngine(subFolder, {"v5DebugDataXML", "/DataXML/", "*.xml"}),
+    : OrvFixedLayoutEngine(subFolder, {"v5DebugDataXML", "/DataXML/", "*.xml"}),
       m_namespaceUri(namespaceUri != nullptr ? namespaceUri : kNamespaceUri),
       m_schemaPath(schemaPath != nullptr ? schemaPath : kSchemaPath),
       m_parser(DOM_ParserImpl::create(s_dataXmlErrorHandler, DOM_ParserImpl::Val_Always)) {
-  for (const auto id : {OrvDiffNormalizationPatterns::eCoordElement,
-                        OrvDiffNormalizationPatterns::eFilenameElement}) {
-    addCleansingPattern(OrvDiffNormalizationPatterns::getPattern(id));
-  }
+  addCleansingPatterns({OrvDiffNormalizationPatterns::eCoordElement,
+                        OrvDiffNormalizationPatterns::eFilenameElement});
 }
 
 OrvDiffLayoutDataXmlFileEngine::~OrvDiffLayoutDataXmlFileEngine() = default;
@@ -53,7 +51,7 @@ OrvDiffLayoutDataXmlFileEngine::~OrvDiffLayoutDataXmlFileEngine() = default;
 void OrvDiffLayoutDataXmlFileEngine::addCleansingPattern(
     const OrvDiffNormalizationPattern* pattern) {
   VEL_ASSERT_AT(pattern, kNullPatternPlace);
-  m_dataCleansingPatterns.add(pattern);
+  OrvDiffTextFileTypeEngine::addCleansingPattern(pattern);
 }
 
 OrvDiffResult* OrvDiffLayoutDataXmlFileEngine::performDiff(const std::string& masterName,
@@ -69,8 +67,8 @@ OrvDiffResult* OrvDiffLayoutDataXmlFileEngine::performDiff(const std::string& ma
   if (!result->isPassed()) {
     return result.release();
   }
-  return OrvDiffLib::textFileComparison(masterName, actualName, m_dataCleansingPatterns.list(),
-                                        false, text);
+  return OrvDiffLib::textFileComparison(masterName, actualName, *getCleansingPatterns(), false,
+                                        text);
 }
 
 OrvDiffResult* OrvDiffLayoutDataXmlFileEngine::performSchemaValidation(const std::string& fileName,

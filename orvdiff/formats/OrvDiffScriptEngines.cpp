@@ -7,17 +7,25 @@
 
 namespace {
 
-constexpr const char* kActiveInDoubleQuotes = "\"$`\\\n";
-constexpr const char* kXlsxReportFolder = "../temp/vask/testResults";
+constexpr const char* kSpecialInDoubleQuotes = "\"$`\\\n";
+
+constexpr OrvComparisonScript kPdfScript = {
+    "python ../../src/vask/testdata/Scripts/diffpdf/diffPdfFiles.py ", nullptr};
+
+constexpr OrvComparisonScript kXlsxScript = {
+    "python ../../src/vask/testdata/Scripts/DiffXlsx/DiffXlsx.py "
+    "-o ../temp/vask/testResults/DiffXlsx.mxr ",
+    "../temp/vask/testResults"};
 
 bool isPlainInDoubleQuotes(const std::string& name) {
-  return name.find_first_of(kActiveInDoubleQuotes) == std::string::npos;
+  return name.find_first_of(kSpecialInDoubleQuotes) == std::string::npos;
 }
 
 }  // namespace
 
-OrvDiffScriptFileEngine::OrvDiffScriptFileEngine(const char* subFolder)
-    : OrvDiffFileEngine(subFolder) {}
+OrvDiffScriptFileEngine::OrvDiffScriptFileEngine(const char* subFolder,
+                                                 const OrvComparisonScript& script)
+    : OrvDiffFileEngine(subFolder), m_script(script) {}
 
 OrvDiffScriptFileEngine::~OrvDiffScriptFileEngine() = default;
 
@@ -29,8 +37,11 @@ OrvDiffResult* OrvDiffScriptFileEngine::performDiff(const std::string& masterNam
       return velNew<OrvDiffResultFailFileMissing>(VEL_HERE, masterName, actualName, name);
     }
   }
-  prepareScript();
-  const std::string command = getCommandPrefix() + ('"' + masterName) + "\" \"" + actualName + '"';
+  if (m_script.reportFolder != nullptr) {
+    VELFmDir::createRecursiveDir(m_script.reportFolder);
+  }
+  const std::string command =
+      m_script.commandPrefix + ('"' + masterName) + "\" \"" + actualName + '"';
   if (isPlainInDoubleQuotes(masterName) && isPlainInDoubleQuotes(actualName) &&
       VELCommand::run(command.c_str()) == 0) {
     return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
@@ -38,19 +49,13 @@ OrvDiffResult* OrvDiffScriptFileEngine::performDiff(const std::string& masterNam
   return velNew<OrvDiffResultFailDiff>(VEL_HERE, masterName, actualName);
 }
 
-void OrvDiffScriptFileEngine::prepareScript() const {}
-
 OrvDiffPdfFileEngine::OrvDiffPdfFileEngine(const char* subFolder)
-    : OrvDiffScriptFormatEngine(subFolder, {"v5DebugPDF", "/PDF/", "*.pdf"}) {}
+    : OrvDiffScriptFormatEngine(subFolder, {"v5DebugPDF", "/PDF/", "*.pdf"}, kPdfScript) {}
 
 OrvDiffPdfFileEngine::~OrvDiffPdfFileEngine() = default;
 
-const char* OrvDiffPdfFileEngine::getCommandPrefix() const {
-  return "python ../../src/vask/testdata/Scripts/diffpdf/diffPdfFiles.py ";
-}
-
 OrvDiffXlsxFileEngine::OrvDiffXlsxFileEngine(const char* subFolder)
-    : OrvDiffScriptFileEngine(subFolder) {}
+    : OrvDiffScriptFileEngine(subFolder, kXlsxScript) {}
 
 OrvDiffXlsxFileEngine::~OrvDiffXlsxFileEngine() = default;
 
@@ -61,13 +66,4 @@ std::string OrvDiffXlsxFileEngine::getOutputDirectoryTypeName() const {
 std::string OrvDiffXlsxFileEngine::getMasterFileGlobExpression(const std::string& location) const {
   return getMasterFileDirectory(location) + "/XLS2007" + getMasterAndOutputFoldersSuffix() + '/' +
          getReportName(location) + "*.xlsx";
-}
-
-void OrvDiffXlsxFileEngine::prepareScript() const {
-  VELFmDir::createRecursiveDir(kXlsxReportFolder);
-}
-
-const char* OrvDiffXlsxFileEngine::getCommandPrefix() const {
-  return "python ../../src/vask/testdata/Scripts/DiffXlsx/DiffXlsx.py "
-         "-o ../temp/vask/testResults/DiffXlsx.mxr ";
 }

@@ -3,54 +3,53 @@
 #include <string>
 
 #include "orvdiff/engine/OrvDiffFileEngine.h"
-#include "orvdiff/engine/OrvLaidOutEngine.h"
+#include "orvdiff/engine/OrvFixedLayoutEngine.h"
 #include "orvdiff/orvdiff_export.h"
 
-/// Base of the engines whose verdict is the exit status of a comparison script: 0 is a pass, any
-/// other outcome, a script that cannot be run included, a difference. Only files on disk are
-/// compared; a missing one, the master first, keeps the script from running.
+/// How a comparison script is run. The texts must outlive the engine.
+struct OrvComparisonScript {
+  const char* commandPrefix;  ///< interpreter, script and options, each followed by a blank
+  const char* reportFolder;   ///< created before the script runs; null: none
+};
+
+/// Base of the engines that leave the comparison to a script: exit status 0 is a pass, everything
+/// else a difference, including a script that cannot be run. Only files on disk are compared. If
+/// one is missing (the master is checked first), the script does not run.
 ///
-/// The calling thread waits for the script, which shares its standard output and
-/// error, and finds its standard input empty. A file name with a
-/// character that means something to the command interpreter even inside double quotes is never
-/// handed to it; such a pair is a difference.
+/// The calling thread waits for the script, which inherits standard output and error; its standard
+/// input is empty. A pair with a file name that contains a character special to the command
+/// interpreter inside double quotes is reported as a difference without running the script.
 class ORVDIFF_API OrvDiffScriptFileEngine : public OrvDiffFileEngine {
  public:
-  explicit OrvDiffScriptFileEngine(const char* subFolder);
+  OrvDiffScriptFileEngine(const char* subFolder, const OrvComparisonScript& script);
   ~OrvDiffScriptFileEngine() override;
 
   OrvDiffResult* performDiff(const std::string& masterName, const std::string& actualName,
                              std::strstream* inMemoryOutput) override;
 
-  /// The command line up to the two quoted file names: interpreter, script and options, each
-  /// followed by a blank. Lets a host find out beforehand whether the script is there.
-  virtual const char* getCommandPrefix() const = 0;
+  /// The command line up to the two quoted file names. Lets a host check beforehand that the script
+  /// exists.
+  const char* getCommandPrefix() const { return m_script.commandPrefix; }
 
  private:
-  /// Makes what the script needs; called when both files are there.
-  virtual void prepareScript() const;
+  const OrvComparisonScript m_script;
 };
 
-using OrvDiffScriptFormatEngine = OrvLaidOutEngine<OrvDiffScriptFileEngine>;
+using OrvDiffScriptFormatEngine = OrvFixedLayoutEngine<OrvDiffScriptFileEngine>;
 
 /// PDF documents.
 class ORVDIFF_API OrvDiffPdfFileEngine : public OrvDiffScriptFormatEngine {
  public:
   explicit OrvDiffPdfFileEngine(const char* subFolder);
   ~OrvDiffPdfFileEngine() override;
-  const char* getCommandPrefix() const override;
 };
 
-/// Spreadsheets. The folder suffix applies to the masters' folder too. The script writes its report
-/// to one fixed file, so two comparisons must not run at once in one working folder.
+/// Spreadsheets. The folder suffix applies to the master folder too. The script writes its report
+/// to one fixed file, so do not run two comparisons at once in one working folder.
 class ORVDIFF_API OrvDiffXlsxFileEngine : public OrvDiffScriptFileEngine {
  public:
   explicit OrvDiffXlsxFileEngine(const char* subFolder);
   ~OrvDiffXlsxFileEngine() override;
   std::string getOutputDirectoryTypeName() const override;
   std::string getMasterFileGlobExpression(const std::string& location) const override;
-  const char* getCommandPrefix() const override;
-
- private:
-  void prepareScript() const override;
 };

@@ -151,8 +151,8 @@ const char* orEmpty(const char* text) {
   return text != nullptr ? text : "";
 }
 
-/// The master folder, one level deeper when there is a sub-folder.
-std::string descend(std::string directory, const std::string& subFolder) {
+/// `directory`, or its `subFolder` unless that is empty.
+std::string joinSubFolder(std::string directory, const std::string& subFolder) {
   if (!subFolder.empty()) {
     VELFmDir::joinPath(directory, subFolder.c_str());
   }
@@ -174,9 +174,9 @@ OrvDiffCgsFileEngine::OrvDiffCgsFileEngine(const char* subFolder,
 
 OrvDiffCgsFileEngine::~OrvDiffCgsFileEngine() = default;
 
-void OrvDiffCgsFileEngine::verifyOutput(const OrvDiffListenerSet& listeners, const char* location,
-                                        OrvTestInfo* /*testInfo*/) {
-  OrvDiffTextFileTypeEngine::verifyOutput(listeners, location, nullptr);
+OrvDiffResult* OrvDiffCgsFileEngine::comparePair(const OrvFilePair& pair,
+                                                 OrvTestInfo* /*testInfo*/) {
+  return OrvDiffTextFileTypeEngine::comparePair(pair, nullptr);
 }
 
 std::string OrvDiffCgsFileEngine::getOutputDirectoryTypeName() const {
@@ -184,7 +184,7 @@ std::string OrvDiffCgsFileEngine::getOutputDirectoryTypeName() const {
 }
 
 std::string OrvDiffCgsFileEngine::getMasterFileGlobExpression(const std::string& location) const {
-  std::string pattern = descend(getMasterFileDirectory(location), m_masterSubFolder);
+  std::string pattern = joinSubFolder(getMasterFileDirectory(location), m_masterSubFolder);
   VELFmDir::joinPath(pattern, getReportName(location).c_str());
   pattern += '*';
   if (!m_fileNameSuffix.empty()) {
@@ -207,7 +207,7 @@ std::string OrvDiffPrpFileEngine::getOutputDirectoryTypeName() const {
 }
 
 std::string OrvDiffPrpFileEngine::getMasterFileGlobExpression(const std::string& location) const {
-  std::string pattern = descend(getMasterFileDirectory(location), m_masterSubFolder);
+  std::string pattern = joinSubFolder(getMasterFileDirectory(location), m_masterSubFolder);
   VELFmDir::joinPath(pattern, (getReportName(location) + "*.prp").c_str());
   return pattern;
 }

@@ -2,16 +2,16 @@
 
 #include <string>
 
-#include "orvdiff/engine/OrvLaidOutEngine.h"
+#include "orvdiff/engine/OrvFixedLayoutEngine.h"
 #include "orvdiff/formats/OrvDiffTextFileTypeEngine.h"
 #include "orvdiff/orvdiff_export.h"
 
-/// The engines whose outputs are compared as normalised text. Each one says where its files lie and
-/// which patterns, in which order, make two runs comparable; all else is the base's. `subFolder` is
-/// the file engine's: not copied, null or empty for none.
+/// The engines that compare outputs as normalised text. Each says where its files are and which
+/// patterns, in which order, make two runs comparable; the base does the rest. `subFolder` is not
+/// copied and must outlive the engine; null or empty means none.
 
-/// What a text engine with a fixed layout derives from.
-using OrvDiffTextFormatEngine = OrvLaidOutEngine<OrvDiffTextFileTypeEngine>;
+/// Base of a text engine with a fixed layout.
+using OrvDiffTextFormatEngine = OrvFixedLayoutEngine<OrvDiffTextFileTypeEngine>;
 
 /// The report's object tree.
 class ORVDIFF_API OrvDiffNaoFileEngine : public OrvDiffTextFormatEngine {
@@ -72,8 +72,8 @@ class ORVDIFF_API OrvDiffMhtFileEngine : public OrvDiffTextFormatEngine {
   ~OrvDiffMhtFileEngine() override;
 };
 
-/// The same document as the report-authoring view stores it: masters and patterns of the MIME
-/// document, an output folder of its own.
+/// The same document as the report-authoring view stores it: the masters and patterns of the MIME
+/// document, but its own output folder.
 class ORVDIFF_API OrvDiffRaFileEngine : public OrvDiffMhtFileEngine {
  public:
   explicit OrvDiffRaFileEngine(const char* subFolder);
@@ -123,20 +123,19 @@ class ORVDIFF_API OrvDiffXlwaFileEngine : public OrvDiffTextFormatEngine {
   ~OrvDiffXlwaFileEngine() override;
 };
 
-/// Chart graphics scripts. Where they lie depends on the chart service under test, so the host says
-/// so. Always compared on disk, whatever the host holds in memory.
+/// Chart graphics scripts. Their folders depend on the chart service under test, so the host passes
+/// them. Always compared on disk, even if the host holds the output in memory.
 class ORVDIFF_API OrvDiffCgsFileEngine : public OrvDiffTextFileTypeEngine {
  public:
-  /// Copies its arguments but `subFolder`. Null `outputDirectoryTypeName` raises `VELAssertError`.
-  /// `masterSubFolder` (null: none) is a further level below the master folder; with
-  /// `fileNameSuffix` (null: none) only masters whose names end in "_" + suffix are found.
+  /// Copies its arguments except `subFolder`. A null `outputDirectoryTypeName` raises
+  /// `VELAssertError`. `masterSubFolder` (null: none) is one more level below the master folder;
+  /// with `fileNameSuffix` (null: none) only masters whose names end in "_" + suffix are found.
   OrvDiffCgsFileEngine(const char* subFolder, const char* outputDirectoryTypeName,
                        const char* masterSubFolder, const char* fileNameSuffix);
   ~OrvDiffCgsFileEngine() override;
 
-  /// Looks for outputs on disk only: `testInfo` is not asked.
-  void verifyOutput(const OrvDiffListenerSet& listeners, const char* location,
-                    OrvTestInfo* testInfo) override;
+  /// Looks for the output on disk only and ignores `testInfo`; so does `verifyOutput`.
+  OrvDiffResult* comparePair(const OrvFilePair& pair, OrvTestInfo* testInfo) override;
   std::string getOutputDirectoryTypeName() const override;
   std::string getMasterFileGlobExpression(const std::string& location) const override;
 
@@ -146,10 +145,10 @@ class ORVDIFF_API OrvDiffCgsFileEngine : public OrvDiffTextFileTypeEngine {
   std::string m_fileNameSuffix;
 };
 
-/// Prompt pages. The host says where they lie.
+/// Prompt pages. The host passes their folders.
 class ORVDIFF_API OrvDiffPrpFileEngine : public OrvDiffTextFileTypeEngine {
  public:
-  /// As for `OrvDiffCgsFileEngine`.
+  /// The arguments are those of `OrvDiffCgsFileEngine`.
   OrvDiffPrpFileEngine(const char* subFolder, const char* outputDirectoryTypeName,
                        const char* masterSubFolder);
   ~OrvDiffPrpFileEngine() override;

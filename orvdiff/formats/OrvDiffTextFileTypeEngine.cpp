@@ -17,7 +17,7 @@ OrvDiffTextFileTypeEngine::OrvDiffTextFileTypeEngine(const char* subFolder)
     : OrvDiffFileEngine(subFolder) {}
 
 OrvDiffTextFileTypeEngine::~OrvDiffTextFileTypeEngine() {
-  OrvDiffNormalizationPatterns::reset();  // releases only, so nothing can be raised here
+  OrvDiffNormalizationPatterns::reset();  // only releases, so it cannot throw
 }
 
 void OrvDiffTextFileTypeEngine::verifyOutput(const OrvDiffListenerSet& listeners,
@@ -34,6 +34,10 @@ OrvDiffResult* OrvDiffTextFileTypeEngine::performDiff(const std::string& masterN
   }
   return OrvDiffLib::textFileComparison(masterName, actualName, m_cleansingPatterns.list(), false,
                                         output ? output->text() : nullptr);
+}
+
+const OrvPatternList* OrvDiffTextFileTypeEngine::getCleansingPatterns() const {
+  return &m_cleansingPatterns.list();
 }
 
 void OrvDiffTextFileTypeEngine::addCleansingPattern(const OrvDiffNormalizationPattern* pattern) {

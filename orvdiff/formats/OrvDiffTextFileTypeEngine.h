@@ -7,11 +7,11 @@
 #include "orvdiff/engine/OrvDiffFileEngine.h"
 #include "orvdiff/orvdiff_export.h"
 
-/// Base of the engines whose outputs are compared as normalised text.
+/// Base of the engines that compare outputs as normalised text.
 ///
-/// A concrete engine adds its patterns in its constructor, in the order in which they are to be
-/// applied. The patterns stay valid as long as the engine lives; destroying an engine resets the
-/// catalogue, so the last one frees every compiled pattern.
+/// A concrete engine adds its patterns in its constructor, in the order in which they apply. They
+/// stay valid as long as the engine lives. Destroying an engine resets the catalogue, so destroying
+/// the last one frees every compiled pattern.
 class ORVDIFF_API OrvDiffTextFileTypeEngine : public OrvDiffFileEngine {
  public:
   explicit OrvDiffTextFileTypeEngine(const char* subFolder);
@@ -22,23 +22,23 @@ class ORVDIFF_API OrvDiffTextFileTypeEngine : public OrvDiffFileEngine {
   std::string getOutputDirectoryTypeName() const override = 0;
   std::string getMasterFileGlobExpression(const std::string& location) const override = 0;
 
-  /// Missing files (the master first), a pass when the texts are equal after normalisation, else a
-  /// normalised difference, or a plain one when the engine has no patterns. Carriage returns never
-  /// count. An in-memory text ends at its first NUL; its stream is left unfrozen.
+  /// Returns a missing file (the master first), a pass if the texts are equal after normalisation,
+  /// else a normalised difference, or a plain one if the engine has no patterns. Carriage returns
+  /// never count. An in-memory text ends at its first NUL; its stream is left unfrozen.
   OrvDiffResult* performDiff(const std::string& masterName, const std::string& actualName,
                              std::strstream* inMemoryOutput) override;
 
-  /// The patterns that both texts go through before they are compared. Good while the engine lives.
-  const OrvPatternList& getCleansingPatterns() const { return m_cleansingPatterns.list(); }
+  const OrvPatternList* getCleansingPatterns() const override;
 
  protected:
-  /// Appends a pattern; a null one raises `VELAssertError`.
+  /// Appends a pattern, which the engine borrows unless it is the catalogue's. A null one raises
+  /// `VELAssertError`.
   void addCleansingPattern(const OrvDiffNormalizationPattern* pattern);
 
-  /// Appends patterns of the catalogue, in this order.
+  /// Appends patterns of the catalogue in this order.
   void addCleansingPatterns(
       std::initializer_list<OrvDiffNormalizationPatterns::OrvNormalizationPatternsEnum> ids);
 
  private:
-  OrvHeldPatterns m_cleansingPatterns;
+  OrvSharedPatternList m_cleansingPatterns;
 };

@@ -1,60 +1,118 @@
 #include "orvdiff/platform/OrvWholeFile.h"
 
-#include <sys/stat.h>
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cerrno>
 #include <cstdio>
 
 #include "orvdiff/platform/VELFmDir.h"
-#include "orvdiff/platform/VELFmFile.h"
 
 namespace {
 
-enum class Outcome { NotOpened, NotWritten, Written };
-
-Outcome writeInto(const std::string& name, int createMode, std::string_view bytes) {
-  VELFmFile file;
-  if (file.open(name.c_str(), createMode, 0) == 0) {
-    return Outcome::NotOpened;
-  }
-  const bool written = file.write(bytes.data(), bytes.size()) == bytes.size();
-  return file.close() && written ? Outcome::Written : Outcome::NotWritten;
+std::error_code lastError() {
+  return {errno, std::generic_category()};
 }
 
-/// One name per process and none that anybody else would choose: a process writes one file at a
-/// time.
-std::string nameBeside(const std::string& name) {
-  return name + ".new-" + std::to_string(getpid());
+std::error_code writeAll(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t step = write(descriptor, bytes.data(), bytes.size());
+    if (step < 0 && errno != EINTR) {
+      return lastError();
+    }
+    bytes.remove_prefix(step > 0 ? static_cast<std::size_t>(step) : 0);
+  }
+  return {};
+}
+
+/// Writes everything and closes the file; some errors show only when it is closed.
+std::error_code writeAndClose(int descriptor, std::string_view bytes) {
+  const std::error_code error = writeAll(descriptor, bytes);
+  return close(descriptor) != 0 && !error ? lastError() : error;
+}
+
+/// Takes over owner and permissions as far as user and file system allow.
+void inherit(int descriptor, const struct stat& former) {
+  constexpr mode_t kPermissions = 0777;
+  [[maybe_unused]] const int owned = fchown(descriptor, former.st_uid, former.st_gid);
+  fchmod(descriptor, former.st_mode & kPermissions);
+}
+
+/// A new file beside `path`, with the permissions of any new file.
+struct TemporaryFile {
+  explicit TemporaryFile(const std::string& path) {
+    static std::atomic<unsigned int> count = 0;
+    const std::string start =
+        path.substr(0, path.rfind('/') + 1) + ".orvdiff-" + std::to_string(getpid()) + '-';
+    do {  // a process with this number, on another machine or killed, may have left the name
+      name = start + std::to_string(++count);
+      descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (descriptor < 0 && errno == EEXIST);
+  }
+
+  std::string name;
+  int descriptor;
+};
+
+std::error_code fillAndRename(const TemporaryFile& temporary, const std::string& name,
+                              std::string_view bytes, const struct stat* former) {
+  if (former != nullptr) {
+    inherit(temporary.descriptor, *former);
+  }
+  std::error_code error = writeAndClose(temporary.descriptor, bytes);
+  if (!error && std::rename(temporary.name.c_str(), name.c_str()) != 0) {
+    error = lastError();
+  }
+  if (error) {
+    unlink(temporary.name.c_str());
+  }
+  return error;
+}
+
+std::error_code fillInPlace(int descriptor, const std::string& name, std::string_view bytes) {
+  const std::error_code error = writeAndClose(descriptor, bytes);
+  if (error && truncate(name.c_str(), 0) != 0) {
+    VELFmDir::discardFile(name.c_str());
+  }
+  return error;
 }
 
 }  // namespace
 
+std::error_code OrvWholeFile::replace(const std::string& name, std::string_view bytes,
+                                      const struct stat* former) {
+  const TemporaryFile temporary(name);
+  return temporary.descriptor >= 0 ? fillAndRename(temporary, name, bytes, former) : lastError();
+}
+
+std::error_code OrvWholeFile::overwrite(const std::string& name, std::string_view bytes) {
+  const int descriptor = open(name.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+  return descriptor >= 0 ? fillInPlace(descriptor, name, bytes) : lastError();
+}
+
 bool OrvWholeFile::write(const std::string& name, std::string_view bytes) {
-  struct stat before = {};
-  const bool exists = lstat(name.c_str(), &before) == 0;
-  const bool isFile = exists && S_ISREG(before.st_mode);
+  struct stat former = {};
+  const bool exists = lstat(name.c_str(), &former) == 0;
+  const bool isFile = exists && S_ISREG(former.st_mode);
   if (isFile && access(name.c_str(), W_OK) != 0) {
     return false;
   }
-  if (exists && !isFile && !S_ISLNK(before.st_mode)) {
-    return writeInto(name, VELFmFile::eCreateForWriting, bytes) != Outcome::NotOpened;
-  }
-  const std::string beside = nameBeside(name);
-  unlink(beside.c_str());  // left by a process that was killed
-  Outcome outcome = writeInto(beside, VELFmFile::eCreateNew, bytes);
-  if (outcome == Outcome::NotOpened) {
-    outcome = writeInto(name, VELFmFile::eCreateForWriting, bytes);
-  } else {
-    if (isFile) {
-      chmod(beside.c_str(), before.st_mode & 07777);
-    }
-    if (outcome == Outcome::NotWritten || std::rename(beside.c_str(), name.c_str()) != 0) {
-      unlink(beside.c_str());
-      outcome = Outcome::NotWritten;
+  if (!exists || isFile || S_ISLNK(former.st_mode)) {
+    const TemporaryFile temporary(name);
+    if (temporary.descriptor >= 0) {
+      if (fillAndRename(temporary, name, bytes, isFile ? &former : nullptr)) {
+        VELFmDir::discardFile(name.c_str());
+      }
+      return true;
     }
   }
-  if (outcome == Outcome::NotWritten) {
+  const int descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (descriptor < 0) {
+    return false;
+  }
+  if (fillInPlace(descriptor, name, bytes)) {
     VELFmDir::discardFile(name.c_str());
   }
-  return outcome != Outcome::NotOpened;
+  return true;
 }

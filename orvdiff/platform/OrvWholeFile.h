@@ -1,18 +1,34 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <string>
 #include <string_view>
+#include <system_error>
 
-/// Writing files of which no half may be seen.
-struct OrvWholeFile {
-  /// Makes `name` a file of exactly these bytes; false when it cannot be opened for writing.
-  ///
-  /// The bytes go to a file beside it, which then takes its name: whoever looks meanwhile sees the
-  /// file from before or the new one, several processes may write it at once, and a link under that
-  /// name is replaced, not followed. What is no file (a device) is written to directly, and so is a
-  /// file in a folder that takes no new ones.
-  ///
-  /// What cannot be written completely (a full disk) is dropped without a word, and the file from
-  /// before is removed: it must not pass for this one.
+#include "orvdiff/orvdiff_export.h"
+
+/// Writing a file so that no reader ever sees half of it. Exported for the orvdiff program; not
+/// part of the public interface, so this header is not installed.
+///
+/// The bytes go to a hidden temporary file in the same folder, which then takes the name. Until
+/// then a reader sees the former file; if several processes write the same name at once, the last
+/// one's file remains, whole. Links are replaced, not followed.
+class ORVDIFF_API OrvWholeFile {
+ public:
+  /// Makes `name` a file of exactly these bytes. On an error nothing has changed. The new file gets
+  /// the permissions and owner of `former`, as far as the system allows, or, if that is null, those
+  /// of any new file.
+  static std::error_code replace(const std::string& name, std::string_view bytes,
+                                 const struct stat* former = nullptr);
+
+  /// Writes into an existing file, for names that no other file can take (in a read-only folder, at
+  /// a mount point). If not all bytes fit, the file is left empty or removed.
+  static std::error_code overwrite(const std::string& name, std::string_view bytes);
+
+  /// Writes by `replace`, keeping the permissions of a former file; by `overwrite` if `name` is not
+  /// a file (a device) or the folder takes no new files. Returns false if the file cannot be
+  /// opened for writing. A write that fails later (disk full) is not reported, but the former file
+  /// is removed: nobody must take it for the new one.
   static bool write(const std::string& name, std::string_view bytes);
 };

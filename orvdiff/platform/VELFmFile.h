@@ -5,13 +5,11 @@
 #include <cstdio>
 #include <string>
 
-/// A file as raw bytes. Closed by the destructor; not copied; one thread at a time.
+/// A file read as raw bytes. Closed by the destructor; not copied; one thread at a time.
 class VELFmFile {
  public:
   enum CreateMode {
-    eCreateNew = 1,         ///< for writing; fails when the name is taken, be it by a link
-    eCreateForWriting = 2,  ///< afterwards the file holds exactly the bytes written
-    eOpenExisting = 3,      ///< for reading; the file must exist
+    eOpenExisting = 3,  ///< for reading; the file must exist
   };
 
   VELFmFile() = default;
@@ -19,10 +17,10 @@ class VELFmFile {
   VELFmFile(const VELFmFile&) = delete;
   VELFmFile& operator=(const VELFmFile&) = delete;
 
-  /// Non-zero on success. Only a regular file can be opened for reading: no folder, and no pipe,
-  /// which might keep the caller waiting for ever. `flag` is 1 for reading, 0 for writing. Raises
-  /// `VELStdExceptionError` when a file for reading cannot be opened for lack of memory or
-  /// descriptors: it is not the file that is missing then.
+  /// Opens a file with mode `eOpenExisting` and flag 1. Returns non-zero on success. Only a regular
+  /// file can be opened: not a folder, and not a pipe, which might block forever. Raises
+  /// `VELStdExceptionError` if the process has run out of memory or descriptors: the file is not
+  /// missing then.
   int open(const char* name, int createMode, int flag);
 
   /// Size in bytes when the file was opened.
@@ -34,16 +32,12 @@ class VELFmFile {
   /// Whether a read met an error rather than the end of the file.
   bool hasFailed() const { return m_failed; }
 
-  /// Writes `count` bytes; fewer only after a write error, such as a full disk.
-  std::size_t write(const char* bytes, std::size_t count);
-
-  /// Hands an open file over as a stream that reads it from its start, to be closed by the caller.
-  /// Null when nothing is open. Raises `VELStdExceptionError` when no memory is left, or when the
-  /// file does not go back to its start.
+  /// Turns the open file into a stream that reads it from its start and that the caller closes.
+  /// Null if nothing is open. Raises `VELStdExceptionError` if no memory is left, or if the file
+  /// cannot be rewound.
   FILE* releaseStream();
 
-  /// False when the system reports only now that written bytes did not reach the file.
-  bool close();
+  void close();
 
  private:
   [[noreturn]] void raise(const char* whatFailed, int code) const;

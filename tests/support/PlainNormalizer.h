@@ -1,12 +1,16 @@
 #pragma once
 
-#include <cstring>
+#include <algorithm>
+#include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
+#include <xercesc/util/PlatformUtils.hpp>
 
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
+#include "orvdiff/formats/OrvDiffFormats.h"
 
 /// Shared by the differential test and the fuzz target: the pattern lists to try and the slow,
 /// obvious way of applying one, which the library's shared path must equal byte for byte.
@@ -48,24 +52,37 @@ inline OrvPatternList rows(std::initializer_list<int> indices) {
   return list;
 }
 
-/// The longest list there is.
-inline OrvPatternList htmlPatterns() {
-  return rows({31, 0, 1, 2, 3, 4, 5, 6, 7, 11, 18, 13, 15, 14, 9, 12, 10});
+/// The patterns of a format's engine, or null. The engine, and so the list, lives as long as the
+/// program.
+inline const OrvPatternList* patternsOf(const OrvDiffFormat& format) {
+  static std::map<std::string_view, std::unique_ptr<OrvDiffFileEngine>> engines;
+  std::unique_ptr<OrvDiffFileEngine>& engine = engines[format.name];
+  if (engine == nullptr) {
+    xercesc::XMLPlatformUtils::Initialize();  // for the engines that validate XML
+    OrvFormatArguments arguments;
+    arguments.outputDirectoryTypeName = "any";
+    engine = format.createEngine(arguments);
+  }
+  return engine->getCleansingPatterns();
 }
 
-/// Every catalogue row alone, then the lists of the engines that combine several.
+/// The longest list there is.
+inline OrvPatternList htmlPatterns() {
+  return *patternsOf(*OrvDiffFormats::find("html"));
+}
+
+/// Every catalogue row alone, then every list of several that a format has.
 inline std::vector<OrvPatternList> patternListsToTry() {
   std::vector<OrvPatternList> lists;
   for (int index = 0; index < kCatalogueRows; ++index) {
     lists.push_back(rows({index}));
   }
-  lists.push_back(htmlPatterns());
-  lists.push_back(rows({0, 1, 2, 3, 4, 35, 5, 6, 7, 9, 15, 10, 18, 20}));  // NAO
-  lists.push_back(rows({32, 31, 21, 0, 1, 8, 3, 4, 5, 6}));                // MHT
-  lists.push_back(rows({16, 17, 22}));                                     // CGS
-  lists.push_back(rows({18, 36}));
-  lists.push_back(rows({19, 27}));
-  lists.push_back(rows({0, 8}));
-  lists.push_back(rows({0, 1, 18}));
+  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
+    const OrvPatternList* const list = patternsOf(format);
+    if (list != nullptr && list->size() > 1 &&
+        std::find(lists.begin(), lists.end(), *list) == lists.end()) {
+      lists.push_back(*list);
+    }
+  }
   return lists;
 }

@@ -15,6 +15,7 @@
 #include <system_error>
 #include <vector>
 
+#include "orvdiff/engine/OrvDiffFileEngine.h"
 #include "orvdiff/platform/VELErrors.h"
 #include "orvdiff/registry/OrvDiffListener.h"
 #include "orvdiff/registry/OrvDiffResult.h"
@@ -136,4 +137,12 @@ inline std::string described(OrvDiffResult* result) {
   Recorder recorder;
   owned->notifyListener(recorder);
   return recorder.heard.at(0);
+}
+
+/// What comes of comparing files "m" and "a" with these contents.
+inline std::string compared(OrvDiffFileEngine& engine, const std::string& master,
+                            const std::string& actual) {
+  TestFolder::write("m", master);
+  TestFolder::write("a", actual);
+  return described(engine.performDiff("m", "a", nullptr));
 }

@@ -1,11 +1,15 @@
 #include <sys/stat.h>
 
+#include <type_traits>
+
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "tests/support/Testing.h"
 
 namespace {
 
 using namespace std::string_literals;
+
+static_assert(!std::is_convertible_v<OrvByteBuffer, OrvTextBuffer>, "bytes are not a text");
 
 TEST(FileReading, WholeFilesInBothForms) {
   const TestFolder folder;
@@ -15,7 +19,7 @@ TEST(FileReading, WholeFilesInBothForms) {
     EXPECT_EQ(OrvDiffLib::getFileLength(handle), static_cast<int>(contents.size()));
     EXPECT_EQ(std::string(OrvDiffLib::slurpFile(handle).get(), contents.size() + 1),
               contents + '\0');
-    OrvTextBuffer buffer;
+    OrvByteBuffer buffer;
     unsigned int length = 1;
     EXPECT_TRUE(OrvDiffLib::readFileIntoBuffer("file", buffer, length));
     EXPECT_EQ(std::string(buffer.get(), length), contents);
@@ -29,20 +33,20 @@ TEST(FileReading, WholeFilesInBothForms) {
 TEST(FileReading, FailuresAreClear) {
   const TestFolder folder;
   TestFolder::write("file", "");
-  ASSERT_EQ(mkfifo("pipe", 0600), 0);  // nobody will ever open its other end
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);  // whose other end nobody ever opens
   const char* const kNotOpened[][2] = {{nullptr, "r"}, {"file", nullptr}, {"none", "r"}, {".", "r"},
                                        {".", "w"},     {"pipe", "r"},     {"pipe", "rt"}};
   for (const auto& [path, mode] : kNotOpened) {
     EXPECT_EQ(OrvFileHandle(path, mode), nullptr);
   }
-  OrvTextBuffer buffer = OrvDiffLib::strdupnew("before");
+  OrvByteBuffer buffer(OrvDiffLib::strdupnew("before").release());
   unsigned int length = 77;
   EXPECT_FALSE(OrvDiffLib::readFileIntoBuffer("none", buffer, length));
   EXPECT_FALSE(OrvDiffLib::readFileIntoBuffer(".", buffer, length));
   EXPECT_FALSE(OrvDiffLib::readFileIntoBuffer("pipe", buffer, length));
   EXPECT_EQ(buffer.get() + std::to_string(length), "before77");
   EXPECT_EQ(raisedBy([] { OrvDiffLib::strdupnew(nullptr); }), "OrvDiffLib: VEL_ASSERT(in);");
-  // A file that is longer than it says (all of /proc measures 0), one that cannot be read, none.
+  // A file longer than its size (0 for all of /proc), one not open for reading, and none.
   const std::string kUnreadable =
       "OrvDiffLib: VEL_ASSERT_NAMED(ok, \"Unable to read all of the contents of file \");";
   const std::string kRows[][3] = {{"/proc/self/status", "r", kUnreadable},

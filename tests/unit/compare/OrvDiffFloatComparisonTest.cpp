@@ -99,8 +99,8 @@ TEST(OrvDiffFloatComparison, ShowsTheFirstMismatch) {
   EXPECT_EQ("pass", firstMismatch("1 2", "1\n2"));
 }
 
-// Equal text is skipped in blocks; no number may be cut at their borders.
-TEST(OrvDiffFloatComparison, KeepsNumbersWholeBehindEqualText) {
+// Equal text is skipped in blocks, whose borders must not split a number.
+TEST(OrvDiffFloatComparison, KeepsNumbersWholeAfterEqualText) {
   for (const std::string piece : {" ", "7", "7-", "-", "1.5e3,", "e+"}) {
     std::string common;
     for (int count = 0; count < 150; ++count, common += piece) {

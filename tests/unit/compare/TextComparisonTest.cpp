@@ -9,16 +9,17 @@ using namespace std::string_literals;
 
 TEST(CompareStrings, PositionOfTheFirstDifference) {
   const std::string kLong(4096, 'x');
+  const std::string kLonger = kLong + kLong;
   const std::tuple<std::string, std::string, std::size_t> kRows[] = {
       {"", "", std::string::npos},
       {"ab", "abc", 2},
       {"abc", "ab", 2},
       {"", "x", 0},
       {"\xE9", "\xC3\xA9", 0},
-      {kLong + kLong, kLong + kLong, std::string::npos},
+      {kLonger, kLonger, std::string::npos},
       {kLong + "a", kLong + "b", 4096},
       {kLong, kLong + "x", 4096},
-      {kLong + kLong + "a", kLong + kLong + "b", 8192}};
+      {kLonger + "a", kLonger + "b", 8192}};
   for (const auto& [master, current, position] : kRows) {
     EXPECT_EQ(OrvDiffLib::compareStrings(master.c_str(), current.c_str()), position);
   }
@@ -41,7 +42,8 @@ TEST(ComparisonResult, OnlyANormalisedDifferenceTakesTheTexts) {
 
 TEST(TextFileComparison, FromDiskAndFromMemory) {
   const OrvDiffNormalizationPattern letters("[a-z]", nullptr);
-  const OrvDiffNormalizationPattern digits("(?:[0-9])", nullptr);  // in a form that only ICU runs
+  const OrvDiffNormalizationPattern digits("(?:[0-9])",
+                                           nullptr);  // an expression that only ICU runs
   const OrvPatternList none;
   const OrvPatternList fast = {&letters};
   const OrvPatternList slow = {&digits};
@@ -96,25 +98,26 @@ TEST(TextFileComparison, RefusesWhatIsNull) {
             "OrvDiffLib: VEL_ASSERT(pattern);");
 }
 
-TEST(TextFileComparison, SaysWhatANulKeptFromBeingCompared) {
+TEST(TextFileComparison, APassSaysWhichFileContainsANul) {
   const std::tuple<std::string, std::string, const char*> kRows[] = {
       {"a\0b"s, "a\0b"s, nullptr}, {"a\0b"s, "a\0c"s, "a"}, {"a\0b"s, "a\r"s, "m"},
       {"a", "a\0"s, "a"},          {"a\r", "a", nullptr},
   };
   const TestFolder folder;
-  const auto expectCut = [](OrvDiffResult* compared, const char* cutFile) {
+  const auto expectPass = [](OrvDiffResult* compared, const char* fileWithNul) {
     const std::unique_ptr<OrvDiffResult> result(compared);
     EXPECT_TRUE(result->isPassed());
     const auto* const cut = dynamic_cast<OrvDiffResultPassUpToNul*>(result.get());
-    EXPECT_EQ(cut != nullptr ? cut->getCutFile() : "none", cutFile != nullptr ? cutFile : "none");
+    EXPECT_EQ(cut != nullptr ? cut->getCutFile() : "none",
+              fileWithNul != nullptr ? fileWithNul : "none");
   };
-  for (const auto& [master, actual, cutFile] : kRows) {
+  for (const auto& [master, actual, fileWithNul] : kRows) {
     TestFolder::write("m", master);
     TestFolder::write("a", actual);
-    expectCut(OrvDiffLib::textFileComparison("m", "a", {}, false, nullptr), cutFile);
-    expectCut(OrvDiffLib::vmdFileComparison("m", "a", nullptr), cutFile);
-    const char* const cutMaster = master.find('\0') != std::string::npos ? "m" : nullptr;
-    expectCut(OrvDiffLib::vmdFileComparison("m", "a", actual.c_str()), cutMaster);
+    expectPass(OrvDiffLib::textFileComparison("m", "a", {}, false, nullptr), fileWithNul);
+    expectPass(OrvDiffLib::vmdFileComparison("m", "a", nullptr), fileWithNul);
+    const char* const masterWithNul = master.find('\0') != std::string::npos ? "m" : nullptr;
+    expectPass(OrvDiffLib::vmdFileComparison("m", "a", actual.c_str()), masterWithNul);
   }
 }
 

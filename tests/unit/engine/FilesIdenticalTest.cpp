@@ -7,7 +7,7 @@ namespace {
 
 using namespace std::string_literals;
 
-/// Compares twice, because an engine and its host may; the host has read the stream to its end.
+/// Compares twice, as an engine and its host may; the host has read the stream to its end.
 void expectInMemory(std::iostream& stream, const std::string& actual, const char* expected) {
   stream << actual;
   for (int time = 0; time < 2; ++time) {
@@ -18,7 +18,7 @@ void expectInMemory(std::iostream& stream, const std::string& actual, const char
 
 TEST(FilesIdentical, OnDiskAndInMemory) {
   const std::string kLong(200000, 'x');
-  const std::string k16(16, 'x');  // what a stream reserves at first
+  const std::string k16(16, 'x');  // what a stream first reserves
   const std::tuple<std::string, std::string, const char*> kRows[] = {
       {"", "", "pass m a"},           {"", "a", "diff m a"},
       {"abc", "ab", "diff m a"},      {"ab", "abc", "diff m a"},
@@ -38,33 +38,27 @@ TEST(FilesIdentical, OnDiskAndInMemory) {
     expectInMemory(output, actual, expected);
     output.seekg(0, std::ios::end);
     expectInMemory(output, "", expected);
-    std::string finished = actual;  // what a host may hold without having written it to the stream
+    std::string finished = actual;  // a text that the host did not write through the stream
     std::strstream reading(finished.data(), static_cast<int>(finished.size()), std::ios::in);
     expectInMemory(reading, "", expected);
   }
 }
 
-TEST(FilesIdentical, AStreamThatCannotBeSoughtIsNotTakenForAnEmptyOne) {
-  struct : std::streambuf {
-  } nowhere;
-  std::iostream stream(&nowhere);
-  const TestFolder folder;
-  TestFolder::write("m", "");
-  EXPECT_EQ(described(TestEngine::areFilesIdentical("m", "a", &stream)), "diff m a");
-}
-
 TEST(FilesIdentical, ReportsWhatCannotBeRead) {
   const TestFolder folder;
   TestFolder::write("file", "");
+  struct : std::streambuf {
+  } unseekable;
+  std::iostream stream(&unseekable);
+  EXPECT_EQ(described(TestEngine::areFilesIdentical("file", "a", &stream)), "diff file a");
   std::filesystem::create_symlink("nowhere", "dangling");
+  const char* const kOpensOnly = "/proc/self/mem";  // every read of it fails
   const char* const kRows[][3] = {{"none", "none2", "none"},
                                   {"file", "none", "none"},
                                   {".", "file", "."},
-                                  {"file", ".", "."},
                                   {"dangling", "file", "dangling"},
-                                  // Opens, and then every read of it fails.
-                                  {"/proc/self/mem", "file", "/proc/self/mem"},
-                                  {"file", "/proc/self/mem", "/proc/self/mem"}};
+                                  {kOpensOnly, "file", kOpensOnly},
+                                  {"file", kOpensOnly, kOpensOnly}};
   for (const auto& [master, actual, missing] : kRows) {
     EXPECT_EQ(described(TestEngine::areFilesIdentical(master, actual, nullptr)),
               "missing "s + master + " " + actual + " " + missing);

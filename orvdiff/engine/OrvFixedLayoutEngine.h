@@ -1,18 +1,19 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
-/// Where a format's files lie.
+/// Where a format's files are.
 struct OrvFormatLayout {
   const char* outputDirectoryTypeName;  ///< folder below "../webcontent/bi/"
   const char* masterInfix;              ///< between the master folder and the report name
   const char* masterTail;               ///< after the report name; "*" is any run of characters
 };
 
-/// A file engine whose places are fixed by a layout. Adds the two answers that depend on nothing
-/// else to `Engine`, a class derived from `OrvDiffFileEngine`.
+/// Adds to `Engine`, a class derived from `OrvDiffFileEngine`, the two operations that a fixed
+/// layout answers.
 template <typename Engine>
-class OrvLaidOutEngine : public Engine {
+class OrvFixedLayoutEngine : public Engine {
  public:
   std::string getOutputDirectoryTypeName() const override {
     return m_layout.outputDirectoryTypeName;
@@ -24,8 +25,11 @@ class OrvLaidOutEngine : public Engine {
   }
 
  protected:
-  OrvLaidOutEngine(const char* subFolder, const OrvFormatLayout& layout)
-      : Engine(subFolder), m_layout(layout) {}
+  /// `engineArguments` are what the constructor of `Engine` takes after `subFolder`.
+  template <typename... Arguments>
+  OrvFixedLayoutEngine(const char* subFolder, const OrvFormatLayout& layout,
+                       Arguments&&... engineArguments)
+      : Engine(subFolder, std::forward<Arguments>(engineArguments)...), m_layout(layout) {}
 
  private:
   const OrvFormatLayout m_layout;

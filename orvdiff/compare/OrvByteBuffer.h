@@ -1,0 +1,12 @@
+#pragma once
+
+#include <memory>
+
+/// Releases an `OrvByteBuffer`; its own type keeps bytes from being taken for a text.
+struct OrvByteBufferDeleter {
+  void operator()(const char* bytes) const { delete[] bytes; }
+};
+
+/// Owned bytes whose count is known. No NUL ends them, so they do not convert to an
+/// `OrvTextBuffer`.
+using OrvByteBuffer = std::unique_ptr<char[], OrvByteBufferDeleter>;
