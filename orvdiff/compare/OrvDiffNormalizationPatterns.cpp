@@ -76,7 +76,7 @@ std::shared_ptr<const OrvDiffNormalizationPattern> OrvDiffNormalizationPatterns:
   return nullptr;
 }
 
-void OrvHeldPatterns::add(const OrvDiffNormalizationPattern* pattern) {
+void OrvSharedPatternList::add(const OrvDiffNormalizationPattern* pattern) {
   m_shares.push_back(OrvDiffNormalizationPatterns::share(pattern));
   m_list.push_back(pattern);
 }

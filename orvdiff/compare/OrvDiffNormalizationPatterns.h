@@ -64,7 +64,7 @@ class ORVDIFF_API OrvDiffNormalizationPatterns {
   static void reset();
 
  private:
-  friend class OrvHeldPatterns;
+  friend class OrvSharedPatternList;
 
   struct OrvNormalizationPatternEntry {
     OrvNormalizationPatternsEnum patternId;
@@ -81,11 +81,11 @@ class ORVDIFF_API OrvDiffNormalizationPatterns {
   static OrvNormalizationPatternEntry m_normalizationPatternArray[m_numPatternsInArray];
 };
 
-/// A pattern list that keeps the catalogue's patterns alive while it lives, also across a `reset`.
-/// Patterns from elsewhere are borrowed as ever.
-class ORVDIFF_API OrvHeldPatterns {
+/// A pattern list that shares ownership of the catalogue's patterns, so they outlive a `reset`.
+/// Any other pattern is borrowed: the caller keeps it alive.
+class ORVDIFF_API OrvSharedPatternList {
  public:
-  /// Appends `pattern`, which must not be null. No check for duplicates: a pattern added twice is
+  /// Appends `pattern`, which must not be null. Duplicates are kept: a pattern added twice is
   /// applied twice.
   void add(const OrvDiffNormalizationPattern* pattern);
 

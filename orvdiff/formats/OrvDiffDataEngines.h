@@ -26,7 +26,7 @@ class ORVDIFF_API OrvDiffSingleXlsFileEngine : public OrvDiffDataFormatEngine {
   const OrvPatternList& getCleansingPatterns() const { return m_cleansingPatterns.list(); }
 
  private:
-  OrvHeldPatterns m_cleansingPatterns;
+  OrvSharedPatternList m_cleansingPatterns;
 };
 
 /// Comma-separated values: byte for byte, line ends included.

@@ -45,7 +45,7 @@ class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
   void loadSchema();
   void reportUnusableSchema(const std::string& reason);
 
-  OrvHeldPatterns m_dataCleansingPatterns;
+  OrvSharedPatternList m_dataCleansingPatterns;
   const std::string m_namespaceUri;
   const std::string m_schemaPath;
   std::shared_ptr<DOM_ParserImpl> m_parser;

@@ -40,5 +40,5 @@ class ORVDIFF_API OrvDiffTextFileTypeEngine : public OrvDiffFileEngine {
       std::initializer_list<OrvDiffNormalizationPatterns::OrvNormalizationPatternsEnum> ids);
 
  private:
-  OrvHeldPatterns m_cleansingPatterns;
+  OrvSharedPatternList m_cleansingPatterns;
 };

@@ -213,7 +213,7 @@ TEST(Catalogue, SharesAPatternUntilReset) {
   const auto* const pattern = Patterns::getPattern(Patterns::eCoordElement);
   EXPECT_EQ(Patterns::getPattern(Patterns::eCoordElement), pattern);
   EXPECT_NE(Patterns::getPattern(Patterns::eFilenameElement), pattern);
-  OrvHeldPatterns held;  // keeps the memory, so that the new pattern must lie elsewhere
+  OrvSharedPatternList held;  // keeps the memory, so that the new pattern must lie elsewhere
   held.add(pattern);
   Patterns::reset();
   EXPECT_NE(Patterns::getPattern(Patterns::eCoordElement), pattern);
