@@ -69,7 +69,7 @@ BENCHMARK(compareEqualStrings)->ArgName("bytes")->Arg(1 << 10)->Arg(1 << 18)->Ar
 void findLiteralThatIsNotThere(benchmark::State& state) {
   const std::string page = makePage(kPageSize, 1);
   for (auto _ : state) {
-    benchmark::DoNotOptimize(findLiteral(page, " coords=\"", 0));
+    benchmark::DoNotOptimize(orvdiff::pattern::findLiteral(page, " coords=\"", 0));
   }
   setBytes(state, page.size());
 }

@@ -263,7 +263,7 @@ Outcome replace(const std::vector<Substitution>& list, std::string& text) {
   OrvTextBuffer buffer = OrvDiffLib::strdupnew(text.c_str());
   Outcome outcome = Outcome::Replaced;
   try {
-    WorkingText working(buffer);
+    orvdiff::WorkingText working(buffer);
     for (const Substitution& substitution : list) {
       working.apply(*substitution.pattern);
     }
@@ -302,7 +302,7 @@ bool compareOn(const std::vector<Substitution>& list, bool needsNoIcu, const std
     for (const Substitution& substitution : list) {
       std::cerr << quoted(substitution.expression) << " -> "
                 << (substitution.replacement ? quoted(*substitution.replacement) : "nothing")
-                << (WorkingText::cannotFail({substitution.pattern.get()}) ? "" : " (ICU's)")
+                << (orvdiff::WorkingText::cannotFail({substitution.pattern.get()}) ? "" : " (ICU's)")
                 << '\n';
     }
     std::cerr << "text " << quoted(text) << "\nICU  " << quoted(expected) << "\nhere "
@@ -352,7 +352,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (list.empty()) {
     return 0;
   }
-  const bool needsNoIcu = WorkingText::cannotFail(patterns);
+  const bool needsNoIcu = orvdiff::WorkingText::cannotFail(patterns);
   for (int i = 0; i < kTextsPerList; ++i) {
     if (compareOn(list, needsNoIcu, makeText(choices, grammar.literals()))) {
       ++tally.comparisons;

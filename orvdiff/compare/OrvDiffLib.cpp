@@ -141,8 +141,8 @@ void OrvDiffLib::cleanse(OrvTextBuffer& masterBuffer, OrvTextBuffer& currentBuff
                          const OrvPatternList& patterns) {
   VEL_ASSERT(masterBuffer.get());
   VEL_ASSERT(currentBuffer.get());
-  WorkingText master(masterBuffer);
-  WorkingText current(currentBuffer);
+  orvdiff::WorkingText master(masterBuffer);
+  orvdiff::WorkingText current(currentBuffer);
   master.removeCarriageReturns();
   current.removeCarriageReturns();
   for (const OrvDiffNormalizationPattern* const pattern : patterns) {
@@ -206,7 +206,7 @@ OrvDiffResult* OrvDiffLib::textFileComparison(const std::string& masterName,
                                               const OrvPatternList& patterns, bool writeCleansed,
                                               const char* actualText) {
   // Equal texts stay equal whatever is done to both of them.
-  const bool equalIsEnough = !writeCleansed && WorkingText::cannotFail(patterns);
+  const bool equalIsEnough = !writeCleansed && orvdiff::WorkingText::cannotFail(patterns);
   VELFmFile masterFile;
   VELFmFile actualFile;
   const bool bothOpen = masterFile.open(masterName.c_str(), VELFmFile::eOpenExisting, 1) != 0 &&

@@ -25,7 +25,7 @@ TEST(FindLiteral, FindsWhatThePlainSearchFinds) {
                                        place + literal.size() + 1, kLongestText}) {
         const std::string_view part = std::string_view(text).substr(0, length);
         for (const std::size_t from : {std::size_t{0}, place, place + 1, length}) {
-          ASSERT_EQ(part.find(literal, from), findLiteral(part, literal, from))
+          ASSERT_EQ(part.find(literal, from), orvdiff::pattern::findLiteral(part, literal, from))
               << literal << " at " << place << " of " << length << ", from " << from;
         }
       }
@@ -38,7 +38,7 @@ TEST(FindLiteral, FindsTheFirstOfTwoBytes) {
     std::string text(kLongestText, '.');
     text[place] = place % 2 == 0 ? '\n' : '\r';
     for (const std::size_t from : {std::size_t{0}, place, place + 1}) {
-      ASSERT_EQ(text.find_first_of("\r\n", from), findEither(text, '\n', '\r', from))
+      ASSERT_EQ(text.find_first_of("\r\n", from), orvdiff::pattern::findEither(text, '\n', '\r', from))
           << "at " << place << " from " << from;
     }
   }

@@ -55,7 +55,7 @@ TEST(NormalizationDifferential, SharedPathEqualsIcuOnGeneratedTexts) {
 
 TEST(NormalizationDifferential, NoCatalogueRowNeedsIcu) {
   for (int index = 0; index < kCatalogueRows; ++index) {
-    EXPECT_TRUE(WorkingText::cannotFail(rows({index}))) << "row " << index;
+    EXPECT_TRUE(orvdiff::WorkingText::cannotFail(rows({index}))) << "row " << index;
   }
 }
 
@@ -76,7 +76,7 @@ TEST(NormalizationDifferential, WhatIsNotKnownForCertainIsLeftToIcu) {
   };
   for (const auto& [expression, isOurs] : kExpressions) {
     const OrvDiffNormalizationPattern pattern(expression.c_str(), nullptr);
-    EXPECT_EQ(WorkingText::cannotFail({&pattern}), isOurs) << expression;
+    EXPECT_EQ(orvdiff::WorkingText::cannotFail({&pattern}), isOurs) << expression;
   }
 }
 
