@@ -13,13 +13,13 @@ namespace orvdiff {
 /// leave. A pattern that runs without ICU needs no conversion, copies the text only if something
 /// matched, and raises nothing, even on texts on which ICU's stack reaches its limit.
 ///
-/// There are two buffers: the text, and a second one that is allocated when the first pattern
-/// matches. A pattern that matches writes its result into the second buffer, from the front and
-/// never longer than the text; then the two swap roles. So a text goes through any number of
-/// patterns with one allocation, and the cost of a pattern that matches nothing is its search. The
-/// second buffer is as large as the text was when it was allocated; since texts only shrink, that
-/// stays enough. ICU's patterns are the exception: they bring a buffer of their own, and may
-/// lengthen the text by a character, so the second buffer is dropped after them.
+/// There are two buffers: the text, and a second one, allocated when a pattern first matches. A
+/// pattern that matches writes its result into the second buffer, from the front and never longer
+/// than the text; then the two swap roles. So a text goes through any number of patterns with one
+/// allocation, and the cost of a pattern that matches nothing is its search. The second buffer is
+/// as large as the text was when it was allocated; since texts only shrink, that stays enough.
+/// ICU's patterns are the exception: they bring a buffer of their own, and may lengthen the text by
+/// a character, so the second buffer is dropped after them.
 class WorkingText {
  public:
   /// Works on the text in `buffer`, which must outlive this object and must not be touched

@@ -1,28 +1,28 @@
 #pragma once
 
-#include <cstring>
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
+#include <xercesc/util/PlatformUtils.hpp>
 
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
+#include "orvdiff/formats/OrvDiffFormats.h"
 
-/// Shared by the differential test and the fuzz target: the pattern lists to try and the slow,
-/// obvious way of applying one, which the library's shared path must equal byte for byte.
+/// The pattern lists to try, and the slow, obvious way of applying one, which the library's own way
+/// must equal byte for byte. For tests, fuzz targets and benchmarks.
 
-inline std::string toString(const OrvTextBuffer& buffer) {
-  return buffer.get();
-}
-
-/// Carriage returns, then pattern by pattern, each through ICU with its own conversions.
+/// Removes carriage returns, then applies pattern by pattern through ICU, each with its own
+/// conversions.
 inline std::string normalizePlainly(const std::string& text, const OrvPatternList& patterns) {
   OrvTextBuffer buffer = OrvDiffLib::strdupnew(text.c_str());
   OrvDiffNormalizationPattern("\r", nullptr).normalizeText(buffer);
   for (const OrvDiffNormalizationPattern* const pattern : patterns) {
     pattern->normalizeText(buffer);
   }
-  return toString(buffer);
+  return buffer.get();
 }
 
 /// The library's own way.
@@ -30,42 +30,65 @@ inline std::string normalize(const std::string& text, const OrvPatternList& patt
   OrvTextBuffer master = OrvDiffLib::strdupnew(text.c_str());
   OrvTextBuffer actual = OrvDiffLib::strdupnew("");
   OrvDiffLib::cleanse(master, actual, patterns);
-  return toString(master);
+  return master.get();
 }
 
-constexpr int kCatalogueRows = 37;
+struct NamedPatterns {
+  std::string name;
+  OrvSharedPatternList patterns;
+};
 
-inline const OrvDiffNormalizationPattern* row(int index) {
-  return OrvDiffNormalizationPatterns::getPattern(
-      static_cast<OrvDiffNormalizationPatterns::OrvNormalizationPatternsEnum>(index));
-}
-
-inline OrvPatternList rows(std::initializer_list<int> indices) {
-  OrvPatternList list;
-  for (const int index : indices) {
-    list.push_back(row(index));
+/// Every catalogue row by itself.
+inline std::vector<NamedPatterns> catalogueRows() {
+  using Catalogue = OrvDiffNormalizationPatterns;
+  std::vector<NamedPatterns> rows;
+  for (int id = 0; id <= Catalogue::eReportSpecNamespaceVersion; ++id) {
+    rows.push_back({"row " + std::to_string(id), {}});
+    rows.back().patterns.add(
+        Catalogue::getPattern(static_cast<Catalogue::OrvNormalizationPatternsEnum>(id)));
   }
-  return list;
+  return rows;
+}
+
+/// The list of every format that has one, under the format's name.
+inline std::vector<NamedPatterns> formatPatterns() {
+  xercesc::XMLPlatformUtils::Initialize();  // some engines need it
+  std::vector<NamedPatterns> lists;
+  std::vector<std::unique_ptr<OrvDiffFileEngine>> engines;  // destroying one resets the catalogue
+  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
+    OrvFormatArguments arguments;
+    arguments.outputDirectoryTypeName = "type";
+    engines.push_back(format.createEngine(arguments));
+    const OrvPatternList* const list = OrvDiffFormats::getCleansingPatterns(*engines.back());
+    if (list != nullptr && !list->empty()) {
+      lists.push_back({std::string(format.name), {}});
+      std::for_each(list->begin(), list->end(),
+                    [&](const auto* pattern) { lists.back().patterns.add(pattern); });
+    }
+  }
+  engines.clear();
+  xercesc::XMLPlatformUtils::Terminate();
+  return lists;
+}
+
+/// Every catalogue row, then the formats' lists, without those that an earlier format has too.
+inline std::vector<NamedPatterns> patternListsToTry() {
+  std::vector<NamedPatterns> lists = catalogueRows();
+  for (NamedPatterns& format : formatPatterns()) {
+    const auto isSame = [&](const NamedPatterns& other) {
+      return other.patterns.list() == format.patterns.list();
+    };
+    if (std::none_of(lists.begin(), lists.end(), isSame)) {
+      lists.push_back(std::move(format));
+    }
+  }
+  return lists;
 }
 
 /// The longest list there is.
-inline OrvPatternList htmlPatterns() {
-  return rows({31, 0, 1, 2, 3, 4, 5, 6, 7, 11, 18, 13, 15, 14, 9, 12, 10});
-}
-
-/// Every catalogue row alone, then the lists of the engines that combine several.
-inline std::vector<OrvPatternList> patternListsToTry() {
-  std::vector<OrvPatternList> lists;
-  for (int index = 0; index < kCatalogueRows; ++index) {
-    lists.push_back(rows({index}));
-  }
-  lists.push_back(htmlPatterns());
-  lists.push_back(rows({0, 1, 2, 3, 4, 35, 5, 6, 7, 9, 15, 10, 18, 20}));  // NAO
-  lists.push_back(rows({32, 31, 21, 0, 1, 8, 3, 4, 5, 6}));                // MHT
-  lists.push_back(rows({16, 17, 22}));                                     // CGS
-  lists.push_back(rows({18, 36}));
-  lists.push_back(rows({19, 27}));
-  lists.push_back(rows({0, 8}));
-  lists.push_back(rows({0, 1, 18}));
-  return lists;
+inline OrvSharedPatternList htmlPatterns() {
+  const std::vector<NamedPatterns> lists = formatPatterns();
+  return std::find_if(lists.begin(), lists.end(),
+                      [](const auto& each) { return each.name == "html"; })
+      ->patterns;
 }

@@ -30,10 +30,10 @@
 //   starts with a byte that none of its repetitions takes, so their runs end where that byte occurs
 //   next, and the runs of different rounds overlap no more often than the body has other elements.
 //
-// The first argument is complete; the second is a sketch for loops in loops, where a repetition may
+// This is an argument, not a formal proof; it is weakest for loops in loops, where a repetition may
 // follow an inner loop of any length. No expression is known that breaks the bound, and the tests
-// look for one among random expressions. The constant is that of the expression: the catalogue's
-// patterns take a handful of steps per byte of the worst texts.
+// look for one among random expressions. The constant depends on the expression: for the
+// catalogue's patterns it is about a dozen steps per byte of the worst texts known.
 
 #include "orvdiff/compare/pattern/LinearMatcher.h"
 
@@ -88,17 +88,14 @@ bool LinearMatcher::find(std::size_t from, Match& match) {
 
 /// Whether the literal that every match contains occurs at or after `from`. Not needed if there is
 /// an anchor: the search for that comes to the same.
-bool LinearMatcher::mayMatch(std::size_t from) {
-  const std::string& required = m_program.hints().requiredLiteral;
-  if (!m_program.hints().anchor.empty() || required.empty()) {
+bool LinearMatcher::mayMatch(std::size_t from) const {
+  const SearchHints& hints = m_program.hints();
+  if (!hints.anchor.empty() || hints.requiredLiteral.empty()) {
     return true;
   }
-  if (!m_requiredIsKnown || (m_required != kNone && m_required < from)) {
-    m_required = findLiteral(m_text, required, from);
-    countSteps(std::min(m_required, m_text.size()) - from);
-    m_requiredIsKnown = true;
-  }
-  return m_required != kNone;
+  const std::size_t found = findLiteral(m_text, hints.requiredLiteral, from);
+  countSteps(std::min(found, m_text.size()) - from);
+  return found != kNone;
 }
 
 /// Moves `position` to the next place, at or after it, where the hints allow a match, and sets
@@ -186,7 +183,7 @@ bool LinearMatcher::enter(std::size_t& index, std::size_t& position) {
 }
 
 /// Takes the first choice that the next byte allows. The last choice of a branch is not worth a
-/// frame, except in a loop, where trying it again could go on to the end of the text.
+/// frame, except in a loop, whose body leads back here.
 bool LinearMatcher::enterBranch(std::size_t& index, std::size_t position) {
   const PatternStep& step = m_program.step(index);
   const std::size_t choice = nextChoice(step, position, 0);

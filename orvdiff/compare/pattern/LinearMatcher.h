@@ -50,7 +50,7 @@ class LinearMatcher {
     bool contains(std::size_t position) const { return position >= first && position <= last; }
   };
 
-  bool mayMatch(std::size_t from);
+  bool mayMatch(std::size_t from) const;
   bool nextStart(std::size_t from, std::size_t& position, std::size_t& start) const;
   std::size_t findFirstByte(std::size_t from) const;
   std::size_t findAnchor(std::size_t from) const;
@@ -76,8 +76,6 @@ class LinearMatcher {
   std::vector<DeadStretch> m_dead;  ///< by step
   /// By step: for each branch that has failed, a bit for every position from which it fails.
   std::vector<std::vector<std::uint64_t>> m_failed;
-  std::size_t m_required = 0;  ///< where the required literal occurs next
-  bool m_requiredIsKnown = false;
 };
 
 #ifdef ORVDIFF_COUNT_MATCHER_STEPS
