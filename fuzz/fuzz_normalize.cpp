@@ -11,8 +11,8 @@
 
 namespace {
 
-/// A byte that is the number of a piece stands for that piece, so that the fuzzer need not find the
-/// patterns' long literals letter by letter; any other byte stands for itself.
+/// A byte that is the number of a piece stands for that piece, so that the fuzzer does not have to
+/// find the patterns' long literals letter by letter. Any other byte stands for itself.
 std::string textOf(const std::uint8_t* data, std::size_t size) {
   std::string text;
   for (std::size_t i = 0; i < size; ++i) {
@@ -27,14 +27,14 @@ std::string textOf(const std::uint8_t* data, std::size_t size) {
 
 }  // namespace
 
-/// The first byte selects a pattern list; the rest is a text. The shared path and the plain one
-/// must agree. Where ICU gives up on its stack limit there is nothing to compare with.
+/// The first byte selects a pattern list; the rest is a text. The library must agree with ICU,
+/// unless ICU reaches its stack limit: then there is nothing to compare with.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const std::vector<OrvPatternList> lists = patternListsToTry();
+  static const std::vector<NamedPatterns> lists = patternListsToTry();
   if (size == 0) {
     return 0;
   }
-  const OrvPatternList& patterns = lists[data[0] % lists.size()];
+  const OrvPatternList& patterns = lists[data[0] % lists.size()].patterns.list();
   const std::string text = textOf(data + 1, size - 1);
   std::string plain;
   try {
@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return 0;
   }
   if (plain != normalize(text.c_str(), patterns)) {
-    std::cerr << "the shared path differs from ICU\n";
+    std::cerr << "the library differs from ICU\n";
     std::abort();
   }
   return 0;

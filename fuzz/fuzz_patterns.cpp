@@ -1,7 +1,7 @@
-// Random lists of patterns on random texts: the library's own search must leave what ICU, applied
-// pattern by pattern, leaves. The input's bytes drive a grammar of ICU's expressions, so that most
-// of them are valid and half lie in the subset that the library runs itself; each list is tried on
-// many texts, which are made of what the expressions are made of.
+// Applies random lists of patterns to random texts: the library must leave the same text as ICU
+// does, applied pattern by pattern. The input's bytes drive a grammar of ICU's expressions, so most
+// expressions are valid, and half are in the subset that the library runs itself. Each list is
+// tried on many texts made of the literals that occur in its expressions.
 
 #include <unicode/uregex.h>
 
@@ -24,7 +24,7 @@ namespace {
 
 constexpr int kTextsPerList = 32;
 
-/// The input's bytes, and behind them as many more as are asked for, which depend on them.
+/// Choices driven by the input's bytes; once they are used up, by a generator seeded with them.
 class Choices {
  public:
   Choices(const std::uint8_t* data, std::size_t size) : m_rest(data), m_size(size) {}
@@ -102,7 +102,7 @@ class Grammar {
     return (m_choices.oneIn(4) ? "(?s)" : "") + alternatives(0);
   }
 
-  /// Everything that stands in the expressions for itself: texts are made of it.
+  /// The literals that occur in the expressions.
   const std::vector<std::string>& literals() const { return m_literals; }
 
  private:
@@ -210,7 +210,7 @@ Substitution makeSubstitution(Grammar& grammar, Choices& choices) {
 
 enum class Outcome { Replaced, Failed, GaveUp };
 
-/// One substitution as ICU does it, into a buffer of the text's length and 2.
+/// One substitution by ICU, into a buffer that is 2 code units longer than the text.
 Outcome replacePlainly(const Substitution& substitution, std::string& text) {
   if (text.empty()) {
     return Outcome::Replaced;
@@ -263,7 +263,7 @@ Outcome replace(const std::vector<Substitution>& list, std::string& text) {
   OrvTextBuffer buffer = OrvDiffLib::strdupnew(text.c_str());
   Outcome outcome = Outcome::Replaced;
   try {
-    WorkingText working(buffer);
+    orvdiff::WorkingText working(buffer);
     for (const Substitution& substitution : list) {
       working.apply(*substitution.pattern);
     }
@@ -285,8 +285,8 @@ std::string quoted(std::string_view text) {
   return result + "\"";
 }
 
-/// Compares both ways; aborts where they differ. Where ICU gives up there is nothing to compare
-/// with, but a list that the library runs without ICU must still come to an end.
+/// Compares library and ICU; aborts if they differ. If ICU gives up there is nothing to compare
+/// with, but a list that the library runs without ICU must still terminate.
 bool compareOn(const std::vector<Substitution>& list, bool needsNoIcu, const std::string& text) {
   std::string expected = text;
   const Outcome expectedOutcome = replacePlainly(list, expected);
@@ -302,7 +302,8 @@ bool compareOn(const std::vector<Substitution>& list, bool needsNoIcu, const std
     for (const Substitution& substitution : list) {
       std::cerr << quoted(substitution.expression) << " -> "
                 << (substitution.replacement ? quoted(*substitution.replacement) : "nothing")
-                << (WorkingText::cannotFail({substitution.pattern.get()}) ? "" : " (ICU's)")
+                << (orvdiff::WorkingText::cannotFail({substitution.pattern.get()}) ? ""
+                                                                                   : " (ICU's)")
                 << '\n';
     }
     std::cerr << "text " << quoted(text) << "\nICU  " << quoted(expected) << "\nhere "
@@ -324,7 +325,7 @@ std::string makeText(Choices& choices, const std::vector<std::string>& literals)
   return text.c_str();
 }
 
-/// What this process has compared so far; printed when it ends.
+/// Counts the comparisons of this process; printed when it ends.
 struct Tally {
   unsigned long long comparisons = 0;
   unsigned long long withoutIcu = 0;
@@ -352,7 +353,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (list.empty()) {
     return 0;
   }
-  const bool needsNoIcu = WorkingText::cannotFail(patterns);
+  const bool needsNoIcu = orvdiff::WorkingText::cannotFail(patterns);
   for (int i = 0; i < kTextsPerList; ++i) {
     if (compareOn(list, needsNoIcu, makeText(choices, grammar.literals()))) {
       ++tally.comparisons;

@@ -76,7 +76,7 @@ bool opens(VELFmFile& file, const char* name) {
 
 /// Whether equal texts need not be normalised: they stay equal, and no pattern can raise.
 bool isEqualityEnough(const OrvPatternList& patterns, bool writeCleansed) {
-  return !writeCleansed && WorkingText::cannotFail(patterns);
+  return !writeCleansed && orvdiff::WorkingText::cannotFail(patterns);
 }
 
 void writeCleansedFile(const std::string& baseName, const char* text) {
@@ -198,8 +198,8 @@ void OrvDiffLib::cleanse(OrvTextBuffer& masterBuffer, OrvTextBuffer& currentBuff
                          const OrvPatternList& patterns) {
   VEL_ASSERT(masterBuffer.get());
   VEL_ASSERT(currentBuffer.get());
-  WorkingText master(masterBuffer);
-  WorkingText current(currentBuffer);
+  orvdiff::WorkingText master(masterBuffer);
+  orvdiff::WorkingText current(currentBuffer);
   master.removeCarriageReturns();
   current.removeCarriageReturns();
   for (const OrvDiffNormalizationPattern* const pattern : patterns) {

@@ -3,22 +3,27 @@
 #include <unicode/uregex.h>
 
 #include <algorithm>
-#include <cstring>
+#include <string>
 
-#include "orvdiff/compare/pattern/PatternProgram.h"
+#include "orvdiff/compare/pattern/PatternCompiler.h"
+#include "orvdiff/compare/pattern/Substitution.h"
 #include "orvdiff/compare/pattern/TextCharacters.h"
 #include "orvdiff/platform/I18N.h"
 #include "orvdiff/platform/VELAssert.h"
 #include "orvdiff/platform/VELDowncastSize.h"
 
-/// A replacement as ICU wants it. `length` is -1 for a NUL-terminated text, 0 for none.
+namespace {
+
+/// A replacement as ICU takes it. `length` is -1 for a NUL-terminated text, 0 for none.
 struct OrvReplacementText {
-  std::unique_ptr<char[]> block;  ///< memory behind `text`, unless that is static
+  std::unique_ptr<char[]> block;  ///< memory of `text`, unless that is static
   const char16_t* text;
   int length;
 };
 
-namespace {
+struct CloseExpression {
+  void operator()(URegularExpression* expression) const { uregex_close(expression); }
+};
 
 struct Utf16Text {
   std::unique_ptr<char[]> block;
@@ -34,42 +39,46 @@ Utf16Text toUtf16(const I18NConverter& converter, const char* text) {
   return {std::unique_ptr<char[]>(reinterpret_cast<char*>(units)), units, length};
 }
 
-bool isLiteral(const char* replacement) {
-  return std::all_of(replacement, replacement + std::strlen(replacement),
-                     [](char c) { return isAscii(c) && c != '$' && c != '\\'; });
+bool isLiteral(const std::string& replacement) {
+  return std::all_of(replacement.begin(), replacement.end(),
+                     [](char c) { return orvdiff::pattern::isAscii(c) && c != '$' && c != '\\'; });
 }
 
 }  // namespace
 
-void OrvDiffNormalizationPattern::CloseExpression::operator()(
-    URegularExpression* expression) const {
-  uregex_close(expression);
-}
+class OrvDiffNormalizationPattern::Impl {
+ public:
+  void compile(const char* pattern);
+  void setReplacementText(const char* replacement);
+  void normalizeText(OrvTextBuffer& buffer) const;
+  const orvdiff::pattern::Substitution* substitution() const;
 
-OrvDiffNormalizationPattern::OrvDiffNormalizationPattern(const char* pattern,
-                                                         const char* replacement)
-    : m_converter(std::make_unique<I18NConverter>("UTF-8")) {
+ private:
+  std::unique_ptr<URegularExpression, CloseExpression> m_regEx;
+  I18NConverter m_converter{"UTF-8"};
+  std::unique_ptr<OrvReplacementText> m_replacementStringObj;
+  orvdiff::pattern::Substitution m_substitution;  ///< has no program if only ICU can run it
+};
+
+void OrvDiffNormalizationPattern::Impl::compile(const char* pattern) {
   UErrorCode status = U_ZERO_ERROR;
   m_regEx.reset(uregex_openC(pattern, 0, nullptr, &status));
   if (status == U_ILLEGAL_ARGUMENT_ERROR && pattern != nullptr && *pattern != '\0') {
-    status = U_MEMORY_ALLOCATION_ERROR;  // ICU had none to copy the pattern, and read it as null
+    status = U_MEMORY_ALLOCATION_ERROR;  // ICU failed to copy the pattern, and took it for null
   }
   velCheckIcuMemory(status, VEL_HERE);
   VEL_ASSERT_NAMED(m_regEx, "Regular expression compiled");
   velGuardAllocation(VEL_HERE, [&] {
-    m_program = PatternProgram::compile(pattern);
+    m_substitution.program = orvdiff::pattern::compilePattern(pattern);
     return true;
   });
-  setReplacementText(replacement);
 }
 
-OrvDiffNormalizationPattern::~OrvDiffNormalizationPattern() = default;
-
-void OrvDiffNormalizationPattern::setReplacementText(const char* replacement) {
+void OrvDiffNormalizationPattern::Impl::setReplacementText(const char* replacement) {
   m_replacementStringObj.reset();
   std::unique_ptr<OrvReplacementText> created(velNew<OrvReplacementText>(VEL_HERE));
   if (replacement != nullptr) {
-    Utf16Text converted = toUtf16(*m_converter, replacement);
+    Utf16Text converted = toUtf16(m_converter, replacement);
     created->block = std::move(converted.block);
     created->text = converted.text;
     created->length = -1;
@@ -77,25 +86,26 @@ void OrvDiffNormalizationPattern::setReplacementText(const char* replacement) {
     created->text = u"";
     created->length = 0;
   }
-  m_literalReplacement = replacement != nullptr ? replacement : "";
-  m_replacementIsLiteral = isLiteral(m_literalReplacement.c_str());
+  m_substitution.replacement = replacement != nullptr ? replacement : "";
   m_replacementStringObj = std::move(created);
 }
 
-bool OrvDiffNormalizationPattern::hasProgram() const {
-  // A replacement no longer than the shortest match can never lengthen the text, and lengthening is
-  // the one failure that a program would have to foresee.
-  return m_program != nullptr && m_replacementIsLiteral &&
-         m_literalReplacement.size() <= m_program->minimumLength();
+/// Text can grow only through a replacement longer than the shortest match, and growth is the one
+/// failure of ICU's that the matcher would have to reproduce.
+const orvdiff::pattern::Substitution* OrvDiffNormalizationPattern::Impl::substitution() const {
+  const auto& [program, replacement] = m_substitution;
+  const bool runsWithoutIcu = program != nullptr && isLiteral(replacement) &&
+                              replacement.size() <= program->minimumLength();
+  return runsWithoutIcu ? &m_substitution : nullptr;
 }
 
-void OrvDiffNormalizationPattern::normalizeText(OrvTextBuffer& buffer) const {
+void OrvDiffNormalizationPattern::Impl::normalizeText(OrvTextBuffer& buffer) const {
   VEL_ASSERT(m_replacementStringObj);
   VEL_ASSERT(buffer.get());
   if (buffer[0] == '\0') {
     return;
   }
-  const Utf16Text input = toUtf16(*m_converter, buffer.get());
+  const Utf16Text input = toUtf16(m_converter, buffer.get());
   UErrorCode status = U_ZERO_ERROR;
   uregex_setText(m_regEx.get(), input.text, -1, &status);
   velCheckIcuMemory(status, VEL_HERE);
@@ -111,7 +121,7 @@ void OrvDiffNormalizationPattern::normalizeText(OrvTextBuffer& buffer) const {
                         VELDowncastSize::uint32(capacity, "OrvDiffNormalizationPattern", __LINE__)),
                     &status);
   if (status == U_STRING_NOT_TERMINATED_WARNING) {
-    status = U_BUFFER_OVERFLOW_ERROR;  // no room for the NUL: for ICU a warning, here a failure
+    status = U_BUFFER_OVERFLOW_ERROR;  // no room for the NUL: a warning for ICU, a failure here
   }
   velCheckIcuMemory(status, VEL_HERE);
   // clang-format off
@@ -119,8 +129,29 @@ void OrvDiffNormalizationPattern::normalizeText(OrvTextBuffer& buffer) const {
   // clang-format on
   char* normalized = nullptr;
   int length = 0;
-  m_converter->fromUnicode(&normalized, &length, output.get(), conversionAllocator, nullptr);
+  m_converter.fromUnicode(&normalized, &length, output.get(), conversionAllocator, nullptr);
   buffer.reset(normalized);
+}
+
+OrvDiffNormalizationPattern::OrvDiffNormalizationPattern(const char* pattern,
+                                                         const char* replacement)
+    : m_impl(velNew<Impl>(VEL_HERE)) {
+  m_impl->compile(pattern);
+  m_impl->setReplacementText(replacement);
+}
+
+OrvDiffNormalizationPattern::~OrvDiffNormalizationPattern() = default;
+
+void OrvDiffNormalizationPattern::setReplacementText(const char* replacement) {
+  m_impl->setReplacementText(replacement);
+}
+
+void OrvDiffNormalizationPattern::normalizeText(OrvTextBuffer& buffer) const {
+  m_impl->normalizeText(buffer);
+}
+
+const orvdiff::pattern::Substitution* OrvDiffNormalizationPattern::substitution() const {
+  return m_impl->substitution();
 }
 
 char* OrvDiffNormalizationPattern::conversionAllocator(void* /*context*/, char* pBufferToDelete,

@@ -1,64 +1,56 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "orvdiff/compare/OrvTextBuffer.h"
 #include "orvdiff/orvdiff_export.h"
 
-class I18NConverter;
-class PatternProgram;
-struct OrvReplacementText;
-struct URegularExpression;
+namespace orvdiff {
+class WorkingText;
+namespace pattern {
+struct Substitution;
+}
+}  // namespace orvdiff
 
 /// One regular-expression substitution, applied to every match in a text.
 ///
-/// The expression is ICU's, compiled without flags: case counts, and "." stops at line ends unless
-/// the expression itself says "(?s)". Texts are UTF-8; bytes that are not are kept as they are. A
-/// pattern holds the state of one search: one thread at a time.
+/// The expression has ICU's syntax, compiled without flags: it is case-sensitive, and "." stops at
+/// line ends unless the expression itself says "(?s)". Texts are UTF-8; bytes that are not valid
+/// UTF-8 are kept. A pattern holds the state of a search: use it from one thread at a time.
 class ORVDIFF_API OrvDiffNormalizationPattern {
  public:
-  /// Compiles `pattern`; raises `VELAssertError` when it is no valid expression. `replacement` is
+  /// Compiles `pattern`; raises `VELAssertError` if it is not a valid expression. `replacement` is
   /// as for `setReplacementText`.
   OrvDiffNormalizationPattern(const char* pattern, const char* replacement);
   virtual ~OrvDiffNormalizationPattern();
   OrvDiffNormalizationPattern(const OrvDiffNormalizationPattern&) = delete;
   OrvDiffNormalizationPattern& operator=(const OrvDiffNormalizationPattern&) = delete;
 
-  /// Sets what matches are replaced by, in ICU's syntax ("$1" is a captured group, "\" quotes the
+  /// Sets what replaces a match, in ICU's syntax ("$1" inserts a captured group, "\" quotes the
   /// next character). Null deletes matches.
   void setReplacementText(const char* replacement);
 
-  /// Applies the substitution to the text in `buffer` and leaves the result there as a new array;
-  /// an empty text stays as it is. The result must fit into the text's UTF-16 length plus one code
-  /// unit; a substitution that lengthens the text further raises `VELAssertError`, as does whatever
-  /// else ICU refuses: among that a replacement that names a group which the expression does not
-  /// have, and a text on which the search reaches the limit of ICU's stack. (`OrvDiffLib::cleanse`
-  /// knows no such limit for expressions that the library can search for itself.) After an error
-  /// `buffer` holds what it held before.
+  /// Applies the substitution to the text in `buffer` and puts the result there as a new array; an
+  /// empty text stays as it is. Raises `VELAssertError`, leaving `buffer` unchanged, if the result
+  /// is more than one UTF-16 code unit longer than the text, or if ICU fails: for example because
+  /// the replacement names a group that the expression does not have, or because the search reaches
+  /// the limit of ICU's stack. (`OrvDiffLib::cleanse` has no such limit for the expressions that
+  /// the library can search for by itself.)
   void normalizeText(OrvTextBuffer& buffer) const;
 
-  /// Hands out memory to the text converter: `size` bytes, to be released as `char[]`. Size 0
-  /// releases `pBufferToDelete`; a negative size gives null and status -10, no memory null and
-  /// status -1. `status` may be null; a block to reallocate is not supported.
+  /// Allocates memory for the text converter: `size` bytes, to be released as `char[]`. Size 0
+  /// releases `pBufferToDelete`. A negative size gives null and status -10, lack of memory null and
+  /// status -1. Reallocating a block is not supported.
   static char* conversionAllocator(void* context, char* pBufferToDelete, int size, int* status);
 
  private:
-  friend class WorkingText;
+  friend class orvdiff::WorkingText;
 
-  struct CloseExpression {
-    void operator()(URegularExpression* expression) const;
-  };
+  class Impl;
 
-  /// Whether `WorkingText` may run `m_program` with `m_literalReplacement` instead of ICU: the same
-  /// result wherever ICU has one, and no failure is possible.
-  bool hasProgram() const;
+  /// The pattern in the form that runs without ICU and cannot fail: wherever ICU has a result, this
+  /// has the same. Null if only ICU can run the pattern.
+  const orvdiff::pattern::Substitution* substitution() const;
 
-  std::unique_ptr<URegularExpression, CloseExpression> m_regEx;
-  std::unique_ptr<I18NConverter> m_converter;
-  std::unique_ptr<OrvReplacementText> m_replacementStringObj;
-  /// The expression in the form that the library runs itself; null when only ICU can run it.
-  std::unique_ptr<PatternProgram> m_program;
-  std::string m_literalReplacement;
-  bool m_replacementIsLiteral = true;
+  std::unique_ptr<Impl> m_impl;
 };

@@ -81,11 +81,12 @@ class ORVDIFF_API OrvDiffNormalizationPatterns {
   static OrvNormalizationPatternEntry m_normalizationPatternArray[m_numPatternsInArray];
 };
 
-/// A pattern list that keeps the catalogue's patterns alive, even across a `reset`. Other patterns
-/// are borrowed.
+/// A pattern list that shares ownership of the catalogue's patterns, so they outlive a `reset`.
+/// Any other pattern is borrowed: the caller keeps it alive.
 class ORVDIFF_API OrvSharedPatternList {
  public:
-  /// Appends `pattern`, which must not be null. A pattern added twice is applied twice.
+  /// Appends `pattern`, which must not be null. Duplicates are kept: a pattern added twice is
+  /// applied twice.
   void add(const OrvDiffNormalizationPattern* pattern);
 
   const OrvPatternList& list() const { return m_list; }

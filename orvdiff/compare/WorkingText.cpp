@@ -5,12 +5,13 @@
 #include <string_view>
 
 #include "orvdiff/compare/pattern/LinearMatcher.h"
-#include "orvdiff/compare/pattern/PatternProgram.h"
+#include "orvdiff/compare/pattern/Substitution.h"
 #include "orvdiff/platform/VELAssert.h"
 
+namespace orvdiff {
 namespace {
 
-/// Appends pieces to memory that is large enough for all of them.
+/// Appends pieces to memory that has room for all of them.
 class Appender {
  public:
   explicit Appender(char* memory) : m_begin(memory), m_end(memory) {}
@@ -34,7 +35,7 @@ WorkingText::WorkingText(OrvTextBuffer& buffer)
 
 bool WorkingText::cannotFail(const OrvPatternList& patterns) {
   return std::all_of(patterns.begin(), patterns.end(), [](const auto* pattern) {
-    return pattern != nullptr && pattern->hasProgram();
+    return pattern != nullptr && pattern->substitution() != nullptr;
   });
 }
 
@@ -60,23 +61,22 @@ void WorkingText::removeCarriageReturns() {
 }
 
 void WorkingText::apply(const OrvDiffNormalizationPattern& pattern) {
-  if (pattern.hasProgram()) {
+  if (const orvdiff::pattern::Substitution* const substitution = pattern.substitution()) {
     velGuardAllocation(VEL_HERE, [&] {
-      runProgram(pattern);
+      run(*substitution);
       return true;
     });
     return;
   }
   pattern.normalizeText(m_text);
   m_length = std::strlen(m_text.get());
-  m_scratch.reset();  // the new text may be longer
+  m_scratch.reset();  // too small if the new text is longer
 }
 
-void WorkingText::runProgram(const OrvDiffNormalizationPattern& pattern) {
-  // A match is replaced by something no longer than itself, so the result fits where the text did.
+void WorkingText::run(const pattern::Substitution& substitution) {
   const std::string_view text(m_text.get(), m_length);
-  LinearMatcher matcher(*pattern.m_program, text);
-  LinearMatcher::Match match = {};
+  pattern::LinearMatcher matcher(*substitution.program, text);
+  pattern::LinearMatcher::Match match = {};
   if (!matcher.find(0, match)) {
     return;
   }
@@ -87,7 +87,7 @@ void WorkingText::runProgram(const OrvDiffNormalizationPattern& pattern) {
   std::size_t copied = 0;
   do {
     result.append(text.substr(copied, match.begin - copied));
-    result.append(pattern.m_literalReplacement);
+    result.append(substitution.replacement);
     copied = match.end;
   } while (matcher.find(copied, match));
   result.append(text.substr(copied));
@@ -95,3 +95,5 @@ void WorkingText::runProgram(const OrvDiffNormalizationPattern& pattern) {
   m_scratch[m_length] = '\0';
   m_text.swap(m_scratch);
 }
+
+}  // namespace orvdiff

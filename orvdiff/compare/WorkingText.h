@@ -5,30 +5,42 @@
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
 #include "orvdiff/compare/OrvTextBuffer.h"
 
-/// A text while a whole list of patterns is applied to it.
+namespace orvdiff {
+
+/// A text while a list of patterns is applied to it.
 ///
-/// The result after each step is, byte for byte, what the pattern's own `normalizeText` would
-/// leave. A pattern that has a program needs no conversion of the text, copies it only where
-/// something matched, and does not raise: also not on texts that ICU gives up on because its stack
-/// reaches its limit.
+/// After each pattern the text is, byte for byte, what the pattern's own `normalizeText` would
+/// leave. A pattern that runs without ICU needs no conversion, copies the text only if something
+/// matched, and raises nothing, even on texts on which ICU's stack reaches its limit.
+///
+/// There are two buffers: the text, and a second one, allocated when a pattern first matches. A
+/// pattern that matches writes its result into the second buffer, from the front and never longer
+/// than the text; then the two swap roles. So a text goes through any number of patterns with one
+/// allocation, and the cost of a pattern that matches nothing is its search. The second buffer is
+/// as large as the text was when it was allocated; since texts only shrink, that stays enough.
+/// ICU's patterns are the exception: they bring a buffer of their own, and may lengthen the text by
+/// a character, so the second buffer is dropped after them.
 class WorkingText {
  public:
-  /// Works on the text in `buffer`, which must outlive this object and not be touched by others
-  /// meanwhile. After every operation, also one that raised, `buffer` holds the text as it is then.
+  /// Works on the text in `buffer`, which must outlive this object and must not be touched
+  /// meanwhile. After every operation, even one that raised, `buffer` holds the current text.
   explicit WorkingText(OrvTextBuffer& buffer);
 
-  /// Whether no text can make one of these patterns raise here, short of running out of memory.
+  /// Whether none of these patterns can raise here on any text, short of running out of memory.
   static bool cannotFail(const OrvPatternList& patterns);
 
   void removeCarriageReturns();
 
-  /// Replaces every match of `pattern`. One that is ICU's alone raises what `normalizeText` raises.
+  /// Replaces every match of `pattern`. A pattern that needs ICU raises what `normalizeText`
+  /// raises.
   void apply(const OrvDiffNormalizationPattern& pattern);
 
  private:
-  void runProgram(const OrvDiffNormalizationPattern& pattern);
+  void run(const pattern::Substitution& substitution);
 
   OrvTextBuffer& m_text;
   std::size_t m_length;
-  OrvTextBuffer m_scratch;  ///< as large as the text was at first; trades places with it
+  OrvTextBuffer m_scratch;  ///< the second buffer; null until a pattern matches
 };
+
+}  // namespace orvdiff

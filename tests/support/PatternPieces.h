@@ -4,8 +4,8 @@
 
 #include "orvdiff/platform/OrvDeployment.h"
 
-/// What generated texts are made of: everything a pattern starts with, contains or stops at, and
-/// what is easily taken for it.
+/// The pieces of generated texts: what a pattern starts with, contains or stops at, and near
+/// misses.
 // clang-format off
 inline constexpr std::string_view kPieces[] = {
     "<script", ">", "</script>", "name=\"chart", "\"", "name=\"next", "\" id=\"next", "id=\"next",

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -12,21 +11,18 @@
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
 #include "orvdiff/formats/OrvDiffFormats.h"
 
-/// Shared by the differential test and the fuzz target: the pattern lists to try and the slow,
-/// obvious way of applying one, which the library's shared path must equal byte for byte.
+/// The pattern lists to try, and the slow, obvious way of applying one, which the library's own way
+/// must equal byte for byte. For tests, fuzz targets and benchmarks.
 
-inline std::string toString(const OrvTextBuffer& buffer) {
-  return buffer.get();
-}
-
-/// Carriage returns, then pattern by pattern, each through ICU with its own conversions.
+/// Removes carriage returns, then applies pattern by pattern through ICU, each with its own
+/// conversions.
 inline std::string normalizePlainly(const std::string& text, const OrvPatternList& patterns) {
   OrvTextBuffer buffer = OrvDiffLib::strdupnew(text.c_str());
   OrvDiffNormalizationPattern("\r", nullptr).normalizeText(buffer);
   for (const OrvDiffNormalizationPattern* const pattern : patterns) {
     pattern->normalizeText(buffer);
   }
-  return toString(buffer);
+  return buffer.get();
 }
 
 /// The library's own way.
@@ -34,55 +30,65 @@ inline std::string normalize(const std::string& text, const OrvPatternList& patt
   OrvTextBuffer master = OrvDiffLib::strdupnew(text.c_str());
   OrvTextBuffer actual = OrvDiffLib::strdupnew("");
   OrvDiffLib::cleanse(master, actual, patterns);
-  return toString(master);
+  return master.get();
 }
 
-constexpr int kCatalogueRows = 37;
+struct NamedPatterns {
+  std::string name;
+  OrvSharedPatternList patterns;
+};
 
-inline const OrvDiffNormalizationPattern* row(int index) {
-  return OrvDiffNormalizationPatterns::getPattern(
-      static_cast<OrvDiffNormalizationPatterns::OrvNormalizationPatternsEnum>(index));
-}
-
-inline OrvPatternList rows(std::initializer_list<int> indices) {
-  OrvPatternList list;
-  for (const int index : indices) {
-    list.push_back(row(index));
+/// Every catalogue row by itself.
+inline std::vector<NamedPatterns> catalogueRows() {
+  using Catalogue = OrvDiffNormalizationPatterns;
+  std::vector<NamedPatterns> rows;
+  for (int id = 0; id <= Catalogue::eReportSpecNamespaceVersion; ++id) {
+    rows.push_back({"row " + std::to_string(id), {}});
+    rows.back().patterns.add(
+        Catalogue::getPattern(static_cast<Catalogue::OrvNormalizationPatternsEnum>(id)));
   }
-  return list;
+  return rows;
 }
 
-/// The patterns of a format's engine, or null. The engine, and so the list, lives as long as the
-/// program.
-inline const OrvPatternList* patternsOf(const OrvDiffFormat& format) {
-  static std::map<std::string_view, std::unique_ptr<OrvDiffFileEngine>> engines;
-  std::unique_ptr<OrvDiffFileEngine>& engine = engines[format.name];
-  if (engine == nullptr) {
-    xercesc::XMLPlatformUtils::Initialize();  // for the engines that validate XML
-    OrvFormatArguments arguments;
-    arguments.outputDirectoryTypeName = "any";
-    engine = format.createEngine(arguments);
-  }
-  return engine->getCleansingPatterns();
-}
-
-/// The longest list there is.
-inline OrvPatternList htmlPatterns() {
-  return *patternsOf(*OrvDiffFormats::find("html"));
-}
-
-/// Every catalogue row alone, then every list of several that a format has.
-inline std::vector<OrvPatternList> patternListsToTry() {
-  std::vector<OrvPatternList> lists;
-  for (int index = 0; index < kCatalogueRows; ++index) {
-    lists.push_back(rows({index}));
-  }
+/// The list of every format that has one, under the format's name.
+inline std::vector<NamedPatterns> formatPatterns() {
+  xercesc::XMLPlatformUtils::Initialize();  // some engines need it
+  std::vector<NamedPatterns> lists;
+  std::vector<std::unique_ptr<OrvDiffFileEngine>> engines;  // destroying one resets the catalogue
   for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
-    const OrvPatternList* const list = patternsOf(format);
-    if (list != nullptr && list->size() > 1 &&
-        std::find(lists.begin(), lists.end(), *list) == lists.end()) {
-      lists.push_back(*list);
+    OrvFormatArguments arguments;
+    arguments.outputDirectoryTypeName = "type";
+    engines.push_back(format.createEngine(arguments));
+    const OrvPatternList* const list = engines.back()->getCleansingPatterns();
+    if (list != nullptr && !list->empty()) {
+      lists.push_back({std::string(format.name), {}});
+      std::for_each(list->begin(), list->end(),
+                    [&](const auto* pattern) { lists.back().patterns.add(pattern); });
+    }
+  }
+  engines.clear();
+  xercesc::XMLPlatformUtils::Terminate();
+  return lists;
+}
+
+/// Every catalogue row, then the formats' lists, without those that an earlier format has too.
+inline std::vector<NamedPatterns> patternListsToTry() {
+  std::vector<NamedPatterns> lists = catalogueRows();
+  for (NamedPatterns& format : formatPatterns()) {
+    const auto isSame = [&](const NamedPatterns& other) {
+      return other.patterns.list() == format.patterns.list();
+    };
+    if (std::none_of(lists.begin(), lists.end(), isSame)) {
+      lists.push_back(std::move(format));
     }
   }
   return lists;
+}
+
+/// The longest list there is.
+inline OrvSharedPatternList htmlPatterns() {
+  const std::vector<NamedPatterns> lists = formatPatterns();
+  return std::find_if(lists.begin(), lists.end(),
+                      [](const auto& each) { return each.name == "html"; })
+      ->patterns;
 }

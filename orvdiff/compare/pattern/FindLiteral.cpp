@@ -8,11 +8,12 @@
 #include <emmintrin.h>
 #endif
 
+namespace orvdiff::pattern {
 namespace {
 
-/// The search of the C library. It sets up tables on every call, which is a waste for literals that
+/// The C library's search. It builds tables on every call, which does not pay for literals that
 /// occur every few hundred bytes.
-std::size_t findPlainly(std::string_view text, std::string_view literal, std::size_t from) {
+std::size_t findWithMemmem(std::string_view text, std::string_view literal, std::size_t from) {
   const void* const found =
       memmem(text.data() + from, text.size() - from, literal.data(), literal.size());
   return found == nullptr ? std::string_view::npos
@@ -21,8 +22,9 @@ std::size_t findPlainly(std::string_view text, std::string_view literal, std::si
 
 #if defined(__SSE2__)
 constexpr std::size_t kWidth = sizeof(__m128i);
-constexpr std::size_t kStride = 4 * kWidth;           // a cache line
-constexpr std::size_t kAhead = std::size_t{4} << 10;  // prefetching of its own ends with a page
+constexpr std::size_t kStride = 4 * kWidth;  // a cache line
+constexpr std::size_t kAhead = std::size_t{4}
+                               << 10;  // the hardware prefetcher stops at the end of a page
 
 __m128i load(std::string_view text, std::size_t position) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + position));
@@ -36,10 +38,10 @@ std::size_t lowestBit(std::uint64_t mask) {
   return static_cast<std::size_t>(__builtin_ctzll(mask));
 }
 
-/// The places, one bit each, in the `kStride` bytes from `position` for which `fits` holds, which
-/// looks at `kWidth` places at a time.
+/// A bit for each of the `kStride` positions from `position` on: whether `fits` holds there. `fits`
+/// tests `kWidth` positions at a time.
 template <typename Fits>
-std::uint64_t placesWhere(Fits fits, std::size_t position) {
+std::uint64_t matchMask(Fits fits, std::size_t position) {
   const __m128i first = fits(position);
   const __m128i second = fits(position + kWidth);
   const __m128i third = fits(position + 2 * kWidth);
@@ -59,7 +61,8 @@ std::size_t findLiteral(std::string_view text, std::string_view literal, std::si
     return std::string_view::npos;
   }
 #if defined(__SSE2__)
-  // Many places at a time: those where both the first and the last byte fit are looked at.
+  // Test many positions at a time; compare the whole literal only where its first and its last byte
+  // both fit.
   const std::size_t lastOffset = literal.size() - 1;
   const __m128i first = _mm_set1_epi8(literal.front());
   const __m128i last = _mm_set1_epi8(literal.back());
@@ -69,15 +72,15 @@ std::size_t findLiteral(std::string_view text, std::string_view literal, std::si
   };
   for (; from + lastOffset + kStride <= text.size(); from += kStride) {
     _mm_prefetch(text.data() + from + kAhead, _MM_HINT_T0);
-    for (std::uint64_t mask = placesWhere(bothFit, from); mask != 0; mask &= mask - 1) {
-      const std::size_t place = from + lowestBit(mask);
-      if (std::memcmp(text.data() + place, literal.data(), literal.size()) == 0) {
-        return place;
+    for (std::uint64_t mask = matchMask(bothFit, from); mask != 0; mask &= mask - 1) {
+      const std::size_t candidate = from + lowestBit(mask);
+      if (std::memcmp(text.data() + candidate, literal.data(), literal.size()) == 0) {
+        return candidate;
       }
     }
   }
 #endif
-  return findPlainly(text, literal, from);
+  return findWithMemmem(text, literal, from);
 }
 
 std::size_t findEither(std::string_view text, char one, char other, std::size_t from) {
@@ -90,7 +93,7 @@ std::size_t findEither(std::string_view text, char one, char other, std::size_t 
   };
   for (; from + kStride <= text.size(); from += kStride) {
     _mm_prefetch(text.data() + from + kAhead, _MM_HINT_T0);
-    const std::uint64_t mask = placesWhere(oneFits, from);
+    const std::uint64_t mask = matchMask(oneFits, from);
     if (mask != 0) {
       return from + lowestBit(mask);
     }
@@ -99,3 +102,5 @@ std::size_t findEither(std::string_view text, char one, char other, std::size_t 
   const std::array<char, 2> either = {one, other};
   return text.find_first_of(std::string_view(either.data(), either.size()), from);
 }
+
+}  // namespace orvdiff::pattern

@@ -7,18 +7,17 @@
 
 #include "orvdiff/compare/pattern/PatternProgram.h"
 
-/// Finds the matches of a program in one text, in time that grows in line with the text.
+namespace orvdiff::pattern {
+
+/// Finds the matches of a program in one text, in time linear in the text; LinearMatcher.cpp says
+/// why. The matches are ICU's: leftmost start, alternatives in order, greedy runs longest first,
+/// lazy runs shortest first, and each search resumes where the last match ended.
 ///
-/// The search is ICU's: leftmost start, alternatives in order, greedy runs longest first, lazy runs
-/// shortest first, and a search goes on where the last match ended. What keeps it linear is that
-/// every repetition and every branch remembers from which positions the rest of the expression is
-/// known to fail. Whether it fails depends on nothing but the position, so what one start of a
-/// match has learnt holds for all later ones. ICU's own search is quadratic on, say, ten thousand
-/// "<script" without an end tag, exponential on "a?a?a?...b", and gives up where its stack reaches
-/// its limit; here there is no such limit.
+/// ICU's own search is quadratic on, say, ten thousand "<script" without an end tag, exponential on
+/// "a?a?a?...b", and gives up when its stack reaches its limit. This one has no such limit.
 ///
-/// Memory: an eighth of the text for each branch that has failed, and one frame for each choice
-/// that is still open.
+/// Memory: one bit per byte of the text for each branch that has failed, and one frame for each
+/// choice still open.
 class LinearMatcher {
  public:
   /// Both must outlive the matcher.
@@ -34,25 +33,24 @@ class LinearMatcher {
   bool find(std::size_t from, Match& match);
 
  private:
-  /// A choice to come back to: a repetition that can end elsewhere or a branch with more choices.
+  /// A choice to backtrack to: a repetition that can end elsewhere, or a branch with more choices.
   struct Frame {
     std::size_t step;
-    std::size_t position;  ///< Repeat: where it ends now; Branch: where it stands
+    std::size_t position;  ///< Repeat: where it currently ends; Branch: where it was entered
     std::size_t limit;     ///< Repeat: the first position where it can end; Branch: next choice
-    std::size_t runEnd;    ///< Repeat: the last position where it could end, greedy ones only
+    std::size_t runEnd;    ///< greedy Repeat: the last position where it can end
   };
 
-  /// Positions where the rest of the expression after a repetition is known to fail: `first` to
-  /// `last`, which is where the run of the repeated bytes ends. Only the latest stretch is kept: a
-  /// search goes through the runs in order, so there is next to nothing to gain from older ones.
+  /// The positions, in the latest run of a repetition that failed, from which the rest of the
+  /// expression is known not to match: `first` to `last`, which is where the run ends.
   struct DeadStretch {
     std::size_t first = 1;
-    std::size_t last = 0;  ///< less than `first`: none
+    std::size_t last = 0;  ///< less than `first`: no position
 
     bool contains(std::size_t position) const { return position >= first && position <= last; }
   };
 
-  bool mayMatch(std::size_t from);
+  bool mayMatch(std::size_t from) const;
   bool nextStart(std::size_t from, std::size_t& position, std::size_t& start) const;
   std::size_t findFirstByte(std::size_t from) const;
   std::size_t findAnchor(std::size_t from) const;
@@ -75,9 +73,15 @@ class LinearMatcher {
   const PatternProgram& m_program;
   const std::string_view m_text;
   std::vector<Frame> m_frames;
-  std::vector<DeadStretch> m_dead;
-  /// For each branch that has failed, a bit for every position: whether it fails from there.
+  std::vector<DeadStretch> m_dead;  ///< by step
+  /// By step: for each branch that has failed, a bit for every position from which it fails.
   std::vector<std::vector<std::uint64_t>> m_failed;
-  std::size_t m_required = 0;
-  bool m_requiredIsKnown = false;
 };
+
+#ifdef ORVDIFF_COUNT_MATCHER_STEPS
+/// Steps taken and bytes looked at by all matchers so far. Not part of the library: the tests
+/// compile LinearMatcher.cpp once more with this macro, to check that the count grows linearly.
+extern std::size_t matcherSteps;
+#endif
+
+}  // namespace orvdiff::pattern

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
+namespace orvdiff::pattern {
 namespace {
 
 using Kind = PatternNode::Kind;
@@ -31,7 +32,8 @@ bool repeatsByte(const Sequence& sequence, unsigned char byte) {
 }
 
 /// Whether each repetition of a group starts with a plain character that tells which alternative
-/// this is and that no run inside swallows. No repetition is empty then.
+/// this is and that no run inside the alternative takes. Then no repetition is empty, and the runs
+/// of one repetition end before the next one starts.
 bool startsItsRepetitions(const PatternNode& group) {
   ByteSet starts;
   for (const Sequence& alternative : group.alternatives) {
@@ -83,9 +85,9 @@ class MatchabilityCheck {
     }
   }
 
-  /// Whether what follows a ".*" can match only where ICU's ".*" may end, although every byte is
-  /// tried: it must begin with an ASCII byte, or be the end of everything. A "." that matches line
-  /// ends takes CR LF as one character, so LF must not be that byte.
+  /// Whether what follows a ".*" can match only where ICU's ".*" may end, although the matcher
+  /// tries every byte: it must begin with an ASCII byte, or be the end of the expression. A "."
+  /// that matches line ends takes CR LF as one character, so LF must not be that byte.
   bool canFollowAny(const Sequence& sequence, std::size_t index, bool isOutermost) const {
     for (; index < sequence.size(); ++index) {
       const PatternNode& node = sequence[index];
@@ -103,6 +105,61 @@ class MatchabilityCheck {
   bool m_dotMatchesAll;
 };
 
+/// The longest literal that every match contains; may be empty.
+std::string requiredLiteralOf(const Sequence& sequence) {
+  std::string longest;
+  std::string current;
+  for (const PatternNode& node : sequence) {
+    if (isPlainCharacter(node)) {
+      current += node.character;
+    } else {
+      current.clear();
+    }
+    if (current.size() > longest.size()) {
+      longest = current;
+    }
+  }
+  return longest;
+}
+
+std::string firstBytePairOf(const ByteSet& firstBytes) {
+  std::string pair;
+  for (std::size_t byte = 0; firstBytes.count() <= 2 && byte < firstBytes.size(); ++byte) {
+    if (firstBytes[byte]) {
+      pair += static_cast<char>(byte);
+    }
+  }
+  return pair;
+}
+
+/// Looks for a literal behind at most one run and any number of single bytes. A single byte is no
+/// anchor: the set of first bytes finds it as well.
+void findAnchor(const std::vector<PatternStep>& steps, std::size_t start, SearchHints& hints) {
+  using StepKind = PatternStep::Kind;
+  const PatternStep* step = &steps[start];
+  std::size_t offset = 0;
+  bool hasLeadingRun = false;
+  if (step->kind == StepKind::Repeat && !step->lazy && !step->set.all()) {
+    const ByteSet& run = step->set;
+    step = &steps[step->next];
+    hasLeadingRun =
+        step->kind == StepKind::Literal && !run[static_cast<unsigned char>(step->literal.front())];
+    if (!hasLeadingRun) {
+      return;
+    }
+  }
+  while (step->kind == StepKind::Boundary || step->kind == StepKind::Set) {
+    offset += step->kind == StepKind::Set ? 1 : 0;
+    step = &steps[step->next];
+  }
+  if (step->kind == StepKind::Literal && step->literal.size() > 1) {
+    hints.anchor = step->literal;
+    hints.anchorOffset = offset;
+    hints.anchorFollowers = steps[step->next].firstBytes;
+    hints.hasLeadingRun = hasLeadingRun;
+  }
+}
+
 }  // namespace
 
 std::size_t minimumLengthOf(const Sequence& sequence) {
@@ -116,3 +173,14 @@ std::size_t minimumLengthOf(const Sequence& sequence) {
 bool isMatchableOnBytes(const Sequence& sequence, bool dotMatchesAll) {
   return MatchabilityCheck(dotMatchesAll).isMatchable(sequence, true);
 }
+
+SearchHints searchHintsOf(const Sequence& sequence, const std::vector<PatternStep>& steps,
+                          std::size_t start) {
+  SearchHints hints;
+  hints.requiredLiteral = requiredLiteralOf(sequence);
+  hints.firstBytePair = firstBytePairOf(steps[start].firstBytes);
+  findAnchor(steps, start, hints);
+  return hints;
+}
+
+}  // namespace orvdiff::pattern

@@ -1,7 +1,6 @@
 #include "orvdiff/compare/pattern/PatternParser.h"
 
-#include "orvdiff/compare/pattern/TextCharacters.h"
-
+namespace orvdiff::pattern {
 namespace {
 
 constexpr std::size_t kMaximumBranches = 16;
@@ -105,8 +104,8 @@ bool PatternParser::countBranch() {
   return ++m_branches <= kMaximumBranches;
 }
 
-/// Parses a set of characters and ranges. Sets in sets and the operators "--" and "&&" are ICU's,
-/// as is "[:", which may start the name of a class. A "-" is a character only next to a bracket.
+/// Parses a set of characters and ranges. Nested sets, the operators "--" and "&&", and "[:", which
+/// may start the name of a class, are left to ICU. A "-" is a character only next to a bracket.
 bool PatternParser::parseSet(PatternNode& node) {
   node.kind = PatternNode::Kind::Set;
   if (m_rest.empty() || m_rest.front() == '^' || m_rest.front() == ']' || m_rest.front() == ':') {
@@ -205,3 +204,5 @@ bool PatternParser::parseQuantifier(PatternNode& node) {
   // A second quantifier character would make it possessive, lazy or an error.
   return m_rest.empty() || std::string_view("*+?{").find(m_rest.front()) == std::string_view::npos;
 }
+
+}  // namespace orvdiff::pattern

@@ -4,7 +4,9 @@
 #include <string_view>
 #include <vector>
 
-#include "orvdiff/compare/pattern/PatternProgram.h"
+#include "orvdiff/compare/pattern/TextCharacters.h"
+
+namespace orvdiff::pattern {
 
 /// One element of a parsed expression and how often it may occur.
 struct PatternNode {
@@ -26,10 +28,10 @@ inline bool isPlainCharacter(const PatternNode& node) {
   return node.kind == PatternNode::Kind::Character && node.isPlain();
 }
 
-/// Parses a subset of ICU's syntax. It accepts only what it knows for certain: any other
-/// expression, valid or not, makes `parse` fail and is left to ICU. So are expressions with more
-/// than a few branches, because each costs the search memory. That also bounds how deeply groups
-/// are nested.
+/// Parses a subset of ICU's syntax. It accepts only what it is sure to read as ICU does: `parse`
+/// fails on any other expression, valid or not, and leaves it to ICU. It also leaves expressions
+/// with more than a few branches to ICU, because the matcher keeps a bit map for each. That bounds
+/// how deeply groups nest, too.
 class PatternParser {
  public:
   explicit PatternParser(std::string_view expression) : m_rest(expression) {}
@@ -57,3 +59,5 @@ class PatternParser {
   std::size_t m_branches = 0;  ///< groups and single elements that are optional
   bool m_dotMatchesAll = false;
 };
+
+}  // namespace orvdiff::pattern

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <bitset>
 #include <cstddef>
-#include <memory>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
-using ByteSet = std::bitset<256>;
+#include "orvdiff/compare/pattern/TextCharacters.h"
+
+namespace orvdiff::pattern {
 
 /// One step of a `PatternProgram`. Steps refer to each other by index.
 struct PatternStep {
@@ -36,21 +36,28 @@ struct PatternStep {
   ByteSet firstBytes;
 };
 
-/// A regular expression in the form that `LinearMatcher` runs: the subset of ICU's syntax that
-/// normalisation patterns are made of (literals, byte classes, ".*" and ".*?", groups with
-/// alternatives, "?", "*", "+", "\b", "\s"), over the bytes of a UTF-8 text.
-///
-/// Outside the subset is everything that needs more than bytes and positions (back references,
-/// look-around, negated classes, a lone ".", non-ASCII characters), whatever the parser does not
-/// know for certain, and repeated groups other than "(a...|b...)*", where each alternative starts
-/// with a plain character of its own that no repetition inside the alternative takes. So
-/// "( id[0-9]+)*" is inside, "(a|aa)*", "(a*)*" and "([ab]c)*" are not.
+/// How to find the places where a match can start without running the program at every byte.
+struct SearchHints {
+  /// A literal that every match contains; may be empty.
+  std::string requiredLiteral;
+  /// A literal that stands `anchorOffset` bytes into every match, or right after the leading run.
+  /// If empty, a match can start at any of the program's first bytes.
+  std::string anchor;
+  std::size_t anchorOffset = 0;
+  ByteSet anchorFollowers;     ///< the bytes that may follow the anchor
+  bool hasLeadingRun = false;  ///< the first step repeats a set that the anchor does not start with
+  std::string firstBytePair;   ///< the first bytes if there are at most two, else empty
+};
+
+/// A regular expression in the form that `LinearMatcher` runs. Immutable.
 class PatternProgram {
  public:
-  /// The program for an expression that ICU has accepted, or null when it is outside the subset or
-  /// can match the empty text. Takes time and memory in line with the expression's length, and a
-  /// bounded stack.
-  static std::unique_ptr<PatternProgram> compile(std::string_view expression);
+  PatternProgram(std::vector<PatternStep> steps, std::size_t start, std::size_t minimumLength,
+                 SearchHints hints)
+      : m_steps(std::move(steps)),
+        m_start(start),
+        m_minimumLength(minimumLength),
+        m_hints(std::move(hints)) {}
 
   const PatternStep& step(std::size_t index) const { return m_steps[index]; }
   std::size_t stepCount() const { return m_steps.size(); }
@@ -59,31 +66,18 @@ class PatternProgram {
   /// The number of bytes of the shortest match; at least 1.
   std::size_t minimumLength() const { return m_minimumLength; }
 
-  /// A literal that every match contains; may be empty.
-  const std::string& requiredLiteral() const { return m_requiredLiteral; }
+  const SearchHints& hints() const { return m_hints; }
 
-  /// A literal that stands `anchorOffset` bytes into every match, or right after a leading run of
-  /// `leadingRun` bytes. May be empty: then matches are looked for at every byte of `firstBytes`.
-  const std::string& anchor() const { return m_anchor; }
-  std::size_t anchorOffset() const { return m_anchorOffset; }
-  /// The bytes that may follow the anchor.
-  const ByteSet& anchorFollowers() const { return m_anchorFollowers; }
-  /// The first step when it repeats a set that the anchor does not start with, else null.
-  const PatternStep* leadingRun() const { return m_hasLeadingRun ? &m_steps[m_start] : nullptr; }
-  const ByteSet& firstBytes() const { return m_steps[m_start].firstBytes; }
-  /// The same when they are one or two, else empty.
-  const std::string& fewFirstBytes() const { return m_fewFirstBytes; }
+  /// The first step if a match starts with a run before its anchor, else null.
+  const PatternStep* leadingRun() const {
+    return m_hints.hasLeadingRun ? &m_steps[m_start] : nullptr;
+  }
 
  private:
-  friend class PatternCompiler;
-
   std::vector<PatternStep> m_steps;
-  std::size_t m_start = 0;
-  std::size_t m_minimumLength = 0;
-  std::string m_requiredLiteral;
-  std::string m_anchor;
-  std::size_t m_anchorOffset = 0;
-  ByteSet m_anchorFollowers;
-  bool m_hasLeadingRun = false;
-  std::string m_fewFirstBytes;
+  std::size_t m_start;
+  std::size_t m_minimumLength;
+  SearchHints m_hints;
 };
+
+}  // namespace orvdiff::pattern

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 
+namespace orvdiff::pattern {
 namespace {
 
 bool isCombining(UChar32 c) {
@@ -18,7 +19,7 @@ bool isWordCharacter(UChar32 c) {
                     (U_GET_GC_MASK(c) & (U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK)) != 0);
 }
 
-/// The character at `position`, which moves behind it; negative when the bytes are no valid UTF-8.
+/// The character at `position`, which moves past it; negative if the bytes are not valid UTF-8.
 UChar32 characterAt(std::string_view text, std::size_t& position) {
   const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
   UChar32 character = 0;
@@ -77,3 +78,5 @@ bool isWordBoundary(std::string_view text, std::size_t position) {
   }
   return isWord != (isWordCharacter(before) && !isCombining(before));
 }
+
+}  // namespace orvdiff::pattern

@@ -1,10 +1,14 @@
 #pragma once
 
+#include <bitset>
 #include <cstddef>
 #include <string_view>
 
-/// What ICU's expressions see at a byte position of a UTF-8 text. Bytes that are no valid UTF-8 are
-/// characters of no kind.
+/// What ICU's expressions see at a byte position of a UTF-8 text. Bytes that are not valid UTF-8
+/// belong to no class of characters.
+namespace orvdiff::pattern {
+
+using ByteSet = std::bitset<256>;
 
 /// Whether `c` is one of the 128 ASCII characters, NUL and DEL included.
 inline bool isAscii(char c) {
@@ -28,8 +32,8 @@ inline bool isLineEnd(std::string_view text, std::size_t position) {
   return byte < 0x80 ? byte >= '\n' && byte <= '\r' : isLongLineEnd(text, position);
 }
 
-/// Whether `position` is in the middle of a line end. A "." would take the rest of it for a
-/// character of its own.
+/// Whether `position` is in the middle of a line end. A match must not start there: "." would take
+/// the rest of the line end for a character of its own.
 bool isInsideLineEnd(std::string_view text, std::size_t position);
 
 /// Length in bytes of the white-space character at `position`, 0 if there is none.
@@ -38,3 +42,5 @@ std::size_t whiteSpaceLength(std::string_view text, std::size_t position);
 /// Whether exactly one of the characters before and at `position` is a word character. Combining
 /// characters belong to the one before them.
 bool isWordBoundary(std::string_view text, std::size_t position);
+
+}  // namespace orvdiff::pattern

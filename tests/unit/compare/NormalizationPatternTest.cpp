@@ -10,9 +10,9 @@ const std::string kFailed =
     "OrvDiffNormalizationPattern: VEL_ASSERT_NAMED(U_SUCCESS( status ), \"Replacement using "
     "regular expression failed.\");";
 
-/// What the pattern makes of a text by itself, or the error that it raises (the text must then be
-/// as it was). Checks that a list agrees; carriage returns, which a list removes first, come back
-/// through a pattern before this one.
+/// What `normalizeText` makes of a text, or the error that it raises, which must leave the text
+/// unchanged. Checks that `cleanse` agrees; it removes carriage returns first, so a pattern before
+/// this one brings them back.
 std::string normalized(const OrvDiffNormalizationPattern& pattern, const std::string& text) {
   OrvTextBuffer buffer = OrvDiffLib::strdupnew(text.c_str());
   const std::string error = raisedBy([&] { pattern.normalizeText(buffer); });
@@ -142,9 +142,9 @@ using Patterns = OrvDiffNormalizationPatterns;
 
 struct Row {
   Patterns::OrvNormalizationPatternsEnum id;
-  const char* text;       ///< a text that the pattern must change
-  const char* result;     ///< into this
-  const char* unchanged;  ///< and a near miss that it must leave alone
+  const char* text;       ///< a text that the pattern changes
+  const char* result;     ///< to this
+  const char* unchanged;  ///< a near miss, which it leaves alone
 };
 
 #define NS "http://" ORV_REPORT_NAMESPACE_HOST "/schemas/report/13"
@@ -213,7 +213,7 @@ TEST(Catalogue, SharesAPatternUntilReset) {
   const auto* const pattern = Patterns::getPattern(Patterns::eCoordElement);
   EXPECT_EQ(Patterns::getPattern(Patterns::eCoordElement), pattern);
   EXPECT_NE(Patterns::getPattern(Patterns::eFilenameElement), pattern);
-  OrvSharedPatternList held;  // keeps the memory, so that the new pattern must lie elsewhere
+  OrvSharedPatternList held;  // keeps the old pattern in memory, so the new one is elsewhere
   held.add(pattern);
   Patterns::reset();
   EXPECT_NE(Patterns::getPattern(Patterns::eCoordElement), pattern);

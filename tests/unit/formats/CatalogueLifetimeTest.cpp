@@ -9,8 +9,8 @@ namespace {
 long g_livingBlocks = 0;
 }
 
-// Count what is allocated in this program, to see patterns go. Not inlined, lest the compiler takes
-// new and free for a mismatch.
+// Count the living allocations, to see patterns freed. Not inlined, or the compiler would report
+// new and free as mismatched.
 [[gnu::noinline]] void* operator new(std::size_t size) {
   void* const block = std::malloc(size);
   if (block == nullptr) {
@@ -33,7 +33,7 @@ namespace {
 
 using Patterns = OrvDiffNormalizationPatterns;
 
-/// Creates text engines and destroys them one by one, comparing with all that are left.
+/// Creates text engines and destroys them one by one, comparing with the remaining ones each time.
 void createCompareAndDestroy(bool firstGoesFirst) {
   std::vector<std::unique_ptr<OrvDiffFileEngine>> engines;
   for (const char* const format : {"html", "nao", "single-xls"}) {
@@ -47,11 +47,11 @@ void createCompareAndDestroy(bool firstGoesFirst) {
   }
 }
 
-TEST(CatalogueLifetime, PatternsLiveAsLongAsAnEngineHoldsThemAndNoLonger) {
+TEST(CatalogueLifetime, PatternsLiveExactlyAsLongAsAnEngineHoldsThem) {
   const TestFolder folder;
   TestFolder::write("m", "<p><script>x</script>");
   TestFolder::write("a", "<p><script>y</script>");
-  createCompareAndDestroy(true);  // whatever is allocated once and for all, is now
+  createCompareAndDestroy(true);  // makes the allocations that last for the whole process
   for (const bool firstGoesFirst : {true, false}) {
     const long before = g_livingBlocks;
     createCompareAndDestroy(firstGoesFirst);

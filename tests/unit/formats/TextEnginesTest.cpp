@@ -1,7 +1,7 @@
-#include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/formats/OrvDiffFormats.h"
 #include "orvdiff/formats/OrvDiffTextEngines.h"
 #include "orvdiff/platform/OrvDeployment.h"
+#include "tests/support/PlainNormalizer.h"
 #include "tests/support/Testing.h"
 
 namespace {
@@ -50,7 +50,7 @@ const struct {
     {"prp", {}},
 };
 
-/// A text that each pattern of the catalogue matches as a whole.
+/// For each pattern of the catalogue, a text that it matches as a whole.
 const char* const kMatches[] = {
     "<script></script>", R"(name="chart1")", R"(name="next1" id="next1")", R"(<meta name="Copyright">)",
     R"(<meta name="GeneratorID">)", R"(<meta name="Trademark">)",
@@ -63,9 +63,9 @@ const char* const kMatches[] = {
     "http://" ORV_REPORT_NAMESPACE_HOST "/schemas/report/13.1/"};
 // clang-format on
 
-/// A text on which it shows whether exactly these patterns are applied in exactly this order: each
-/// pattern's match alone, and of patterns that follow one another, each one's match in the other's
-/// at every place, where deleting the inner one first makes the outer one.
+/// A text that reveals whether exactly these patterns are applied in exactly this order: the match
+/// of each pattern of the catalogue, and for two consecutive patterns the match of one inside that
+/// of the other, at every position: only deleting the inner one first leaves a match for the outer.
 std::string makeTellingText(const Ids& ids) {
   std::string text;
   for (const char* const match : kMatches) {
@@ -82,21 +82,16 @@ std::string makeTellingText(const Ids& ids) {
   return text + "\"chart_chart_tmp_1tmp_1\"";
 }
 
-/// The plain way to apply a list: pattern by pattern.
-std::string normalized(const std::string& text, const Ids& ids) {
-  OrvTextBuffer buffer = OrvDiffLib::strdupnew(text.c_str());
-  for (const auto id : ids) {
-    P::getPattern(id)->normalizeText(buffer);
-  }
-  return buffer.get();
-}
-
 TEST(TextEngines, ApplyTheirListsInOrder) {
   const TestFolder folder;
   TestFolder::write("a", "$");
   for (const auto& row : kEngines) {
     const std::string text = makeTellingText(row.ids);
-    const std::string expected = normalized(text, row.ids);
+    OrvPatternList patterns;
+    for (const auto id : row.ids) {
+      patterns.push_back(P::getPattern(id));
+    }
+    const std::string expected = normalizePlainly(text, patterns);
     TestFolder::write("m", text + "\r");
     TestFolder::write("same", text);
     OrvFormatArguments arguments;
@@ -109,7 +104,7 @@ TEST(TextEngines, ApplyTheirListsInOrder) {
   }
 }
 
-TEST(TextEngines, TakeNoNullPattern) {
+TEST(TextEngines, RefuseANullPattern) {
   struct Engine : OrvDiffXmlFileEngine {
     Engine() : OrvDiffXmlFileEngine(nullptr) { addCleansingPattern(nullptr); }
   };

@@ -1,38 +1,36 @@
-#include "orvdiff/compare/pattern/PatternProgram.h"
+#include "orvdiff/compare/pattern/PatternCompiler.h"
 
 #include <utility>
+#include <vector>
 
 #include "orvdiff/compare/pattern/PatternAnalysis.h"
 #include "orvdiff/compare/pattern/PatternParser.h"
 
+namespace orvdiff::pattern {
 namespace {
 
 using Kind = PatternNode::Kind;
 using Sequence = PatternNode::Sequence;
 
-}  // namespace
-
-/// Turns a parsed expression into steps, from its end to its start, so that every step knows the
-/// one after it.
+/// Turns a parsed expression into steps, from its end to its start: a step's first bytes follow
+/// from those of the steps after it.
 class PatternCompiler {
  public:
-  PatternCompiler(PatternProgram& program, bool dotMatchesAll)
-      : m_program(program), m_dotMatchesAll(dotMatchesAll) {}
+  explicit PatternCompiler(bool dotMatchesAll) : m_dotMatchesAll(dotMatchesAll) {}
 
-  void compile(const Sequence& sequence) {
-    m_program.m_minimumLength = minimumLengthOf(sequence);
-    m_program.m_start = emitSequence(sequence, emit(PatternStep()));
-    findFewFirstBytes();
-    findRequiredLiteral(sequence);
-    findAnchor();
+  std::unique_ptr<PatternProgram> compile(const Sequence& sequence) {
+    const std::size_t start = emitSequence(sequence, emit(PatternStep()));
+    SearchHints hints = searchHintsOf(sequence, m_steps, start);
+    return std::make_unique<PatternProgram>(std::move(m_steps), start, minimumLengthOf(sequence),
+                                            std::move(hints));
   }
 
  private:
-  /// Adds a step; those that it refers to are there already.
+  /// Adds a step. The steps that it refers to must exist already.
   std::size_t emit(PatternStep step) {
     step.firstBytes = firstBytesOf(step);
-    m_program.m_steps.push_back(std::move(step));
-    return m_program.m_steps.size() - 1;
+    m_steps.push_back(std::move(step));
+    return m_steps.size() - 1;
   }
 
   std::size_t emitSequence(const Sequence& sequence, std::size_t next) {
@@ -85,7 +83,7 @@ class PatternCompiler {
 
   ByteSet skippableBytes(const PatternStep& repeat) const {
     ByteSet bytes = repeat.set;
-    const PatternStep& next = m_program.m_steps[repeat.next];
+    const PatternStep& next = m_steps[repeat.next];
     if (next.kind == PatternStep::Kind::Literal) {
       bytes.reset(static_cast<unsigned char>(next.literal.front()));
     }
@@ -111,22 +109,23 @@ class PatternCompiler {
     return choices.size() == 1 ? choices.front() : emitBranch(std::move(choices));
   }
 
-  /// A branch that the end of each alternative leads back to. Every alternative starts with a plain
-  /// character, so the branch's first bytes are known before the alternatives are.
+  /// A branch that the end of each alternative leads back to. The alternatives need the branch's
+  /// first bytes and the branch the alternatives' steps, but every alternative starts with a plain
+  /// character, so the first bytes are known beforehand.
   std::size_t emitLoop(const PatternNode& group, std::size_t next) {
     const std::size_t branch = emitBranch({next});
-    ByteSet firstBytes = m_program.m_steps[branch].firstBytes;
+    ByteSet firstBytes = m_steps[branch].firstBytes;
     for (const Sequence& alternative : group.alternatives) {
       firstBytes |= alternative.front().set;
     }
-    m_program.m_steps[branch].firstBytes = firstBytes;
+    m_steps[branch].firstBytes = firstBytes;
     std::vector<std::size_t> choices;
     for (const Sequence& alternative : group.alternatives) {
       choices.push_back(emitSequence(alternative, branch));
     }
     choices.push_back(next);
-    m_program.m_steps[branch].choices = std::move(choices);
-    m_program.m_steps[branch].isLoop = true;
+    m_steps[branch].choices = std::move(choices);
+    m_steps[branch].isLoop = true;
     return branch;
   }
 
@@ -146,16 +145,16 @@ class PatternCompiler {
       case PatternStep::Kind::Set:
         break;
       case PatternStep::Kind::Boundary:
-        bytes = m_program.m_steps[step.next].firstBytes;
+        bytes = m_steps[step.next].firstBytes;
         break;
       case PatternStep::Kind::Repeat:
         if (step.minimum == 0) {
-          bytes |= m_program.m_steps[step.next].firstBytes;
+          bytes |= m_steps[step.next].firstBytes;
         }
         break;
       case PatternStep::Kind::Branch:
         for (const std::size_t choice : step.choices) {
-          bytes |= m_program.m_steps[choice].firstBytes;
+          bytes |= m_steps[choice].firstBytes;
         }
         break;
       case PatternStep::Kind::Space:
@@ -166,66 +165,20 @@ class PatternCompiler {
     return bytes;
   }
 
-  void findFewFirstBytes() {
-    const ByteSet& bytes = m_program.firstBytes();
-    for (std::size_t byte = 0; bytes.count() <= 2 && byte < bytes.size(); ++byte) {
-      if (bytes[byte]) {
-        m_program.m_fewFirstBytes += static_cast<char>(byte);
-      }
-    }
-  }
-
-  void findRequiredLiteral(const Sequence& sequence) {
-    std::string current;
-    for (const PatternNode& node : sequence) {
-      if (isPlainCharacter(node)) {
-        current += node.character;
-      } else {
-        current.clear();
-      }
-      if (current.size() > m_program.m_requiredLiteral.size()) {
-        m_program.m_requiredLiteral = current;
-      }
-    }
-  }
-
-  void findAnchor() {
-    const PatternStep* step = &m_program.m_steps[m_program.m_start];
-    std::size_t offset = 0;
-    bool leadingRun = false;
-    if (step->kind == PatternStep::Kind::Repeat && !step->lazy && !step->set.all()) {
-      const ByteSet& run = step->set;
-      step = &m_program.m_steps[step->next];
-      leadingRun = step->kind == PatternStep::Kind::Literal &&
-                   !run[static_cast<unsigned char>(step->literal.front())];
-      if (!leadingRun) {
-        return;
-      }
-    }
-    while (step->kind == PatternStep::Kind::Boundary || step->kind == PatternStep::Kind::Set) {
-      offset += step->kind == PatternStep::Kind::Set ? 1 : 0;
-      step = &m_program.m_steps[step->next];
-    }
-    if (step->kind == PatternStep::Kind::Literal && step->literal.size() > 1) {
-      m_program.m_anchor = step->literal;
-      m_program.m_anchorOffset = offset;
-      m_program.m_anchorFollowers = m_program.m_steps[step->next].firstBytes;
-      m_program.m_hasLeadingRun = leadingRun;
-    }
-  }
-
-  PatternProgram& m_program;
+  std::vector<PatternStep> m_steps;
   bool m_dotMatchesAll;
 };
 
-std::unique_ptr<PatternProgram> PatternProgram::compile(std::string_view expression) {
+}  // namespace
+
+std::unique_ptr<PatternProgram> compilePattern(std::string_view expression) {
   PatternParser parser(expression);
   Sequence sequence;
   if (!parser.parse(sequence) || !isMatchableOnBytes(sequence, parser.dotMatchesAll()) ||
       minimumLengthOf(sequence) == 0) {
     return nullptr;
   }
-  auto program = std::make_unique<PatternProgram>();
-  PatternCompiler(*program, parser.dotMatchesAll()).compile(sequence);
-  return program;
+  return PatternCompiler(parser.dotMatchesAll()).compile(sequence);
 }
+
+}  // namespace orvdiff::pattern
