@@ -6,7 +6,9 @@
 #include "orvdiff/compare/OrvTextBuffer.h"
 #include "orvdiff/orvdiff_export.h"
 
+namespace orvdiff::host {
 class I18NConverter;
+}
 class PatternProgram;
 struct OrvReplacementText;
 struct URegularExpression;
@@ -55,7 +57,7 @@ class ORVDIFF_API OrvDiffNormalizationPattern {
   bool hasProgram() const;
 
   std::unique_ptr<URegularExpression, CloseExpression> m_regEx;
-  std::unique_ptr<I18NConverter> m_converter;
+  std::unique_ptr<orvdiff::host::I18NConverter> m_converter;
   std::unique_ptr<OrvReplacementText> m_replacementStringObj;
   /// The expression in the form that the library runs itself; null when only ICU can run it.
   std::unique_ptr<PatternProgram> m_program;

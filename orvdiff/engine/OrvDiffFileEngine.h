@@ -23,7 +23,7 @@ struct OrvFilePair {
 ///
 /// Masters lie in a folder "Masters" beside the report's own file. Outputs lie under
 /// "../webcontent/bi/" (from the process's working folder), in a folder named after the output
-/// type. One engine, one thread.
+/// type. For the process's one verifying thread: engines share the pattern catalogue.
 class ORVDIFF_API OrvDiffFileEngine : public OrvDiffEngine {
  public:
   /// `subFolder` (null or empty: none) is a further level below both the master and the output

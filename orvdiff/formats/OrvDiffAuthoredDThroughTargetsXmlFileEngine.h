@@ -6,7 +6,9 @@
 #include "orvdiff/formats/OrvDiffTextEngines.h"
 #include "orvdiff/orvdiff_export.h"
 
+namespace orvdiff::detail {
 class DOM_ParserImpl;
+}
 
 /// Authored drill-through targets: the output on disk must be well-formed XML before it is compared
 /// as normalised text. The host initialises Xerces before it creates the engine, and terminates it
@@ -25,5 +27,5 @@ class ORVDIFF_API OrvDiffAuthoredDThroughTargetsXmlFileEngine : public OrvDiffTe
  private:
   OrvDiffResult* performAuthoredDThroughTargetsValidation(const std::string& fileName);
 
-  std::shared_ptr<DOM_ParserImpl> m_parser;
+  std::shared_ptr<orvdiff::detail::DOM_ParserImpl> m_parser;
 };

@@ -8,6 +8,10 @@
 
 #include "orvdiff/platform/OrvSystemError.h"
 
+namespace orvdiff::host {
+
+using detail::OrvSystemError;
+
 namespace {
 
 /// Repeats `transfer` (a read or write of the bytes from an offset) until `count` bytes are done,
@@ -38,7 +42,7 @@ int VELFmFile::open(const char* name, int createMode, int /*flag*/) {
   m_failed = false;
   const bool writes = createMode != eOpenExisting;
   const int create = O_WRONLY | O_CREAT | (createMode == eCreateNew ? O_EXCL : O_TRUNC);
-  // Without waiting: a pipe would not open before somebody else opens its other end.
+  // Non-blocking: opening a pipe waits until its other end is opened.
   const int flags = writes ? create : O_RDONLY | O_NONBLOCK;
   m_descriptor = ::open(name, flags | O_CLOEXEC, 0666);
   struct stat status = {};
@@ -88,3 +92,5 @@ bool VELFmFile::close() {
   m_descriptor = -1;
   return descriptor < 0 || ::close(descriptor) == 0;
 }
+
+}  // namespace orvdiff::host

@@ -5,11 +5,13 @@
 #include <cstdio>
 #include <string>
 
+namespace orvdiff::host {
+
 /// A file as raw bytes. Closed by the destructor; not copied; one thread at a time.
 class VELFmFile {
  public:
   enum CreateMode {
-    eCreateNew = 1,         ///< for writing; fails when the name is taken, be it by a link
+    eCreateNew = 1,         ///< for writing; fails if the name exists, even as a link
     eCreateForWriting = 2,  ///< afterwards the file holds exactly the bytes written
     eOpenExisting = 3,      ///< for reading; the file must exist
   };
@@ -19,10 +21,10 @@ class VELFmFile {
   VELFmFile(const VELFmFile&) = delete;
   VELFmFile& operator=(const VELFmFile&) = delete;
 
-  /// Non-zero on success. Only a regular file can be opened for reading: no folder, and no pipe,
-  /// which might keep the caller waiting for ever. `flag` is 1 for reading, 0 for writing. Raises
+  /// Non-zero on success. Only a regular file can be opened for reading: not a folder, nor a
+  /// pipe, which could block the caller forever. `flag` is 1 for reading, 0 for writing. Raises
   /// `VELStdExceptionError` when a file for reading cannot be opened for lack of memory or
-  /// descriptors: it is not the file that is missing then.
+  /// descriptors, since the file is not missing then.
   int open(const char* name, int createMode, int flag);
 
   /// Size in bytes when the file was opened.
@@ -37,12 +39,12 @@ class VELFmFile {
   /// Writes `count` bytes; fewer only after a write error, such as a full disk.
   std::size_t write(const char* bytes, std::size_t count);
 
-  /// Hands an open file over as a stream that reads it from its start, to be closed by the caller.
-  /// Null when nothing is open. Raises `VELStdExceptionError` when no memory is left, or when the
-  /// file does not go back to its start.
+  /// Turns the open file into a stream that reads from its start; the caller closes it. Null if
+  /// nothing is open. Raises `VELStdExceptionError` if memory runs out or the file cannot be
+  /// rewound.
   FILE* releaseStream();
 
-  /// False when the system reports only now that written bytes did not reach the file.
+  /// False if the system reports only now that written bytes did not reach the file.
   bool close();
 
  private:
@@ -53,3 +55,7 @@ class VELFmFile {
   std::uint64_t m_length = 0;
   bool m_failed = false;
 };
+
+}  // namespace orvdiff::host
+
+using orvdiff::host::VELFmFile;
