@@ -1,4 +1,4 @@
-// A host with a format of its own: server logs, compared as text without the time of day.
+// A host with a format of its own: server logs, compared as text, ignoring the time of day.
 //
 // usage, from the working folder of the report server: orvdiff_custom_engine REPORT...
 

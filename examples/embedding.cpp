@@ -1,4 +1,4 @@
-// A host in thirty lines: verifies one report, of which one page was never written to disk.
+// A host in thirty lines: verifies a report of which one page exists only in memory.
 //
 // usage, from the demo suite's working folder (examples/demo/server/work): embedding LOG-FILE
 
@@ -30,7 +30,7 @@ int main(int argc, char** argv) {
   registry.addListener(&console);
   registry.addListener(&log);
 
-  OrvTestInfo run;  // this page is held in memory; failing, it is written to its place on disk
+  OrvTestInfo run;  // this page is in memory; if it fails, it is written to disk
   run.addOutput("../webcontent/bi/v5DebugHTML/Revenue_2.html", false)
       << "<html><body>Page 2 was rendered without its table.</body></html>" << std::ends;
   registry.verifyOutput(OrvOutputFormat::Html, "../suite/sales/Revenue.xml", &run);

@@ -1,7 +1,7 @@
-// A test script, to copy and change: what it checks stands in three test cases, what it found goes
-// to results.mxr in the working folder and, as one table, to the console.
+// A test script to copy and change. It runs three test cases, writes its log to results.mxr in the
+// working folder, and prints the results table to the console.
 //
-// Its second test case fails on purpose, to show the dump of a difference.
+// The second test case fails on purpose, to show the dump of a difference.
 
 #include <cstdlib>
 #include <fstream>
@@ -16,7 +16,7 @@ void writeFile(const char* name, const std::string& content) {
   std::ofstream(name, std::ios::binary) << content;
 }
 
-/// A report run, as far as this script is concerned.
+/// Stands for a report run.
 std::string runReport(const std::string& currency) {
   std::string rows = "region;revenue;currency\n";
   for (const char* region : {"North", "East", "South", "West"}) {
@@ -25,7 +25,7 @@ std::string runReport(const std::string& currency) {
   return rows;
 }
 
-/// A check of one's own: the verdict is counted, the line is the script's business.
+/// A check of your own: count the verdict, then write the line.
 void check(MOXTestHarness& harness, const std::string& what, bool holds) {
   if (holds) {
     harness.logCheckPass();

@@ -1,6 +1,11 @@
 #pragma once
 
 /// The whole public interface of orvdiff.
+///
+/// Threads: one thread of a process verifies. Registry, engines, listeners, comparison functions
+/// and the pattern catalogue, which all text engines of a process share, take no locks; two engines
+/// on two threads are a data race. To use several cores, verify in several processes. Two parts may
+/// run on any thread: `OrvDiffFloatComparison`, and the checks of `MOXTestHarness`.
 
 #include "orvdiff/compare/OrvByteBuffer.h"
 #include "orvdiff/compare/OrvDiffFloatComparison.h"

@@ -78,7 +78,8 @@ class ORVDIFF_API OrvDiffNormalizationPatterns {
       const OrvDiffNormalizationPattern* pattern);
 
   static const unsigned short m_numPatternsInArray = 37;
-  static OrvNormalizationPatternEntry m_normalizationPatternArray[m_numPatternsInArray];
+  static ORVDIFF_NO_EXPORT OrvNormalizationPatternEntry
+      m_normalizationPatternArray[m_numPatternsInArray];
 };
 
 /// A pattern list that shares ownership of the catalogue's patterns, so they outlive a `reset`.

@@ -24,7 +24,7 @@ struct OrvFilePair {
 ///
 /// Masters are in a folder "Masters" beside the report's own file. Outputs are in a folder named
 /// after the output type, below "../webcontent/bi/" (relative to the process's working folder).
-/// Use one engine from one thread only.
+/// For the process's one verifying thread: engines share the pattern catalogue.
 class ORVDIFF_API OrvDiffFileEngine : public OrvDiffEngine {
  public:
   /// `subFolder` (null or empty: none) is one more level below both the master and the output

@@ -6,7 +6,9 @@
 #include "orvdiff/formats/OrvDiffTextEngines.h"
 #include "orvdiff/orvdiff_export.h"
 
+namespace orvdiff::detail {
 class DOM_ParserImpl;
+}
 
 /// Layout data: the output, in memory or on disk, must be valid against the layout-data schema
 /// before it is compared as normalised text.
@@ -44,5 +46,5 @@ class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
 
   const std::string m_namespaceUri;
   const std::string m_schemaPath;
-  std::shared_ptr<DOM_ParserImpl> m_parser;
+  std::shared_ptr<orvdiff::detail::DOM_ParserImpl> m_parser;
 };

@@ -6,7 +6,9 @@
 #include "orvdiff/formats/OrvDiffTextEngines.h"
 #include "orvdiff/orvdiff_export.h"
 
+namespace orvdiff::detail {
 class DOM_ParserImpl;
+}
 class XmlErrorHandler;
 
 /// Base of the engines whose output on disk must be well-formed XML before it is compared as
@@ -32,5 +34,5 @@ class ORVDIFF_API OrvDiffWellFormedXmlFileEngine : public OrvDiffTextFormatEngin
   OrvDiffResult* performValidation(const std::string& fileName);
 
   const char* m_unit;
-  std::shared_ptr<DOM_ParserImpl> m_parser;
+  std::shared_ptr<orvdiff::detail::DOM_ParserImpl> m_parser;
 };

@@ -26,6 +26,8 @@ class XmlErrorHandler : public xercesc::ErrorHandler {
   void resetErrors() override;
 };
 
+namespace orvdiff::detail {
+
 /// The parser of one engine, used for one document after the other. It builds no tree, since no one
 /// would look at it, but finds the faults of one that does, in the same places.
 ///
@@ -65,6 +67,10 @@ class DOM_ParserImpl : public xercesc::XercesDOMParser {
   XmlLookupBudget m_lookupBudget;
   XmlTreeSkipper m_treeSkipper;
 };
+
+}  // namespace orvdiff::detail
+
+using orvdiff::detail::DOM_ParserImpl;
 
 /// `message`, the NUL-terminated text of a Xerces exception, as it is printed.
 std::string narrowXmlText(const XMLCh* message);

@@ -1,6 +1,13 @@
-// The checks of MOXTestHarness. Each compares first, then counts its verdict, and only then takes
-// the output to write about it: threads that check at the same time wait for each other as late and
-// as shortly as possible.
+// The checks of MOXTestHarness, the one part that several threads may run at once.
+//
+// A check works in three steps, each with the least locking that is safe. It compares first, which
+// takes by far the longest and touches nothing shared. It then counts its verdict under the lock of
+// the open test case. Only then does it take the output lock, to write headline and dump as one
+// block. So threads wait for each other only while one of them writes. The price: two checks may
+// appear in the log in another order than they were counted in, which changes no total.
+//
+// `m_currentTest`, the level and the log stream are read without a lock. That is safe because the
+// script's thread changes them only while no other thread checks; MOXTestHarness.h states the rule.
 
 #include <cstring>
 
@@ -8,7 +15,8 @@
 #include "orvdiff/harness/MOXFileCheck.h"
 #include "orvdiff/harness/MOXTestHarness.h"
 
-/// How a check ended: what opens its headline, from which level on, and who counts it.
+/// How a check ended: the first word of its headline, the lowest level that shows it, and the
+/// counter.
 struct MOXTestHarness::Verdict {
   const char* word;
   int level;
@@ -67,7 +75,7 @@ int MOXTestHarness::checkMemoryWarn(const char* name, const void* actual, const 
   return checkBlocks(name, actual, expected, length, true);
 }
 
-// A check outside a test case is two script errors: the counter's and the check's own.
+// A check outside a test case is two script errors: one of the counter, one of the check.
 bool MOXTestHarness::countVerdict(const Verdict& verdict, const char* scriptError) {
   if ((this->*verdict.count)() == 1) {
     return true;
@@ -85,7 +93,8 @@ void MOXTestHarness::writeHeadline(const Verdict& verdict, const char* kind, con
 int MOXTestHarness::checkFiles(const char* name, const char* actualFile, const char* expectedFile,
                                bool warn) {
   const MOXOverheadTimer overhead;
-  const std::optional<MOXFileMismatch> mismatch = moxCompareFiles(actualFile, expectedFile);
+  const std::optional<orvdiff::detail::MOXFileMismatch> mismatch =
+      orvdiff::detail::moxCompareFiles(actualFile, expectedFile);
   const Verdict& verdict = Verdict::of(!mismatch, warn);
   if (!countVerdict(verdict, warn ? "check_file_warn() called outside test script"
                                   : "check_file() called outside test script")) {
@@ -111,7 +120,7 @@ int MOXTestHarness::checkBlocks(const char* name, const void* actual, const void
   const MOXOverheadTimer overhead;
   const bool isEqual = isMemoryEqual(actual, expected, length);
   const Verdict& verdict = Verdict::of(isEqual, warn);
-  // The odd bracket is what scripts that read logs look for.
+  // The odd bracket is part of the log format.
   if (!countVerdict(verdict, warn ? "checkMemoryWarn() called outside test script"
                                   : "checkMemory)() called outside test script")) {
     return 0;
@@ -125,14 +134,15 @@ int MOXTestHarness::checkBlocks(const char* name, const void* actual, const void
   return isEqual ? 1 : 0;
 }
 
-// Takes no lock: the callers that write more than a dump hold the output already.
+// Takes no lock: callers that write more than a dump already hold it.
 void MOXTestHarness::dumpDifferences(const void* actual, const void* expected, std::uint32_t count,
                                      std::int64_t baseOffset) {
   if (m_logLevel < MOXLogLevel::Normal) {
     return;
   }
-  const MOXDump dump{static_cast<const unsigned char*>(actual),
-                     static_cast<const unsigned char*>(expected), count, baseOffset};
+  const orvdiff::detail::MOXDump dump{static_cast<const unsigned char*>(actual),
+                                      static_cast<const unsigned char*>(expected), count,
+                                      baseOffset};
   dump.write(stream(), m_logLevel >= MOXLogLevel::Detailed);
 }
 

@@ -6,10 +6,12 @@
 #include <cstring>
 #include <string>
 
+namespace orvdiff::detail {
+
 namespace {
 
 constexpr std::uint32_t kRowBytes = 16;
-constexpr int kRowLimit = 10;  // differing rows; more rarely tell more
+constexpr int kRowLimit = 10;  // differing rows; more are rarely of use
 
 /// One line of a row: a hex column and a character for each byte.
 struct Line {
@@ -32,15 +34,14 @@ struct Line {
     append(column, byte >= 0x20 && byte <= 0x7E ? static_cast<char>(byte) : '.');
   }
 
-  /// `bytes` is the length of the row; a short one is filled up so that the characters line up.
+  /// `bytes` is the length of the row; a short one is padded so that the characters line up.
   void write(std::ostream& out, const char* label, std::uint32_t bytes) const {
     out << label << hex << std::string(std::size_t{4} * (kRowBytes - bytes), ' ') << "     " << text
         << '\n';
   }
 };
 
-/// Ordinary offsets are shown as `int`, so that a negative base keeps its 32 bits; larger ones
-/// whole.
+/// Offsets that fit are shown as `int`, so that a negative one has 32 bits; others in full.
 void writeOffset(std::ostream& out, std::int64_t offset) {
   char line[64];
   if (offset >= INT32_MIN && offset <= INT32_MAX) {
@@ -87,7 +88,7 @@ void MOXDump::write(std::ostream& out, bool everyRow) const {
   int differingRows = 0;
   while (compared < count && differingRows < kRowLimit) {
     const std::uint32_t bytes = std::min(kRowBytes, count - compared);
-    // Most rows of two long blocks are equal: they are passed over without being formatted.
+    // Most rows of two long blocks are equal: skip them without formatting.
     if (!comparable || std::memcmp(actual + compared, expected + compared, bytes) != 0) {
       unequal += writeRow(out, *this, compared, bytes);
       differingRows += comparable ? (everyRow ? 0 : 1) : kRowLimit;
@@ -99,3 +100,5 @@ void MOXDump::write(std::ostream& out, bool everyRow) const {
                 compared, unequal);
   out << totals;
 }
+
+}  // namespace orvdiff::detail

@@ -9,9 +9,11 @@
 
 #include "orvdiff/platform/VELAssert.h"
 
+namespace orvdiff::detail {
+
 namespace {
 
-// Large enough that stdio reads past its own buffer straight into ours.
+// Large enough for stdio to bypass its own buffer and read straight into ours.
 constexpr std::size_t kBlockBytes = std::size_t{64} << 10U;
 
 struct CloseFile {
@@ -19,8 +21,8 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-/// Null when the file cannot be opened. A folder counts as that: it opens, but reads like an empty
-/// file and would equal one.
+/// Null if the file cannot be opened. Folders are refused: one opens, but reads like an empty file
+/// and would equal one.
 File openFile(const char* name) {
   File file(std::fopen(name, "rb"));
   struct stat status = {};
@@ -30,14 +32,14 @@ File openFile(const char* name) {
   return file;
 }
 
-/// A file that is read from its start, block by block.
+/// Reads a file from its start, block by block.
 struct Reader {
   explicit Reader(const char* name) : file(openFile(name)) {}
 
   bool isOpen() const { return file != nullptr; }
   bool isBroken() const { return std::ferror(file.get()) != 0; }
 
-  /// Reads the next block; less than a whole one comes only at the end or before a read error.
+  /// Reads the next block; it is short only at the end of the file or after a read error.
   void next() { size = std::fread(block.get(), 1, kBlockBytes, file.get()); }
 
   /// Reads bytes from `offset` on, for the dump; false when the file cannot be positioned.
@@ -57,7 +59,7 @@ struct Reader {
 
 enum class Outcome { Equal, Differ, Unreadable };
 
-/// Reads both files up to their end or to where they stop being equal, which is `offset`.
+/// Reads both files to their end or to their first difference, which is at `offset`.
 Outcome findMismatch(Reader& actual, Reader& expected, std::int64_t& offset) {
   for (offset = 0;; offset += static_cast<std::int64_t>(kBlockBytes)) {
     expected.next();
@@ -104,7 +106,7 @@ MOXFileMismatch mismatchAt(std::int64_t offset, const Reader& actual, const Read
 }  // namespace
 
 std::optional<MOXFileMismatch> moxCompareFiles(const char* actualFile, const char* expectedFile) {
-  // Where both files are at fault, the actual one is named.
+  // If both files are at fault, the actual one is named.
   if (actualFile == nullptr || expectedFile == nullptr) {
     return failure(actualFile == nullptr ? "Invalid actual file name\n"
                                          : "Invalid expected file name\n");
@@ -127,3 +129,5 @@ std::optional<MOXFileMismatch> moxCompareFiles(const char* actualFile, const cha
                                        : "Unable to read expected file\n");
   }
 }
+
+}  // namespace orvdiff::detail

@@ -7,9 +7,11 @@
 
 #include "orvdiff/harness/MOXTestHarness.h"
 
+namespace orvdiff::detail {
+
 namespace {
 
-// Spelled out at full width, because that is what readers and parsers of the log see.
+// Spelled out at full width, as readers and parsers of the log see them.
 // clang-format off
 const char kDoubleRule[]  = "================================================================================";
 const char kSingleRule[]  = "=------------------------------------------------------------------------------=";
@@ -37,7 +39,7 @@ std::string fitted(const std::string& text, int width) {
          std::string(static_cast<std::size_t>(width - characters), ' ');
 }
 
-/// `text` padded with blanks to `width` characters; a longer one is kept whole.
+/// `text` padded with blanks to `width` characters; never cut.
 std::string padded(const std::string& text, int width) {
   std::string field = fitted(text, width);
   return field.size() < text.size() ? text : field;
@@ -55,7 +57,7 @@ std::string timeStamp() {
   // asctime, because it does not depend on the locale.
   const std::time_t now = std::time(nullptr);
   std::tm local = {};
-  tzset();  // localtime_r need not notice that TZ has changed
+  tzset();  // localtime_r may miss a change of TZ
   localtime_r(&now, &local);
   std::array<char, 64> text = {};  // 26 bytes up to the year 9999
   asctime_r(&local, text.data());
@@ -138,7 +140,7 @@ void MOXReport::write(std::ostream& out) const {
   out << "= Test Finished: " << timeStamp() << std::string(37, ' ') << '=' << std::endl;
   out << kSingleRule << std::endl;
   if (m_level == MOXLogLevel::Concise) {
-    // The second rule is where the rows of test cases would have been.
+    // The rule after this one follows the rows of test cases, which are left out here.
     out << kTotalsHead1 << std::endl << kTotalsHead2 << std::endl << kSingleRule << std::endl;
   } else {
     out << kTableHead1 << std::endl << kTableHead2 << std::endl << kSingleRule << std::endl;
@@ -148,3 +150,5 @@ void MOXReport::write(std::ostream& out) const {
   }
   out << kSingleRule << std::endl << m_totals.text() << std::endl << kDoubleRule << std::endl;
 }
+
+}  // namespace orvdiff::detail

@@ -8,8 +8,10 @@
 
 #include "orvdiff/harness/MOXTestCase.h"
 
-/// The frame that opens a log: every line 80 columns wide, unless a text outgrows its field. A
-/// column is one character (code point) of UTF-8 text.
+namespace orvdiff::detail {
+
+/// The banner that opens a log. Every line is 80 columns wide unless a text exceeds its field; a
+/// column is one code point of UTF-8 text.
 struct MOXBanner {
   int level;
   const char* description;  ///< may be null
@@ -17,19 +19,19 @@ struct MOXBanner {
   /// False at level Minimal, where the banner is two lines.
   bool isFramed() const;
 
-  /// Writes the banner with the current time. `logFileName` is null for a banner that does not say
-  /// where the log is; an empty name shows that there is no log file.
+  /// Writes the banner with the current time. A null `logFileName` omits the log-file line; an
+  /// empty name means that there is no log file.
   void write(std::ostream& out, const std::string* logFileName) const;
 };
 
-/// The results table that closes a log, or what a lower level leaves of it.
+/// The results table that closes a log, shortened at lower levels.
 class MOXReport {
  public:
-  /// Takes the counters as they stand. `otherScriptErrors` were made outside every test case.
+  /// Copies the counters. `otherScriptErrors` occurred outside every test case.
   MOXReport(int level, const std::vector<std::unique_ptr<MOXTestCase>>& tests,
             std::uint32_t otherScriptErrors);
 
-  /// Whether a check failed or a script error was made; false at level None.
+  /// Whether a check failed or a script error occurred; false at level None.
   bool isFailed() const;
 
   /// Writes the report with the current time.
@@ -50,6 +52,8 @@ class MOXReport {
   };
 
   const int m_level;
-  std::vector<Row> m_rows;  // the test cases in start order, then what belongs to none
+  std::vector<Row> m_rows;  // the test cases in start order, then the rest
   Row m_totals;
 };
+
+}  // namespace orvdiff::detail

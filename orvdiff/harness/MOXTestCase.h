@@ -6,7 +6,7 @@
 #include "orvdiff/orvdiff_export.h"
 #include "orvdiff/platform/VELThread.h"
 
-/// A named group of checks in a test script, and how they ended.
+/// A named group of checks in a test script, with their counts.
 ///
 /// Created by `MOXTestHarness::startTest` and owned by the harness until the script ends. The
 /// counters may be changed and read from any thread; each operation takes the test case's own lock.
@@ -20,20 +20,20 @@ class ORVDIFF_API MOXTestCase {
   /// The name as `startTest` was given it.
   std::string getName() const { return m_name; }
 
-  /// Calls that the script made in the wrong order while this test case was open.
+  /// Calls out of order while this test case was open.
   std::uint32_t getScriptErrors() const { return read(m_scriptErrors); }
   /// Checks by their verdict. A warned check does not make the script fail.
   std::uint32_t getChecksFailed() const { return read(m_checksFailed); }
   std::uint32_t getChecksPassed() const { return read(m_checksPassed); }
   std::uint32_t getChecksWarned() const { return read(m_checksWarned); }
 
-  /// For a script that takes over counts from elsewhere.
+  /// For a script that imports counts from elsewhere.
   void setScriptErrors(std::uint32_t count) { write(m_scriptErrors, count); }
   void setChecksFailed(std::uint32_t count) { write(m_checksFailed, count); }
   void setChecksPassed(std::uint32_t count) { write(m_checksPassed, count); }
   void setChecksWarned(std::uint32_t count) { write(m_checksWarned, count); }
 
-  /// What the harness calls as checks come in; exact when many threads do so at once.
+  /// Called by the harness for every check; exact even if many threads do so at once.
   void incrementScriptErrors() { increment(m_scriptErrors); }
   void incrementChecksFailed() { increment(m_checksFailed); }
   void incrementChecksPassed() { increment(m_checksPassed); }

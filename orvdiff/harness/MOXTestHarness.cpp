@@ -15,19 +15,15 @@
 
 namespace {
 
-// Owned here so that the log of a script that never reaches `endScript` is complete all the same
-// when the process exits.
-std::unique_ptr<MOXTestHarness> g_instance;
-
-// Whether the log of the script that ended last was written whole.
+// Whether the log of the script that ended last is complete.
 bool g_isEndedLogComplete = true;
 
-// What the log shows for `text`: a script's null pointer stays visible and harmless.
-const char* orNull(const char* text) {
+// What the log shows for `text`: a script's null pointer is visible but harmless.
+const char* shownText(const char* text) {
   return text != nullptr ? text : "(null)";
 }
 
-// Levels beyond the known ones work by their number, but have no name.
+// Levels other than the known ones work by their number, but have no name.
 const char* levelName(int level) {
   switch (level) {
     case MOXLogLevel::None:
@@ -45,9 +41,9 @@ const char* levelName(int level) {
   }
 }
 
-// The folder that MOX_EFFECTIVE_WORKING_DIR names; empty when it names none. A relative value is
-// resolved when it is first seen: for the next script the process is in that folder already, and
-// would otherwise look for the folder inside itself.
+// The folder that MOX_EFFECTIVE_WORKING_DIR names, or empty. A relative value is resolved when it
+// is first seen: by the next script the process is already in that folder, and would look for the
+// folder inside itself.
 std::filesystem::path workingFolder() {
   static std::string resolvedValue;
   static std::filesystem::path folder;
@@ -63,12 +59,19 @@ std::filesystem::path workingFolder() {
 
 }  // namespace
 
+void MOXTestHarness::Destroy::operator()(MOXTestHarness* harness) const {
+  delete harness;
+}
+
+// An owner, so that a script that never reaches `endScript` still has its whole log when the
+// process exits.
+MOXTestHarness::Owner MOXTestHarness::s_instance;
+
 MOXTestHarness* MOXTestHarness::getInstance() {
-  if (!g_instance) {
-    g_instance = velGuardAllocation(
-        VEL_HERE, [] { return std::unique_ptr<MOXTestHarness>(new MOXTestHarness); });
+  if (!s_instance) {
+    s_instance = velGuardAllocation(VEL_HERE, [] { return Owner(new MOXTestHarness); });
   }
-  return g_instance.get();
+  return s_instance.get();
 }
 
 MOXTestHarness::MOXTestHarness() {
@@ -81,9 +84,9 @@ MOXTestHarness::MOXTestHarness() {
 MOXTestHarness::~MOXTestHarness() {
   try {
     closeLogFile();
-  } catch (...) {  // a script may have asked the stream to throw; there is no one left to tell
+  } catch (...) {  // a script can make the stream throw; a destructor cannot report it
   }
-  // A lock must not die while it is held, whatever the script forgot.
+  // A lock must not be destroyed while it is held, even if the script forgot to release it.
   while (m_outputHolder.load() == std::this_thread::get_id()) {
     lockOutput(false);
   }
@@ -102,14 +105,14 @@ bool MOXTestHarness::openLogFile(const char* fileName, bool atEnd) {
   m_logFileName = fileName != nullptr ? fileName : "results.mxr";
   closeLogFile();
   m_ownedLogFile = velGuardAllocation(VEL_HERE, [] { return std::make_unique<std::ofstream>(); });
-  // Also when opening fails: a log that was meant for a file does not spill onto the console.
+  // Even if opening fails: a log meant for a file does not spill onto the console.
   m_logStream = m_ownedLogFile.get();
   m_ownedLogFile->open(m_logFileName, atEnd ? std::ios::app : std::ios::trunc);
   return m_ownedLogFile->is_open();
 }
 
 bool MOXTestHarness::closeLogFile() {
-  // Forgotten first: a stream that throws while it is closed must not stay behind as the log.
+  // Reset first: a stream that throws in close() must not remain the log.
   m_logStream = nullptr;
   if (m_ownedLogFile == nullptr) {
     return false;
@@ -128,7 +131,7 @@ std::ostream& MOXTestHarness::getLogStream() {
 }
 
 bool MOXTestHarness::isLogComplete() {
-  return g_instance != nullptr ? g_instance->stream().flush().good() : g_isEndedLogComplete;
+  return s_instance != nullptr ? s_instance->stream().flush().good() : g_isEndedLogComplete;
 }
 
 std::ostream& MOXTestHarness::stream() const {
@@ -138,9 +141,9 @@ std::ostream& MOXTestHarness::stream() const {
 std::ostream& MOXTestHarness::logMessage(const char* text, int level) {
   std::ostream& out = stream();
   if (level <= m_logLevel) {
-    const std::string_view piece = orNull(text);
+    const std::string_view piece = shownText(text);
     out << piece;
-    // Failures, warnings and script errors must survive a crash, whose cause they may tell.
+    // Failures, warnings and script errors must survive a crash: they may tell its cause.
     if (level <= MOXLogLevel::Minimal && !piece.empty() && piece.back() == '\n') {
       out.flush();
     }
@@ -168,7 +171,7 @@ void MOXTestHarness::lockOutput(bool enter) {
     m_outputLock.enter();
     m_outputHolder = self;
     ++m_outputDepth;
-  } else if (m_outputHolder.load() == self) {  // unlocking what one does not hold is undefined
+  } else if (m_outputHolder.load() == self) {  // unlocking without holding is undefined
     if (--m_outputDepth == 0) {
       m_outputHolder = std::thread::id();
     }
@@ -177,7 +180,7 @@ void MOXTestHarness::lockOutput(bool enter) {
 }
 
 void MOXTestHarness::writeText(const char* text) {
-  getInstance()->getLogStream() << orNull(text);
+  getInstance()->getLogStream() << shownText(text);
 }
 
 void MOXTestHarness::startScript(const char* description) {
@@ -186,7 +189,7 @@ void MOXTestHarness::startScript(const char* description) {
     return;
   }
   m_scriptActive = true;
-  const MOXBanner banner{m_logLevel, description};
+  const orvdiff::detail::MOXBanner banner{m_logLevel, description};
   if (banner.isFramed()) {
     getLogStream();  // a framed banner makes the console the log when there is no other
   }
@@ -198,14 +201,14 @@ void MOXTestHarness::startScript(const char* description) {
 }
 
 int MOXTestHarness::endScript(bool reportToConsoleToo) {
-  // Ends the script also when a stream throws that was asked to.
-  const std::unique_ptr<MOXTestHarness> ended = std::move(g_instance);
+  // Ends the script even if its stream throws.
+  const Owner ended = std::move(s_instance);
   g_isEndedLogComplete = false;
   if (!m_scriptActive) {
     logScriptError(">> Script Error: endScript() called outside test script");
   }
-  // Not an early return: a script that only ends still gets its report, with this error in it.
-  const MOXReport report(m_logLevel, m_tests, m_otherScriptErrors);
+  // No early return: a script that was never started still gets its report, with this error in it.
+  const orvdiff::detail::MOXReport report(m_logLevel, m_tests, m_otherScriptErrors);
   report.write(stream());
   if (reportToConsoleToo) {
     report.write(std::cout);
@@ -225,7 +228,7 @@ void MOXTestHarness::startTest(const char* name, const char* description) {
     return;
   }
   m_currentTest = velGuardAllocation(VEL_HERE, [&] {
-    m_tests.push_back(std::make_unique<MOXTestCase>(orNull(name)));
+    m_tests.push_back(std::make_unique<MOXTestCase>(shownText(name)));
     return m_tests.back().get();
   });
   logMessage("------------------------- Start Test: ", MOXLogLevel::Concise);

@@ -15,7 +15,11 @@
 #include "orvdiff/platform/VELThread.h"
 
 /// How much a harness writes. Each level also writes what the levels below it write.
-struct MOXLogLevel {
+///
+/// A variable of this type holds a level and converts to its 32-bit value, which is what the
+/// harness's operations take. Any other number works, too, like the known levels that it passes.
+class MOXLogLevel {
+ public:
   enum Value : std::int32_t {
     None = 0,      ///< the full banner only; no report
     Minimal = 1,   ///< script errors, failed and warned checks, a one-line report
@@ -23,45 +27,61 @@ struct MOXLogLevel {
     Normal = 3,    ///< descriptions, readings, dumps of up to 10 differing rows, the full report
     Detailed = 4,  ///< dumps with every differing row
   };
+
+  // NOLINTNEXTLINE(google-explicit-constructor): so that a level is set by its name
+  constexpr MOXLogLevel(Value level) : m_value(level) {}
+  constexpr explicit MOXLogLevel(std::int32_t level) : m_value(level) {}
+  // NOLINTNEXTLINE(google-explicit-constructor): so that levels are passed and compared as numbers
+  constexpr operator std::int32_t() const { return m_value; }
+
+ private:
+  std::int32_t m_value;
 };
 
 /// The process-wide log of a test script.
 ///
 /// Calling order: `getInstance`, if wanted `setLogLevel` and `openLogFile`, `startScript`, then
 /// per test case `startTest`, checks, `endTest`, and at last `endScript`. A call out of order is a
-/// script error: it is written and counted (a script with script errors has failed) and otherwise
-/// has no effect. Nothing here throws for what a script does wrong, and errors of the log's stream
-/// are ignored, but see `isLogComplete`. A null text is written as "(null)".
+/// script error: it is written and counted (a script with script errors has failed) and has no
+/// other effect. A script's mistakes never throw. Errors of the log's stream are ignored, but see
+/// `isLogComplete`. A null text is written as "(null)".
 ///
-/// A crash loses nothing of the log up to the last failed or warned check, script error, or start
-/// or end of a test case; passed checks after that may be lost.
+/// The log is flushed after each failed or warned check, script error, and start or end of a test
+/// case. A crash can lose only the passed checks after that.
 ///
-/// Threads: the check operations may run on any thread while a test case is open. Everything else
-/// belongs to the script's own thread; to write from another one, or while checks run elsewhere,
-/// bracket the call with `lockOutput(true)` and `lockOutput(false)`.
+/// Threads. Two kinds of thread use the harness: the script's own, which opens and closes things,
+/// and any others, which run checks meanwhile.
+///
+/// - While a test case is open, every thread may run the checks, the `logCheck...` counters,
+///   `lockOutput`, `addOwnTime` and the comparisons of memory and strings. A check compares without
+///   a lock, counts under its test case's lock, and writes under the output lock.
+/// - `logMessage`, `writeText` and `dumpDifferences` may run on any thread that holds the output
+///   with `lockOutput(true)`.
+/// - Everything else belongs to the script's own thread. What changes the level, the log or the
+///   open test case (`setLogLevel`, `openLogFile`, `closeLogFile`, `startTest`, `endTest`,
+///   `endScript`) must not run while another thread checks: checks read these without a lock.
 class ORVDIFF_API MOXTestHarness {
  public:
   /// The harness of this process, created on first call and owned by the library. The first call
-  /// must come before other threads use the harness. When the environment variable
+  /// must come before other threads use the harness. If the environment variable
   /// MOX_EFFECTIVE_WORKING_DIR is set, creation makes that folder the working folder. A relative
-  /// value means the same folder for every later harness of the process.
+  /// value means the same folder for every later harness of the process. Never delete the pointer.
   static MOXTestHarness* getInstance();
 
   MOXTestHarness(const MOXTestHarness&) = delete;
   MOXTestHarness& operator=(const MOXTestHarness&) = delete;
-  ~MOXTestHarness();
 
   /// Opens the script and writes the banner to the console and to the log file. `description` may
   /// be null.
   void startScript(const char* description);
 
   /// Closes the script: writes the results table to the log, and to the console if
-  /// `reportToConsoleToo`; then destroys this harness, so that every pointer to it is void. Returns
-  /// 1 when the script passed, 0 when a check failed or a script error was made; always 1 at level
-  /// None, where nothing is evaluated.
+  /// `reportToConsoleToo`; then destroys this harness, which invalidates every pointer to it.
+  /// Returns 1 if the script passed and 0 if a check failed or a script error occurred; always 1 at
+  /// level None, where nothing is evaluated.
   int endScript(bool reportToConsoleToo);
 
-  /// Opens a test case, into which checks count from now on; one that is still open ends.
+  /// Opens a test case; checks count in it from now on. One that is still open ends.
   /// `description` may be null.
   void startTest(const char* name, const char* description);
 
@@ -69,56 +89,55 @@ class ORVDIFF_API MOXTestHarness {
   int endTest();
 
   /// Sets the level (one of `MOXLogLevel`, or any other number) and returns the previous one. A
-  /// change is noted in the log once that has a destination.
+  /// change is written to the log if one is open.
   int setLogLevel(int level);
   int getLogLevel() const { return m_logLevel; }
 
   /// Sends the log to a file: "results.mxr" when `fileName` is null. Truncates the file, or appends
   /// to it when `atEnd`. Closes a log file that was open. Returns false when the file cannot be
-  /// opened; the log is then lost until `closeLogFile`.
+  /// opened; output is then lost until `closeLogFile`.
   bool openLogFile(const char* fileName, bool atEnd);
 
-  /// Closes the log file, so that the log goes to the console, as if that had never been the log
-  /// before. Returns whether a file was open.
+  /// Closes the log file, so that output goes to the console again. Returns whether a file was
+  /// open.
   bool closeLogFile();
 
-  /// Flushes the log and returns whether all that was written to it since it was opened got there;
-  /// false as well when the log file could not be opened. With no harness, after `endScript`, the
-  /// answer is about the log of the script that ended last, its report included, and true when
-  /// there was none.
+  /// Flushes the log and returns whether everything written to it since it was opened arrived;
+  /// false also if the log file could not be opened. After `endScript`, while there is no harness,
+  /// it answers for the log of the script that ended last, including its report; true if there was
+  /// no script.
   static bool isLogComplete();
 
-  /// Where the log goes; without a log file the console becomes, and stays, the log.
+  /// The stream that the log goes to. Without a log file, the console becomes the log and stays it.
   std::ostream& getLogStream();
 
   /// The open test case, or null. It lives until `endScript`.
   MOXTestCase* getCurrentTest() const { return m_currentTest; }
 
-  /// Writes `text` when `level` is at most the current level; adds no line end. A `text` at level
-  /// Minimal that ends a line is flushed. Returns the stream that `text` goes to at a sufficient
-  /// level.
+  /// Writes `text` when `level` is at most the current level; adds no line end. Flushes after
+  /// a line end at level Minimal. Returns the stream, even if nothing was written.
   std::ostream& logMessage(const char* text, int level);
 
-  /// Writes `message`, with "\r\n" behind it, at level Minimal and counts a script error.
+  /// Writes `message` and "\r\n" at level Minimal, and counts a script error.
   void logScriptError(const char* message);
 
-  /// Holds (`enter`) and releases the log for the calling thread, so that several lines stay
-  /// together. Pairs may nest; a release without a hold is ignored.
+  /// Takes (`enter`) or releases the output lock for the calling thread, so that several lines stay
+  /// together. Calls may nest; a release by a thread that does not hold the lock is ignored.
   void lockOutput(bool enter);
 
   /// Writes `text` to the harness's log, whatever the level; adds no line end.
   static void writeText(const char* text);
 
-  /// Count a check of the open test case; the caller writes the check's own line. Return 1, or 0
-  /// and a script error when no test case is open.
+  /// Count a check in the open test case; the caller writes its line. Return 1; or 0, with a script
+  /// error, if no test case is open.
   int logCheckPass();
   int logCheckFail();
   int logCheckWarn();
 
-  /// Checks that two files hold the same bytes; a difference is a failure or, in the second form, a
-  /// warning, and is shown as a dump of 128 bytes. Returns 1 when they are equal and counted. A
-  /// file that cannot be opened (a folder cannot) or read is a difference. Memory use does not
-  /// depend on the files' sizes, which are not limited.
+  /// Checks that two files contain the same bytes; a difference is a failure or, in the second
+  /// form, a warning, and is shown as a dump of 128 bytes. Returns 1 if they are equal and were
+  /// counted. A file that cannot be opened (such as a folder) or read is a difference. Files may
+  /// have any size; memory use does not depend on it.
   int check_file(const char* name, const char* actualFile, const char* expectedFile);
   int check_file_warn(const char* name, const char* actualFile, const char* expectedFile);
 
@@ -130,23 +149,23 @@ class ORVDIFF_API MOXTestHarness {
 
   /// Writes the rows of 16 bytes in which two blocks of `count` bytes differ, and the totals, at
   /// level Normal and above; below Detailed it stops after 10 rows. `baseOffset` is the offset of
-  /// the first byte. Either block may be null. Needs `lockOutput` where checks run on other
-  /// threads.
+  /// the first byte. Either block may be null. Hold the output with `lockOutput` if checks
+  /// run on other threads.
   void dumpDifferences(const void* actual, const void* expected, std::uint32_t count,
                        std::int64_t baseOffset);
 
-  /// False when a pointer is null. Write and count nothing; safe from any thread.
+  /// False if a pointer is null. Write and count nothing; safe on any thread.
   static bool isMemoryEqual(const void* a, const void* b, std::uint32_t length);
   static bool isStringEqual(const char* a, const char* b);
 
-  /// The stopwatch: start, stop, read as often as wanted, reset before the next start.
+  /// The stopwatch: start, stop, read any number of times, reset before the next start.
   void startTimer();
   void stopTimer();
   void resetTimer();
 
   /// The stopped interval: whole seconds of calendar time when `elapsed`, else milliseconds of
-  /// processor time. Without `includeOwnTime` all time that this harness ever spent inside its file
-  /// and memory checks is taken off; the reading is never below 0. Returns 0 while running.
+  /// processor time. Without `includeOwnTime`, all time that this harness has ever spent in its
+  /// file and memory checks is subtracted; the reading is never below 0. Returns 0 while running.
   std::uint64_t getTimer(bool elapsed, bool includeOwnTime);
 
   /// The memory capture: start, stop, read once.
@@ -157,11 +176,18 @@ class ORVDIFF_API MOXTestHarness {
   /// and at most 4 GiB - 1.
   std::uint32_t getMemory();
 
-  /// Adds time spent inside the harness: `cpuTicks` in milliseconds. Safe from any thread.
+  /// Adds time spent inside the harness: `cpuTicks` in milliseconds. Safe on any thread.
   void addOwnTime(int cpuTicks, int seconds);
 
  private:
   MOXTestHarness();
+  ~MOXTestHarness();
+
+  struct Destroy {
+    void operator()(MOXTestHarness* harness) const;
+  };
+  using Owner = std::unique_ptr<MOXTestHarness, Destroy>;
+  static ORVDIFF_NO_EXPORT Owner s_instance;
 
   std::ostream& stream() const;
   void logLine(const char* text, int level);
@@ -180,7 +206,7 @@ class ORVDIFF_API MOXTestHarness {
   std::unique_ptr<std::ofstream> m_ownedLogFile;
   std::int32_t m_logLevel = MOXLogLevel::None;
   bool m_scriptActive = false;
-  std::uint32_t m_otherScriptErrors = 0;  // those made while no test case was open
+  std::uint32_t m_otherScriptErrors = 0;  // outside every test case
 
   std::int64_t m_cpuStart = 0;  // processor time in milliseconds; 0: not taken
   std::int64_t m_cpuStop = 0;
@@ -198,8 +224,8 @@ class ORVDIFF_API MOXTestHarness {
   MOXTestCase* m_currentTest = nullptr;
 
   VELThreadCriticalSection m_outputLock;
-  std::atomic<std::thread::id> m_outputHolder{};  // who holds the output through `lockOutput`
-  int m_outputDepth = 0;                          // how often; guarded by the output lock
+  std::atomic<std::thread::id> m_outputHolder{};  // who holds the lock through `lockOutput`
+  int m_outputDepth = 0;                          // how many times; guarded by the lock
   VELThreadCriticalSection m_ownTimeLock;         // guards the two own times
 };
 

@@ -1,5 +1,5 @@
-// The stopwatch, the memory capture and the own time of MOXTestHarness. A call in the wrong state
-// is a script error and changes nothing.
+// The stopwatch, the memory capture and the own-time counters of MOXTestHarness. A call in the
+// wrong state is a script error and changes nothing.
 
 #include <algorithm>
 #include <limits>
@@ -16,7 +16,7 @@ std::int64_t cpuClock() {
 }
 
 std::int64_t wholeSeconds(std::time_t stop, std::time_t start) {
-  // Signed: the calendar may be set back meanwhile.
+  // Signed: the clock may have been set back.
   return static_cast<std::int64_t>(std::difftime(stop, start));
 }
 
@@ -27,7 +27,7 @@ bool MOXTestHarness::isTimerRunning() const {
 }
 
 void MOXTestHarness::startTimer() {
-  if (m_cpuStart != 0 || m_wallStart != 0) {  // stopped is not enough, it must be reset
+  if (m_cpuStart != 0 || m_wallStart != 0) {  // stopping is not enough, it must be reset
     logScriptError(">> Script Error: startTimer() called while timer is running");
     return;
   }
@@ -66,7 +66,7 @@ std::uint64_t MOXTestHarness::getTimer(bool elapsed, bool includeOwnTime) {
     const VELThreadGuard guard(m_ownTimeLock);
     reading -= elapsed ? m_ownSeconds : m_ownCpuTicks;
   }
-  // Below zero when checks outside the interval took longer than it lasted.
+  // Below zero if checks outside the interval took longer than the interval.
   reading = std::max<std::int64_t>(0, reading);
   const std::string line = "Get Timer: " + std::to_string(reading) +
                            (elapsed ? " seconds of elapsed" : " milliseconds of CPU") + " time " +
@@ -89,7 +89,7 @@ void MOXTestHarness::startMemory() {
   m_memoryState = MemoryState::Capturing;
   m_memoryLeaked = 0;
   logLine("Start Memory:", MOXLogLevel::Concise);
-  m_memoryAtStart = VELUtMemory::getMemoryConsumption();  // last: the line may cost memory, too
+  m_memoryAtStart = VELUtMemory::getMemoryConsumption();  // last: writing the line may allocate
 }
 
 void MOXTestHarness::stopMemory() {
@@ -97,7 +97,7 @@ void MOXTestHarness::stopMemory() {
     logScriptError(">> Script Error: stopMemory() called while memory capture not running");
     return;
   }
-  // Read before anything is written, which may take memory of its own.
+  // Read first: writing the line may allocate.
   const std::uint64_t now = VELUtMemory::getMemoryConsumption();
   const std::uint64_t gain = now > m_memoryAtStart ? now - m_memoryAtStart : 0;
   constexpr std::uint64_t kMost = std::numeric_limits<std::uint32_t>::max();
@@ -122,7 +122,7 @@ std::uint32_t MOXTestHarness::getMemory() {
       logLine(line.c_str(), MOXLogLevel::Normal);
       break;
   }
-  return m_memoryLeaked;  // also after an error: the last amount, or 0
+  return m_memoryLeaked;  // after an error, too: the last amount, or 0
 }
 
 MOXOverheadTimer::MOXOverheadTimer() : m_cpuStart(cpuClock()), m_wallStart(std::time(nullptr)) {}
@@ -132,6 +132,6 @@ MOXOverheadTimer::~MOXOverheadTimer() {
     MOXTestHarness::getInstance()->addOwnTime(
         static_cast<int>(cpuClock() - m_cpuStart),
         static_cast<int>(wholeSeconds(std::time(nullptr), m_wallStart)));
-  } catch (...) {  // own time is bookkeeping; a check does not fail over it
+  } catch (...) {  // own time is bookkeeping; a check must not fail because of it
   }
 }

@@ -9,7 +9,7 @@ OrvDiffFileLog::OrvDiffFileLog(const char* fileName) : m_file(fileName) {
 OrvDiffFileLog::~OrvDiffFileLog() {
   try {
     m_streamLog.close();
-  } catch (...) {  // NOLINT(bugprone-empty-catch): nobody is left to tell
+  } catch (...) {  // NOLINT(bugprone-empty-catch): a destructor cannot report it
   }
 }
 

@@ -8,8 +8,8 @@
 
 /// Records outcomes as a test summary in a file of its own, from construction to destruction.
 ///
-/// A file that cannot be created or written is not reported. A plain failure (one that is neither
-/// a difference nor a missing file) gets no entry here.
+/// Failure to create or write the file is not reported. A plain failure (neither a difference nor a
+/// missing file) gets no entry here. For the process's one verifying thread.
 class ORVDIFF_API OrvDiffFileLog : public OrvDiffListener {
  public:
   /// Creates or truncates `fileName` and starts the summary in it.

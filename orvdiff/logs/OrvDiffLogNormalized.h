@@ -5,9 +5,9 @@
 #include "orvdiff/orvdiff_export.h"
 #include "orvdiff/registry/OrvDiffListener.h"
 
-/// Keeps what was compared: for every normalised difference the two normalised texts, beside the
-/// actual output, as its name + ".normalized_master" and ".normalized_actual". Earlier files of
-/// these names are replaced. Failure to write is not reported, and leaves no half of a file.
+/// Saves the two normalised texts of every normalised difference beside the actual output, as its
+/// name + ".normalized_master" and ".normalized_actual", replacing earlier files. Failure to write
+/// is not reported and leaves no partial file. For the process's one verifying thread.
 class ORVDIFF_API OrvDiffLogNormalized : public OrvDiffListener {
  public:
   OrvDiffLogNormalized();

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::uint64_t kExcerptLimit = 128;  // bytes; as much as a file check shows
 
-/// Keeps the lines of one result together; releases the log also when writing raises.
+/// Keeps the lines of one result together, and releases the log even if writing throws.
 class OutputHold {
  public:
   explicit OutputHold(MOXTestHarness& harness) : m_harness(harness) { m_harness.lockOutput(true); }
@@ -34,7 +34,7 @@ void dumpAround(MOXTestHarness& harness, const OrvDiffResultFailDiffNormalized& 
   VEL_ASSERT(masterBuffer);
   VEL_ASSERT(actualBuffer);
   const std::uint64_t shorter = std::min(std::strlen(masterBuffer), std::strlen(actualBuffer));
-  // A position behind the shorter text leaves nothing to show.
+  // A position past the end of the shorter text leaves nothing to show.
   const std::uint64_t start = std::min(result.getDiffPosition(), shorter);
   const std::uint32_t position =
       VELDowncastSize::uint32(result.getDiffPosition(), "OrvDiffMoxLog", __LINE__);
@@ -61,7 +61,7 @@ void OrvDiffMoxLog::comparisonNotification(const OrvDiffResultFailFileMissing& r
 void OrvDiffMoxLog::comparisonNotification(const OrvDiffResultFailDiffNormalized& result) {
   const std::string names = namesOf(result);
   logCheck(("Normalized contents are equivalent: " + names).c_str(), false);
-  // The check is recorded by now, so that a host's mistake below loses no failure.
+  // The failure has been recorded by now, so a host's mistake below cannot lose it.
   MOXTestHarness* harness = getHarness();
   VEL_ASSERT(harness);
   const OutputHold hold(*harness);

@@ -6,11 +6,12 @@
 
 /// Turns every comparison result into a check of a test script.
 ///
-/// Each result becomes one `logCheck` call whose description says what was expected to hold. A
-/// failure after normalisation also writes a headline and a dump of the normalised texts around
-/// their first difference into the harness's log, so the dump's offsets are positions in those
-/// texts. Results may be delivered on several threads if the subclass's `logCheck` allows it;
-/// headline and dump stay together.
+/// Each result becomes one `logCheck` call whose description says what was expected. A failure
+/// after normalisation also writes a headline and a dump of the normalised texts around their first
+/// difference to the harness's log; the dump's offsets are positions in those texts.
+///
+/// Threads: verifications run on one thread, but a host may pass on results of its own from others
+/// if its `logCheck` allows that. Headline and dump are written under the harness's output lock.
 class ORVDIFF_API OrvDiffMoxLog : public OrvDiffListener {
  public:
   ~OrvDiffMoxLog() override;
@@ -22,13 +23,13 @@ class ORVDIFF_API OrvDiffMoxLog : public OrvDiffListener {
   void comparisonNotification(const OrvDiffResultFailDiffNormalized& result) override;
   void comparisonNotification(const OrvDiffResult& result) override;
 
- protected:
-  OrvDiffMoxLog();
-
-  /// Records one check. Counting it and writing its line is the subclass's business, for example
-  /// with `MOXTestHarness::logCheckPass`. `description` lives only during the call.
+  /// Records one check. The subclass counts it and writes its line, for example with
+  /// `MOXTestHarness::logCheckPass`. `description` lives only during the call.
   virtual void logCheck(const char* description, bool passed) = 0;
 
   /// The harness that dumps go to; not null. Usually `MOXTestHarness::getInstance()`.
   virtual MOXTestHarness* getHarness() = 0;
+
+ protected:
+  OrvDiffMoxLog();
 };

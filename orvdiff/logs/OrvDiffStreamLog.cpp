@@ -45,7 +45,8 @@ void OrvDiffStreamLog::comparisonNotification(const OrvDiffResultPass& result) {
 void OrvDiffStreamLog::writeLogEntry(const char* entryKind, const std::string& masterName,
                                      const std::string& actualName) {
   VEL_ASSERT_NAMED(m_stream, "Stream was not opened.");
-  const VELByteBuffer master = encode(masterName);  // first: no half an entry when memory runs out
+  // Encode before writing: running out of memory must not leave half an entry.
+  const VELByteBuffer master = encode(masterName);
   const VELByteBuffer current = encode(actualName);
   *m_stream << '<' << entryKind << '>'
             << "<ReturnCode>1</ReturnCode><Command/><ResultsFile/><StepNumber>0</StepNumber>"

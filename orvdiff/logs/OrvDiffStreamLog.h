@@ -6,23 +6,22 @@
 #include "orvdiff/orvdiff_export.h"
 #include "orvdiff/registry/OrvDiffListener.h"
 
-/// Records outcomes as a test summary, an XML-like document, on a stream of the caller's.
+/// Records outcomes as a test summary, an XML-like document, on the caller's stream.
 ///
-/// `open` once, any number of notifications, `close` once; then it may be opened again, for a new
-/// document. Every misuse (a notification on a closed log included) raises `VELAssertError` and
-/// changes nothing. Errors of the stream are left in the stream's own state. One entry is several
-/// insertions: a log shared between threads needs the caller's lock.
+/// `open` once, any number of notifications, `close` once; after that it may be opened again for a
+/// new document. Misuse (including a notification while closed) raises `VELAssertError` and changes
+/// nothing. Stream errors stay in the stream's own state. For the process's one verifying thread:
+/// an entry is several insertions.
 class ORVDIFF_API OrvDiffStreamLog : public OrvDiffListener {
  public:
   OrvDiffStreamLog();
-  /// Forgets the stream. A log destroyed while open leaves its document without its end.
+  /// Destroying an open log leaves its document without an end tag.
   ~OrvDiffStreamLog() override;
 
-  /// Writes the document's start to `stream`, which stays the caller's and must outlive the log's
-  /// use of it.
+  /// Writes the start tag to `stream`, which the caller owns and keeps alive until `close`.
   void open(std::ostream* stream);
 
-  /// Writes the document's end and forgets the stream.
+  /// Writes the end tag; `stream` is not used any more.
   void close();
 
   using OrvDiffListener::comparisonNotification;

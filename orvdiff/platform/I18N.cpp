@@ -10,6 +10,8 @@
 
 #include "orvdiff/platform/VELAssert.h"
 
+namespace orvdiff::host {
+
 namespace {
 
 constexpr char16_t kEscapedByte = 0xDC00;  // plus the byte, 0x80 to 0xFF: U+DC80 to U+DCFF
@@ -74,7 +76,7 @@ I18NConverter::I18NConverter(const char* encoding) {
   m_converter.reset(ucnv_open(encoding, &status));
   velCheckIcuMemory(status, VEL_HERE);
   VEL_ASSERT_NAMED(U_SUCCESS(status), "The encoding is known");
-  // These two write a byte-order mark, which no text here wants; their kin of fixed order do not.
+  // These two write a byte-order mark; their variants of fixed byte order do not.
   if (ucnv_getType(m_converter.get()) == UCNV_UTF16) {
     m_converter.reset(ucnv_open("UTF16_PlatformEndian", &status));
   } else if (ucnv_getType(m_converter.get()) == UCNV_UTF32) {
@@ -94,7 +96,7 @@ I18NConverter::~I18NConverter() = default;
 void I18NConverter::toUnicode(char16_t** out, int* outLength, const char* in, int inLength,
                               I18NAllocator allocator, void* context) const {
   const std::int64_t length = lengthOf(in, inLength);
-  // No encoding in use makes more code units than it has bytes, so one pass is enough.
+  // No supported encoding yields more code units than bytes, so one pass is enough.
   const std::int64_t capacity = length + 1;
   char* const block =
       allocateBlock(allocator, context, capacity * static_cast<std::int64_t>(sizeof(char16_t)));
@@ -148,3 +150,5 @@ std::string I18NString::toBytes(const char* encoding) const {
   const std::unique_ptr<char[]> block(bytes);
   return std::string(bytes, static_cast<std::size_t>(length));
 }
+
+}  // namespace orvdiff::host

@@ -7,12 +7,14 @@
 
 struct UConverter;
 
-/// Hands out the memory for a conversion's result. With `size` > 0: a new block of `size` bytes, or
+namespace orvdiff::host {
+
+/// Allocates the memory for a conversion's result. With `size` > 0: a new block of `size` bytes, or
 /// null with `*status` set. With `size` 0: releases `pBufferToDelete` and returns null.
 using I18NAllocator = char* (*)(void* context, char* pBufferToDelete, int size, int* status);
 
-/// Raises `VELOutOfMemoryError` when `status`, an ICU status, tells of memory running out, so that
-/// the check that follows can blame its own subject for any other failure.
+/// Raises `VELOutOfMemoryError` if `status`, an ICU status, means out of memory; the caller's next
+/// check can then attribute any other failure to its own subject.
 void velCheckIcuMemory(int status, const VELPlace& place);
 
 /// Converts between one encoding and UTF-16.
@@ -30,13 +32,13 @@ class I18NConverter {
   I18NConverter& operator=(const I18NConverter&) = delete;
 
   /// Converts `inLength` bytes (-1: up to the NUL) and stores the NUL-terminated text and its
-  /// length in code units. The block comes from `allocator` and is the caller's to release. Raises
-  /// `VELAssertError` when the text is too long for 32-bit lengths, `VELOutOfMemoryError` when the
-  /// allocator has no block.
+  /// length in code units. The block comes from `allocator`; the caller releases it. Raises
+  /// `VELAssertError` if the text is too long for 32-bit lengths and `VELOutOfMemoryError` if the
+  /// allocator returns null.
   void toUnicode(char16_t** out, int* outLength, const char* in, int inLength,
                  I18NAllocator allocator, void* context) const;
 
-  /// The way back, for a NUL-terminated text; `*outLength` is in bytes, without the NUL.
+  /// The reverse, for a NUL-terminated text; `*outLength` is in bytes, without the NUL.
   void fromUnicode(char** out, int* outLength, const char16_t* in, I18NAllocator allocator,
                    void* context) const;
 
@@ -50,7 +52,7 @@ class I18NConverter {
 /// The encoding of narrow texts that name none: UTF-8.
 const char* I18NGetPlatformDefaultEncoding();
 
-/// A text that knows its characters, whatever the encoding it came in.
+/// A text held as UTF-16, whatever encoding it came in.
 class I18NString {
  public:
   /// `text` is NUL-terminated (with a NUL of two bytes for "UTF-16", which is read in the
@@ -65,3 +67,11 @@ class I18NString {
  private:
   std::u16string m_text;
 };
+
+}  // namespace orvdiff::host
+
+using orvdiff::host::I18NAllocator;
+using orvdiff::host::I18NConverter;
+using orvdiff::host::I18NGetPlatformDefaultEncoding;
+using orvdiff::host::I18NString;
+using orvdiff::host::velCheckIcuMemory;

@@ -7,10 +7,12 @@
 #include "orvdiff/platform/OrvFolderListings.h"
 #include "orvdiff/platform/VELFmDir.h"
 
+namespace orvdiff::host {
+
 namespace {
 
-/// Whether `name` matches `pattern`, where "*" is any run of characters. Linear: a mismatch goes
-/// back to the last star only.
+/// Whether `name` matches `pattern`, where "*" is any run of characters. Linear: a mismatch returns
+/// to the last star only.
 bool matches(std::string_view pattern, std::string_view name) {
   std::size_t p = 0;
   std::size_t n = 0;
@@ -36,12 +38,12 @@ bool matches(std::string_view pattern, std::string_view name) {
 }  // namespace
 
 void OrvGlob::globFiles(const char* pattern, std::list<std::string>& files) {
-  thread_local OrvFolderListings listings;
+  thread_local orvdiff::detail::OrvFolderListings listings;
   std::string folder;
   std::string namePattern;
   VELFmDir::splitPath(pattern, &folder, &namePattern);
   const std::vector<std::string>& names = listings.list(folder);
-  // Whatever matches starts with what stands before the first star, so it is found by bisection.
+  // Every match starts with the text before the first star, so bisection finds the first one.
   const std::string_view prefix = std::string_view(namePattern).substr(0, namePattern.find('*'));
   auto name = std::lower_bound(names.begin(), names.end(), prefix);
   for (; name != names.end() && name->compare(0, prefix.size(), prefix) == 0; ++name) {
@@ -53,3 +55,5 @@ void OrvGlob::globFiles(const char* pattern, std::list<std::string>& files) {
     }
   }
 }
+
+}  // namespace orvdiff::host

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+namespace orvdiff::host {
+
 namespace {
 
 bool isXmlCharacter(UChar32 c) {
@@ -45,7 +47,7 @@ void OrvHelper::xmlEncode(const char* text, std::size_t length, VELByteBuffer& b
   while (next < length) {
     const std::size_t start = next;
     UChar32 character = 0;
-    U8_NEXT(bytes, next, length, character);  // negative for bytes that are no valid UTF-8
+    U8_NEXT(bytes, next, length, character);  // negative for invalid UTF-8
     const std::string_view replacement = encoded(character);
     if (replacement.empty()) {
       buffer.append(text + start, next - start);
@@ -54,3 +56,5 @@ void OrvHelper::xmlEncode(const char* text, std::size_t length, VELByteBuffer& b
     }
   }
 }
+
+}  // namespace orvdiff::host

@@ -2,8 +2,11 @@
 
 #include <cstdint>
 
-/// The output format of a report run. The registry uses a value only as an ordered key, so a host
-/// with formats of its own may register engines under any further value.
+namespace orvdiff::host {
+
+/// The output format of a report run; stands in for the host's own enumeration
+/// (docs/host-classes.md). The registry uses a value only as an ordered key, so a host with further
+/// formats may register engines under any other value.
 enum class OrvOutputFormat : std::int32_t {
   Nao,
   PromptNao,
@@ -39,3 +42,7 @@ enum class OrvOutputFormat : std::int32_t {
   DiTree,
   Vmd,
 };
+
+}  // namespace orvdiff::host
+
+using orvdiff::host::OrvOutputFormat;

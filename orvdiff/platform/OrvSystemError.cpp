@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <system_error>
 
+namespace orvdiff::detail {
+
 bool OrvSystemError::isOfMachine(int code) {
   return code == EMFILE || code == ENFILE || code == ENOMEM;
 }
@@ -11,3 +13,5 @@ void OrvSystemError::raise(const std::string& sentence, int code, const VELPlace
   throw VELStdExceptionError(std::system_error(code, std::generic_category(), sentence),
                              place.unit(), place.line);
 }
+
+}  // namespace orvdiff::detail

@@ -4,13 +4,17 @@
 
 #include "orvdiff/platform/VELAssert.h"
 
-/// What to do about a system call that failed.
+namespace orvdiff::detail {
+
+/// Judging and reporting a failed system call.
 struct OrvSystemError {
-  /// Whether `code`, an `errno`, is about the machine (no memory or descriptors left) rather than
-  /// about the file, which may be perfectly all right and must not be taken for a missing one.
+  /// Whether `code`, an `errno`, is about the machine (out of memory or descriptors) rather than
+  /// the file, which may be fine and must not be reported as missing.
   static bool isOfMachine(int code);
 
-  /// Raises `VELStdExceptionError` with the text `sentence` + ": " + the system's words for `code`.
+  /// Raises `VELStdExceptionError` with the text `sentence` + ": " + the system's text for `code`.
   /// The sentence names the file and what could not be done.
   [[noreturn]] static void raise(const std::string& sentence, int code, const VELPlace& place);
 };
+
+}  // namespace orvdiff::detail

@@ -1,5 +1,7 @@
 #include "orvdiff/platform/OrvTestInfo.h"
 
+namespace orvdiff::host {
+
 OrvTestInfo::OrvTestInfo() = default;
 OrvTestInfo::~OrvTestInfo() = default;
 
@@ -12,7 +14,7 @@ std::strstream& OrvTestInfo::addOutput(const std::string& fileName, bool binary)
   Output& output = m_outputs[fileName];
   output.stream.reset(new std::strstream());
   output.binary = binary;
-  *output.stream << std::ends;  // until the host writes, the text is empty rather than anything
+  *output.stream << std::ends;  // until the host writes, the text is empty, not arbitrary
   output.stream->seekp(0);
   return *output.stream;
 }
@@ -29,3 +31,5 @@ std::strstream* OrvTestInfo::getOutputStream(const char* fileName, bool& binary)
   binary = found->second.binary;
   return found->second.stream.get();
 }
+
+}  // namespace orvdiff::host

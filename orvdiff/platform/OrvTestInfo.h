@@ -7,27 +7,30 @@
 #include "orvdiff/orvdiff_export.h"
 #include "orvdiff/platform/OrvStrStream.h"
 
-/// Describes one report run and holds those of its outputs that were never written to disk.
+namespace orvdiff::host {
+
+/// Describes one report run and holds those of its outputs that were never written to disk. Stands
+/// in for the host's own class (docs/host-classes.md).
 ///
 /// The library only reads from it: `OrvDiffFileEngine` asks for every actual output by its path,
 /// spelled exactly as the engine builds it, for example
 /// "../webcontent/bi/v5DebugHTML/Revenue.html". A host with a store of its own derives from this
-/// class and overrides both questions. Not for use from two threads at once.
+/// class and overrides both queries. For the process's one verifying thread.
 ///
-/// A stream does not know how much was written to it, only where the next byte would go. So a host
-/// must leave every output in this state:
+/// A stream knows where the next byte goes, but not how much was written. So a host must leave
+/// every output in this state:
 ///
-/// - A text ends with a NUL (`std::ends`), an empty one too, and counts up to the first one,
-///   wherever the put position is; the host may have gone back to fill in a number. A text without
-///   a NUL goes on through whatever the stream's memory holds behind it, to the next NUL or to the
-///   end of that memory. All of that is compared, so such a text may differ without need.
+/// - A text, even an empty one, ends with a NUL (`std::ends`) and is read up to the first one,
+///   wherever the put position is: the host may have gone back to fill in a number. A text without
+///   a NUL extends over whatever the stream's memory contains after it, up to the next NUL or the
+///   end of that memory. All of that is compared, so such a text may differ needlessly.
 /// - The put position of a binary output is at its end. A host that goes back to fill in a header
 ///   returns to the position it came from, not to `std::ios::end`, which is the end of the memory
-///   reserved. What stands behind the put position is not part of the output. Where the stream
-///   shows that the host had written more, the output equals nothing; it cannot always show it.
-/// - An array of the host's that nothing was written to through the stream is a finished output:
-///   `std::strstream(array, size, std::ios::in)`. It counts whole, or up to its NUL where the size
-///   is unknown (negative).
+///   reserved. Bytes after the put position are not part of the output. If the stream shows that
+///   the host had written more, the output equals nothing; the stream cannot always show it.
+/// - An array that the host filled without the stream is a finished output:
+///   `std::strstream(array, size, std::ios::in)`. It is read whole, or up to its NUL if the size is
+///   unknown (negative).
 class ORVDIFF_API OrvTestInfo {
  public:
   OrvTestInfo();
@@ -48,7 +51,7 @@ class ORVDIFF_API OrvTestInfo {
   virtual std::strstream* getOutputStream(const char* fileName, bool& binary);
 
  private:
-  /// A stream that an error left frozen would not free its buffer.
+  /// An error may leave a stream frozen; it would then not free its buffer.
   struct UnfreezeAndDelete {
     void operator()(std::strstream* stream) const;
   };
@@ -58,3 +61,7 @@ class ORVDIFF_API OrvTestInfo {
   };
   std::map<std::string, Output> m_outputs;
 };
+
+}  // namespace orvdiff::host
+
+using orvdiff::host::OrvTestInfo;

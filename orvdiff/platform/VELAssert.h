@@ -9,6 +9,8 @@
 
 #include "orvdiff/platform/VELErrors.h"
 
+namespace orvdiff::host {
+
 /// A place in the source, as errors name it.
 struct VELPlace {
   const char* file;  ///< as `__FILE__` gives it, or a bare unit name
@@ -32,7 +34,7 @@ struct VELPlace {
     }                                                              \
   } while (false)
 
-/// `VEL_ASSERT` for a check whose unit and line are documented; `place` is a `VELPlace`.
+/// `VEL_ASSERT` for a check with a documented unit and line; `place` is a `VELPlace`.
 #define VEL_ASSERT_AT(expression, place)                          \
   do {                                                            \
     if (!(expression)) {                                          \
@@ -48,8 +50,8 @@ struct VELPlace {
     }                                                                                  \
   } while (false)
 
-/// Runs `allocate`, which creates something and returns a pointer (raw or smart) to it, and turns
-/// its failures into the library's own errors: a null result or `std::bad_alloc` becomes
+/// Runs `allocate`, which creates something and returns a raw or smart pointer to it, and turns its
+/// failures into the library's own errors: a null result or `std::bad_alloc` becomes
 /// `VELOutOfMemoryError`, another standard exception `VELStdExceptionError`; an error of the
 /// `VELThrowable` family gets a back-trace entry and is passed on.
 template <typename Allocate>
@@ -77,8 +79,16 @@ T* velNew(const VELPlace& place, Arguments&&... arguments) {
 }
 
 /// `count` new elements under `velGuardAllocation`; not initialised, because every caller fills
-/// them at once.
+/// them right away.
 template <typename T>
 std::unique_ptr<T[]> velNewArray(const VELPlace& place, std::size_t count) {
   return velGuardAllocation(place, [&] { return std::unique_ptr<T[]>(new T[count]); });
 }
+
+}  // namespace orvdiff::host
+
+using orvdiff::host::velGuardAllocation;
+using orvdiff::host::velNew;
+using orvdiff::host::velNewArray;
+using orvdiff::host::VELPlace;
+using orvdiff::host::velRaiseAssertion;

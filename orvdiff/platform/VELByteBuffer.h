@@ -3,11 +3,12 @@
 #include <cstddef>
 #include <string>
 
+namespace orvdiff::host {
+
 /// A growable byte buffer that can be read as a NUL-terminated string.
 class VELByteBuffer {
  public:
-  /// `initialSize` bytes are reserved at once. `growBy` is the smallest step in which the buffer
-  /// grows; growth is geometric beyond it.
+  /// Reserves `initialSize` bytes. Grows geometrically, by at least `growBy` bytes at a time.
   VELByteBuffer(std::size_t initialSize, std::size_t growBy) : m_growBy(growBy) {
     m_bytes.reserve(initialSize);
   }
@@ -26,3 +27,7 @@ class VELByteBuffer {
   std::size_t m_growBy;
   std::string m_bytes;
 };
+
+}  // namespace orvdiff::host
+
+using orvdiff::host::VELByteBuffer;

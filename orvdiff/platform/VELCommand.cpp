@@ -7,6 +7,8 @@
 
 #include <cerrno>
 
+namespace orvdiff::host {
+
 int VELCommand::run(const char* commandLine) {
   posix_spawn_file_actions_t actions;
   if (posix_spawn_file_actions_init(&actions) != 0) {
@@ -30,3 +32,5 @@ int VELCommand::run(const char* commandLine) {
   }
   return status;
 }
+
+}  // namespace orvdiff::host

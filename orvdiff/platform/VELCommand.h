@@ -1,14 +1,19 @@
 #pragma once
 
+namespace orvdiff::host {
+
 /// The command interpreter.
 struct VELCommand {
-  /// Runs a command line through the interpreter and waits for its end. Returns the status that the
-  /// system reports: 0 when the command exited with 0, -1 when it could not be started, else
-  /// something else.
+  /// Runs a command line through the interpreter and waits for its end. Returns the system's wait
+  /// status: 0 if the command exited with 0, -1 if it could not be started, otherwise non-zero.
   ///
-  /// Unlike the C library's `system`, it gives the command an empty standard input, so that a
-  /// script that asks questions fails rather than waits for ever, and leaves the caller's handling
-  /// of SIGINT alone, so that a person who interrupts the run interrupts all of it. The process
-  /// must not ignore SIGCHLD: no status can be had then, and every command counts as not started.
+  /// Unlike the C library's `system`, it gives the command an empty standard input, so a script
+  /// that asks a question fails instead of waiting forever, and leaves the handling of SIGINT
+  /// alone, so Ctrl-C interrupts the whole run. The process must not ignore SIGCHLD: the system
+  /// then keeps no status, and every command counts as not started.
   static int run(const char* commandLine);
 };
+
+}  // namespace orvdiff::host
+
+using orvdiff::host::VELCommand;

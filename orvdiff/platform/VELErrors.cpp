@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace orvdiff::host {
+
 VELThrowable::VELThrowable(std::string text, const std::string& unit, int line)
     : m_text(std::move(text)), m_backTrace{{unit, line, "VEL_THROW"}} {
   describe();
@@ -40,3 +42,5 @@ VELStdExceptionError::VELStdExceptionError(const std::exception& wrapped, const 
     : VELThrowable(wrapped.what(), unit, line) {}
 
 VELStdExceptionError::~VELStdExceptionError() = default;
+
+}  // namespace orvdiff::host

@@ -6,17 +6,20 @@
 
 #include "orvdiff/orvdiff_export.h"
 
-/// One place an error passed through on its way to the caller.
+namespace orvdiff::host {
+
+/// A place that an error passed on its way to the caller.
 struct VELBackTraceEntry {
   std::string unit;  ///< source unit: the file name without folder and extension
   int line;          ///< line in that unit
   std::string tag;   ///< "VEL_THROW" where the error arose, "VEL_RETHROW" where it was passed on
 };
 
-/// Base of every error that the library raises itself.
+/// Base of every error that the library raises itself. The family stands in for the host's own
+/// (docs/host-classes.md).
 ///
-/// Comparison outcomes are results, never errors: an error means that a call was used against its
-/// contract, or that the machine failed (memory, disk). Errors may be copied and may be read from
+/// Comparison outcomes are results, never errors: an error means that a call broke its contract or
+/// that the machine failed (memory, disk). Errors may be copied and may be read from
 /// any thread; `addBackTraceEntry` is for the thread that handles the error.
 class ORVDIFF_API VELThrowable : public std::exception {
  public:
@@ -24,10 +27,10 @@ class ORVDIFF_API VELThrowable : public std::exception {
   VELThrowable(std::string text, const std::string& unit, int line);
   ~VELThrowable() override;
 
-  /// The whole story on one line: text, then every back-trace entry as "unit:line, tag".
+  /// The whole error on one line: text, then every back-trace entry as "unit:line, tag".
   const char* what() const noexcept override;
 
-  /// What went wrong; for an assertion, the assertion as it stands in the source.
+  /// What went wrong; for an assertion, its source text.
   const std::string& getText() const { return m_text; }
   /// The source unit where the error arose, for example "OrvDiffLib".
   const std::string& getSourceUnit() const { return m_backTrace.front().unit; }
@@ -64,10 +67,18 @@ class ORVDIFF_API VELOutOfMemoryError : public VELThrowable {
   ~VELOutOfMemoryError() override;
 };
 
-/// A standard exception that is no `std::bad_alloc`, met while something was being created, or an
+/// A standard exception other than `std::bad_alloc`, thrown while something was created, or an
 /// error of the operating system. Its `what()` text is the text of this error.
 class ORVDIFF_API VELStdExceptionError : public VELThrowable {
  public:
   VELStdExceptionError(const std::exception& wrapped, const std::string& unit, int line);
   ~VELStdExceptionError() override;
 };
+
+}  // namespace orvdiff::host
+
+using orvdiff::host::VELAssertError;
+using orvdiff::host::VELBackTraceEntry;
+using orvdiff::host::VELOutOfMemoryError;
+using orvdiff::host::VELStdExceptionError;
+using orvdiff::host::VELThrowable;

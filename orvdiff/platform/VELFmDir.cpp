@@ -10,6 +10,10 @@
 
 #include "orvdiff/platform/OrvSystemError.h"
 
+namespace orvdiff::host {
+
+using detail::OrvSystemError;
+
 void VELFmDir::splitPath(const char* path, std::string* folder, std::string* file) {
   const std::string_view whole(path);
   const std::size_t separator = whole.rfind('/');
@@ -32,7 +36,7 @@ void VELFmDir::joinPath(std::string& path, const char* component) {
 
 namespace {
 
-/// An owner's own permission bits decide, so the common case needs no second look at the path.
+/// The owner's permission bits decide for the owner, so the common case saves a system call.
 bool mayRead(const char* path, const struct stat& status) {
   const bool asOwner = (status.st_mode & S_IRUSR) != 0 && status.st_uid == getuid();
   return asOwner || access(path, R_OK) == 0;
@@ -76,3 +80,5 @@ bool VELFmDir::createRecursiveDir(const char* path) {
 bool VELFmDir::setEffectiveWorkingDir(const char* path) {
   return chdir(path) == 0;
 }
+
+}  // namespace orvdiff::host

@@ -8,6 +8,10 @@
 
 #include "orvdiff/platform/OrvSystemError.h"
 
+namespace orvdiff::host {
+
+using detail::OrvSystemError;
+
 VELFmFile::~VELFmFile() {
   close();
 }
@@ -66,3 +70,5 @@ void VELFmFile::close() {
     m_descriptor = -1;
   }
 }
+
+}  // namespace orvdiff::host

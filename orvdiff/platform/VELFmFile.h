@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <string>
 
+namespace orvdiff::host {
+
 /// A file read as raw bytes. Closed by the destructor; not copied; one thread at a time.
 class VELFmFile {
  public:
@@ -47,3 +49,7 @@ class VELFmFile {
   std::uint64_t m_length = 0;
   bool m_failed = false;
 };
+
+}  // namespace orvdiff::host
+
+using orvdiff::host::VELFmFile;

@@ -2,7 +2,10 @@
 
 #include <mutex>
 
-/// A lock that one thread at a time holds; the same thread may enter it again.
+namespace orvdiff::host {
+
+/// A lock that one thread at a time holds; that thread may enter it again. Stands in for the host's
+/// own class, as does the guard (docs/host-classes.md).
 class VELThreadCriticalSection {
  public:
   void enter() { m_mutex.lock(); }
@@ -12,7 +15,7 @@ class VELThreadCriticalSection {
   std::recursive_mutex m_mutex;
 };
 
-/// Holds a critical section for the length of a scope.
+/// Holds a critical section for the duration of a scope.
 class VELThreadGuard {
  public:
   explicit VELThreadGuard(VELThreadCriticalSection& section) : m_section(section) {
@@ -25,3 +28,8 @@ class VELThreadGuard {
  private:
   VELThreadCriticalSection& m_section;
 };
+
+}  // namespace orvdiff::host
+
+using orvdiff::host::VELThreadCriticalSection;
+using orvdiff::host::VELThreadGuard;

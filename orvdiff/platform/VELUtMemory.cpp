@@ -5,9 +5,11 @@
 
 #include <fstream>
 
+namespace orvdiff::host {
+
 namespace {
 
-/// 0 when malloc is not the C library's, or its heap is not the one in use.
+/// 0 if the process does not use the C library's heap.
 std::uint64_t heapInUse() {
 #if defined(__GLIBC__) && __GLIBC_PREREQ(2, 33)
   const struct mallinfo2 info = mallinfo2();
@@ -31,3 +33,5 @@ std::uint64_t VELUtMemory::getMemoryConsumption() {
   const std::uint64_t heap = heapInUse();
   return heap != 0 ? heap : residentSetSize();
 }
+
+}  // namespace orvdiff::host

@@ -2,10 +2,16 @@
 
 #include <cstdint>
 
-/// What the process costs in memory.
+namespace orvdiff::host {
+
+/// The memory use of this process.
 struct VELUtMemory {
-  /// Bytes of the heap that are in use, by the allocator's own count; where the allocator keeps
-  /// none, the process's resident set size, which moves in whole pages. The allocator counts small
-  /// freed blocks as in use while it keeps them ready for the same thread.
+  /// Bytes of the heap that are in use, by the allocator's own count; where the allocator does
+  /// not count, the resident set size, which changes in whole pages. The allocator counts small
+  /// freed blocks as in use while it caches them for the same thread.
   static std::uint64_t getMemoryConsumption();
 };
+
+}  // namespace orvdiff::host
+
+using orvdiff::host::VELUtMemory;

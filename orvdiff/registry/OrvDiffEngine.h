@@ -3,14 +3,15 @@
 #include <set>
 
 #include "orvdiff/orvdiff_export.h"
+#include "orvdiff/platform/OrvTestInfo.h"
 
 class OrvDiffListener;
-class OrvTestInfo;
 
 /// The listeners of a verification, in ascending pointer order; none is owned.
 using OrvDiffListenerSet = std::set<OrvDiffListener*>;
 
-/// Verifies the outputs of a report in one format.
+/// Verifies the outputs of a report in one format. Runs on the process's one verifying thread, as
+/// does every other engine.
 class ORVDIFF_API OrvDiffEngine {
  public:
   OrvDiffEngine();

@@ -9,13 +9,13 @@ class OrvDiffResultFailDiffNormalized;
 class OrvDiffResultFailFileMissing;
 class OrvDiffResultPass;
 
-/// Hears of every comparison.
+/// Notified of every comparison.
 ///
-/// For each compared pair exactly one `comparisonNotification` is called from outside: the one for
-/// the result's own class. Each default body hands the result on to the overload of the parent
+/// Each compared pair causes exactly one call: of the `comparisonNotification` that takes the
+/// result's own class. Every default body passes the result on to the overload for the parent
 /// class, so a listener overrides only the levels it cares about; one that overrides nothing
-/// ignores every result. Calls come on the thread that verifies, in the order of the comparisons.
-/// The result lives only during the call. An exception ends the verification and reaches the host.
+/// ignores every result. Calls come on the verifying thread, in the order of the comparisons. The
+/// result lives only during the call. An exception ends the verification and reaches the host.
 class ORVDIFF_API OrvDiffListener {
  public:
   OrvDiffListener();

@@ -12,7 +12,7 @@ class OrvDiffListener;
 /// verdict.
 ///
 /// Results are immutable. The comparison that creates one hands ownership to its caller; the
-/// driver deletes it right after the last listener heard of it, so a listener copies what it keeps.
+/// driver deletes it as soon as every listener was notified, so a listener copies what it keeps.
 class ORVDIFF_API OrvDiffResult {
  public:
   virtual ~OrvDiffResult();
@@ -38,7 +38,7 @@ class ORVDIFF_API OrvDiffResult {
   const std::string m_actualName;
 };
 
-/// The output is still right.
+/// The output matches its master.
 class ORVDIFF_API OrvDiffResultPass : public OrvDiffResult {
  public:
   OrvDiffResultPass(const std::string& masterName, const std::string& actualName);
@@ -47,16 +47,15 @@ class ORVDIFF_API OrvDiffResultPass : public OrvDiffResult {
   bool isPassed() const override;
 };
 
-/// A pass as far as the texts go: one of the files goes on behind a NUL, where texts end, and what
-/// stands there was not compared. To listeners it is a pass like any other; whoever wants to know
-/// asks for this class.
+/// A pass of which one file contains a NUL byte: only the text before it was compared. Listeners
+/// receive it as a pass like any other; to tell the difference, test for this class.
 class ORVDIFF_API OrvDiffResultPassUpToNul : public OrvDiffResultPass {
  public:
   OrvDiffResultPassUpToNul(const std::string& masterName, const std::string& actualName,
                            const std::string& cutFile);
   ~OrvDiffResultPassUpToNul() override;
 
-  /// Path of a file of which not all was compared: the master name or the actual name.
+  /// Path of a file that was not compared to its end: the master name or the actual name.
   const std::string& getCutFile() const { return m_cutFile; }
 
  private:
@@ -81,7 +80,7 @@ class ORVDIFF_API OrvDiffResultFailDiff : public OrvDiffResultFail {
   void notifyListener(OrvDiffListener& listener) const override;
 };
 
-/// The contents differ after normalisation; carries what was compared.
+/// The contents differ after normalisation. Carries both normalised texts.
 class ORVDIFF_API OrvDiffResultFailDiffNormalized : public OrvDiffResultFailDiff {
  public:
   /// Takes ownership of both texts: NUL-terminated arrays from `new char[]`, or null.
@@ -105,7 +104,7 @@ class ORVDIFF_API OrvDiffResultFailDiffNormalized : public OrvDiffResultFailDiff
   const std::uint64_t m_diffPosition;
 };
 
-/// The master or the actual output is not there, or cannot be opened.
+/// The master or the actual output does not exist or cannot be opened.
 class ORVDIFF_API OrvDiffResultFailFileMissing : public OrvDiffResultFail {
  public:
   OrvDiffResultFailFileMissing(const std::string& masterName, const std::string& actualName,

@@ -1,3 +1,4 @@
+#include "HostClasses.h"
 #include "orvdiff/orvdiff.h"
 #include "tests/support/Testing.h"
 
@@ -26,6 +27,56 @@ TEST(Api, ConcreteClassesCanBeDerivedFrom) {
   EXPECT_EQ(Derived<OrvDiffRaFileEngine>("").getMasterFileGlobExpression("R.xml"),
             "Masters/R*.mht");
   EXPECT_EQ(Derived<OrvDiffPdfFileEngine>("").getOutputDirectoryTypeName(), "v5DebugPDF");
+}
+
+// Only `endScript` and the end of the process destroy the harness.
+static_assert(!std::is_destructible_v<MOXTestHarness>);
+
+struct CheckListener : OrvDiffMoxLog {
+  void logCheck(const char* /*description*/, bool passed) override { lastPassed = passed; }
+  MOXTestHarness* getHarness() override { return MOXTestHarness::getInstance(); }
+  bool lastPassed = true;
+};
+
+TEST(Api, ALevelIsAVariableAndANumber) {
+  MOXLogLevel level = MOXLogLevel::Normal;
+  const std::int32_t number = level;
+  EXPECT_EQ(number, 3);
+  MOXTestHarness::getInstance()->setLogLevel(level);
+  level = MOXLogLevel::None;
+  EXPECT_EQ(MOXTestHarness::getInstance()->setLogLevel(level), MOXLogLevel::Normal);
+  EXPECT_EQ(MOXLogLevel(17), 17);
+}
+
+TEST(Api, HostsMayRecordChecksThroughTheLog) {
+  CheckListener listener;
+  OrvDiffMoxLog& log = listener;
+  log.logCheck("it", false);
+  EXPECT_FALSE(listener.lastPassed);
+  EXPECT_EQ(log.getHarness(), MOXTestHarness::getInstance());
+}
+
+TEST(OwnClassesOfAHost, NeverMeetOursInOneProcess) {
+  const TestFolder folder;
+  TestFolder::write("Masters/R.html", "page");
+  const auto misuse = [] { OrvDiffLib::strdupnew(nullptr); };
+  EXPECT_THROW(misuse(), VELAssertError);
+  EXPECT_STREQ(outcomeForHost(misuse), "another error");
+  EXPECT_STREQ(outcomeForHost(raiseErrorOfHost), "own error");
+  try {
+    raiseErrorOfHost();
+  } catch (const VELThrowable&) {
+    ADD_FAILURE() << "an error of the host was caught as one of ours";
+  } catch (...) {
+  }
+  OrvTestInfo run;
+  run.addOutput("../webcontent/bi/v5DebugHTML/R.html", false) << "page" << std::ends;
+  OrvDiffHtmlFileEngine engine(nullptr);
+  Recorder recorder;
+  engine.verifyOutput({&recorder}, "R.xml", &run);
+  EXPECT_EQ(recorder.heard,
+            std::vector<std::string>{"pass Masters/R.html ../webcontent/bi/v5DebugHTML/R.html"});
+  EXPECT_EQ(callsOfHost(), 0);
 }
 
 }  // namespace

@@ -1,18 +1,7 @@
 # Installs the library, moves the installation, and builds and runs a program against it in both
 # ways that users have: find_package and pkg-config.
-file(REMOVE_RECURSE "${WORK_DIR}")
-file(MAKE_DIRECTORY "${WORK_DIR}")
+include("${CMAKE_CURRENT_LIST_DIR}/Running.cmake")
 set(prefix "${WORK_DIR}/moved here")
-
-function(run)
-  execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output
-                  ERROR_VARIABLE output WORKING_DIRECTORY "${WORK_DIR}")
-  if(NOT status EQUAL 0)
-    list(JOIN ARGN " " command)
-    message(FATAL_ERROR "${command}: ${status}\n${output}")
-  endif()
-  set(output "${output}" PARENT_SCOPE)
-endfunction()
 
 run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${WORK_DIR}/installed")
 file(RENAME "${WORK_DIR}/installed" "${prefix}")
@@ -24,6 +13,13 @@ run("${WORK_DIR}/build/consumer")
 
 if(EXISTS "${prefix}/bin/orvdiff")
   run("${prefix}/bin/orvdiff" formats)
+  # Below /usr the loader finds the library by itself, and distributions refuse a search path.
+  set(ENV{DESTDIR} "${WORK_DIR}/package")
+  run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix /usr)
+  unset(ENV{DESTDIR})
+  run(readelf --dynamic "${WORK_DIR}/package/usr/bin/orvdiff")
+  expect(NEEDED)
+  expect_not(PATH)
 endif()
 
 set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIB_DIR}/pkgconfig")

@@ -11,31 +11,24 @@ using FileCheckTest = HarnessTest;
 
 TEST_F(FileCheckTest, FindsTheFirstDifference) {
   const std::string block(65536, 'x');  // as long as what is read at a time
-  const char* const kEqual = "PASSED: Check File: it\n";
-  const std::string kFailed = ">>  FAILED: Check File: it\n";
   const std::tuple<std::string, std::string, std::string, const char*> kRows[] = {
-      {"", "", kEqual, ""},
-      {block, block, kEqual, ""},
-      {"abC", "abc", kFailed + "Offset: 0X2 (2)", "1 bytes compared.  A total of 1 bytes"},
-      {"a\0b"s, "a\0c"s, kFailed + "Offset: 0X2 (2)", "1 bytes compared.  A total of 1 bytes"},
-      {block + "a", block + "b", kFailed + "Offset: 0X10000 (65536)",
-       "1 bytes compared.  A total of 1 bytes"},
-      {"abc", "", kFailed, "0 bytes compared.  A total of 0 bytes"},
-      {block + "a", block, kFailed, "0 bytes compared.  A total of 0 bytes"},
-      {"", "abc", kFailed + "Offset: 0 (0)", "3 bytes compared.  A total of 3 bytes"},
-      {block, block + "a\0b"s, kFailed + "Offset: 0X10000 (65536)",
-       "3 bytes compared.  A total of 2 bytes"},
-      {"a" + block, "b" + block, kFailed + "Offset: 0 (0)",
-       "128 bytes compared.  A total of 1 bytes"},
+      {"", "", "", ""},  // equal: no offset, no dump
+      {block, block, "", ""},
+      {"a\0b"s, "a\0c"s, "Offset: 0X2 (2)", "\n1 bytes compared.  A total of 1 "},
+      {block + "a", block + "b", "Offset: 0X10000 (65536)", "\n1 bytes compared.  A total of 1 "},
+      {block + "a", block, "", "\n0 bytes compared.  A total of 0 "},
+      {"", "abc", "Offset: 0 (0)", "\n3 bytes compared.  A total of 3 "},
+      {block, block + "a\0b"s, "Offset: 0X10000 (65536)", "\n3 bytes compared.  A total of 2 "},
+      {"a" + block, "b" + block, "Offset: 0 (0)", "\n128 bytes compared.  A total of 1 "},
   };
   startTest(MOXLogLevel::Normal);
-  for (const auto& [actual, expected, start, totals] : kRows) {
+  for (const auto& [actual, expected, offset, totals] : kRows) {
     TestFolder::write("actual", actual);
     TestFolder::write("expected", expected);
-    const int isEqual = start == kEqual ? 1 : 0;
     harness().openLogFile("log", false);
-    EXPECT_EQ(harness().check_file("it", "actual", "expected"), isEqual);
-    EXPECT_THAT(log(), testing::StartsWith(start));
+    EXPECT_EQ(harness().check_file("it", "actual", "expected"), actual == expected);
+    const std::string verdict = actual == expected ? "PASSED: " : ">>  FAILED: ";
+    EXPECT_THAT(log(), testing::StartsWith(verdict + "Check File: it\n" + offset));
     EXPECT_THAT(log(), testing::HasSubstr(totals));
   }
 }

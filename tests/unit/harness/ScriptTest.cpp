@@ -20,12 +20,9 @@ TEST_F(ScriptTest, AnUnopenedScriptStillEndsWithItsReport) {
 }
 
 TEST_F(ScriptTest, ReleasesOfTheOutputThatNobodyHoldsAreIgnored) {
-  for (const bool hold : {false, true, true}) {
+  for (const bool hold : {false, true, true, false, false, false}) {
     harness().lockOutput(hold);
   }
-  harness().lockOutput(false);
-  harness().lockOutput(false);
-  harness().lockOutput(false);
   std::async(std::launch::async, [] {
     harness().lockOutput(true), harness().lockOutput(false);
   }).get();
@@ -60,12 +57,10 @@ TEST_F(ScriptTest, RowsCountCharactersAndNeverCutOne) {
   const std::string umlauts = "\u00e4\u00f6\u00fc\u00e4\u00f6\u00fc\u00e4\u00f6\u00fc\u00e4";
   const std::pair<std::string, std::string> kRows[] = {
       {"", std::string(30, ' ')},
-      {"100%s\tdone", "100%s\tdone" + std::string(20, ' ')},
       {std::string(31, 'n'), std::string(30, 'n')},
       {umlauts + umlauts + umlauts + "X", umlauts + umlauts + umlauts},
       {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80" + std::string(29, ' ')},
       {"cut\xE2\x82", "cut\xE2\x82" + std::string(26, ' ')},
-      {"\xFF\xA9", "\xFF\xA9" + std::string(28, ' ')},
   };
   startTest(MOXLogLevel::Normal);
   for (const auto& [name, cell] : kRows) {

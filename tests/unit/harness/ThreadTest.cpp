@@ -37,29 +37,26 @@ class YieldingLog : public std::streambuf {
 };
 
 /// Leaves the check to its caller.
-class DumpsOnly : public OrvDiffMoxLog {
+struct DumpsOnly : OrvDiffMoxLog {
   void logCheck(const char* /*description*/, bool /*passed*/) override {}
   MOXTestHarness* getHarness() override { return MOXTestHarness::getInstance(); }
 };
 
 using ThreadTest = HarnessTest;
 
+/// Runs `work` with the numbers of the threads, on all of them at the same time.
 template <typename Work>
 void onAllThreads(Work work) {
-  std::vector<std::thread> threads;
-  threads.reserve(kThreads);
-  std::promise<void> start;  // at the same time, lest the first be done before the last is there
+  std::promise<void> start;  // so that the first is not done before the last is there
   const std::shared_future<void> started = start.get_future().share();
+  std::vector<std::future<void>> threads;
   for (int thread = 0; thread < kThreads; ++thread) {
-    threads.emplace_back([&work, started, thread] {
+    threads.push_back(std::async(std::launch::async, [&work, started, thread] {
       started.wait();
       work(thread);
-    });
+    }));
   }
   start.set_value();
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
 }
 
 std::string nameOf(int thread) {

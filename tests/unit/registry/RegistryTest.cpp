@@ -39,26 +39,24 @@ TEST(ResultHandOn, EveryClassReachesTheMostSpecificOverriddenOverloadOnce) {
   const OrvDiffResultFailDiff diff("m", "a");
   const Recorder::Normalized normalized("m", "a", new char[1](), nullptr, 7);
   const Recorder::Missing missing("m", "a", "a");
-  const struct {
-    const OrvDiffResult& result;
-    std::vector<Level> chain;  ///< the overloads it may reach, most specific first
-  } kRows[] = {{pass, {ePass, eResult}},
-               {fail, {eFail, eResult}},
-               {diff, {eDiff, eFail, eResult}},
-               {normalized, {eNormalized, eDiff, eFail, eResult}},
-               {missing, {eMissing, eFail, eResult}}};
-  for (const auto& row : kRows) {
-    EXPECT_EQ(row.result.isPassed(), &row.result == &pass);
+  const std::pair<const OrvDiffResult*, std::vector<Level>> kRows[] = {
+      {&pass, {ePass, eResult}},  // the overloads it may reach, most specific first
+      {&fail, {eFail, eResult}},
+      {&diff, {eDiff, eFail, eResult}},
+      {&normalized, {eNormalized, eDiff, eFail, eResult}},
+      {&missing, {eMissing, eFail, eResult}}};
+  for (const auto& [result, chain] : kRows) {
+    EXPECT_EQ(result->isPassed(), result == &pass);
     for (unsigned overridden = 0; overridden < 1U << eLevelCount; ++overridden) {
       std::vector<Level> expected;
-      for (const Level level : row.chain) {
+      for (const Level level : chain) {
         if ((overridden & (1U << level)) != 0 && expected.empty()) {
           expected.push_back(level);
         }
       }
       PartialListener listener(overridden);
-      row.result.notifyListener(listener);
-      EXPECT_EQ(listener.received, expected) << row.chain.front() << " with " << overridden;
+      result->notifyListener(listener);
+      EXPECT_EQ(listener.received, expected) << chain.front() << " with " << overridden;
     }
   }
 }

@@ -1,0 +1,3 @@
+#pragma once
+
+#include "acme/Core.h"
