@@ -11,10 +11,13 @@ class DOM_ParserImpl;
 /// Layout data: the output, in memory or on disk, must be valid against the layout-data schema
 /// before it is compared as normalised text.
 ///
-/// The schema is read when the first document needs it, and then kept. While it cannot be read, or
-/// is broken, every document fails, and a line on standard output names the schema's path.
-/// The host initialises Xerces before it creates the engine, and terminates it after the engine is
-/// gone; an engine created without raises `VELAssertError`.
+/// The first document loads the schema, which is then kept. As long as it cannot be read or is
+/// broken, every document fails, and a line on standard output names the schema's path and the
+/// reason; where the machine lacks memory or file descriptors for it, `performDiff` raises
+/// `VELOutOfMemoryError` or `VELStdExceptionError` instead.
+///
+/// The host initialises Xerces before it creates the engine and terminates it after the engine is
+/// destroyed. Without that, the constructor raises `VELAssertError`.
 class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
     : public OrvLaidOutEngine<OrvDiffTextFileTypeEngine> {
  public:
@@ -27,16 +30,16 @@ class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
                                  const char* schemaPath);
   ~OrvDiffLayoutDataXmlFileEngine() override;
 
-  /// Appends a pattern to those of the format, `coord` and `filename` elements; not while
-  /// verifying. A null one raises `VELAssertError`.
+  /// Appends a pattern to the format's own, which remove `coord` and `filename` elements. Not while
+  /// verifying. A null pattern raises `VELAssertError`.
   void addCleansingPattern(const OrvDiffNormalizationPattern* pattern);
 
-  /// The patterns that texts are normalised by, in the order in which they were added.
+  /// The patterns that normalise texts, in the order in which they were added.
   const OrvPatternList& getCleansingPatterns() const { return m_dataCleansingPatterns.list(); }
 
-  /// A missing actual file (unless the output is in memory); a plain failure, both names being the
-  /// actual file's, when the output is not valid: a block on standard output then says why, and a
-  /// stream stays frozen. Else what comparing with the master gives.
+  /// Returns: the actual file as missing (unless the output is in memory); a plain failure with the
+  /// actual file for both names when the output is not valid (a block on standard output says why,
+  /// and the stream stays frozen); else the result of the comparison with the master.
   OrvDiffResult* performDiff(const std::string& masterName, const std::string& actualName,
                              std::strstream* inMemoryOutput) override;
 

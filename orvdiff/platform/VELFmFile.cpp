@@ -56,6 +56,9 @@ int VELFmFile::open(const char* name, int createMode, int /*flag*/) {
 std::size_t VELFmFile::read(char* buffer, std::size_t count) {
   return transferAll(count, [&](std::size_t done) {
     const ssize_t step = ::read(m_descriptor, buffer + done, count - done);
+    if (step < 0 && OrvSystemError::isOfMachine(errno)) {
+      raise("cannot be read", errno);
+    }
     m_failed = m_failed || (step < 0 && errno != EINTR);
     return step;
   });
