@@ -3,6 +3,7 @@
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <new>
 #include <system_error>
 #include <variant>
 
@@ -11,7 +12,7 @@
 #include "cli/system/Interrupt.h"
 #include "cli/system/StandardStreams.h"
 #include "cli/system/Trouble.h"
-#include "cli/system/XercesSession.h"
+#include "cli/system/XercesStart.h"
 #include "cli/terminal/ErrorCause.h"
 #include "cli/terminal/Printable.h"
 
@@ -29,26 +30,38 @@ void enterFolder(const std::string& folder) {
 
 ExitStatus perform(const CommandLine& commandLine) {
   enterFolder(commandLine.workingFolder);
-  const XercesSession xerces;
+  startXerces();
   return std::visit([](const auto& options) { return run(options); }, commandLine.command);
+}
+
+void prepareProcess() {
+  occupyStandardStreams();
+  outliveFailedWrites();
+  std::signal(SIGCHLD, SIG_DFL);          // if ignored, no script's exit status can be had
+  std::setlocale(LC_CTYPE, "C.UTF-8");    // names and texts are UTF-8, wherever this runs
+  std::ios_base::sync_with_stdio(false);  // buffers the standard streams
+  std::cerr.tie(nullptr);
+}
+
+void print(const std::exception& trouble, Verbosity verbosity) {
+  std::cout.flush();
+  try {
+    std::cerr << "orvdiff: " + printable(causeOf(trouble, verbosity)) + '\n';
+  } catch (const std::bad_alloc&) {  // words that need no memory
+    std::cerr << "orvdiff: out of memory\n";
+  }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  occupyStandardStreams();
-  outliveFailedWrites();
-  std::signal(SIGCHLD, SIG_DFL);          // where it is ignored, no script's exit status can be had
-  std::setlocale(LC_CTYPE, "C.UTF-8");    // names and texts are UTF-8, wherever this runs
-  std::ios_base::sync_with_stdio(false);  // the standard streams are buffered
-  std::cerr.tie(nullptr);
   CommandLine commandLine;
   try {
+    prepareProcess();
     const auto finished = parseCommandLine(argc, argv, commandLine);
     return finishOutput(finished ? *finished : perform(commandLine));
   } catch (const std::exception& trouble) {
-    std::cout.flush();
-    std::cerr << "orvdiff: " << printable(causeOf(trouble, commandLine.verbosity)) << '\n';
+    print(trouble, commandLine.verbosity);
     return stopStatus().value_or(kExitTrouble);
   }
 }

@@ -18,8 +18,10 @@ std::unique_ptr<const OrvDiffResult> comparePair(const CompareOptions& options,
                                                  OutputCapture& capture) {
   try {
     const OutputCapture::Session catching(capture, runsScript(engine));
-    return std::unique_ptr<const OrvDiffResult>(
+    std::unique_ptr<const OrvDiffResult> result(
         engine.performDiff(options.master, options.actual, nullptr));
+    requireStartedScripts();
+    return result;
   } catch (const std::exception& error) {
     printForeign(capture.take());
     throw Trouble(options.master + " -> " + options.actual + ": " +

@@ -173,6 +173,7 @@ class Run {
     }
     const OutputCapture::Session catching(m_capture, selected.runsScript);
     m_registry.verifyOutput(selected.format->format, report.c_str(), nullptr);
+    requireStartedScripts();
     return m_filter.countSinceStart() > 0;
   }
 

@@ -9,7 +9,9 @@
 #include <system_error>
 
 #include "cli/suite/MissingReason.h"
+#include "cli/system/Trouble.h"
 #include "orvdiff/formats/OrvDiffScriptEngines.h"
+#include "orvdiff/platform/VELCommand.h"
 
 namespace {
 
@@ -63,4 +65,12 @@ std::string scriptProblem(const OrvDiffFileEngine& engine) {
            ") to run the comparison script " + script;
   }
   return {};
+}
+
+void requireStartedScripts() {
+  const int code = VELCommand::takeFailure();
+  if (code != 0) {
+    throw Trouble("a comparison script could not be run (its \"differs\" is no verdict): " +
+                  std::generic_category().message(code));
+  }
 }

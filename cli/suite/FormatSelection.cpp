@@ -73,6 +73,12 @@ void set(OrvFormatArguments& arguments, const LayoutDataOptions& layoutData) {
   arguments.layoutNamespace = orNull(layoutData.namespaceUri);
 }
 
+std::shared_ptr<OrvDiffFileEngine> createLastingEngine(const OrvDiffFormat& format,
+                                                       const OrvFormatArguments& arguments) {
+  static auto& engines = *new std::vector<std::shared_ptr<OrvDiffFileEngine>>;  // never destroyed
+  return engines.emplace_back(format.createEngine(arguments));
+}
+
 SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options) {
   OrvFormatArguments arguments;
   arguments.subFolder = orNull(options.subFolder);
@@ -86,7 +92,7 @@ SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options)
     const std::string name(format.name);
     throw Trouble("format " + name + " needs --" + name + "-output-dir");
   }
-  SelectedFormat selected = {&format, format.createEngine(arguments), false};
+  SelectedFormat selected = {&format, createLastingEngine(format, arguments), false};
   selected.runsScript = runsScript(*selected.engine);
   selected.engine->setMasterAndOutputFoldersSuffix(options.folderSuffix);
   return selected;
@@ -105,12 +111,12 @@ const OrvDiffFormat& formatNamed(const std::string& name) {
   return *format;
 }
 
-std::unique_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
+std::shared_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
                                                     const LayoutDataOptions& layoutData) {
   OrvFormatArguments arguments;
   set(arguments, layoutData);
   arguments.outputDirectoryTypeName = "";
-  return format.createEngine(arguments);
+  return createLastingEngine(format, arguments);
 }
 
 std::vector<SelectedFormat> selectFormats(const FormatOptions& options) {

@@ -33,15 +33,18 @@ struct FormatOptions {
 /// A format that takes part in a run, with the engine that verifies it.
 struct SelectedFormat {
   const OrvDiffFormat* format;
-  std::unique_ptr<OrvDiffFileEngine> engine;
+  std::shared_ptr<OrvDiffFileEngine> engine;
   bool runsScript;  ///< leaves the comparing to one
 };
 
 /// The format of this name. Raises `Trouble` that suggests similar names when there is none.
 const OrvDiffFormat& formatNamed(const std::string& name);
 
+// Engines live until the process ends: Xerces allocates while it destroys a parser, and if that
+// fails it aborts the program, with the verdict already printed.
+
 /// An engine that compares single pairs: where files lie does not matter to it.
-std::unique_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
+std::shared_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
                                                     const LayoutDataOptions& layoutData = {});
 
 /// The formats that `options` asks for, each once, in the order of the list of formats. The engines

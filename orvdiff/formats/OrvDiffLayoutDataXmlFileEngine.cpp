@@ -12,11 +12,12 @@
 #include "orvdiff/platform/OrvDeployment.h"
 #include "orvdiff/platform/VELAssert.h"
 #include "orvdiff/platform/VELDowncastSize.h"
+#include "orvdiff/platform/VELFmFile.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
 namespace {
 
-// Where faults of this engine are reported; hosts know the lines.
+// The places that this engine's errors name; hosts rely on the lines.
 constexpr const char* kUnit = "OrvDiffLayoutDataXmlFileEngine";
 constexpr VELPlace kNullPatternPlace = {kUnit, 107};
 constexpr VELPlace kNoVerdictPlace = {kUnit, 119};
@@ -77,7 +78,7 @@ OrvDiffResult* OrvDiffLayoutDataXmlFileEngine::performSchemaValidation(const std
       m_parser, fileName, inMemoryText, [this](const char* text, std::uint64_t length) {
         const std::uint32_t checkedLength =
             VELDowncastSize::uint32(length, kUnit, kTextTooLongLine);
-        loadSchema();
+        guardXmlMemory(VEL_HERE, [this] { loadSchema(); });
         m_parser->parseText(text, checkedLength);
       });
   return fault != nullptr ? fault : velNew<OrvDiffResultPass>(VEL_HERE, fileName, fileName);
@@ -87,14 +88,18 @@ void OrvDiffLayoutDataXmlFileEngine::loadSchema() {
   if (m_parser->getExternalSchemaLocation() != nullptr) {
     return;
   }
-  OrvFileHandle file(m_schemaPath.c_str(), "r");
-  if (file == nullptr) {
+  VELFmFile file;
+  if (file.open(m_schemaPath.c_str(), VELFmFile::eOpenExisting, 1) == 0) {
     reportUnusableSchema("the file cannot be opened");
     return;  // without a grammar, the document's first element is an error
   }
-  const OrvTextBuffer text = OrvDiffLib::slurpFile(file);
-  const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.get()),
-                                          static_cast<XMLSize_t>(std::ftell(file)),
+  const auto text = velNewArray<char>(VEL_HERE, file.getLength());
+  const std::size_t length = file.read(text.get(), file.getLength());
+  if (file.hasFailed()) {
+    reportUnusableSchema("the file cannot be read to its end");
+    return;
+  }
+  const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.get()), length,
                                           m_schemaPath.c_str(), false);
   const xercesc::Grammar* grammar = nullptr;
   try {
@@ -107,8 +112,8 @@ void OrvDiffLayoutDataXmlFileEngine::loadSchema() {
     reportUnusableSchema("it does not describe the namespace " + m_namespaceUri);
     return;
   }
-  // Makes every document one of the schema's, whatever its root. The grammar is there by now, so
-  // the path is never opened; it only must not have a blank.
+  // Validates every document against the schema, whatever its root element. The grammar is loaded
+  // by now, so nothing opens the path; it must only be free of blanks.
   const std::string location = m_namespaceUri + " layoutData.xsd";
   m_parser->setExternalSchemaLocation(
       xercesc::TranscodeFromStr(reinterpret_cast<const XMLByte*>(location.c_str()), location.size(),
@@ -117,6 +122,6 @@ void OrvDiffLayoutDataXmlFileEngine::loadSchema() {
 }
 
 void OrvDiffLayoutDataXmlFileEngine::reportUnusableSchema(const std::string& reason) {
-  m_parser->resetCachedGrammarPool();  // the part that was read must not pass for the whole
+  m_parser->resetCachedGrammarPool();  // or what was read so far would pass for the whole schema
   printXmlFailure("Layout-data schema " + m_schemaPath + " cannot be used: " + reason);
 }

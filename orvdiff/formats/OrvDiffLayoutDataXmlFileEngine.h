@@ -13,10 +13,13 @@ class DOM_ParserImpl;
 /// Layout data: the output, in memory or on disk, must be valid against the layout-data schema
 /// before it is compared as normalised text.
 ///
-/// The schema is read when the first document needs it, and then kept. As long as it cannot be read
-/// or is broken, every document fails, and a line on standard output names the schema's path.
-/// The host initialises Xerces before it creates the engine and terminates it after destroying the
-/// engine; without that, the constructor raises `VELAssertError`.
+/// The first document loads the schema, which is then kept. As long as it cannot be read or is
+/// broken, every document fails, and a line on standard output names the schema's path and the
+/// reason; where the machine lacks memory or file descriptors for it, `performDiff` raises
+/// `VELOutOfMemoryError` or `VELStdExceptionError` instead.
+///
+/// The host initialises Xerces before it creates the engine and terminates it after the engine is
+/// destroyed. Without that, the constructor raises `VELAssertError`.
 class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
     : public OrvFixedLayoutEngine<OrvDiffTextFileTypeEngine> {
  public:

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <iostream>
+#include <new>
 #include <stdexcept>
 #include <xercesc/dom/DOMException.hpp>
 #include <xercesc/framework/LocalFileInputSource.hpp>
@@ -27,17 +28,17 @@ namespace {
 constexpr const char* kSeparator = "+++++++++++++++++++++++++++++++++++++++++++++++++++++++++";
 constexpr const char* kMalformedUtf = "Type:UTFDataFormatException";
 
-/// Names what counts as empty. The grammar of an external DTD is kept under this name, so it must
-/// not be one that a document chooses, nor a namespace: not even that of no namespace, "".
+/// System identifier of the empty entity. The parser files the grammar of an external DTD under it,
+/// so no document or namespace may have this name; "" would be the absence of a namespace.
 constexpr const char* kNothing = "orvdiff:nothing";
 
-/// Stands between the parser and the world outside the document.
+/// Keeps the parser from reading anything that a document points to.
 class ClosedWorldResolver : public xercesc::XMLEntityResolver {
  public:
   xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override {
     switch (resource->getResourceIdentifierType()) {
       case xercesc::XMLResourceIdentifier::SchemaGrammar:
-        return nullptr;  // a document's hint; the parser then goes without
+        return nullptr;  // a hint in the document; the parser does without
       case xercesc::XMLResourceIdentifier::SchemaInclude:
       case xercesc::XMLResourceIdentifier::SchemaImport:
       case xercesc::XMLResourceIdentifier::SchemaRedefine:
@@ -48,7 +49,7 @@ class ClosedWorldResolver : public xercesc::XMLEntityResolver {
   }
 
  private:
-  /// Only a schema includes and imports, and every schema is one that an engine loaded.
+  /// Only schemas include and import, and only engines load schemas, so this serves no document.
   static xercesc::InputSource* openBesideSchema(const xercesc::XMLResourceIdentifier& resource) {
     const std::string location = narrowXmlText(resource.getSystemId());
     if (location.empty() || location.find("://") != std::string::npos) {
@@ -60,7 +61,7 @@ class ClosedWorldResolver : public xercesc::XMLEntityResolver {
 
 ClosedWorldResolver s_closedWorldResolver;
 
-/// Prints a failure block; `position` has its last lines.
+/// Prints a failure block; `position` holds the lines before its closing separator.
 void printBlock(const std::string& kind, const std::string& fileName, const XMLCh* message,
                 std::initializer_list<std::string> position) {
   printXmlFailure(kSeparator);
@@ -70,8 +71,8 @@ void printBlock(const std::string& kind, const std::string& fileName, const XMLC
   printXmlFailure(kSeparator);
 }
 
-/// Runs `parse`, and prints what Xerces throws. False when anything was thrown.
-bool isFaultless(const std::string& fileName, const std::function<void()>& parse) {
+/// Runs `parse` and prints what Xerces throws. True when it threw nothing.
+bool passesParse(const std::string& fileName, const std::function<void()>& parse) {
   try {
     parse();
     return true;
@@ -89,20 +90,30 @@ bool isFaultless(const std::string& fileName, const std::function<void()>& parse
   return false;
 }
 
-/// The same, and leaves a parser that is reset, or known to be beyond that.
-bool isFaultlessAndReset(DOM_ParserImpl& parser, const std::string& fileName,
-                         const std::function<void()>& parse) {
+/// The same, and afterwards `parser` is either reset or marked as unusable.
+///
+/// The two errors that are passed on come from outside the parse: from narrowing a message and from
+/// loading a schema. The machine failed there, and the document is not to blame. A parse that runs
+/// out of memory throws other types; like any unknown exception it fails the document.
+bool passesParseAndResets(DOM_ParserImpl& parser, const std::string& fileName,
+                          const std::function<void()>& parse) {
   try {
-    const bool result = isFaultless(fileName, parse);
+    const bool result = passesParse(fileName, parse);
     parser.resetParser();
     return result;
+  } catch (const VELOutOfMemoryError&) {
+    parser.giveUp();
+    throw;
+  } catch (const VELStdExceptionError&) {
+    parser.giveUp();
+    throw;
   } catch (...) {
     parser.giveUp();
     return false;
   }
 }
 
-/// A text that tells a budget what is read of it.
+/// A document in memory that reports to a budget every piece the parser reads.
 class WatchedText : public xercesc::MemBufInputSource {
  public:
   WatchedText(const XMLByte* bytes, XMLSize_t length, XmlLookupBudget& budget)
@@ -154,23 +165,25 @@ void XmlErrorHandler::resetErrors() {}
 
 std::shared_ptr<DOM_ParserImpl> DOM_ParserImpl::create(xercesc::ErrorHandler& handler,
                                                        ValSchemes validation) {
-  // Tested before the parser exists: its memory already comes from Xerces.
+  // Checked first, because even the parser's own memory comes from Xerces.
   const bool isXercesInitialized = xercesc::XMLPlatformUtils::fgMemoryManager != nullptr;
   VEL_ASSERT_NAMED(isXercesInitialized,
                    "Call XMLPlatformUtils::Initialize before creating an engine that reads XML");
-  return velGuardAllocation(VEL_HERE, [&handler, validation] {
-    try {
-      return std::shared_ptr<DOM_ParserImpl>(new DOM_ParserImpl(handler, validation),
-                                             [](DOM_ParserImpl* parser) {
-                                               if (parser->isUsable()) {
-                                                 delete parser;
-                                               }
-                                             });
-    } catch (const xercesc::OutOfMemoryException&) {
-      throw std::bad_alloc();
-    } catch (const xercesc::XMLException& exception) {
-      throw std::runtime_error(narrowXmlText(exception.getMessage()));
+  const auto destroy = [](DOM_ParserImpl* parser) {
+    if (parser->isUsable()) {
+      delete parser;
     }
+  };
+  return velGuardAllocation(VEL_HERE, [&handler, validation, destroy] {
+    std::shared_ptr<DOM_ParserImpl> created;
+    guardXmlMemory(VEL_HERE, [&] {
+      try {
+        created = {new DOM_ParserImpl(handler, validation), destroy};
+      } catch (const xercesc::XMLException& exception) {
+        throw std::runtime_error(narrowXmlText(exception.getMessage()));
+      }
+    });
+    return created;
   });
 }
 
@@ -211,10 +224,25 @@ void DOM_ParserImpl::resetParser() {
   reset();
 }
 
+void guardXmlMemory(const VELPlace& place, const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const xercesc::OutOfMemoryException&) {
+    throw VELOutOfMemoryError(place.unit(), place.line);
+  } catch (const std::bad_alloc&) {
+    throw VELOutOfMemoryError(place.unit(), place.line);
+  }
+}
+
 std::string narrowXmlText(const XMLCh* message) {
   static_assert(sizeof(XMLCh) == sizeof(char16_t), "Xerces is built for UTF-16");
-  return message != nullptr ? I18NString(reinterpret_cast<const char*>(message), "UTF-16").toBytes()
-                            : std::string();
+  std::string narrow;
+  if (message != nullptr) {
+    guardXmlMemory(VEL_HERE, [&] {
+      narrow = I18NString(reinterpret_cast<const char*>(message), "UTF-16").toBytes();
+    });
+  }
+  return narrow;
 }
 
 void printXmlFailure(const std::string& line) {
@@ -236,12 +264,14 @@ OrvDiffResult* findXmlFault(
       return missing;
     }
     buffer = OrvDiffLib::slurpFile(file);
-    length = static_cast<std::uint64_t>(std::ftell(file));  // what was read, should it still grow
+    const long end = std::ftell(file);  // the file may have grown since: only what was read counts
+    VEL_ASSERT_NAMED(end >= 0, "Unable to read all of the contents of file ");
+    length = static_cast<std::uint64_t>(end);
   } else {
     length = std::strlen(inMemoryText);
   }
   const char* const bytes = inMemoryText != nullptr ? inMemoryText : buffer.get();
-  if (isFaultlessAndReset(*parser, fileName, [&] { parse(bytes, length); })) {
+  if (passesParseAndResets(*parser, fileName, [&] { parse(bytes, length); })) {
     return nullptr;
   }
   return velNew<OrvDiffResultFail>(VEL_HERE, fileName, fileName);

@@ -1,6 +1,7 @@
 #include "orvdiff/platform/OrvGlob.h"
 
 #include <algorithm>
+#include <mutex>
 #include <string_view>
 #include <vector>
 
@@ -38,7 +39,11 @@ bool matches(std::string_view pattern, std::string_view name) {
 }  // namespace
 
 void OrvGlob::globFiles(const char* pattern, std::list<std::string>& files) {
-  thread_local orvdiff::detail::OrvFolderListings listings;
+  // One for all threads: glibc ends the process when it has no memory to register the destructor of
+  // a thread's own.
+  static detail::OrvFolderListings listings;
+  static std::mutex mutex;
+  const std::lock_guard<std::mutex> lock(mutex);
   std::string folder;
   std::string namePattern;
   VELFmDir::splitPath(pattern, &folder, &namePattern);

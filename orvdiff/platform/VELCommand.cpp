@@ -5,32 +5,51 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 
 namespace orvdiff::host {
 
+namespace {
+
+std::atomic<int> s_failure = 0;
+
+int fail(int code) {
+  s_failure = code;
+  return -1;
+}
+
+}  // namespace
+
 int VELCommand::run(const char* commandLine) {
   posix_spawn_file_actions_t actions;
-  if (posix_spawn_file_actions_init(&actions) != 0) {
-    return -1;
+  const int prepared = posix_spawn_file_actions_init(&actions);
+  if (prepared != 0) {
+    return fail(prepared);
   }
-  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
   const char* const arguments[] = {"sh", "-c", commandLine, nullptr};
   pid_t child = -1;
   // The interface takes the arguments without const for C's sake; it does not write to them.
-  const int started = posix_spawn(&child, "/bin/sh", &actions, nullptr,
-                                  const_cast<char* const*>(arguments), environ);
+  int started = posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  if (started == 0) {
+    started = posix_spawn(&child, "/bin/sh", &actions, nullptr, const_cast<char* const*>(arguments),
+                          environ);
+  }
   posix_spawn_file_actions_destroy(&actions);
   if (started != 0) {
-    return -1;
+    return fail(started);
   }
   int status = -1;
   while (waitpid(child, &status, 0) < 0) {
     if (errno != EINTR) {
-      return -1;
+      return fail(errno);
     }
   }
   return status;
+}
+
+int VELCommand::takeFailure() {
+  return s_failure.exchange(0);
 }
 
 }  // namespace orvdiff::host

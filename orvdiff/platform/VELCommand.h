@@ -1,5 +1,7 @@
 #pragma once
 
+#include "orvdiff/orvdiff_export.h"
+
 namespace orvdiff::host {
 
 /// The command interpreter.
@@ -12,6 +14,11 @@ struct VELCommand {
   /// alone, so Ctrl-C interrupts the whole run. The process must not ignore SIGCHLD: the system
   /// then keeps no status, and every command counts as not started.
   static int run(const char* commandLine);
+
+  /// The `errno` of the last command of this process that could not be started or waited for, so
+  /// that whoever takes a status for a verdict can tell; 0 when there was none since the last call.
+  /// Any thread may call it.
+  ORVDIFF_API static int takeFailure();
 };
 
 }  // namespace orvdiff::host

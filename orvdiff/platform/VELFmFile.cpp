@@ -39,6 +39,8 @@ std::size_t VELFmFile::read(char* buffer, std::size_t count) {
     const ssize_t step = ::read(m_descriptor, buffer + done, count - done);
     if (step > 0) {
       done += static_cast<std::size_t>(step);
+    } else if (step < 0 && OrvSystemError::isOfMachine(errno)) {
+      raise("cannot be read", errno);
     } else if (step == 0 || errno != EINTR) {
       m_failed = m_failed || step < 0;
       break;

@@ -28,7 +28,8 @@ class VELFmFile {
   /// Size in bytes when the file was opened.
   std::uint64_t getLength() const { return m_length; }
 
-  /// Reads up to `count` bytes; fewer only at the end of the file or after a read error.
+  /// Reads up to `count` bytes; fewer only at the end of the file or after a read error. Raises
+  /// `VELStdExceptionError` when the machine lacks memory for it.
   std::size_t read(char* buffer, std::size_t count);
 
   /// Whether a read met an error rather than the end of the file.

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Makes system calls and allocations of `orvdiff verify` fail, one in each run, and holds what the
-run ends with to the same run undisturbed: status 0 only when everything was compared, no wrong
-verdict, no crash, no file that looks whole and is not. Ends with 1 and a list when it finds
-something, what belongs together in one entry."""
+"""Makes system calls and allocations of `orvdiff verify` fail, one per run, and compares each run
+with the same one undisturbed: status 0 only when everything was compared, no wrong verdict, no
+crash, no file that looks complete and is not. Groups what it finds, and exits with 1 if that is
+anything but the findings that judging.py tolerates."""
 
 import argparse
 import collections
@@ -21,34 +21,22 @@ import tempfile
 import judging
 import suites
 
-# How the calls fail, and for how long: "lasts" is the disk that stays full, "once" the one chance
-# to overlook an error.
+# How the calls fail, and for how long: "lasts" is the disk that stays full, "once" the error that
+# comes only once and is easily overlooked.
 ERRORS = {
-    "open": ("EMFILE", "EIO", "ENOMEM", "ENOSPC"),
-    "read": ("EIO", "ENOMEM"),
-    "seek": ("EIO",),
-    "write": ("ENOSPC", "EIO"),
-    "close": ("EIO", "ENOSPC"),
-    "stat": ("EIO", "ENOMEM"),
-    "name": ("EIO", "ENOSPC"),
-    "spawn": ("ENOMEM",),
-    "alloc": ("ENOMEM",),
+    "open": ("EMFILE", "EIO", "ENOMEM", "ENOSPC"), "read": ("EIO", "ENOMEM"), "seek": ("EIO",),
+    "write": ("ENOSPC", "EIO"), "close": ("EIO", "ENOSPC"), "stat": ("EIO", "ENOMEM"),
+    "name": ("EIO", "ENOSPC"), "spawn": ("ENOMEM",), "alloc": ("ENOMEM",),
 }
 SPANS = ("once", "lasts")
 SUITES = ("same", "other")
 LIMIT = 30  # seconds for one run
 
-# Faults of other libraries that nothing on our side helps against, by the innermost file of ours.
-KNOWN = {
-    ("dies by signal 11", "alloc", "OrvDiffNormalizationPattern.cpp"):
-        "ICU 72: RegexPattern::zap() goes through the sets that could not be allocated",
-}
-
 Fault = collections.namedtuple("Fault", "call at error span suite")
 
 
 class Bench:
-    """Runs the program on suites of its own; for one thread at a time."""
+    """Runs the program on suites of its own. One thread at a time."""
 
     def __init__(self, arguments, root, formats):
         self.program = arguments.program
@@ -60,7 +48,7 @@ class Bench:
                         "--harness-log", "../harness.log", "--save-normalized", *suites.OPTIONS]
 
     def run(self, suite, fault=None):
-        """The outcome, and the lines of the injector's report."""
+        """Returns the outcome and the lines of the injector's report."""
         self.report.unlink(missing_ok=True)
         self.suites.touch_folders()
         environment = {**os.environ, "LD_PRELOAD": self.shim, "TZ": "UTC0",
@@ -83,8 +71,8 @@ class Bench:
 
 
 def undisturbed_run(bench, suite, formats):
-    """The outcome to hold others to; and for each kind of call, in order, the places in the code
-    that the calls come from."""
+    """The outcome to compare others with, and for each kind of call the places in the code that the
+    calls come from, in order."""
     outcome, report = bench.run(suite)
     places = {call: [] for call in ERRORS}
     for line in report:
@@ -99,31 +87,23 @@ def undisturbed_run(bench, suite, formats):
     return outcome, places
 
 
-def ways(call):
-    return itertools.product(ERRORS[call], SPANS)
-
-
-def all_faults(places, calls):
-    """Every call fails, in every way."""
+def faults_of(places, calls, every):
+    """Lets the first call from each place in the code fail, or every call, in every way."""
     for suite, call in itertools.product(places, calls):
-        for at, (error, span) in itertools.product(range(len(places[suite][call])), ways(call)):
-            yield Fault(call, at + 1, error, span, suite)
+        numbers = range(1, len(places[suite][call]) + 1)
+        if not every:
+            first = {place: at for at, place in zip(reversed(numbers), reversed(places[suite][call]))}
+            numbers = sorted(first.values())
+        for at, error, span in itertools.product(numbers, ERRORS[call], SPANS):
+            yield Fault(call, at, error, span, suite)
 
 
-def faults_by_place(places, calls):
-    """From each place in the code the first call fails, in every way."""
-    for suite, call in itertools.product(places, calls):
-        first = {place: at for at, place in reversed(list(enumerate(places[suite][call])))}
-        for at, (error, span) in itertools.product(sorted(first.values()), ways(call)):
-            yield Fault(call, at + 1, error, span, suite)
-
-
-def sampled_faults(places, calls, size):
-    """Some of those by place, and the same ones each time: of every kind of call the first, the
-    last and some between. More of what comes from more places, yet not in line with it: allocations
-    would crowd out the rest."""
+def sample(faults, size):
+    """About `size` of the faults, the same ones each time: of every kind of call the first, the last
+    and some between. Kinds with more faults get more, but not in proportion, or allocations would
+    crowd out the rest."""
     groups = [list(group) for _, group in itertools.groupby(
-        faults_by_place(places, calls), lambda fault: (fault.suite, fault.call))]
+        faults, lambda fault: (fault.suite, fault.call))]
     total = sum(math.sqrt(len(group)) for group in groups)
     for group in groups:
         points = min(len(group), 1 + round(size * math.sqrt(len(group)) / total))
@@ -138,7 +118,7 @@ def callers(report):
 
 @functools.lru_cache(maxsize=None)
 def lines_of(frame):
-    """Where a frame stands in the sources, what was inlined first; headers of others left out."""
+    """The source lines of a frame, inlined ones first, without those in other projects' headers."""
     module, offset = frame
     text = subprocess.run(["addr2line", "-i", "-e", module, "0x" + offset], capture_output=True,
                           text=True, check=False).stdout
@@ -161,7 +141,7 @@ def to_fault(text):
 
 
 class Findings:
-    """What was found, what belongs together counted once."""
+    """What was found, grouped by finding, call and place."""
 
     def __init__(self):
         self._groups = collections.defaultdict(list)
@@ -175,24 +155,25 @@ class Findings:
             self._groups[what, fault.call, callers(report)[:4]].append(fault)
 
     def print(self):
-        """Shows them all; whether there are any that are not known."""
-        groups = collections.defaultdict(list)
-        known = collections.Counter()
+        """Shows them all; True when there are any that are not tolerated."""
+        groups = collections.defaultdict(lambda: collections.defaultdict(list))
+        tolerated = collections.Counter()
         for (what, call, frames), faults in self._groups.items():
             where = describe(frames)
-            reason = KNOWN.get((what, call, where.partition(":")[0]))
-            if reason:
-                known[reason] += len(faults)
-            else:
-                groups[what, call].append((where, faults))
+            for fault in faults:
+                reason = judging.toleration(what, f"{call}:{fault.span}", where)
+                if reason:
+                    tolerated[reason] += 1
+                else:
+                    groups[what, call][where].append(fault)
         for (what, call), places in sorted(groups.items()):
             print(f"{call}: {what}")
-            for where, faults in sorted(places):
+            for where, faults in sorted(places.items()):
                 errors = sorted({f"{fault.error} {fault.span}" for fault in faults})
                 print(f"    {len(faults):5} x {', '.join(errors)}: {where}\n"
                       f"          --only {to_text(faults[0])}")
-        for reason, count in known.items():
-            print(f"known: {count} x {reason}")
+        for reason, count in tolerated.items():
+            print(f"tolerated: {count} x {reason}")
         print(f"{self.runs} faults injected, {self.idle} of them not reached; "
               f"{sum(map(len, groups.values()))} findings")
         return bool(groups)
@@ -221,7 +202,7 @@ def inject(faults, benches, undisturbed, findings):
 
 
 def show(bench, fault, undisturbed):
-    """One run in full: 1 when there is something wrong with it."""
+    """Prints one run in full. Returns 1 when something is wrong with it, else 0."""
     outcome, report = bench.run(fault.suite, fault)
     print(f"at {describe(callers(report))}\n{outcome.out}{outcome.err}")
     for path in sorted(outcome.files.keys() | undisturbed.files.keys()):
@@ -229,7 +210,7 @@ def show(bench, fault, undisturbed):
         if content is None:
             print(f"--- no {path}")
         elif content != undisturbed.files.get(path):
-            print(f"--- {path}, otherwise than undisturbed:\n{content.decode(errors='replace')}")
+            print(f"--- {path}, which differs from the undisturbed run's:\n{content.decode(errors='replace')}")
     wrong = judging.faults_of(outcome, undisturbed, fault.error, fault.call)
     print(f"status {outcome.status}; {'; '.join(wrong) or 'nothing wrong'}")
     return 1 if wrong else 0
@@ -262,12 +243,11 @@ def main():
         places = {suite: of_suite for suite, (_, of_suite) in runs.items()}
         if arguments.only:
             return show(benches[0], arguments.only, undisturbed[arguments.only.suite])
+        faults = faults_of(places, arguments.calls, arguments.all)
         if arguments.sample:
-            faults = sampled_faults(places, arguments.calls, arguments.sample)
-        else:
-            faults = (all_faults if arguments.all else faults_by_place)(places, arguments.calls)
+            faults = sample(faults, arguments.sample)
         findings = Findings()
-        inject(iter(faults), benches, undisturbed, findings)
+        inject(faults, benches, undisturbed, findings)
         return 1 if findings.print() else 0
 
 

@@ -20,8 +20,7 @@ Paging Statistics - Page Ins: 23, Page Outs: 6, Pages Resident: 60
 Total Objects with reference count > 0 : 37
 """
 
-# Stands in for the interpreter of the comparison scripts; real ones take too long for this many
-# runs.
+# Stands in for the interpreter of the comparison scripts; a real one is too slow for so many runs.
 COMPARER = """#!/bin/sh
 while [ $# -gt 2 ]; do shift; done
 exec cmp -s "$1" "$2"
@@ -41,7 +40,7 @@ def formats_of(program):
 
 
 def content_of(name, number):
-    """The text of an output in which only the number matters."""
+    """The text of an output, in which only the number varies."""
     if name == "vmd":
         return VMD % number
     if name == "layout-data":
@@ -88,7 +87,7 @@ class Suites:
         (self.root / path).write_bytes(content.encode())
 
     def touch_folders(self):
-        """Makes them look changed, so that no run trusts a listing: each makes the same calls."""
+        """Makes folders look changed, so that no run reuses a listing and all make the same calls."""
         for folder in self._masters:
             os.utime(folder)
 
@@ -98,7 +97,7 @@ class Suites:
                 for folder, _, names in os.walk(self.root) for name in names}
 
     def take_new(self):
-        """What a run has left, as path and content; it is gone then."""
+        """Removes the files that a run has left, and returns them as path and content."""
         new = {}
         for path in self.present() - self.files:
             new[path] = (self.root / path).read_bytes()
