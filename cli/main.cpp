@@ -8,9 +8,9 @@
 
 #include "cli/commands/CommandLine.h"
 #include "cli/commands/Commands.h"
+#include "cli/system/CommandError.h"
 #include "cli/system/Interrupt.h"
 #include "cli/system/StandardStreams.h"
-#include "cli/system/Trouble.h"
 #include "cli/system/XercesSession.h"
 #include "cli/terminal/ErrorCause.h"
 #include "cli/terminal/Printable.h"
@@ -23,7 +23,7 @@ void enterFolder(const std::string& folder) {
     std::filesystem::current_path(folder, error);
   }
   if (error) {
-    throw Trouble(folder + ": " + error.message());
+    throw CommandError(folder + ": " + error.message());
   }
 }
 
@@ -46,9 +46,9 @@ int main(int argc, char** argv) {
   try {
     const auto finished = parseCommandLine(argc, argv, commandLine);
     return finishOutput(finished ? *finished : perform(commandLine));
-  } catch (const std::exception& trouble) {
+  } catch (const std::exception& error) {
     std::cout.flush();
-    std::cerr << "orvdiff: " << printable(causeOf(trouble, commandLine.verbosity)) << '\n';
+    std::cerr << "orvdiff: " << printable(causeOf(error, commandLine.verbosity)) << '\n';
     return stopStatus().value_or(kExitTrouble);
   }
 }

@@ -6,8 +6,8 @@
 #include "cli/report/ResultPrinter.h"
 #include "cli/suite/ComparisonScript.h"
 #include "cli/suite/FormatSelection.h"
+#include "cli/system/CommandError.h"
 #include "cli/system/OutputCapture.h"
-#include "cli/system/Trouble.h"
 #include "cli/terminal/ErrorCause.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
@@ -22,8 +22,8 @@ std::unique_ptr<const OrvDiffResult> comparePair(const CompareOptions& options,
         engine.performDiff(options.master, options.actual, nullptr));
   } catch (const std::exception& error) {
     printForeign(capture.take());
-    throw Trouble(options.master + " -> " + options.actual + ": " +
-                  causeOf(error, options.verbosity));
+    throw CommandError(options.master + " -> " + options.actual + ": " +
+                       causeOf(error, options.verbosity));
   }
 }
 
@@ -34,7 +34,7 @@ ExitStatus run(const CompareOptions& options) {
   const auto engine = createPairEngine(format, options.layoutData);
   const std::string problem = scriptProblem(*engine);
   if (!problem.empty()) {
-    throw Trouble(problem);
+    throw CommandError(problem);
   }
   OutputCapture capture;
   const auto result = comparePair(options, *engine, capture);

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 #include "cli/terminal/ErrorCause.h"
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/platform/VELErrors.h"
@@ -14,6 +14,6 @@ InputText readText(const std::string& fileName, OrvFileHandle& file, Verbosity v
     const bool isCut = std::strlen(text.get()) < static_cast<std::size_t>(std::ftell(file));
     return {std::move(text), isCut};
   } catch (const VELThrowable& error) {
-    throw Trouble(fileName + ": " + causeOf(error, verbosity));
+    throw CommandError(fileName + ": " + causeOf(error, verbosity));
   }
 }

@@ -12,5 +12,5 @@ struct InputText {
   bool isCut;  ///< the file contains a NUL, where its text ends
 };
 
-/// Reads a file that was opened. Raises `Trouble` that names it when it cannot be read whole.
+/// Reads a file that was opened. Raises `CommandError` that names it when it cannot be read whole.
 InputText readText(const std::string& fileName, OrvFileHandle& file, Verbosity verbosity);

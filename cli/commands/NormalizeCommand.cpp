@@ -4,7 +4,7 @@
 #include "cli/commands/InputText.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/MissingReason.h"
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 #include "cli/terminal/ErrorCause.h"
 #include "cli/terminal/Printable.h"
 #include "orvdiff/compare/OrvDiffLib.h"
@@ -15,12 +15,12 @@ ExitStatus run(const NormalizeOptions& options) {
   const auto engine = createPairEngine(format);
   const OrvPatternList* const patterns = OrvDiffFormats::getCleansingPatterns(*engine);
   if (patterns == nullptr) {
-    throw Trouble("format " + options.format + " normalises nothing; it compares by " +
-                  std::string(format.comparison));
+    throw CommandError("format " + options.format + " normalises nothing; it compares by " +
+                       std::string(format.comparison));
   }
   OrvFileHandle file(options.file.c_str(), "r");
   if (file == nullptr) {
-    throw Trouble(options.file + " " + missingReason(options.file));
+    throw CommandError(options.file + " " + missingReason(options.file));
   }
   InputText input = readText(options.file, file, options.verbosity);
   if (input.isCut) {
@@ -31,7 +31,7 @@ ExitStatus run(const NormalizeOptions& options) {
     OrvTextBuffer noOther = OrvDiffLib::strdupnew("");
     OrvDiffLib::cleanse(input.text, noOther, *patterns);
   } catch (const VELThrowable& error) {
-    throw Trouble(options.file + ": " + causeOf(error, options.verbosity));
+    throw CommandError(options.file + ": " + causeOf(error, options.verbosity));
   }
   std::cout << input.text.get();
   return kExitPassed;

@@ -8,7 +8,7 @@
 #include "cli/commands/InputText.h"
 #include "cli/commands/PairOutcome.h"
 #include "cli/report/ResultPrinter.h"
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 #include "orvdiff/compare/OrvDiffFloatComparison.h"
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/registry/OrvDiffResult.h"
@@ -45,12 +45,12 @@ bool hasNumber(const char* text) {
   return OrvDiffFloatComparison().findFirstMismatch(text, "").has_value();
 }
 
-/// The result for texts whose numbers agree. Raises `Trouble` when there are none.
+/// The result for texts whose numbers agree. Raises `CommandError` when there are none.
 std::unique_ptr<const OrvDiffResult> passOf(const NumdiffOptions& options, const InputText& master,
                                             const InputText& actual) {
   if (!hasNumber(master.text.get())) {
-    throw Trouble("nothing was compared: neither " + options.master + " nor " + options.actual +
-                  " contains a number");
+    throw CommandError("nothing was compared: neither " + options.master + " nor " +
+                       options.actual + " contains a number");
   }
   if (master.isCut || actual.isCut) {
     return std::make_unique<OrvDiffResultPassUpToNul>(

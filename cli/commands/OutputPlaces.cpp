@@ -3,7 +3,7 @@
 #include <sys/stat.h>
 
 #include "cli/report/SummaryFile.h"
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 #include "orvdiff/platform/VELErrors.h"
 
 OutputPlaces::OutputPlaces(const VerifyOptions& options) {
@@ -17,7 +17,7 @@ OutputPlaces::OutputPlaces(const VerifyOptions& options) {
     summary.emplace("summary", options.summaryFile);
   }
   if (summary && harnessLog && summary->isSameFile(*harnessLog)) {
-    throw Trouble("summary and harness log cannot both be " + options.harnessLog);
+    throw CommandError("summary and harness log cannot both be " + options.harnessLog);
   }
 }
 

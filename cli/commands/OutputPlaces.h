@@ -11,10 +11,11 @@
 
 /// The files that a run writes under names of the user's choice.
 struct OutputPlaces {
-  /// Those of `options`; none for a mere list. Raises `Trouble` also when both are one file.
+  /// Those of `options`; none for a mere list. Raises `CommandError` also when both are one file.
   explicit OutputPlaces(const VerifyOptions& options);
 
-  /// Raises `Trouble` when one of the places is a file that the run reads, or writes otherwise.
+  /// Raises `CommandError` when one of the places is a file that the run reads, or writes
+  /// otherwise.
   void requireFree(const VerifyOptions& options, const FoundReports& found,
                    const std::vector<SelectedFormat>& formats) const;
 

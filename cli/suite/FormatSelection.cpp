@@ -11,7 +11,7 @@
 
 #include "cli/suite/ComparisonScript.h"
 #include "cli/suite/MissingReason.h"
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 
 namespace {
 
@@ -63,11 +63,11 @@ const char* orNull(const std::string& text) {
   return text.empty() ? nullptr : text.c_str();
 }
 
-/// Raises `Trouble` for a schema that is not there.
+/// Raises `CommandError` for a schema that is not there.
 void set(OrvFormatArguments& arguments, const LayoutDataOptions& layoutData) {
   if (!layoutData.schema.empty() && access(layoutData.schema.c_str(), R_OK) != 0) {
-    throw Trouble("the layout schema " + layoutData.schema + ' ' +
-                  missingReason(layoutData.schema));
+    throw CommandError("the layout schema " + layoutData.schema + ' ' +
+                       missingReason(layoutData.schema));
   }
   arguments.layoutSchema = orNull(layoutData.schema);
   arguments.layoutNamespace = orNull(layoutData.namespaceUri);
@@ -84,7 +84,7 @@ SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options)
     arguments.fileNameSuffix = orNull(places->second.fileNameSuffix);
   } else if (format.needsArguments) {
     const std::string name(format.name);
-    throw Trouble("format " + name + " needs --" + name + "-output-dir");
+    throw CommandError("format " + name + " needs --" + name + "-output-dir");
   }
   SelectedFormat selected = {&format, format.createEngine(arguments), false};
   selected.runsScript = runsScript(*selected.engine);
@@ -98,9 +98,9 @@ const OrvDiffFormat& formatNamed(const std::string& name) {
   const OrvDiffFormat* const format = OrvDiffFormats::find(name);
   if (format == nullptr) {
     const std::string similar = similarNames(name);
-    throw Trouble("there is no format \"" + name + "\"; " +
-                  (similar.empty() ? "" : "did you mean " + similar + "? ") +
-                  "\"orvdiff formats\" lists them all");
+    throw CommandError("there is no format \"" + name + "\"; " +
+                       (similar.empty() ? "" : "did you mean " + similar + "? ") +
+                       "\"orvdiff formats\" lists them all");
   }
   return *format;
 }

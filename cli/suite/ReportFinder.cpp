@@ -16,7 +16,7 @@
 #include <utility>
 
 #include "cli/suite/MissingReason.h"
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 
 namespace fs = std::filesystem;
 
@@ -25,13 +25,13 @@ namespace {
 constexpr const char* kMasterFolder = "Masters";
 
 [[noreturn]] void raiseSystemError(const fs::path& path, int error) {
-  throw Trouble(path.string() + ": " + std::generic_category().message(error));
+  throw CommandError(path.string() + ": " + std::generic_category().message(error));
 }
 
 struct stat statusOf(const fs::path& path) {
   struct stat status = {};
   if (stat(path.c_str(), &status) != 0) {
-    throw Trouble((path.empty() ? "\"\"" : path.string()) + ' ' + missingReason(path));
+    throw CommandError((path.empty() ? "\"\"" : path.string()) + ' ' + missingReason(path));
   }
   return status;
 }
@@ -118,7 +118,7 @@ class Finder {
         m_found.emptyLocations.push_back(location);
       }
     } else if (!S_ISREG(status.st_mode)) {
-      throw Trouble(location + ": neither a file nor a folder");
+      throw CommandError(location + ": neither a file nor a folder");
     } else {
       requireReadable(location);
       m_reports.push_back({identify(path.parent_path()), path.filename(), path});

@@ -25,6 +25,6 @@ struct FoundReports {
 /// report is a regular file that stands beside a folder "Masters". Links to files and folders are
 /// followed. Hidden files and folders, and what lies in "Masters" folders, are passed over.
 ///
-/// Raises `Trouble` for a location that is not there, for a file or folder that cannot be read, and
-/// for a link that leads nowhere: leaving it out would pass unnoticed.
+/// Raises `CommandError` for a location that is not there, for a file or folder that cannot be
+/// read, and for a link that leads nowhere: leaving it out would pass unnoticed.
 FoundReports findReports(const std::vector<std::string>& locations);

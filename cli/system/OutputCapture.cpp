@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <system_error>
 
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 
 namespace {
 
@@ -19,8 +19,8 @@ void ensureOpen(int& descriptor, Open open) {
     descriptor = open();
   }
   if (descriptor < 0) {
-    throw Trouble("what the script prints cannot be caught: " +
-                  std::generic_category().message(errno));
+    throw CommandError("what the script prints cannot be caught: " +
+                       std::generic_category().message(errno));
   }
 }
 

@@ -25,8 +25,8 @@ class OutputCapture {
   /// Catches from construction to destruction.
   class Session {
    public:
-    /// With `programs`, also what programs print; costs a few system calls, and raises `Trouble`
-    /// when there are no descriptors left.
+    /// With `programs`, also what programs print; costs a few system calls, and raises
+    /// `CommandError` when there are no descriptors left.
     Session(OutputCapture& capture, bool programs);
     ~Session() { m_capture.stop(); }
     Session(const Session&) = delete;

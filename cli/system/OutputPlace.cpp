@@ -8,7 +8,7 @@
 #include <system_error>
 #include <utility>
 
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 #include "cli/system/WholeFile.h"
 
 namespace {
@@ -101,8 +101,8 @@ void OutputPlace::write(std::string_view text) const {
     error = writeInPlace(m_target, text);
   }
   if (error) {
-    throw Trouble(std::string("the ") + m_what + ' ' + m_name +
-                  " could not be written to its end: " + error.message());
+    throw CommandError(std::string("the ") + m_what + ' ' + m_name +
+                       " could not be written to its end: " + error.message());
   }
 }
 
@@ -112,5 +112,5 @@ bool OutputPlace::isSameFile(const struct stat& other) const {
 }
 
 void OutputPlace::refuse(const std::string& reason) const {
-  throw Trouble(std::string("the ") + m_what + ' ' + m_name + " cannot be written: " + reason);
+  throw CommandError(std::string("the ") + m_what + ' ' + m_name + " cannot be written: " + reason);
 }

@@ -11,8 +11,8 @@
 class OutputPlace {
  public:
   /// `what` names the contents in messages. Creates a file that is not there, empty, so that the
-  /// run finds it where it would find the finished one. Raises `Trouble` when the file cannot be
-  /// written, or standard output or error goes there.
+  /// run finds it where it would find the finished one. Raises `CommandError` when the file cannot
+  /// be written, or standard output or error goes there.
   OutputPlace(const char* what, std::string name);
   OutputPlace(const OutputPlace&) = delete;
   OutputPlace& operator=(const OutputPlace&) = delete;
@@ -32,14 +32,14 @@ class OutputPlace {
   /// False for a pipe or a device, which can only be written to as it is.
   bool isRegularFile() const { return S_ISREG(m_status.st_mode); }
 
-  /// Gives a regular file this text, whole or not at all. Raises `Trouble`.
+  /// Gives a regular file this text, whole or not at all. Raises `CommandError`.
   void write(std::string_view text) const;
 
   /// Whether the place is the file that `other` describes. Devices have room for everybody.
   bool isSameFile(const struct stat& other) const;
   bool isSameFile(const OutputPlace& other) const { return isSameFile(other.m_status); }
 
-  /// Raises `Trouble` that says why the file cannot be written.
+  /// Raises `CommandError` that says why the file cannot be written.
   [[noreturn]] void refuse(const std::string& reason) const;
 
  private:

@@ -3,7 +3,7 @@
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>
 
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 
 /// Keeps the XML parser library ready for the engines that validate XML.
 class XercesSession {
@@ -12,7 +12,7 @@ class XercesSession {
     try {
       xercesc::XMLPlatformUtils::Initialize();
     } catch (const xercesc::XMLException&) {
-      throw Trouble("the XML parser library could not be started");
+      throw CommandError("the XML parser library could not be started");
     }
   }
   ~XercesSession() { xercesc::XMLPlatformUtils::Terminate(); }
