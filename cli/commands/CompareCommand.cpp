@@ -2,7 +2,7 @@
 #include <memory>
 
 #include "cli/commands/Commands.h"
-#include "cli/commands/PairOutcome.h"
+#include "cli/commands/FileCommands.h"
 #include "cli/report/ResultPrinter.h"
 #include "cli/suite/ComparisonScript.h"
 #include "cli/suite/FormatSelection.h"

@@ -1,7 +1,7 @@
 #include <iostream>
 
 #include "cli/commands/Commands.h"
-#include "cli/commands/InputText.h"
+#include "cli/commands/FileCommands.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/MissingReason.h"
 #include "cli/system/CommandError.h"
@@ -15,7 +15,7 @@ ExitStatus run(const NormalizeOptions& options) {
   const auto engine = createPairEngine(format);
   const OrvPatternList* const patterns = OrvDiffFormats::getCleansingPatterns(*engine);
   if (patterns == nullptr) {
-    throw CommandError("format " + options.format + " normalises nothing; it compares by " +
+    throw CommandError("format " + options.format + " does not normalise; it is compared by " +
                        std::string(format.comparison));
   }
   OrvFileHandle file(options.file.c_str(), "r");
@@ -23,13 +23,13 @@ ExitStatus run(const NormalizeOptions& options) {
     throw CommandError(options.file + " " + missingReason(options.file));
   }
   InputText input = readText(options.file, file, options.verbosity);
-  if (input.isCut) {
+  if (input.containsNul) {
     std::cerr << "orvdiff: " << printable(options.file)
-              << " contains a NUL byte; only the text before it is compared\n";
+              << " contains a NUL byte; only the text before it was normalised\n";
   }
   try {
-    OrvTextBuffer noOther = OrvDiffLib::strdupnew("");
-    OrvDiffLib::cleanse(input.text, noOther, *patterns);
+    OrvTextBuffer unused = OrvDiffLib::strdupnew("");  // cleanse works on pairs
+    OrvDiffLib::cleanse(input.text, unused, *patterns);
   } catch (const VELThrowable& error) {
     throw CommandError(options.file + ": " + causeOf(error, options.verbosity));
   }

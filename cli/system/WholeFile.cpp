@@ -23,25 +23,25 @@ std::error_code writeAll(int descriptor, std::string_view text) {
   return {};
 }
 
-/// Closes `descriptor` and returns `error`, or what only closing the file brings to light.
+/// Closes `descriptor`. Returns `error`, or if there was none, the error from closing.
 std::error_code closeAfter(std::error_code error, int descriptor) {
   return close(descriptor) != 0 && !error ? lastError() : error;
 }
 
-/// As far as the user and the file system may: a share without owners is no reason to fail.
+/// Copies owner and permissions, ignoring errors: some file systems have none.
 void inherit(int descriptor, const struct stat& former) {
   constexpr mode_t kPermissions = 0777;
   [[maybe_unused]] const int owned = fchown(descriptor, former.st_uid, former.st_gid);
   fchmod(descriptor, former.st_mode & kPermissions);
 }
 
-/// A new file beside `path`, with the permissions of any new file.
+/// A new file in the folder of `path`, with default permissions.
 struct TemporaryFile {
   explicit TemporaryFile(const std::string& path) {
     static unsigned int count = 0;
     const std::string start =
         path.substr(0, path.rfind('/') + 1) + ".orvdiff-" + std::to_string(getpid()) + '-';
-    do {  // a process of this number on another machine, or long ago, may have had the name
+    do {  // another process with this ID may have left the name, or use it on another host
       name = start + std::to_string(++count);
       descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     } while (descriptor < 0 && errno == EEXIST);

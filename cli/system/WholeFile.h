@@ -6,16 +6,15 @@
 #include <string_view>
 #include <system_error>
 
-/// Writes `text` to the file `path`, whole or not at all, and returns why that failed.
+/// Writes `text` to the file `path`, in full or not at all, and returns the error if that fails.
 ///
-/// The text goes to a hidden file of its own beside `path`, which then takes the name: a reader
-/// never sees half of it, and of several processes that do so at once the last one's text stands
-/// there whole. What had the name, a link included, is replaced, never written through. `former`,
-/// if not null, is the file whose permissions and owner the new one gets, where the system allows
-/// that; else they are those of any new file.
+/// Writes a hidden temporary file in the same folder and renames it, so that readers never see half
+/// a file; if several processes write the same file, the last one wins. Replaces whatever has the
+/// name, links included. If `former` is not null, the new file gets that file's owner and
+/// permissions as far as the system allows.
 std::error_code writeWholeFile(const std::string& path, std::string_view text,
                                const struct stat* former = nullptr);
 
-/// Writes `text` into the file that is there, for names that cannot be given to another file (a
-/// folder that is read-only, a mount point). A file that does not take all of it is left empty.
+/// Overwrites the existing file `path`, for files that cannot be replaced (in a read-only folder,
+/// or a mount point). If the text does not fit, leaves the file empty.
 std::error_code writeInPlace(const std::string& path, std::string_view text);

@@ -54,7 +54,7 @@ class Places(FilesTest):
             ("../hard", "R.html is an output"), ("../dangling", "S.html is an output"),
             ("../webcontent/bi/../bi/v5DebugHTML/S.html", "S.html is an output"),
             ("../webcontent/bi/v5DebugHTML/R.html.normalized_master", "is a normalised text"),
-            ("schema.xsd", "schema.xsd is the schema"), ("/proc/self/fd/2", "standard error goes"),
+            ("schema.xsd", "schema.xsd is the layout-data schema"), ("/proc/self/fd/2", "standard error is redirected"),
         ]
         for option, what in (("--summary", "summary"), ("--harness-log", "harness log")):
             for target, reason in rows:
@@ -76,7 +76,7 @@ class Places(FilesTest):
             with self.subTest(other):
                 run = self.verify("--summary", "a", "--harness-log", other)
                 self.assertEqual((run.status, os.listdir(self.server / "work")), (2, ["link"]))
-                self.assertIn(f"summary and harness log cannot both be {other}", run.err)
+                self.assertIn(f"the summary and the harness log cannot both be {other}", run.err)
         self.assertEqual(
             self.verify("--summary", "/dev/null", "--harness-log", "/dev/null").status, 0)
 

@@ -31,7 +31,7 @@ class Outcomes(SuiteTest):
         self.assertEqual(run.lines("passed", "differs", "missing", "failed", "error"), [
             "missing  ../suite/Masters/Gone.html -> ../webcontent/bi/v5DebugHTML/Gone.html",
             "differs  ../suite/Masters/Other.html -> ../webcontent/bi/v5DebugHTML/Other.html"])
-        self.assertIn("the actual output is not there", run.out)
+        self.assertIn("the actual output does not exist", run.out)
         self.assertRegex(run.out, r"Not verified.*\n    \.\./suite/Bare\.xml\n")
         self.assertIn("passed   ../suite/Masters/Same.html", self.verify("-v").out)
         quiet = self.verify("-q")
@@ -86,12 +86,12 @@ class Outcomes(SuiteTest):
         folders = {"master": "suite/Masters", "actual output": "webcontent/bi/v5DebugHTML"}
         rows = [
             ("actual output", os.mkdir, "is a folder"),
-            ("actual output", lambda path: path.symlink_to("nowhere"), "is a link to nothing"),
+            ("actual output", lambda path: path.symlink_to("nowhere"), "is a dangling link"),
             ("actual output", lambda path: path.symlink_to(path), "cannot be reached: "),
-            ("actual output", os.mkfifo, "is no regular file"),
+            ("actual output", os.mkfifo, "is not a regular file"),
             ("master", os.mkdir, "is a folder"),
-            ("master", os.mkfifo, "is no regular file"),
-            ("master", lambda path: path.symlink_to("nowhere"), "is a link to nothing"),
+            ("master", os.mkfifo, "is not a regular file"),
+            ("master", lambda path: path.symlink_to("nowhere"), "is a dangling link"),
         ]
         for number, (side, spoil, reason) in enumerate(rows):
             with self.subTest(side=side, reason=reason):
@@ -224,9 +224,9 @@ class EngineOutput(SuiteTest):
         for name in ("F", "G"):
             self.pair(name, "PDF", "v5DebugPDF", name + ".pdf", name, name)
         pdf = self.scripts / "diffpdf/diffPdfFiles.py"
-        rows = [("the comparison script ../../src/vask/testdata/Scripts/diffpdf/diffPdfFiles.py is "
-                 f"not there (looked for from the folder {self.server}/work)", pdf.unlink, None),
-                ("there is no python in PATH (/nowhere) to run", pdf.touch, "/nowhere")]
+        rows = [("the comparison script ../../src/vask/testdata/Scripts/diffpdf/diffPdfFiles.py "
+                 f"does not exist (working folder: {self.server}/work)", pdf.unlink, None),
+                ("python, which runs the comparison script ", pdf.touch, "/nowhere")]
         for reason, spoil, path in rows:
             with self.subTest(reason):
                 spoil()
@@ -279,9 +279,9 @@ class Locations(SuiteTest):
         self.report("R", "x", "y")
         (self.server / "links").mkdir()
         (self.server / "links/Masters").symlink_to("nowhere")
-        rows = [("../nowhere", "../nowhere is not there"),
-                ("../links", "../links/Masters is a link to nothing"),
-                ("/dev/null", "neither a file nor a folder"), ("", '"" is not there')]
+        rows = [("../nowhere", "../nowhere does not exist"),
+                ("../links", "../links/Masters is a dangling link"),
+                ("/dev/null", "neither a file nor a folder"), ("", '"" does not exist')]
         for location, message in rows:
             with self.subTest(location):
                 run = self.verify("--summary", "s.xml", locations=["../suite", location])
