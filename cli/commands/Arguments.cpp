@@ -62,7 +62,7 @@ std::vector<std::string> argumentsFor(const CLI::App& app, int argc, char** argv
       hasCommand = true;
       words.push_back(looksLikeList(word) ? "./" + word : word);
     } else {
-      throw CLI::ExtrasError("orvdiff", {word});
+      throw CLI::ArgumentMismatch("unknown command \"" + word + "\"");
     }
   }
   std::reverse(words.begin(), words.end());

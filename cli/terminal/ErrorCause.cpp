@@ -17,7 +17,7 @@ constexpr struct {
   const char* cause;
 } kAssertions[] = {
     {"Files of 2 GiB or more", "files of 2 GiB or more cannot be compared"},
-    {"Unable to read all of the contents", "a file could not be read to its end"},
+    {"Unable to read all of the contents", "a file could not be read completely"},
     {"Replacement using regular expression failed",
      "a normalisation pattern could not be applied to the text"},
     {"setText failed", "the text could not be prepared for normalisation"},
