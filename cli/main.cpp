@@ -9,9 +9,9 @@
 
 #include "cli/commands/CommandLine.h"
 #include "cli/commands/Commands.h"
+#include "cli/system/CommandError.h"
 #include "cli/system/Interrupt.h"
 #include "cli/system/StandardStreams.h"
-#include "cli/system/Trouble.h"
 #include "cli/system/XercesStart.h"
 #include "cli/terminal/ErrorCause.h"
 #include "cli/terminal/Printable.h"
@@ -24,7 +24,7 @@ void enterFolder(const std::string& folder) {
     std::filesystem::current_path(folder, error);
   }
   if (error) {
-    throw Trouble(folder + ": " + error.message());
+    throw CommandError(folder + ": " + error.message());
   }
 }
 
@@ -43,10 +43,10 @@ void prepareProcess() {
   std::cerr.tie(nullptr);
 }
 
-void print(const std::exception& trouble, Verbosity verbosity) {
+void print(const std::exception& error, Verbosity verbosity) {
   std::cout.flush();
   try {
-    std::cerr << "orvdiff: " + printable(causeOf(trouble, verbosity)) + '\n';
+    std::cerr << "orvdiff: " + printable(causeOf(error, verbosity)) + '\n';
   } catch (const std::bad_alloc&) {  // words that need no memory
     std::cerr << "orvdiff: out of memory\n";
   }
@@ -60,8 +60,8 @@ int main(int argc, char** argv) {
     prepareProcess();
     const auto finished = parseCommandLine(argc, argv, commandLine);
     return finishOutput(finished ? *finished : perform(commandLine));
-  } catch (const std::exception& trouble) {
-    print(trouble, commandLine.verbosity);
+  } catch (const std::exception& error) {
+    print(error, commandLine.verbosity);
     return stopStatus().value_or(kExitTrouble);
   }
 }

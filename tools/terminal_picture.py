@@ -3,15 +3,19 @@
 
     orvdiff verify --color always ... | tools/terminal_picture.py "the command" > picture.svg
 
-Reads text with ANSI colours from standard input. The argument is shown as the command typed.
+Reads text with ANSI colours from standard input. The arguments are shown as the command line.
+
+Browsers disagree about white space in SVG and about the width of a monospaced character, so nothing
+depends on either: every run of text has its own position and length.
 """
 
 import html
 import re
 import sys
 
-COLUMNS = 104
+MOST_COLUMNS = 132
 CHARACTER = 8.4
+MARGIN = 16
 LINE = 19
 COLORS = {"31": "#f47067", "32": "#8ddb8c", "33": "#daaa3f", "1": "#ffffff", "2": "#768390"}
 PLAIN = "#adbac7"
@@ -19,14 +23,14 @@ ESCAPE = re.compile(r"\x1b\[([0-9;]*)m")
 
 
 def fold(line):
-    """The line as a terminal of COLUMNS columns wraps it; escapes take no room."""
+    """The line, wrapped after MOST_COLUMNS columns; escapes take no room."""
     folded, width = "", 0
     for piece in re.split(r"(\x1b\[[0-9;]*m)", line):
         if ESCAPE.fullmatch(piece):
             folded += piece
             continue
         for character in piece:
-            if width == COLUMNS:
+            if width == MOST_COLUMNS:
                 folded += "\n"
                 width = 0
             folded += character
@@ -34,18 +38,26 @@ def fold(line):
     return folded.split("\n")
 
 
-def spans(line, color):
-    """The line as coloured SVG text, and the colour in force at its end."""
+def columns(line):
+    return len(ESCAPE.sub("", line))
+
+
+def draw(line, y, color):
+    """Returns the line as SVG text, and the colour in force at its end."""
     drawn = ""
-    position = 0
-    for match in ESCAPE.finditer(line + "\x1b[m"):
-        text = line[position:match.start()]
-        if text:
-            drawn += f'<tspan fill="{color}">{html.escape(text)}</tspan>'
-        codes = [code for code in match.group(1).split(";") if code in COLORS]
-        if match.end() <= len(line):
+    column = 0
+    for piece in re.split(r"(\x1b\[[0-9;]*m|  +)", line):
+        escape = ESCAPE.fullmatch(piece)
+        if escape:
+            codes = [code for code in escape.group(1).split(";") if code in COLORS]
             color = COLORS[codes[-1]] if codes else PLAIN
-        position = match.end()
+            continue
+        text = piece.strip(" ")
+        if text:
+            x = MARGIN + CHARACTER * (column + piece.index(text))
+            drawn += (f'<text x="{x:.1f}" y="{y}" textLength="{CHARACTER * len(text):.1f}" '
+                      f'fill="{color}">{html.escape(text)}</text>\n')
+        column += len(piece)
     return drawn, color
 
 
@@ -54,15 +66,15 @@ def main():
     for line in sys.stdin.read().rstrip("\n").split("\n"):
         lines += fold(line)
     height = LINE * len(lines) + 30
-    width = round(COLUMNS * CHARACTER + 32)
-    print(f'<svg xmlns="http://www.w3.org/2000/svg" width="{width}" height="{height}">')
+    width = round(max(map(columns, lines)) * CHARACTER + 2 * MARGIN)
+    print(f'<svg xmlns="http://www.w3.org/2000/svg" width="{width}" height="{height}" '
+          f'viewBox="0 0 {width} {height}">')
     print(f'<rect width="{width}" height="{height}" rx="8" fill="#22272e"/>')
-    print('<g font-family="DejaVu Sans Mono, Menlo, Consolas, monospace" font-size="14" '
-          'xml:space="preserve">')
+    print('<g font-family="DejaVu Sans Mono, Menlo, Consolas, monospace" font-size="14">')
     color = PLAIN
     for number, line in enumerate(lines):
-        drawn, color = spans(line, color)
-        print(f'<text x="16" y="{LINE * number + 28}">{drawn}</text>')
+        drawn, color = draw(line, LINE * number + 28, color)
+        print(drawn, end="")
     print("</g>\n</svg>")
 
 

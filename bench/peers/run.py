@@ -63,7 +63,7 @@ def main():
     inputs.settle()
     runs = options.runs or (1 if options.quick else 5)
     print(f"{runs} runs; {machine()}\n")
-    print("| | work | against | we | they | ratio | processor time | target | met |")
+    print("| | work | compared with | ours | theirs | ratio | processor time | target | met |")
     print("|---|---|---|---:|---:|---:|---:|---|---|", flush=True)
     for row in rows:
         print(line_of(row, row.measure(runs), options.quick), flush=True)

@@ -1,15 +1,15 @@
 #include "cli/commands/CommandLine.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <iostream>
 
+#include "cli/commands/Arguments.h"
 #include "cli/terminal/Printable.h"
 #include "orvdiff/formats/OrvDiffFormats.h"
 
 namespace {
 
-/// Everything the options write to; the command is chosen once parsing is over.
+/// The targets of all options. Which command they belong to is known once parsing is done.
 struct Values {
   std::string workingFolder;
   ColorChoice color = ColorChoice::Auto;
@@ -24,7 +24,7 @@ struct Values {
     return quiet ? Verbosity::Quiet : verbose ? Verbosity::Verbose : Verbosity::Normal;
   }
 
-  /// `options` with what the common options say of how to print.
+  /// `options` with the common options that control printing filled in.
   template <typename Options>
   Options styled(Options options) const {
     options.verbosity = verbosity();
@@ -36,11 +36,11 @@ struct Values {
 void addLayoutData(CLI::App& command, LayoutDataOptions& layoutData) {
   command
       .add_option("--layout-schema", layoutData.schema,
-                  "Schema of layout data, instead of the usual")
+                  "Layout-data schema (default: as configured)")
       ->type_name("FILE");
   command
       .add_option("--layout-namespace", layoutData.namespaceUri,
-                  "Namespace of layout data, instead of the usual")
+                  "Namespace of the layout-data schema (default: as configured)")
       ->type_name("URI");
 }
 
@@ -58,24 +58,24 @@ void addPlaces(CLI::App& verify, FormatOptions& formats) {
                 formats.places[name].*member = text;
               },
               help)
-          ->group("Places of " + name + " files");
+          ->group("Location of " + name + " files");
     };
-    CLI::Option* const output = add("-output-dir", &FormatPlaces::outputDirectory,
-                                    "Output folder below ../webcontent/bi; selects the format");
+    CLI::Option* const output =
+        add("-output-dir", &FormatPlaces::outputDirectory,
+            "Output folder below ../webcontent/bi; also selects the format");
     output->type_name("NAME");
-    add("-master-sub-folder", &FormatPlaces::masterSubFolder, "Folder below the master folder")
+    add("-master-sub-folder", &FormatPlaces::masterSubFolder, "Subfolder of the master folder")
         ->needs(output)
         ->type_name("NAME");
     if (format.format == OrvOutputFormat::Cgs) {
-      add("-suffix", &FormatPlaces::fileNameSuffix, "Take only masters that end in _TEXT")
+      add("-suffix", &FormatPlaces::fileNameSuffix, "Only masters whose names end in _TEXT")
           ->needs(output)
           ->type_name("TEXT");
     }
   }
 }
 
-/// Adds an option `name` that takes one of a few words and sets `value` to what the word stands
-/// for.
+/// Adds an option `name` whose argument is one of a few words, each of which stands for a value.
 template <typename Value>
 CLI::Option* addChoice(CLI::App& app, const std::string& name, Value& value, const char* help,
                        const std::vector<std::pair<std::string, Value>>& choices) {
@@ -88,76 +88,77 @@ CLI::Option* addChoice(CLI::App& app, const std::string& name, Value& value, con
       }
       words += (words.empty() ? "" : ", ") + choice;
     }
-    throw CLI::ValidationError(name, "\"" + word + "\" is none of " + words);
+    throw CLI::ValidationError(name, "\"" + word + "\" is not one of " + words);
   };
   return app.add_option_function<std::string>(name, choose, help);
 }
 
-/// For files that are written: an empty name would pass for "none".
+/// For output files: an empty name means "none" in `VerifyOptions`, so it must not be given.
 const CLI::Validator& notEmpty() {
   static const CLI::Validator validator(
-      [](const std::string& text) { return text.empty() ? "needs the name of a file" : ""; }, "");
+      [](const std::string& text) { return text.empty() ? "needs a file name" : ""; }, "");
   return validator;
 }
 
 void addVerify(CLI::App& app, Values& values) {
   VerifyOptions& verify = values.verify;
-  CLI::App* const command = app.add_subcommand(
-      "verify", "Compare the outputs of reports with their masters, and say which are not right");
+  CLI::App* const command =
+      app.add_subcommand("verify", "Compare report outputs with their stored masters");
   command
       ->add_option("LOCATION", verify.locations,
-                   "A report's own file, or a folder to search for reports (files that stand "
-                   "beside a folder \"Masters\")")
+                   "A report file, or a folder to search for reports (files next to a folder "
+                   "named \"Masters\")")
       ->required()
-      ->type_name("");
+      ->option_text("...");
   command
       ->add_option("-f,--format", verify.formats.names,
-                   "Verify this format only; may be given again, or as a list with commas "
-                   "(default: all that need no other option)")
-      ->allow_extra_args(false)  // what follows the name is a location
+                   "Verify only this format; repeat it or separate names with commas "
+                   "(default: all that need no further options)")
+      ->allow_extra_args(false)  // the word after the name is a location
       ->delimiter(',')
-      ->type_name("NAME");
+      ->option_text("NAME");
   command
       ->add_option("--sub-folder", verify.formats.subFolder,
-                   "A further level below master and output folders")
+                   "Subfolder of the master and output folders")
       ->type_name("NAME");
   command
       ->add_option("--folder-suffix", verify.formats.folderSuffix,
-                   "Text after the names of output folders")
+                   "Text appended to the names of output folders")
       ->type_name("TEXT");
   command
       ->add_option("--summary", verify.summaryFile,
-                   "Write the test summary to FILE; - is standard output")
+                   "Write a test summary to FILE (-: standard output)")
       ->check(notEmpty())
       ->type_name("FILE");
   command
       ->add_option("--harness-log", verify.harnessLog,
-                   "Run as a test script, one test case per report, and write its log to FILE")
+                   "Write a test-harness log to FILE, with one test case per report")
       ->check(notEmpty())
       ->type_name("FILE");
-  addChoice<int>(*command, "--log-level", verify.harnessLogLevel, "How much the harness log says",
+  addChoice<int>(*command, "--log-level", verify.harnessLogLevel,
+                 "How much detail the harness log contains",
                  {{"minimal", MOXLogLevel::Minimal},
                   {"concise", MOXLogLevel::Concise},
                   {"normal", MOXLogLevel::Normal},
                   {"detailed", MOXLogLevel::Detailed}})
       ->option_text("minimal|concise|normal|detailed (default: normal)");
   command->add_flag("--save-normalized", verify.saveNormalized,
-                    "Keep the normalised texts of a difference beside the output");
-  command->add_flag("--list", verify.listOnly, "Say what would be verified, and run nothing");
+                    "Save the normalised texts of each difference next to the output");
+  command->add_flag("--list", verify.listOnly, "List what would be compared, without comparing it");
   command->add_flag("--allow-none", verify.allowNone, "Succeed even if there is nothing to verify");
   addPlaces(*command, verify.formats);
   addLayoutData(*command, verify.formats.layoutData);
 }
 
 void addPair(CLI::App& command, PairOptions& pair) {
-  command.add_option("MASTER", pair.master, "What the output should be")->required()->type_name("");
-  command.add_option("ACTUAL", pair.actual, "What the output is")->required()->type_name("");
+  command.add_option("MASTER", pair.master, "The expected output")->required()->type_name("");
+  command.add_option("ACTUAL", pair.actual, "The output to check")->required()->type_name("");
 }
 
 void addCompare(CLI::App& app, CompareOptions& compare) {
   CLI::App* const command =
-      app.add_subcommand("compare", "Compare two files by the rule of a format");
-  command->add_option("FORMAT", compare.format, "A name that \"orvdiff formats\" lists")
+      app.add_subcommand("compare", "Compare two files by the rules of a format");
+  command->add_option("FORMAT", compare.format, "A format listed by \"orvdiff formats\"")
       ->required()
       ->type_name("");
   addPair(*command, compare);
@@ -165,15 +166,14 @@ void addCompare(CLI::App& app, CompareOptions& compare) {
 }
 
 void addNumdiff(CLI::App& app, NumdiffOptions& numdiff) {
-  addPair(
-      *app.add_subcommand("numdiff", "Compare the numbers in two files, to about fifteen digits"),
-      numdiff);
+  addPair(*app.add_subcommand("numdiff", "Compare the numbers in two files, to about 15 digits"),
+          numdiff);
 }
 
 void addNormalize(CLI::App& app, NormalizeOptions& normalize) {
   CLI::App* const command = app.add_subcommand(
-      "normalize", "Print a file as a format compares it: without what changes from run to run");
-  command->add_option("FORMAT", normalize.format, "A name that \"orvdiff formats\" lists")
+      "normalize", "Print the normalised text of a file, as a format compares it");
+  command->add_option("FORMAT", normalize.format, "A format listed by \"orvdiff formats\"")
       ->required()
       ->type_name("");
   command->add_option("FILE", normalize.file, "The file to read")->required()->type_name("");
@@ -182,61 +182,17 @@ void addNormalize(CLI::App& app, NormalizeOptions& normalize) {
 void addCommonOptions(CLI::App& app, Values& values) {
   app.set_version_flag("--version", "orvdiff " ORVDIFF_VERSION);
   app.add_option("-C,--directory", values.workingFolder,
-                 "Run as if started in this folder; outputs lie under ../webcontent/bi from it")
+                 "Run as if started in DIR; outputs are in ../webcontent/bi relative to it")
       ->type_name("DIR");
   addChoice<ColorChoice>(
-      app, "--color", values.color, "Use colours: auto, always or never",
+      app, "--color", values.color, "When to use colours: auto, always or never",
       {{"auto", ColorChoice::Auto}, {"always", ColorChoice::Always}, {"never", ColorChoice::Never}})
       ->option_text("WHEN");
   CLI::Option* const quiet =
-      app.add_flag("-q,--quiet", values.quiet, "Only errors and the closing line");
-  app.add_flag("-v,--verbose", values.verbose, "Also what passed, and every unverified report")
+      app.add_flag("-q,--quiet", values.quiet, "Print only errors and the last line");
+  app.add_flag("-v,--verbose", values.verbose,
+               "Also print what passed, and every unverified report")
       ->excludes(quiet);
-}
-
-/// Whether `word` is an option, of any command, that takes the word behind it as its value.
-bool takesValue(const CLI::App& app, const std::string& word) {
-  const auto matches = [&word](const CLI::Option* option) {
-    return !option->get_positional() && option->get_items_expected_max() > 0 &&
-           option->check_name(word);
-  };
-  const auto options = app.get_options();
-  const auto commands = app.get_subcommands({});
-  return std::any_of(options.begin(), options.end(), matches) ||
-         std::any_of(commands.begin(), commands.end(),
-                     [&word](const CLI::App* command) { return takesValue(*command, word); });
-}
-
-bool isCommand(const CLI::App& app, const std::string& word) {
-  const auto commands = app.get_subcommands({});
-  return std::any_of(commands.begin(), commands.end(),
-                     [&word](const CLI::App* command) { return command->check_name(word); });
-}
-
-/// The words of the command line, last first, as CLI11 wants them. It would take a location
-/// "[2023]" for a list that holds 2023; "./[2023]" names the same file and is no list. And for the
-/// value of "--summary=" it would take the next word, so that is refused here, as is a first word
-/// that is no command.
-std::vector<std::string> reversedWords(const CLI::App& app, int argc, char** argv) {
-  std::vector<std::string> words;
-  bool hasCommand = false;
-  for (int i = 1; i < argc; ++i) {
-    std::string word = argv[i];
-    const bool isOption = word.size() > 1 && word.front() == '-';
-    if (isOption && word.back() == '=' && takesValue(app, word.substr(0, word.size() - 1))) {
-      throw CLI::ArgumentMismatch(word + " needs a value behind it");
-    }
-    if (!hasCommand && !isOption && !takesValue(app, argv[i - 1])) {
-      if (!isCommand(app, word)) {
-        throw CLI::ExtrasError("orvdiff", {word});
-      }
-      hasCommand = true;
-    }
-    const bool looksLikeList = !word.empty() && word.front() == '[' && word.back() == ']';
-    words.push_back(looksLikeList && !takesValue(app, argv[i - 1]) ? "./" + word : word);
-  }
-  std::reverse(words.begin(), words.end());
-  return words;
 }
 
 Command chosenCommand(const CLI::App& app, Values& values) {
@@ -256,24 +212,37 @@ Command chosenCommand(const CLI::App& app, Values& values) {
   return values.styled(values.verify);
 }
 
+/// Replaces CLI11's own terms in help texts with the usual ones.
+void setHelpWords(CLI::App& app) {
+  const auto formatter = app.get_formatter();
+  formatter->label("Positionals", "Arguments");
+  formatter->label("SUBCOMMAND", "COMMAND");
+  formatter->label("REQUIRED", "");
+  formatter->label("Needs", "requires");
+  formatter->label("Excludes", "not with");
+  for (CLI::App* const command : app.get_subcommands({})) {
+    command->group("Commands");
+    command->footer("All commands also take -C, --color, -q and -v; see orvdiff --help.");
+  }
+}
+
 }  // namespace
 
 std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& result) {
-  CLI::App app("Verifies the outputs of report runs against stored master files.", "orvdiff");
+  CLI::App app("Verify report outputs against stored masters.", "orvdiff");
   Values values;
   app.require_subcommand(1);
-  app.fallthrough();  // so that the common options may also stand behind the command
+  app.fallthrough();  // lets the common options follow the command
   addCommonOptions(app, values);
   addVerify(app, values);
   addCompare(app, values.compare);
   addNumdiff(app, values.numdiff);
   addNormalize(app, values.normalize);
-  app.add_subcommand("formats", "List the formats, where their files lie and how they compare");
-  for (CLI::App* const command : app.get_subcommands({})) {
-    command->footer("Every command also takes -C, --color, -q and -v: see orvdiff --help.");
-  }
+  app.add_subcommand("formats",
+                     "List all formats, where their files are and how they are compared");
+  setHelpWords(app);
   try {
-    app.parse(reversedWords(app, argc, argv));
+    app.parse(argumentsFor(app, argc, argv));
   } catch (const CLI::Success& request) {
     app.exit(request, std::cout, std::cerr);
     return kExitPassed;

@@ -31,7 +31,7 @@ struct NormalizeOptions {
   Verbosity verbosity = Verbosity::Normal;
 };
 
-/// One pair to compare.
+/// Two files to compare.
 struct PairOptions {
   std::string master;
   std::string actual;
@@ -51,11 +51,11 @@ using Command =
 
 /// What the user asked for.
 struct CommandLine {
-  std::string workingFolder;  ///< to change to before anything else; empty: stay
+  std::string workingFolder;  ///< to change to first; empty: none
   Verbosity verbosity = Verbosity::Normal;
   Command command;
 };
 
-/// Reads the command line into `result`. When there is nothing left to do (help, version, a mistake
-/// in usage), says what there is to say and returns the status to end with.
+/// Parses the command line into `result`. If that leaves nothing to do (help, version, a usage
+/// error), prints the text or message and returns the exit status.
 std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& result);

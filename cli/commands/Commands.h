@@ -3,8 +3,8 @@
 #include "cli/commands/CommandLine.h"
 #include "cli/system/ExitStatus.h"
 
-/// The commands. Each prints what it finds on standard output, raises `Trouble` for what keeps it
-/// from doing its work, and returns the status to end with.
+/// The commands. Each prints its findings on standard output and returns the exit status. Each
+/// raises `CommandError` if it cannot do its work.
 
 ExitStatus run(const FormatsOptions& options);
 ExitStatus run(const NormalizeOptions& options);

@@ -2,12 +2,12 @@
 #include <memory>
 
 #include "cli/commands/Commands.h"
-#include "cli/commands/PairOutcome.h"
+#include "cli/commands/FileCommands.h"
 #include "cli/report/ResultPrinter.h"
 #include "cli/suite/ComparisonScript.h"
 #include "cli/suite/FormatSelection.h"
+#include "cli/system/CommandError.h"
 #include "cli/system/OutputCapture.h"
-#include "cli/system/Trouble.h"
 #include "cli/terminal/ErrorCause.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
@@ -24,8 +24,8 @@ std::unique_ptr<const OrvDiffResult> comparePair(const CompareOptions& options,
     return result;
   } catch (const std::exception& error) {
     printForeign(capture.take());
-    throw Trouble(options.master + " -> " + options.actual + ": " +
-                  causeOf(error, options.verbosity));
+    throw CommandError(options.master + " -> " + options.actual + ": " +
+                       causeOf(error, options.verbosity));
   }
 }
 
@@ -36,7 +36,7 @@ ExitStatus run(const CompareOptions& options) {
   const auto engine = createPairEngine(format, options.layoutData);
   const std::string problem = scriptProblem(*engine);
   if (!problem.empty()) {
-    throw Trouble(problem);
+    throw CommandError(problem);
   }
   OutputCapture capture;
   const auto result = comparePair(options, *engine, capture);

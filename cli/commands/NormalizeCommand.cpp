@@ -1,10 +1,10 @@
 #include <iostream>
 
 #include "cli/commands/Commands.h"
-#include "cli/commands/InputText.h"
+#include "cli/commands/FileCommands.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/MissingReason.h"
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 #include "cli/terminal/ErrorCause.h"
 #include "cli/terminal/Printable.h"
 #include "orvdiff/compare/OrvDiffLib.h"
@@ -15,23 +15,23 @@ ExitStatus run(const NormalizeOptions& options) {
   const auto engine = createPairEngine(format);
   const OrvPatternList* const patterns = engine->getCleansingPatterns();
   if (patterns == nullptr) {
-    throw Trouble("format " + options.format + " normalises nothing; it compares by " +
-                  std::string(format.comparison));
+    throw CommandError("format " + options.format + " does not normalise; it is compared by " +
+                       std::string(format.comparison));
   }
   OrvFileHandle file(options.file.c_str(), "r");
   if (file == nullptr) {
-    throw Trouble(options.file + " " + missingReason(options.file));
+    throw CommandError(options.file + " " + missingReason(options.file));
   }
   InputText input = readText(options.file, file, options.verbosity);
-  if (input.isCut) {
+  if (input.containsNul) {
     std::cerr << "orvdiff: " << printable(options.file)
-              << " contains a NUL byte; only the text before it is compared\n";
+              << " contains a NUL byte; only the text before it was normalised\n";
   }
   try {
-    OrvTextBuffer noOther = OrvDiffLib::strdupnew("");
-    OrvDiffLib::cleanse(input.text, noOther, *patterns);
+    OrvTextBuffer unused = OrvDiffLib::strdupnew("");  // cleanse works on pairs
+    OrvDiffLib::cleanse(input.text, unused, *patterns);
   } catch (const VELThrowable& error) {
-    throw Trouble(options.file + ": " + causeOf(error, options.verbosity));
+    throw CommandError(options.file + ": " + causeOf(error, options.verbosity));
   }
   std::cout << input.text.get();
   return kExitPassed;

@@ -5,10 +5,9 @@
 #include <string_view>
 
 #include "cli/commands/Commands.h"
-#include "cli/commands/InputText.h"
-#include "cli/commands/PairOutcome.h"
+#include "cli/commands/FileCommands.h"
 #include "cli/report/ResultPrinter.h"
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 #include "orvdiff/compare/OrvDiffFloatComparison.h"
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/registry/OrvDiffResult.h"
@@ -25,7 +24,7 @@ void printNumber(const char* side, const Number& number) {
   const std::string_view text(number.start, static_cast<std::size_t>(number.end - number.start));
   std::cout << kIndent << side;
   if (!number.found) {
-    std::cout << "no further number\n";
+    std::cout << "no more numbers\n";
     return;
   }
   std::cout << text.substr(0, kMostDigits) << (text.size() > kMostDigits ? "..." : "") << " at "
@@ -36,8 +35,8 @@ void printMismatch(const Mismatch& mismatch) {
   printNumber("master: ", mismatch.master);
   printNumber("actual: ", mismatch.actual);
   if (mismatch.master.found && mismatch.actual.found) {
-    std::cout << kIndent << "they differ by " << mismatch.difference << "; " << mismatch.tolerance
-              << " is allowed\n";
+    std::cout << kIndent << "difference " << mismatch.difference << ", tolerance "
+              << mismatch.tolerance << '\n';
   }
 }
 
@@ -45,16 +44,16 @@ bool hasNumber(const char* text) {
   return OrvDiffFloatComparison().findFirstMismatch(text, "").has_value();
 }
 
-/// The result for texts whose numbers agree. Raises `Trouble` when there are none.
+/// The result for texts whose numbers agree. Raises `CommandError` if neither contains a number.
 std::unique_ptr<const OrvDiffResult> passOf(const NumdiffOptions& options, const InputText& master,
                                             const InputText& actual) {
   if (!hasNumber(master.text.get())) {
-    throw Trouble("nothing was compared: neither " + options.master + " nor " + options.actual +
-                  " contains a number");
+    throw CommandError("nothing was compared: neither " + options.master + " nor " +
+                       options.actual + " contains a number");
   }
-  if (master.isCut || actual.isCut) {
+  if (master.containsNul || actual.containsNul) {
     return std::make_unique<OrvDiffResultPassUpToNul>(
-        options.master, options.actual, master.isCut ? options.master : options.actual);
+        options.master, options.actual, master.containsNul ? options.master : options.actual);
   }
   return std::make_unique<OrvDiffResultPass>(options.master, options.actual);
 }

@@ -3,7 +3,7 @@
 #include <sys/stat.h>
 
 #include "cli/report/SummaryFile.h"
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 #include "orvdiff/platform/VELErrors.h"
 
 OutputPlaces::OutputPlaces(const VerifyOptions& options) {
@@ -17,7 +17,7 @@ OutputPlaces::OutputPlaces(const VerifyOptions& options) {
     summary.emplace("summary", options.summaryFile);
   }
   if (summary && harnessLog && summary->isSameFile(*harnessLog)) {
-    throw Trouble("summary and harness log cannot both be " + options.harnessLog);
+    throw CommandError("the summary and the harness log cannot both be " + options.harnessLog);
   }
 }
 
@@ -26,7 +26,7 @@ void OutputPlaces::requireFree(const VerifyOptions& options, const FoundReports&
   if (!summary && !harnessLog) {
     return;
   }
-  requireOther(options.formats.layoutData.schema, "the schema of layout data");
+  requireOther(options.formats.layoutData.schema, "the layout-data schema");
   for (const std::string& report : found.reports) {
     requireOther(report, "a report");
     for (const SelectedFormat& selected : formats) {
@@ -43,7 +43,7 @@ void OutputPlaces::requireNoPair(const VerifyOptions& options, const std::string
   } catch (const VELOutOfMemoryError&) {
     throw;
   } catch (const VELThrowable&) {
-    return;  // a folder that cannot be read: the run will say so
+    return;  // the run reports a folder that cannot be read
   }
   for (const OrvFilePair& pair : pairs) {
     requireOther(pair.master, "a master");

@@ -9,17 +9,19 @@
 #include "cli/suite/ReportFinder.h"
 #include "cli/system/OutputPlace.h"
 
-/// The files that a run writes under names of the user's choice.
+/// The output files that the user named: summary and harness log.
 struct OutputPlaces {
-  /// Those of `options`; none for a mere list. Raises `Trouble` also when both are one file.
+  /// Opens the files that `options` names; none with --list. Raises `CommandError` if one cannot be
+  /// written, or if both are the same file.
   explicit OutputPlaces(const VerifyOptions& options);
 
-  /// Raises `Trouble` when one of the places is a file that the run reads, or writes otherwise.
+  /// Raises `CommandError` if one of them is a file that the run reads, or writes for another
+  /// purpose.
   void requireFree(const VerifyOptions& options, const FoundReports& found,
                    const std::vector<SelectedFormat>& formats) const;
 
   std::optional<OutputPlace> harnessLog;
-  std::optional<OutputPlace> summary;  ///< none also when standard output gets it
+  std::optional<OutputPlace> summary;  ///< also empty if it goes to standard output
 
  private:
   void requireOther(const std::string& path, const char* role) const;

@@ -20,9 +20,9 @@
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/PairFilter.h"
 #include "cli/suite/ReportFinder.h"
+#include "cli/system/CommandError.h"
 #include "cli/system/Interrupt.h"
 #include "cli/system/OutputCapture.h"
-#include "cli/system/Trouble.h"
 #include "cli/terminal/ErrorCause.h"
 #include "cli/terminal/Printable.h"
 #include "cli/terminal/Progress.h"
@@ -245,14 +245,14 @@ void finishFiles(std::optional<SummaryFile>& summary, std::optional<HarnessLog>&
     if (summary) {
       interrupted ? summary->leaveUnfinished() : summary->finish();
     }
-  } catch (const Trouble& unwritten) {
+  } catch (const CommandError& unwritten) {
     shortfalls.emplace_back(unwritten.what());
   }
   try {
     if (harnessLog) {
       harnessLog->finish(interrupted ? std::vector<std::string>{"interrupted"} : shortfalls);
     }
-  } catch (const Trouble& unwritten) {
+  } catch (const CommandError& unwritten) {
     shortfalls.emplace_back(unwritten.what());
   }
 }

@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "cli/system/CommandError.h"
 #include "cli/system/QuietConsole.h"
-#include "cli/system/Trouble.h"
 #include "cli/terminal/Printable.h"
 
 HarnessLog::HarnessLog(OutputPlace& place, int level) : m_place(place) {
@@ -47,8 +47,8 @@ void HarnessLog::finish(const std::vector<std::string>& shortfalls) {
   }
   endScript();
   if (!MOXTestHarness::isLogComplete()) {
-    throw Trouble("the harness log " + m_place.name() +
-                  " could not be written to its end; is the disk full?");
+    throw CommandError("the harness log " + m_place.name() +
+                       " could not be written to its end; is the disk full?");
   }
 }
 

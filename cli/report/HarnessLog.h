@@ -10,10 +10,10 @@
 /// pair, everything in a log file.
 class HarnessLog {
  public:
-  /// Opens the file at `place`, which must outlive the log, and claims it; raises `Trouble` when
-  /// that is not possible. `level` is one of `MOXLogLevel`. The harness is not asked where to work:
-  /// that has been decided, and the variable that moves test scripts elsewhere would have another
-  /// suite verified.
+  /// Opens the file at `place`, which must outlive the log, and claims it; raises `CommandError`
+  /// when that is not possible. `level` is one of `MOXLogLevel`. The harness is not asked where to
+  /// work: that has been decided, and the variable that moves test scripts elsewhere would have
+  /// another suite verified.
   HarnessLog(OutputPlace& place, int level);
   HarnessLog(const HarnessLog&) = delete;
   HarnessLog& operator=(const HarnessLog&) = delete;
@@ -24,7 +24,7 @@ class HarnessLog {
   void start();
 
   /// Ends the script, with a failed check for each of `shortfalls`: what kept the run from
-  /// verifying all that it was to. Raises `Trouble` when the log did not reach the file whole.
+  /// verifying all that it was to. Raises `CommandError` when the log did not reach the file whole.
   void finish(const std::vector<std::string>& shortfalls);
 
   /// Hands results to the harness, names as they are.

@@ -7,8 +7,8 @@
 #include <iostream>
 #include <system_error>
 
+#include "cli/system/CommandError.h"
 #include "cli/system/Interrupt.h"
-#include "cli/system/Trouble.h"
 
 namespace {
 
@@ -34,7 +34,7 @@ FileBuffer openDirect(const OutputPlace* place) {
       place == nullptr ? takeStandardOutput() : open(place->name().c_str(), O_WRONLY | O_CLOEXEC);
   if (descriptor < 0) {
     const std::string reason = std::generic_category().message(errno);
-    place == nullptr ? throw Trouble("standard output: " + reason) : place->refuse(reason);
+    place == nullptr ? throw CommandError("standard output: " + reason) : place->refuse(reason);
   }
   return FileBuffer(descriptor, std::ios::out);
 }
@@ -82,6 +82,6 @@ void SummaryFile::deliver() {
     std::cout.setstate(std::ios::badbit);  // ends the program as with any other output
     return;
   }
-  throw Trouble("the summary " + (m_place == nullptr ? "-" : m_place->name()) +
-                " could not be written to its end; is the disk full?");
+  throw CommandError("the summary " + (m_place == nullptr ? "-" : m_place->name()) +
+                     " could not be written to its end; is the disk full?");
 }

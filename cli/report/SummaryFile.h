@@ -19,14 +19,14 @@ class SummaryFile {
 
   /// Null for standard output: whatever else the program, the library and the scripts it starts
   /// print there goes to standard error from then on, so that the summary stays a document. Else
-  /// removes the file that is there; `place` must outlive the summary. Raises `Trouble` when there
-  /// is no writing to it.
+  /// removes the file that is there; `place` must outlive the summary. Raises `CommandError` when
+  /// there is no writing to it.
   explicit SummaryFile(OutputPlace* place);
 
   OrvDiffListener& listener() { return m_log; }
 
-  /// Writes the document's end and with it the file. Raises `Trouble` when not all of it could be
-  /// written: there is no file then.
+  /// Writes the document's end and with it the file. Raises `CommandError` when not all of it could
+  /// be written: there is no file then.
   void finish();
 
   /// For a run that was stopped: writes the document without its end, so that nobody takes it for

@@ -9,7 +9,7 @@
 #include <system_error>
 
 #include "cli/suite/MissingReason.h"
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 #include "orvdiff/formats/OrvDiffScriptEngines.h"
 #include "orvdiff/platform/VELCommand.h"
 
@@ -27,8 +27,8 @@ bool isProgram(const std::string& path) {
          access(path.c_str(), X_OK) == 0;
 }
 
-/// Whether the command interpreter will find `name`, a name without a folder, in `searchPath`,
-/// where an empty entry stands for the working folder.
+/// Whether the shell finds the program `name` in `searchPath`, in which an empty entry means the
+/// working folder.
 bool isFoundIn(const std::string& searchPath, const std::string& name) {
   std::istringstream entries(searchPath + ':');
   for (std::string folder; std::getline(entries, folder, ':');) {
@@ -57,12 +57,12 @@ std::string scriptProblem(const OrvDiffFileEngine& engine) {
   if (!isReadableFile(script)) {
     std::error_code unknown;
     return "the comparison script " + script + ' ' + missingReason(script) +
-           " (looked for from the folder " + std::filesystem::current_path(unknown).string() + ")";
+           " (working folder: " + std::filesystem::current_path(unknown).string() + ")";
   }
   const char* const searchPath = std::getenv("PATH");
   if (searchPath != nullptr && !isFoundIn(searchPath, interpreter)) {
-    return "there is no " + interpreter + " in PATH (" + searchPath +
-           ") to run the comparison script " + script;
+    return interpreter + ", which runs the comparison script " + script + ", is not in PATH (" +
+           searchPath + ")";
   }
   return {};
 }
@@ -70,7 +70,7 @@ std::string scriptProblem(const OrvDiffFileEngine& engine) {
 void requireStartedScripts() {
   const int code = VELCommand::takeFailure();
   if (code != 0) {
-    throw Trouble("a comparison script could not be run (its \"differs\" is no verdict): " +
-                  std::generic_category().message(code));
+    throw CommandError("a comparison script could not be run (its \"differs\" is no verdict): " +
+                       std::generic_category().message(code));
   }
 }

@@ -11,11 +11,11 @@
 
 #include "cli/suite/ComparisonScript.h"
 #include "cli/suite/MissingReason.h"
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 
 namespace {
 
-/// How many letters must be added, dropped or changed to turn one word into the other.
+/// The Levenshtein distance of two words.
 std::size_t editDistance(std::string_view one, std::string_view other) {
   std::vector<std::size_t> row(other.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
@@ -37,7 +37,7 @@ std::string lowerCase(std::string text) {
   return text;
 }
 
-/// The names of formats that the user may have meant, the likeliest first, as one text.
+/// Format names that the user may have meant, best match first, separated by commas.
 std::string similarNames(const std::string& name) {
   constexpr std::size_t kMost = 4;
   const std::string wanted = lowerCase(name);
@@ -59,18 +59,18 @@ std::string similarNames(const std::string& name) {
   return text;
 }
 
-const char* orNull(const std::string& text) {
+const char* nullIfEmpty(const std::string& text) {
   return text.empty() ? nullptr : text.c_str();
 }
 
-/// Raises `Trouble` for a schema that is not there.
-void set(OrvFormatArguments& arguments, const LayoutDataOptions& layoutData) {
+/// Raises `CommandError` if the schema cannot be read.
+void setLayoutData(OrvFormatArguments& arguments, const LayoutDataOptions& layoutData) {
   if (!layoutData.schema.empty() && access(layoutData.schema.c_str(), R_OK) != 0) {
-    throw Trouble("the layout schema " + layoutData.schema + ' ' +
-                  missingReason(layoutData.schema));
+    throw CommandError("the layout-data schema " + layoutData.schema + ' ' +
+                       missingReason(layoutData.schema));
   }
-  arguments.layoutSchema = orNull(layoutData.schema);
-  arguments.layoutNamespace = orNull(layoutData.namespaceUri);
+  arguments.layoutSchema = nullIfEmpty(layoutData.schema);
+  arguments.layoutNamespace = nullIfEmpty(layoutData.namespaceUri);
 }
 
 std::shared_ptr<OrvDiffFileEngine> createLastingEngine(const OrvDiffFormat& format,
@@ -81,16 +81,16 @@ std::shared_ptr<OrvDiffFileEngine> createLastingEngine(const OrvDiffFormat& form
 
 SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options) {
   OrvFormatArguments arguments;
-  arguments.subFolder = orNull(options.subFolder);
-  set(arguments, options.layoutData);
+  arguments.subFolder = nullIfEmpty(options.subFolder);
+  setLayoutData(arguments, options.layoutData);
   const auto places = options.places.find(std::string(format.name));
   if (places != options.places.end()) {
     arguments.outputDirectoryTypeName = places->second.outputDirectory.c_str();
-    arguments.masterSubFolder = orNull(places->second.masterSubFolder);
-    arguments.fileNameSuffix = orNull(places->second.fileNameSuffix);
+    arguments.masterSubFolder = nullIfEmpty(places->second.masterSubFolder);
+    arguments.fileNameSuffix = nullIfEmpty(places->second.fileNameSuffix);
   } else if (format.needsArguments) {
     const std::string name(format.name);
-    throw Trouble("format " + name + " needs --" + name + "-output-dir");
+    throw CommandError("format " + name + " needs --" + name + "-output-dir");
   }
   SelectedFormat selected = {&format, createLastingEngine(format, arguments), false};
   selected.runsScript = runsScript(*selected.engine);
@@ -104,9 +104,9 @@ const OrvDiffFormat& formatNamed(const std::string& name) {
   const OrvDiffFormat* const format = OrvDiffFormats::find(name);
   if (format == nullptr) {
     const std::string similar = similarNames(name);
-    throw Trouble("there is no format \"" + name + "\"; " +
-                  (similar.empty() ? "" : "did you mean " + similar + "? ") +
-                  "\"orvdiff formats\" lists them all");
+    throw CommandError("unknown format \"" + name + "\"; " +
+                       (similar.empty() ? "" : "did you mean " + similar + "? ") +
+                       "\"orvdiff formats\" lists them all");
   }
   return *format;
 }
@@ -114,7 +114,7 @@ const OrvDiffFormat& formatNamed(const std::string& name) {
 std::shared_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
                                                     const LayoutDataOptions& layoutData) {
   OrvFormatArguments arguments;
-  set(arguments, layoutData);
+  setLayoutData(arguments, layoutData);
   arguments.outputDirectoryTypeName = "";
   return createLastingEngine(format, arguments);
 }

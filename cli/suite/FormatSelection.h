@@ -7,47 +7,47 @@
 
 #include "orvdiff/formats/OrvDiffFormats.h"
 
-/// Where the files of a format that needs to be told lie.
+/// Where the files of a format with configurable folders are.
 struct FormatPlaces {
   std::string outputDirectory;
   std::string masterSubFolder;
   std::string fileNameSuffix;
 };
 
-/// Where the layout-data schema lies and for which namespace it is; empty: as configured.
+/// The layout-data schema and its namespace; empty: as configured.
 struct LayoutDataOptions {
   std::string schema;
   std::string namespaceUri;
 };
 
-/// Which formats to verify and where their files lie. Engines refer to these texts, so this must
-/// outlive them.
+/// Which formats to verify and where their files are. Must outlive the engines created from it,
+/// which borrow its strings.
 struct FormatOptions {
-  std::vector<std::string> names;              ///< empty: all that need not be told anything
-  std::map<std::string, FormatPlaces> places;  ///< by format name; being here selects the format
+  std::vector<std::string> names;              ///< empty: all that need no arguments
+  std::map<std::string, FormatPlaces> places;  ///< by format name; an entry selects the format
   std::string subFolder;
   std::string folderSuffix;
   LayoutDataOptions layoutData;
 };
 
-/// A format that takes part in a run, with the engine that verifies it.
+/// A format to verify, and its engine.
 struct SelectedFormat {
   const OrvDiffFormat* format;
   std::shared_ptr<OrvDiffFileEngine> engine;
-  bool runsScript;  ///< leaves the comparing to one
+  bool runsScript;  ///< the engine compares by running a script
 };
 
-/// The format of this name. Raises `Trouble` that suggests similar names when there is none.
+/// The format called `name`. Otherwise raises `CommandError`, which suggests similar names.
 const OrvDiffFormat& formatNamed(const std::string& name);
 
-// Engines live until the process ends: Xerces allocates while it destroys a parser, and if that
-// fails it aborts the program, with the verdict already printed.
+// Engines live until the process ends: Xerces allocates while it destroys a parser, and aborts the
+// program if that fails, even after the verdict is printed.
 
-/// An engine that compares single pairs: where files lie does not matter to it.
+/// An engine for comparing single pairs, wherever their files are.
 std::shared_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
                                                     const LayoutDataOptions& layoutData = {});
 
-/// The formats that `options` asks for, each once, in the order of the list of formats. The engines
-/// refer to texts of `options`. Raises `Trouble` for unknown names, and for a format that is not
-/// told what it needs.
+/// The formats that `options` asks for, without duplicates, in the order of `OrvDiffFormats::all`.
+/// The engines borrow strings from `options`. Raises `CommandError` for an unknown name, and for a
+/// format that lacks a required argument.
 std::vector<SelectedFormat> selectFormats(const FormatOptions& options);

@@ -21,13 +21,14 @@ std::string whyNotFound(const std::string& path, int error) {
     return "cannot be reached: " + std::generic_category().message(error);
   }
   if (isThere(path)) {
-    return "is a link to nothing";
+    return "is a dangling link";
   }
   const std::string folder = std::filesystem::path(path).parent_path().string();
-  return folder.empty() || isThere(folder) ? "is not there" : "is not there, nor is its folder";
+  return folder.empty() || isThere(folder) ? "does not exist"
+                                           : "does not exist, nor does its folder";
 }
 
-/// Reads the file once more to hear from the system what is wrong with it.
+/// Reads the file again for the sake of the system's error message.
 std::string whyNotReadable(const std::string& path) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (file < 0) {
@@ -41,7 +42,7 @@ std::string whyNotReadable(const std::string& path) {
   const int error = errno;
   close(file);
   return count < 0 ? "cannot be read: " + std::generic_category().message(error)
-                   : "could not be read, although it can be now";
+                   : "could not be read at first, but can be now";
 }
 
 }  // namespace
@@ -55,7 +56,7 @@ std::string missingReason(const std::string& path) {
     return "is a folder";
   }
   if (access(path.c_str(), R_OK) != 0) {
-    return "may not be read: " + std::generic_category().message(errno);
+    return "cannot be read: " + std::generic_category().message(errno);
   }
-  return S_ISREG(status.st_mode) ? whyNotReadable(path) : "is no regular file";
+  return S_ISREG(status.st_mode) ? whyNotReadable(path) : "is not a regular file";
 }

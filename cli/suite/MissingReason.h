@@ -2,6 +2,6 @@
 
 #include <string>
 
-/// Why a file cannot be opened or read, in words that tell a tester what to look for: "is not
-/// there", "is a folder", "may not be read", "is a link to nothing".
+/// Why a file cannot be opened or read, to be printed after its name: "does not exist", "is a
+/// folder", "is a dangling link".
 std::string missingReason(const std::string& path);

@@ -16,7 +16,7 @@
 #include <utility>
 
 #include "cli/suite/MissingReason.h"
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 
 namespace fs = std::filesystem;
 
@@ -25,13 +25,13 @@ namespace {
 constexpr const char* kMasterFolder = "Masters";
 
 [[noreturn]] void raiseSystemError(const fs::path& path, int error) {
-  throw Trouble(path.string() + ": " + std::generic_category().message(error));
+  throw CommandError(path.string() + ": " + std::generic_category().message(error));
 }
 
 struct stat statusOf(const fs::path& path) {
   struct stat status = {};
   if (stat(path.c_str(), &status) != 0) {
-    throw Trouble((path.empty() ? "\"\"" : path.string()) + ' ' + missingReason(path));
+    throw CommandError((path.empty() ? "\"\"" : path.string()) + ' ' + missingReason(path));
   }
   return status;
 }
@@ -42,7 +42,7 @@ void requireReadable(const fs::path& path) {
   }
 }
 
-/// What identifies a folder, by whichever path it is reached.
+/// Identifies a folder regardless of the path that leads to it.
 using FolderId = std::pair<dev_t, ino_t>;
 
 FolderId identify(const fs::path& folder) {
@@ -50,7 +50,7 @@ FolderId identify(const fs::path& folder) {
   return {status.st_dev, status.st_ino};
 }
 
-/// What a folder holds, by name; hidden entries are left out.
+/// The names of all entries of a folder that are not hidden.
 struct FolderContents {
   std::vector<std::string> files;
   std::vector<std::string> folders;
@@ -99,7 +99,7 @@ FolderContents readFolder(const fs::path& folder) {
   return contents;
 }
 
-/// By path, but longer names before their beginnings: Revenue_2 before Revenue.
+/// Orders by path, but a name before its own prefixes: Revenue_2 before Revenue.
 bool comesBefore(const std::string& one, const std::string& other) {
   const std::string_view a = stemOf(one);
   const std::string_view b = stemOf(other);
@@ -118,7 +118,7 @@ class Finder {
         m_found.emptyLocations.push_back(location);
       }
     } else if (!S_ISREG(status.st_mode)) {
-      throw Trouble(location + ": neither a file nor a folder");
+      throw CommandError(location + " is neither a file nor a folder");
     } else {
       requireReadable(location);
       m_reports.push_back({identify(path.parent_path()), path.filename(), path});
@@ -126,9 +126,9 @@ class Finder {
     }
   }
 
-  /// Every report once, by the path at which it was found first.
+  /// Every report once, under the path at which it was first found.
   FoundReports finish() && {
-    if (!m_named.empty()) {  // a search alone finds nothing twice
+    if (!m_named.empty()) {  // only then can a report be found twice
       removeRepeated();
     }
     for (Report& report : m_reports) {
@@ -142,12 +142,12 @@ class Finder {
   }
 
  private:
-  /// Searches a folder that was not searched before; links may lead round in a circle. False when
-  /// there is no report in it.
+  /// Searches a folder and returns whether it contains a report. A folder that was searched before
+  /// is skipped, since links may form a cycle, and counts as containing one.
   bool search(const fs::path& folder) {
     const FolderId id = identify(folder);
     if (!m_searched.insert(id).second) {
-      return true;  // whether it holds any was said then
+      return true;  // if it has none, it was recorded as empty the first time
     }
     const FolderContents contents = readFolder(folder);
     if (contents.hasMasters) {
@@ -166,7 +166,7 @@ class Finder {
 
   void addNeighbours(const std::string& folder, const std::vector<std::string>& stems) {
     const auto& reports = m_found.reports;
-    std::error_code unreadable;  // then nobody knows of any
+    std::error_code unreadable;  // then there are none to add
     for (const auto& entry : fs::directory_iterator(folder.empty() ? "." : folder, unreadable)) {
       const std::string path = folder + entry.path().filename().string();
       const bool mayShareMasters = std::any_of(
@@ -197,8 +197,7 @@ class Finder {
 
   std::set<FolderId> m_searched;
   std::vector<Report> m_reports;
-  /// Stems of the reports that were named by their own file, by folder (as it was
-  /// written, with its slash).
+  /// Stems of the reports that were named by their file, by folder (as given, with its slash).
   std::map<std::string, std::vector<std::string>> m_named;
   FoundReports m_found;
 };

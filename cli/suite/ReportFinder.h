@@ -4,27 +4,26 @@
 #include <string_view>
 #include <vector>
 
-/// A report's path without the extension; reports that differ in it only share their masters.
+/// A report's path without its extension. Reports with the same stem share their masters.
 std::string_view stemOf(std::string_view report);
 
-/// What is to be verified.
+/// The reports to verify.
 struct FoundReports {
-  /// Paths, sorted, each report once however often it is named. A longer name comes before its
-  /// beginnings (Revenue_2 before Revenue), so that a master that both find is found first by the
-  /// report that it counts for.
+  /// Paths, sorted and without duplicates. A name comes before its own prefixes (Revenue_2 before
+  /// Revenue), so that a master which both reports find is first found by the one it counts for.
   std::vector<std::string> reports;
-  /// Paths of reports that were not named themselves and stand beside one that was named by its own
-  /// file, with whose name theirs begin.
+  /// Reports that were not asked for, but may own masters of a report that was named by its file:
+  /// they are in its folder and their names start with its name.
   std::vector<std::string> neighbours;
-  std::vector<std::string> emptyLocations;  ///< folders that hold no report
+  std::vector<std::string> emptyLocations;  ///< folders without a report
 };
 
-/// The reports that `locations` name.
+/// Finds the reports at `locations`.
 ///
-/// A location is a report's own file, or a folder, which is searched with all its folders: there, a
-/// report is a regular file that stands beside a folder "Masters". Links to files and folders are
-/// followed. Hidden files and folders, and what lies in "Masters" folders, are passed over.
+/// A location is a report file, or a folder that is searched recursively for reports: regular files
+/// next to a folder "Masters". Follows links. Skips hidden files and folders, and the contents of
+/// "Masters" folders.
 ///
-/// Raises `Trouble` for a location that is not there, for a file or folder that cannot be read, and
-/// for a link that leads nowhere: leaving it out would pass unnoticed.
+/// Raises `CommandError` for a location that does not exist, a file or folder that cannot be read,
+/// and a dangling link: skipping one would go unnoticed.
 FoundReports findReports(const std::vector<std::string>& locations);

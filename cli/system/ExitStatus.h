@@ -1,11 +1,10 @@
 #pragma once
 
-/// What the program's exit status says. Scripts rely on the numbers; docs/exit-codes.md explains
-/// them.
+/// The program's exit statuses, explained in docs/exit-codes.md. Scripts rely on the numbers.
 enum ExitStatus : int {
-  kExitPassed = 0,     ///< all that was asked for was done, and every pair passed
-  kExitNotPassed = 1,  ///< a pair differs, failed, or misses a file
-  kExitTrouble = 2,    ///< the answer is not to be relied on: usage, files, an engine that raised
-  kExitInterrupted = 130,  ///< stopped by Ctrl-C; what was done until then has been reported
-  kExitTerminated = 143,   ///< stopped by SIGTERM, likewise
+  kExitPassed = 0,         ///< everything was done, and every pair passed
+  kExitNotPassed = 1,      ///< a pair differs, failed or lacks a file
+  kExitTrouble = 2,        ///< an error: usage, files, an engine that raised an exception
+  kExitInterrupted = 130,  ///< stopped by Ctrl-C; results so far were reported
+  kExitTerminated = 143,   ///< stopped by SIGTERM; results so far were reported
 };

@@ -8,19 +8,19 @@
 #include <cerrno>
 #include <system_error>
 
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 
 namespace {
 
-/// Keeps the result of a call that opens a descriptor, if it is still to be opened.
+/// Opens `descriptor` by calling `open`, unless it is open already.
 template <typename Open>
 void ensureOpen(int& descriptor, Open open) {
   if (descriptor < 0) {
     descriptor = open();
   }
   if (descriptor < 0) {
-    throw Trouble("what the script prints cannot be caught: " +
-                  std::generic_category().message(errno));
+    throw CommandError("cannot capture the output of comparison scripts: " +
+                       std::generic_category().message(errno));
   }
 }
 
@@ -30,11 +30,11 @@ int duplicate(int descriptor) {
 
 }  // namespace
 
-OutputCapture::Session::Session(OutputCapture& capture, bool programs) : m_capture(capture) {
-  if (programs) {
+OutputCapture::Session::Session(OutputCapture& capture, bool scripts) : m_capture(capture) {
+  if (scripts) {
     m_capture.openDescriptors();
   }
-  m_capture.m_catchesPrograms = programs;
+  m_capture.m_capturesScripts = scripts;
   m_capture.start();
 }
 
@@ -56,7 +56,7 @@ void OutputCapture::openDescriptors() {
 void OutputCapture::start() {
   m_formerState = std::cout.rdstate();
   m_formerBuffer = std::cout.rdbuf(&m_text);
-  if (m_catchesPrograms) {
+  if (m_capturesScripts) {
     dup2(m_file, STDOUT_FILENO);
     dup2(m_file, STDERR_FILENO);
   }
@@ -67,9 +67,9 @@ void OutputCapture::stop() {
     return;
   }
   std::cout.rdbuf(m_formerBuffer);
-  std::cout.setstate(m_formerState);  // what could not be written before is not forgotten
+  std::cout.setstate(m_formerState);  // keeps an earlier write error
   m_formerBuffer = nullptr;
-  if (m_catchesPrograms) {
+  if (m_capturesScripts) {
     dup2(m_output, STDOUT_FILENO);
     dup2(m_error, STDERR_FILENO);
   }
@@ -84,7 +84,7 @@ std::string OutputCapture::take() {
   return m_file < 0 ? text : text + takeFromFile();
 }
 
-/// Empties the file. Its position is that of the programs, too, which go on at the start.
+/// Reads and empties the file. Scripts share its offset, so rewinding makes them start over.
 std::string OutputCapture::takeFromFile() const {
   struct stat status = {};
   if (fstat(m_file, &status) != 0 || status.st_size == 0) {

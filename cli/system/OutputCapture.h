@@ -4,14 +4,15 @@
 #include <sstream>
 #include <string>
 
-/// Catches what engines print, so that the program can show it beside the pair that it is about,
-/// and without what it would do to a terminal.
+/// Captures what engines print, so that the program can show it with the pair that it is about, and
+/// escaped for the terminal.
 ///
-/// The library prints on `std::cout`. Programs that engines start inherit the process's standard
-/// output and error; they are caught in a file without a name, which takes any amount and makes
-/// nobody wait.
+/// The library prints on `std::cout`. Scripts that engines start inherit the process's standard
+/// output and error, which are redirected to an anonymous file: unlike a pipe, it never fills up
+/// and needs no reader.
 ///
-/// One may catch at a time in a process. What was caught outlives an exception, until it is taken.
+/// Only one capture may be active per process. Captured text is kept, even after an exception,
+/// until it is taken.
 class OutputCapture {
  public:
   OutputCapture() = default;
@@ -19,15 +20,15 @@ class OutputCapture {
   OutputCapture(const OutputCapture&) = delete;
   OutputCapture& operator=(const OutputCapture&) = delete;
 
-  /// What was caught since it was last taken: that of the library, then that of programs.
+  /// Returns and forgets the captured text: that of the library, then that of scripts.
   std::string take();
 
-  /// Catches from construction to destruction.
+  /// Captures output during its lifetime.
   class Session {
    public:
-    /// With `programs`, also what programs print; costs a few system calls, and raises `Trouble`
-    /// when there are no descriptors left.
-    Session(OutputCapture& capture, bool programs);
+    /// `scripts`: also capture what scripts print. That costs a few system calls, and raises
+    /// `CommandError` if there are no descriptors left.
+    Session(OutputCapture& capture, bool scripts);
     ~Session() { m_capture.stop(); }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -36,7 +37,7 @@ class OutputCapture {
     OutputCapture& m_capture;
   };
 
-  /// Lets the program itself print in the middle of a session.
+  /// Suspends a session, so that the program itself can print.
   class Pause {
    public:
     explicit Pause(OutputCapture& capture) : m_capture(capture) { m_capture.stop(); }
@@ -54,11 +55,11 @@ class OutputCapture {
   void stop();
   std::string takeFromFile() const;
 
-  bool m_catchesPrograms = false;
+  bool m_capturesScripts = false;
   std::stringbuf m_text{std::ios::out};
-  std::streambuf* m_formerBuffer = nullptr;  ///< of `std::cout`; not null while this catches
+  std::streambuf* m_formerBuffer = nullptr;  ///< of `std::cout`; not null while capturing
   std::ios::iostate m_formerState = std::ios::goodbit;
-  int m_file = -1;  ///< what programs print; opened when first needed, like the next two
+  int m_file = -1;  ///< output of scripts; opened on first use, like the next two
   int m_output = -1;
   int m_error = -1;
 };

@@ -8,7 +8,7 @@
 #include <system_error>
 #include <utility>
 
-#include "cli/system/Trouble.h"
+#include "cli/system/CommandError.h"
 #include "orvdiff/platform/OrvWholeFile.h"
 
 namespace {
@@ -17,16 +17,15 @@ std::string messageOf(int error) {
   return std::generic_category().message(error);
 }
 
-/// Whether the name belongs to a folder that cannot be changed, or is a mount point.
+/// Whether the error means that the folder is not writable or the file is a mount point.
 bool cannotBeReplaced(std::error_code error) {
   return error == std::errc::permission_denied || error == std::errc::operation_not_permitted ||
          error == std::errc::read_only_file_system || error == std::errc::device_or_resource_busy;
 }
 
-/// What `name` is a link to, at last. The file need not be there: another process may just be
-/// giving the name to one of its own.
+/// Resolves links. The file itself need not exist: another process may be replacing it right now.
 std::string followLinks(const std::string& name) {
-  constexpr int kMostLinks = 40;  // as many as the system follows
+  constexpr int kMostLinks = 40;  // the kernel's own limit
   std::filesystem::path path = name;
   for (int i = 0; i < kMostLinks; ++i) {
     std::error_code noLink;
@@ -47,7 +46,7 @@ OutputPlace::OutputPlace(const char* what, std::string name)
     if (S_ISDIR(m_status.st_mode)) {
       refuse(messageOf(EISDIR));
     }
-    return;  // opening a pipe would wait for its reader, and closing it end that one's input
+    return;  // opening a pipe waits for a reader, and closing it ends that reader's input
   }
   open();
   m_target = followLinks(m_name);
@@ -55,12 +54,12 @@ OutputPlace::OutputPlace(const char* what, std::string name)
        {std::pair(STDOUT_FILENO, "standard output"), std::pair(STDERR_FILENO, "standard error")}) {
     struct stat status = {};
     if (fstat(descriptor, &status) == 0 && isSameFile(status)) {
-      refuse(std::string(stream) + " goes there");
+      refuse(std::string(stream) + " is redirected to it");
     }
   }
 }
 
-/// Opens the file, created if need be, to see that it can be written. What it holds stays.
+/// Checks that the file can be written by opening it, creating it if needed. Keeps its contents.
 void OutputPlace::open() {
   m_descriptor = ::open(m_name.c_str(), O_WRONLY | O_CLOEXEC);
   if (m_descriptor < 0 && errno == ENOENT) {
@@ -101,8 +100,8 @@ void OutputPlace::write(std::string_view text) const {
     error = OrvWholeFile::overwrite(m_target, text);
   }
   if (error) {
-    throw Trouble(std::string("the ") + m_what + ' ' + m_name +
-                  " could not be written to its end: " + error.message());
+    throw CommandError(std::string("the ") + m_what + ' ' + m_name +
+                       " could not be written completely: " + error.message());
   }
 }
 
@@ -112,5 +111,5 @@ bool OutputPlace::isSameFile(const struct stat& other) const {
 }
 
 void OutputPlace::refuse(const std::string& reason) const {
-  throw Trouble(std::string("the ") + m_what + ' ' + m_name + " cannot be written: " + reason);
+  throw CommandError(std::string("the ") + m_what + ' ' + m_name + " cannot be written: " + reason);
 }

@@ -5,41 +5,40 @@
 #include <string>
 #include <string_view>
 
-/// A file that the user has named for the program to write: links are followed, as they are by the
-/// shell's ">". Made before a run looks for its reports, so that a name that cannot be written
-/// shows at once.
+/// An output file that the user named. Follows links, as the shell's ">" does. Create it before
+/// searching for reports, so that a file that cannot be written is reported at once.
 class OutputPlace {
  public:
-  /// `what` names the contents in messages. Creates a file that is not there, empty, so that the
-  /// run finds it where it would find the finished one. Raises `Trouble` when the file cannot be
-  /// written, or standard output or error goes there.
+  /// `what` describes the contents in messages. Creates the file, empty, if it does not exist, so
+  /// that a search of its folder gives the same result in the first run as in later ones. Raises
+  /// `CommandError` if the file cannot be written, or if standard output or error goes to it.
   OutputPlace(const char* what, std::string name);
   OutputPlace(const OutputPlace&) = delete;
   OutputPlace& operator=(const OutputPlace&) = delete;
-  /// Removes a file that was created here and never claimed.
+  /// Removes the file if the constructor created it and it was never claimed.
   ~OutputPlace();
 
-  /// Says that the file is written from here on.
+  /// Keeps the file from being removed: the caller is about to write it.
   void claim();
 
-  /// Claims the place, and removes what an earlier run has left there: it must not pass for this
-  /// run's, however this one ends.
+  /// Claims the file and removes what an earlier run left there, so that it is not mistaken for
+  /// this run's, however this run ends.
   void clear();
 
-  /// As the user wrote it.
+  /// The name as the user gave it.
   const std::string& name() const { return m_name; }
 
-  /// False for a pipe or a device, which can only be written to as it is.
+  /// False for a pipe or a device, which cannot be replaced by another file.
   bool isRegularFile() const { return S_ISREG(m_status.st_mode); }
 
-  /// Gives a regular file this text, whole or not at all. Raises `Trouble`.
+  /// Writes `text` to a regular file, in full or not at all. Raises `CommandError` on failure.
   void write(std::string_view text) const;
 
-  /// Whether the place is the file that `other` describes. Devices have room for everybody.
+  /// Whether this is the file that `other` describes. Never true of devices, which may be shared.
   bool isSameFile(const struct stat& other) const;
   bool isSameFile(const OutputPlace& other) const { return isSameFile(other.m_status); }
 
-  /// Raises `Trouble` that says why the file cannot be written.
+  /// Raises a `CommandError` that says why the file cannot be written.
   [[noreturn]] void refuse(const std::string& reason) const;
 
  private:
@@ -47,10 +46,10 @@ class OutputPlace {
 
   const char* const m_what;
   const std::string m_name;
-  std::string m_target;  ///< where the name leads; empty for what is no regular file
+  std::string m_target;  ///< `m_name` with links resolved; empty unless a regular file
   struct stat m_status = {};
-  /// Open until the place is claimed, so that no other file can get this one's identity when
-  /// another process removes it. -1: not open.
+  /// Kept open until the file is claimed: if another process removes the file, its inode number
+  /// cannot be reused, so `isSameFile` stays reliable. -1: not open.
   int m_descriptor = -1;
   bool m_isCreatedHere = false;
 };

@@ -2,10 +2,10 @@
 
 #include <iostream>
 
-/// Keeps what the library prints on `std::cout` to itself while this lives.
+/// Discards everything printed on `std::cout` during its lifetime.
 class QuietConsole {
  public:
-  /// `enabled` false: does nothing.
+  /// Does nothing unless `enabled`.
   explicit QuietConsole(bool enabled = true) : m_buffer(std::cout.rdbuf()) {
     if (enabled) {
       std::cout.rdbuf(nullptr);
@@ -15,7 +15,7 @@ class QuietConsole {
   QuietConsole& operator=(const QuietConsole&) = delete;
   ~QuietConsole() {
     if (std::cout.rdbuf() != m_buffer) {
-      std::cout.rdbuf(m_buffer);  // also clears the error of writing to nothing
+      std::cout.rdbuf(m_buffer);  // also clears the error state set by writing to a null buffer
     }
   }
 

@@ -5,8 +5,8 @@
 
 #include <iostream>
 
+#include "cli/system/CommandError.h"
 #include "cli/system/Interrupt.h"
-#include "cli/system/Trouble.h"
 
 void occupyStandardStreams() {
   int descriptor = 0;
@@ -25,5 +25,5 @@ ExitStatus finishOutput(ExitStatus status) {
   if (isReaderGone()) {
     return stopStatus().value_or(kExitTrouble);
   }
-  throw Trouble("standard output could not be written");
+  throw CommandError("standard output could not be written");
 }

@@ -7,6 +7,6 @@
 void occupyStandardStreams();
 
 /// Sends everything that was printed, closes standard output, and returns the status that the
-/// program ends with: `status`, unless the reader of standard output has gone. Raises `Trouble`
-/// when not everything could be written.
+/// program ends with: `status`, unless the reader of standard output has gone. Raises
+/// `CommandError` when not everything could be written.
 ExitStatus finishOutput(ExitStatus status);

@@ -8,8 +8,8 @@
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>
 
+#include "cli/system/CommandError.h"
 #include "cli/system/ExitStatus.h"
-#include "cli/system/Trouble.h"
 
 namespace {
 
@@ -37,6 +37,6 @@ void startXerces() {
   } catch (const xercesc::OutOfMemoryException&) {
     throw std::bad_alloc();
   } catch (const xercesc::XMLException&) {
-    throw Trouble("the XML parser library could not be started");
+    throw CommandError("the XML parser library could not be started");
   }
 }

@@ -10,20 +10,20 @@ namespace {
 
 constexpr const char* kOutOfMemory = "out of memory";
 
-/// What the library's assertions on files and texts mean to those whose files and texts they are,
-/// by a piece of the assertion. All others guard against mistakes of the calling program.
+/// Assertions of the library that a user's file or text can trip, each recognised by a part of its
+/// text. All other assertions catch bugs in the calling program.
 constexpr struct {
   const char* piece;
   const char* cause;
 } kAssertions[] = {
     {"Files of 2 GiB or more", "files of 2 GiB or more cannot be compared"},
-    {"Unable to read all of the contents", "a file could not be read to its end"},
+    {"Unable to read all of the contents", "a file could not be read completely"},
     {"Replacement using regular expression failed",
-     "a normalisation pattern could not cope with the text"},
+     "a normalisation pattern could not be applied to the text"},
     {"setText failed", "the text could not be prepared for normalisation"},
     {"Regular expression compiled", "a normalisation pattern could not be compiled"},
-    {"The encoding is known", "a character encoding is not available"},
-    {"The text is too long", "the text is too long to be converted"},
+    {"The encoding is known", "a required character encoding is not available"},
+    {"The text is too long", "the text is too long to convert"},
     {"The text was converted", "the text could not be converted to UTF-16"},
     {"UINT32_MAX", "the file is too large"},
     {"bFileOpened", "an output file could not be opened for writing"},
@@ -39,7 +39,7 @@ std::string causeOfAssertion(const std::string& text) {
       return cause;
     }
   }
-  return "an internal check of the library failed (-v shows which)";
+  return "an internal check of the library failed (use -v for details)";
 }
 
 std::string causeWithoutSource(const std::exception& error) {
@@ -48,7 +48,7 @@ std::string causeWithoutSource(const std::exception& error) {
     return kOutOfMemory;
   }
   if (dynamic_cast<const std::length_error*>(&error) != nullptr) {
-    return "a text is too large to be held in memory";
+    return "the text is too large for memory";
   }
   if (const auto* const raised = dynamic_cast<const VELThrowable*>(&error)) {
     return isMacroCall(raised->getText()) ? causeOfAssertion(raised->getText()) : raised->getText();

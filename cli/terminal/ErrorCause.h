@@ -5,6 +5,6 @@
 
 #include "cli/terminal/Terminal.h"
 
-/// What went wrong, in words for people who test reports and have never seen the library's source.
-/// With `Verbose`, the error's own text, which is for those who have, follows in brackets.
+/// The cause of an error, in words for users of the program. `Verbose` appends the library's own
+/// text in brackets, for bug reports.
 std::string causeOf(const std::exception& error, Verbosity verbosity);

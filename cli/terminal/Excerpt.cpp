@@ -17,7 +17,7 @@ bool isContinuation(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
-/// How many bytes a character that starts with `lead` has; 1 for a byte that starts none.
+/// The length in bytes of a character that starts with `lead`; 1 if no character can.
 std::size_t lengthAfterLead(char lead) {
   const auto byte = static_cast<unsigned char>(lead);
   if (byte < 0xC2 || byte > 0xF4) {
@@ -31,7 +31,7 @@ std::size_t startOfLine(const char* text, std::size_t position) {
   return lineEnd == std::string_view::npos ? 0 : lineEnd + 1;
 }
 
-/// Where to begin, so that the text up to `position` is short and starts with a whole character.
+/// The start of an excerpt that shows at most `kColumnsBefore` characters before `position`.
 std::size_t startOfExcerpt(const char* text, std::size_t position) {
   std::size_t start = position;
   for (std::size_t shown = 0; start > 0 && shown < kColumnsBefore && text[start - 1] != '\n';
@@ -41,8 +41,8 @@ std::size_t startOfExcerpt(const char* text, std::size_t position) {
   return start;
 }
 
-/// What stands at `text` and may be shown; ends between two characters.
-std::string_view upcoming(const char* text) {
+/// As much of `text` as an excerpt can show, without cutting a character.
+std::string_view visiblePart(const char* text) {
   constexpr std::size_t kMost = kLongestCharacter * (kColumnsAfter + 1);
   const std::size_t length = strnlen(text, kMost);
   return {text, length == kMost ? startOfCharacter(text, length) : length};
@@ -62,7 +62,7 @@ void showBefore(const char* text, std::size_t position, Excerpt& excerpt) {
   }
 }
 
-/// Shows what fits, at most to the end of the line.
+/// Shows as much of the line as fits.
 void showRest(std::string_view text, Excerpt& excerpt) {
   std::size_t columns = 0;
   for (bool lineEnded = false; !text.empty() && !lineEnded;) {
@@ -101,7 +101,7 @@ TextPosition locate(const char* text, std::size_t position) {
 Excerpt excerptAround(const char* text, std::size_t position) {
   Excerpt excerpt = {};
   showBefore(text, position, excerpt);
-  std::string_view rest = upcoming(text + position);
+  std::string_view rest = visiblePart(text + position);
   if (rest.empty()) {
     excerpt.first = "[end of text]";
     return excerpt;

@@ -3,28 +3,28 @@
 #include <cstddef>
 #include <string>
 
-/// Where in a text something is; both count from 1, the column in characters.
+/// A position in a text. Both count from 1; columns are characters.
 struct TextPosition {
   std::size_t line;
   std::size_t column;
 };
 
-/// A piece of one line of a text, safe for a terminal.
+/// Part of a line, escaped for a terminal.
 struct Excerpt {
-  std::string before;   ///< what stands before the difference, the same on both sides
-  std::size_t columns;  ///< of `before` on a terminal
-  std::string first;    ///< the first character that differs, or that the text ends here
-  std::string rest;     ///< what follows it
+  std::string before;   ///< text before the difference, the same on both sides
+  std::size_t columns;  ///< width of `before` on a terminal
+  std::string first;    ///< the first character that differs, or "[end of text]"
+  std::string rest;     ///< text after `first`, to the end of the line at most
 };
 
-/// Where the character of `text` starts in which byte `position` lies, going by the bytes before it
-/// alone: a difference inside a character is one of that character, and both sides agree where it
-/// starts. `position` is at most the text's length.
+/// The start of the UTF-8 character that contains byte `position`, which is at most the text's
+/// length. Looks only at earlier bytes: if two texts first differ at `position`, the result is the
+/// same for both.
 std::size_t startOfCharacter(const char* text, std::size_t position);
 
 /// The line and column of byte `position`.
 TextPosition locate(const char* text, std::size_t position);
 
-/// A few words around byte `position`, the start of a character. Reads no more of the text than it
-/// shows, however long that is.
+/// An excerpt around byte `position`, which must be the start of a character. Its cost does not
+/// depend on the length of the text.
 Excerpt excerptAround(const char* text, std::size_t position);

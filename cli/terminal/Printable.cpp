@@ -8,8 +8,8 @@
 
 namespace {
 
-/// Characters that print nothing of their own but change how others look: joiners, marks of
-/// writing direction, byte-order marks, tags.
+/// Characters without a glyph that change how others look: joiners, direction marks, byte-order
+/// marks, tags.
 bool isInvisible(wchar_t c) {
   constexpr struct {
     wchar_t first, last;
@@ -54,7 +54,7 @@ PrintableCharacter firstPrintable(std::string_view text) {
   if (length == 0) {
     return asEscape(1, escaped(L'\0'));
   }
-  if (length > text.size()) {  // invalid, or cut short
+  if (length > text.size()) {  // invalid or incomplete
     return asEscape(1, numbered("\\x%02lX", static_cast<unsigned char>(text.front())));
   }
   const int columns = wcwidth(c);

@@ -4,16 +4,16 @@
 #include <string>
 #include <string_view>
 
-/// One character of a text as a terminal may show it.
+/// One character of a text, safe to print on a terminal.
 struct PrintableCharacter {
-  std::size_t length;   ///< bytes it takes in the text, at least 1
-  std::string shown;    ///< itself, or an escape: "\n", "\x1B", "\u{202E}", "\\"
-  std::size_t columns;  ///< of the terminal
+  std::size_t length;   ///< in bytes of the text, at least 1
+  std::string shown;    ///< the character, or an escape such as "\n", "\x1B", "\u{202E}", "\\"
+  std::size_t columns;  ///< width on a terminal
 };
 
-/// The first character of `text`, which must not be empty. Whatever could move the cursor, hide or
-/// reorder text becomes an escape, and so does a byte that is no valid UTF-8.
+/// The first character of `text`, which must not be empty. Escapes control characters, invisible
+/// characters, characters that change the direction of text, and invalid UTF-8.
 PrintableCharacter firstPrintable(std::string_view text);
 
-/// All of `text` in that form, on one line.
+/// All of `text`, escaped likewise, as one line.
 std::string printable(std::string_view text);

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kInterval(100);
 
-/// As much of the end of `text` as fits into `columns`: the end of a path tells more.
+/// The end of `text`, as much as fits in `columns`; in a path, the end matters most.
 std::string fitted(std::string_view text, std::size_t columns) {
   std::size_t width = 0;
   for (std::string_view rest = text; !rest.empty();) {

@@ -6,15 +6,16 @@
 #include <streambuf>
 #include <string>
 
-/// A line on standard error that says how far the work is, rewritten in place. It takes itself away
-/// before anything, also the library, prints on `std::cout`, which is tied to it.
+/// A progress line on standard error, rewritten in place. `std::cout` is tied to it, so it is
+/// cleared before anything is printed, including by the library.
 class Progress : private std::streambuf {
  public:
-  /// `enabled` false: shows nothing, ever.
+  /// Shows nothing unless `enabled`.
   explicit Progress(bool enabled);
   ~Progress() override;
 
-  /// Shows that `number` of `total` is being worked on, unless the line was rewritten only just.
+  /// Shows that item `number` of `total` is in progress. Does nothing if the line was updated less
+  /// than 100 ms ago.
   void show(std::size_t number, std::size_t total, const std::string& what);
 
  private:
@@ -27,5 +28,5 @@ class Progress : private std::streambuf {
   std::ostream* m_formerTie;
   bool m_enabled;
   bool m_visible = false;
-  Clock::time_point m_shownAt;  ///< long ago: the first line is shown at once
+  Clock::time_point m_shownAt;  ///< initially the epoch, so the first line shows at once
 };

@@ -4,18 +4,18 @@
 #include <string>
 #include <string_view>
 
-/// How much a command says.
+/// How much a command prints.
 enum class Verbosity { Quiet, Normal, Verbose };
 
 enum class ColorChoice { Auto, Always, Never };
 
 enum class Color { Red, Green, Yellow };
 
-/// Puts colour into output, where that is wanted.
+/// Colours text, if colours are on.
 class Palette {
  public:
-  /// Decides for standard output as it is now: `Auto` is colour on a terminal that knows it, unless
-  /// NO_COLOR is set.
+  /// `Auto` turns colours on if standard output is a terminal that supports them and NO_COLOR is
+  /// not set.
   explicit Palette(ColorChoice choice);
 
   std::string paint(Color color, std::string_view text) const;
@@ -24,8 +24,8 @@ class Palette {
   bool m_colored;
 };
 
-/// Whether standard error is a terminal on which a line can be written over.
+/// Whether standard error is a terminal that can rewrite a line.
 bool canShowProgress();
 
-/// Columns of the terminal at standard error.
+/// Width in columns of the terminal on standard error; 80 if unknown.
 std::size_t terminalWidth();

@@ -13,10 +13,10 @@ PROGRAM = os.path.join(os.environ["ORVDIFF_BIN_DIR"], "orvdiff")
 class Run:
     """What one run of the program left behind."""
 
-    def __init__(self, finished):
-        self.status = finished.returncode
-        self.out = finished.stdout.decode("utf-8")  # an excerpt that is no UTF-8 is a fault
-        self.err = finished.stderr.decode("utf-8")
+    def __init__(self, status, out, err):
+        self.status = status
+        self.out = out.decode("utf-8")  # an excerpt that is no UTF-8 is a fault
+        self.err = err.decode("utf-8")
 
     def lines(self, *verdicts):
         """The lines that start with one of these words."""
@@ -73,11 +73,28 @@ class SuiteTest(unittest.TestCase):
         os.chmod(program, 0o755)
         return f"{self.server}/bin:{os.environ['PATH']}"
 
+    def popen(self, *arguments, **options):
+        options = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options}
+        return subprocess.Popen([PROGRAM, *arguments], cwd=self.server / "work", **options)
+
+    def finished(self, process):
+        with process:
+            out, err = process.communicate(timeout=60)
+        return Run(process.returncode, out or b"", err or b"")
+
+    def program(self, *arguments, **options):
+        return self.finished(self.popen(*arguments, **options))
+
     def run_program(self, *arguments, **environment):
         clean = {k: v for k, v in os.environ.items() if k != "NO_COLOR"}
-        finished = subprocess.run([PROGRAM, *arguments], cwd=self.server / "work", timeout=60,
-                                  capture_output=True, check=False, env={**clean, **environment})
-        return Run(finished)
+        return self.program(*arguments, env={**clean, **environment})
+
+    def run_as_nobody(self, *arguments):
+        """Runs the program as a user who may not read everything, as root may."""
+        try:
+            return self.program(*arguments, **({"user": 65534} if os.geteuid() == 0 else {}))
+        except (OSError, subprocess.SubprocessError):
+            self.skipTest("nobody else may run the program")
 
     def verify(self, *arguments, locations=("../suite",), **environment):
         return self.run_program("verify", *arguments, *locations, **environment)

@@ -3,6 +3,7 @@
 The tests run with: python3 -m unittest discover -s tests/scripts
 """
 
+import concurrent.futures
 import os
 import pathlib
 import subprocess
@@ -13,7 +14,6 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SCRIPTS = ROOT / "examples/demo/src/vask/testdata/Scripts"
 DATA = ROOT / "tests/scripts/data"
-
 EQUAL, DIFFERENT, TROUBLE = 0, 1, 2
 
 
@@ -26,6 +26,11 @@ class ScriptTest(unittest.TestCase):
         scratch = tempfile.TemporaryDirectory()
         self.addCleanup(scratch.cleanup)
         self.folder = pathlib.Path(scratch.name)
+
+    def put(self, name, content):
+        path = self.folder / name
+        path.write_bytes(content)
+        return path
 
     def run_script(self, *arguments, **environment):
         """Returns (exit status, output and errors)."""
@@ -42,7 +47,18 @@ class ScriptTest(unittest.TestCase):
         return done.returncode, done.stdout
 
     def check(self, arguments, status, words, **environment):
-        got, output = self.run_script(*arguments, **environment)
+        self.judge(self.run_script(*arguments, **environment), status, words)
+
+    def check_all(self, rows):
+        """Checks (arguments, exit status, words of the output), several rows at a time."""
+        with concurrent.futures.ThreadPoolExecutor() as pool:
+            results = pool.map(lambda row: self.run_script(*row[0]), rows)
+            for (arguments, status, words), result in zip(rows, results):
+                with self.subTest(arguments):
+                    self.judge(result, status, words)
+
+    def judge(self, result, status, words):
+        got, output = result
         self.assertEqual((status, True), (got, words in output), output)
         self.assertNotIn("internal error", output)
         if status == EQUAL and not words:

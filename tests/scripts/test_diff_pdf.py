@@ -18,11 +18,6 @@ PDF = DATA / "pdf"
 class DiffPdfTest(ScriptTest):
     script = SCRIPTS / "diffpdf/diffPdfFiles.py"
 
-    def put(self, name, content):
-        path = self.folder / name
-        path.write_bytes(content)
-        return path
-
     def test_verdicts(self):
         rows = [
             # options, master, actual, exit status, words of the output
@@ -54,15 +49,12 @@ class DiffPdfTest(ScriptTest):
             (["--ignore-text", "("], "cairo_report", "cairo_report", TROUBLE, "regular expression"),
             (["--tolerence", "1"], "cairo_report", "cairo_report", TROUBLE, "--tolerence"),
         ]
-        for options, master, actual, status, words in rows:
-            with self.subTest(options=options, master=master, actual=actual):
-                self.check([*options, PDF / f"{master}.pdf", PDF / f"{actual}.pdf"], status, words)
-
-    def test_usage(self):
-        for arguments, status in ((["--help"], EQUAL), (["one.pdf"], TROUBLE)):
-            with self.subTest(arguments):
-                self.check(arguments, status, "usage: diffPdfFiles.py [options] MASTER ACTUAL")
-        self.check(["--help"], EQUAL, "never (default: 60)")
+        usage = "usage: diffPdfFiles.py [options] MASTER ACTUAL"
+        self.check_all([
+            (["--help"], EQUAL, usage), (["--help"], EQUAL, "never (default: 60)"),
+            (["one.pdf"], TROUBLE, usage),
+            *(([*options, PDF / f"{master}.pdf", PDF / f"{actual}.pdf"], status, words)
+              for options, master, actual, status, words in rows)])
 
     def test_damaged_files(self):
         whole = (PDF / "cairo_report.pdf").read_bytes()
@@ -81,25 +73,20 @@ class DiffPdfTest(ScriptTest):
                              "structure\n  master: sound\n  actual: Syntax Error"),
             "lines before and after": (b"From: server\n\n" + whole + b"\n" * 2000, EQUAL, ""),
         }
-        for name, (content, status, words) in rows.items():
-            with self.subTest(name):
-                self.check([PDF / "cairo_report.pdf", self.put("actual.pdf", content)],
-                           status, words)
-        with self.subTest("identical, but no PDF"):
-            pair = [self.put("a.pdf", b"text"), self.put("b.pdf", b"text")]
-            self.check(pair, TROUBLE, "not a PDF")
-        with self.subTest("pipe"):
-            os.mkfifo(self.folder / "pipe.pdf")
-            self.check([PDF / "cairo_report.pdf", "pipe.pdf"], TROUBLE, "not a regular file")
+        os.mkfifo(self.folder / "pipe")
+        self.check_all([
+            ([self.put("a", b"text"), self.put("b", b"text")], TROUBLE, "not a PDF"),
+            ([PDF / "cairo_report.pdf", "pipe"], TROUBLE, "not a regular file"),
+            *(([PDF / "cairo_report.pdf", self.put(name, content)], status, words)
+              for name, (content, status, words) in rows.items())])
 
     def test_awkward_names(self):
-        os.mkdir(self.folder / "fd:")
-        for name in ("two words.pdf", "-dpi", "-", "Umsätze.pdf", "fd:/0"):
-            with self.subTest(name):
-                shutil.copy(PDF / "cairo_redated.pdf", self.folder / name)
-                shutil.copy(PDF / "cairo_reworded.pdf", self.folder / "-r")
-                self.check([PDF / "cairo_report.pdf", name], EQUAL, "")
-                self.check([name, "-r"], DIFFERENT, "text, page 2")
+        (self.folder / "fd:").mkdir()
+        names = ("two words.pdf", "-dpi", "-", "Umsätze.pdf", "fd:/0")
+        for name in names:
+            shutil.copy(PDF / "cairo_report.pdf", self.folder / name)
+        shutil.copy(PDF / "cairo_reworded.pdf", self.folder / "-r")
+        self.check_all([([name, "-r"], DIFFERENT, "text, page 2") for name in names])
 
     def fake(self, program, action):
         """Puts a program of this name before poppler's own; returns the environment to run in."""

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "cli/commands/CommandLine.h"
+#include "orvdiff/compare/OrvFileHandle.h"
+#include "orvdiff/compare/OrvTextBuffer.h"
+
+class ResultPrinter;
+class OrvDiffResult;
+
+// Shared by the commands that work on files named on the command line.
+
+/// The text of a file, up to its first NUL byte.
+struct InputText {
+  OrvTextBuffer text;
+  bool containsNul;
+};
+
+/// Reads an open file. Raises `CommandError` naming the file if it cannot be read in full.
+InputText readText(const std::string& fileName, OrvFileHandle& file, Verbosity verbosity);
+
+/// Prints the result of comparing two files and returns the exit status it stands for.
+ExitStatus printPair(const OrvDiffResult& result, ResultPrinter& printer);
