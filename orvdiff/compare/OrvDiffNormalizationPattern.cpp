@@ -52,8 +52,10 @@ class OrvDiffNormalizationPattern::Impl {
   void setReplacementText(const char* replacement);
   void normalizeText(OrvTextBuffer& buffer) const;
   const orvdiff::pattern::Substitution* substitution() const;
+  const std::string& getExpression() const { return m_expression; }
 
  private:
+  std::string m_expression;
   std::unique_ptr<URegularExpression, CloseExpression> m_regEx;
   I18NConverter m_converter{"UTF-8"};
   std::unique_ptr<OrvReplacementText> m_replacementStringObj;
@@ -69,6 +71,7 @@ void OrvDiffNormalizationPattern::Impl::compile(const char* pattern) {
   velCheckIcuMemory(status, VEL_HERE);
   VEL_ASSERT_NAMED(m_regEx, "Regular expression compiled");
   velGuardAllocation(VEL_HERE, [&] {
+    m_expression = pattern;
     m_substitution.program = orvdiff::pattern::compilePattern(pattern);
     return true;
   });
@@ -141,6 +144,10 @@ OrvDiffNormalizationPattern::OrvDiffNormalizationPattern(const char* pattern,
 }
 
 OrvDiffNormalizationPattern::~OrvDiffNormalizationPattern() = default;
+
+const std::string& OrvDiffNormalizationPattern::getExpression() const {
+  return m_impl->getExpression();
+}
 
 void OrvDiffNormalizationPattern::setReplacementText(const char* replacement) {
   m_impl->setReplacementText(replacement);

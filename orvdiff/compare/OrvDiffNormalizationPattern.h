@@ -38,6 +38,9 @@ class ORVDIFF_API OrvDiffNormalizationPattern {
   /// the library can search for by itself.)
   void normalizeText(OrvTextBuffer& buffer) const;
 
+  /// The expression, as it was given to the constructor.
+  const std::string& getExpression() const;
+
   /// Allocates memory for the text converter: `size` bytes, to be released as `char[]`. Size 0
   /// releases `pBufferToDelete`. A negative size gives null and status -10, lack of memory null and
   /// status -1. Reallocating a block is not supported.

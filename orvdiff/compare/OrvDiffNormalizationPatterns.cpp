@@ -8,43 +8,43 @@
 // clang-format off
 OrvDiffNormalizationPatterns::OrvNormalizationPatternEntry
     OrvDiffNormalizationPatterns::m_normalizationPatternArray[] = {
-    {eScriptElement, "(?s)<script.*?</script>", nullptr, nullptr},
-    {eChartNameAttribute, R"~(\bname="chart.*?")~", nullptr, nullptr},
-    {eNextNameAndIdAttributes, R"~(\bname="next.*?"\sid="next.*?")~", nullptr, nullptr},
-    {eCopyrightMetaTag, R"~(<meta name="Copyright".*?>[\r\n]*)~", nullptr, nullptr},
-    {eGeneratorIdMetaTag, R"~(<meta name="GeneratorID".*?>[\r\n]*)~", nullptr, nullptr},
-    {eTrademarkMetaTag, R"~(<meta name="Trademark".*?>)~", nullptr, nullptr},
-    {eUaCompatibleMetaTag, R"~(<meta http\-equiv="X\-UA\-Compatible".*?>[\r\n]*)~", nullptr, nullptr},
-    {eEventHandlerAttribute, R"~(on(click|load|mousemove|mouseup|keypress|keydown|dblclick|contextmenu)=".*?" *)~", nullptr, nullptr},
-    {eImageSourcePrefix, "<img src=.*?v1/", nullptr, nullptr},
-    {eCtxAttribute, R"~( ctx="[0-9:]+")~", nullptr, nullptr},
-    {eNameAttribute, R"~( name="[a-zA-Z_0-9]+" *)~", nullptr, nullptr},
-    {ePromptIdAttribute, R"~( id="PRMT_[A-Za-z_0-9]+" *)~", nullptr, nullptr},
-    {eForAttribute, R"~( for="[A-Za-z_0-9\[\]]+" *)~", nullptr, nullptr},
-    {eAriaLabelledByAttribute, R"~( +aria-labelledby="( _THIS_[A-Za-z_0-9.]+hiddenspan[0-9]+)? *[A-Za-z_0-9.]+" *)~", nullptr, nullptr},
-    {eAriaLabelledByHeadersAttribute, R"~(aria-labelledby="(_THIS_hdr[0-9]+)( _THIS_hdr[0-9]+)*( _THIS_[A-Za-z_0-9.]+hiddenspan[0-9]+)? [A-Za-z_0-9.]+" *)~", nullptr, nullptr},
-    {eIdAttribute, R"~( +id="[A-Za-z_0-9.]+" *)~", nullptr, nullptr},
-    {eChartTempName, "chart_tmp_[0-9]+", nullptr, nullptr},
-    {eRemoveReferenceCall, R"~(c[0-9]+\.removeReference)~", nullptr, nullptr},
-    {eCoordsAttribute, R"~(\bcoords=".*?")~", nullptr, nullptr},
-    {eCoordElement, "<coord>.*?</coord>", nullptr, nullptr},
-    {eLabelForTag, R"~(<label for=".*?">)~", nullptr, nullptr},
-    {eQuotedPrintableEquals, "=3D", "=", nullptr},
-    {eBinDirectory, R"~([\\/]bind?[\\/])~", nullptr, nullptr},
-    {eExcelDataElement, "<x:Data>.*?</x:Data>", nullptr, nullptr},
-    {eExponentNumber, R"~([-+]?[0-9]*\.?[0-9]+[eE][-+][0-9]+)~", nullptr, nullptr},
-    {eDecimalNumber, R"~([-+]?[0-9]*\.[0-9]+([eE][-+][0-9]+)?)~", nullptr, nullptr},
-    {eQuotedChartTempName, R"~(".*?chart_tmp_[0-9]+")~", nullptr, nullptr},
-    {eFilenameElement, "<filename>.*?</filename>", nullptr, nullptr},
-    {eAreaElement, "<area.*?>.*?</area>", nullptr, nullptr},
-    {eAreaTag, "<area.*?>", nullptr, nullptr},
-    {ePngContent, "Content-Type: image/png.*", nullptr, nullptr},
-    {eLineBreak, "((\n)|(\r\n))", nullptr, nullptr},
-    {eSoftLineBreak, "=((\n)|(\r\n))", nullptr, nullptr},
-    {eWidthStyle, "width:[0-9]+[a-zA-Z]+;", nullptr, nullptr},
-    {eAxisValueAsStringLine, ".*getAxisValueAsString.*[\n\r]*", nullptr, nullptr},
-    {eTitleAttribute, R"~(\btitle=".*?")~", nullptr, nullptr},
-    {eReportSpecNamespaceVersion, "http://" ORV_REPORT_NAMESPACE_HOST_PATTERN R"~(/schemas/report/13\.[0-9]+/)~", "http://" ORV_REPORT_NAMESPACE_HOST "/schemas/report/13/", nullptr},
+    {eScriptElement, "(?s)<script.*?</script>", nullptr, nullptr, "ScriptElement"},
+    {eChartNameAttribute, R"~(\bname="chart.*?")~", nullptr, nullptr, "ChartNameAttribute"},
+    {eNextNameAndIdAttributes, R"~(\bname="next.*?"\sid="next.*?")~", nullptr, nullptr, "NextNameAndIdAttributes"},
+    {eCopyrightMetaTag, R"~(<meta name="Copyright".*?>[\r\n]*)~", nullptr, nullptr, "CopyrightMetaTag"},
+    {eGeneratorIdMetaTag, R"~(<meta name="GeneratorID".*?>[\r\n]*)~", nullptr, nullptr, "GeneratorIdMetaTag"},
+    {eTrademarkMetaTag, R"~(<meta name="Trademark".*?>)~", nullptr, nullptr, "TrademarkMetaTag"},
+    {eUaCompatibleMetaTag, R"~(<meta http\-equiv="X\-UA\-Compatible".*?>[\r\n]*)~", nullptr, nullptr, "UaCompatibleMetaTag"},
+    {eEventHandlerAttribute, R"~(on(click|load|mousemove|mouseup|keypress|keydown|dblclick|contextmenu)=".*?" *)~", nullptr, nullptr, "EventHandlerAttribute"},
+    {eImageSourcePrefix, "<img src=.*?v1/", nullptr, nullptr, "ImageSourcePrefix"},
+    {eCtxAttribute, R"~( ctx="[0-9:]+")~", nullptr, nullptr, "CtxAttribute"},
+    {eNameAttribute, R"~( name="[a-zA-Z_0-9]+" *)~", nullptr, nullptr, "NameAttribute"},
+    {ePromptIdAttribute, R"~( id="PRMT_[A-Za-z_0-9]+" *)~", nullptr, nullptr, "PromptIdAttribute"},
+    {eForAttribute, R"~( for="[A-Za-z_0-9\[\]]+" *)~", nullptr, nullptr, "ForAttribute"},
+    {eAriaLabelledByAttribute, R"~( +aria-labelledby="( _THIS_[A-Za-z_0-9.]+hiddenspan[0-9]+)? *[A-Za-z_0-9.]+" *)~", nullptr, nullptr, "AriaLabelledByAttribute"},
+    {eAriaLabelledByHeadersAttribute, R"~(aria-labelledby="(_THIS_hdr[0-9]+)( _THIS_hdr[0-9]+)*( _THIS_[A-Za-z_0-9.]+hiddenspan[0-9]+)? [A-Za-z_0-9.]+" *)~", nullptr, nullptr, "AriaLabelledByHeadersAttribute"},
+    {eIdAttribute, R"~( +id="[A-Za-z_0-9.]+" *)~", nullptr, nullptr, "IdAttribute"},
+    {eChartTempName, "chart_tmp_[0-9]+", nullptr, nullptr, "ChartTempName"},
+    {eRemoveReferenceCall, R"~(c[0-9]+\.removeReference)~", nullptr, nullptr, "RemoveReferenceCall"},
+    {eCoordsAttribute, R"~(\bcoords=".*?")~", nullptr, nullptr, "CoordsAttribute"},
+    {eCoordElement, "<coord>.*?</coord>", nullptr, nullptr, "CoordElement"},
+    {eLabelForTag, R"~(<label for=".*?">)~", nullptr, nullptr, "LabelForTag"},
+    {eQuotedPrintableEquals, "=3D", "=", nullptr, "QuotedPrintableEquals"},
+    {eBinDirectory, R"~([\\/]bind?[\\/])~", nullptr, nullptr, "BinDirectory"},
+    {eExcelDataElement, "<x:Data>.*?</x:Data>", nullptr, nullptr, "ExcelDataElement"},
+    {eExponentNumber, R"~([-+]?[0-9]*\.?[0-9]+[eE][-+][0-9]+)~", nullptr, nullptr, "ExponentNumber"},
+    {eDecimalNumber, R"~([-+]?[0-9]*\.[0-9]+([eE][-+][0-9]+)?)~", nullptr, nullptr, "DecimalNumber"},
+    {eQuotedChartTempName, R"~(".*?chart_tmp_[0-9]+")~", nullptr, nullptr, "QuotedChartTempName"},
+    {eFilenameElement, "<filename>.*?</filename>", nullptr, nullptr, "FilenameElement"},
+    {eAreaElement, "<area.*?>.*?</area>", nullptr, nullptr, "AreaElement"},
+    {eAreaTag, "<area.*?>", nullptr, nullptr, "AreaTag"},
+    {ePngContent, "Content-Type: image/png.*", nullptr, nullptr, "PngContent"},
+    {eLineBreak, "((\n)|(\r\n))", nullptr, nullptr, "LineBreak"},
+    {eSoftLineBreak, "=((\n)|(\r\n))", nullptr, nullptr, "SoftLineBreak"},
+    {eWidthStyle, "width:[0-9]+[a-zA-Z]+;", nullptr, nullptr, "WidthStyle"},
+    {eAxisValueAsStringLine, ".*getAxisValueAsString.*[\n\r]*", nullptr, nullptr, "AxisValueAsStringLine"},
+    {eTitleAttribute, R"~(\btitle=".*?")~", nullptr, nullptr, "TitleAttribute"},
+    {eReportSpecNamespaceVersion, "http://" ORV_REPORT_NAMESPACE_HOST_PATTERN R"~(/schemas/report/13\.[0-9]+/)~", "http://" ORV_REPORT_NAMESPACE_HOST "/schemas/report/13/", nullptr, "ReportSpecNamespaceVersion"},
 };
 // clang-format on
 
@@ -58,6 +58,15 @@ const OrvDiffNormalizationPattern* OrvDiffNormalizationPatterns::getPattern(
     });
   }
   return row.cachedPattern.get();
+}
+
+const char* OrvDiffNormalizationPatterns::getName(const OrvDiffNormalizationPattern& pattern) {
+  for (const OrvNormalizationPatternEntry& row : m_normalizationPatternArray) {
+    if (pattern.getExpression() == row.regularExpression) {
+      return row.name;
+    }
+  }
+  return nullptr;
 }
 
 void OrvDiffNormalizationPatterns::reset() {

@@ -59,6 +59,9 @@ class ORVDIFF_API OrvDiffNormalizationPatterns {
   /// one added to an engine, as long as that engine lives.
   static const OrvDiffNormalizationPattern* getPattern(OrvNormalizationPatternsEnum id);
 
+  /// The name of a pattern with the expression of a row, such as "ScriptElement"; null for others.
+  static const char* getName(const OrvDiffNormalizationPattern& pattern);
+
   /// Forgets every compiled pattern; the next `getPattern` builds a new one. Patterns that no
   /// living engine holds are freed at once, the others with the last engine that does.
   static void reset();
@@ -71,6 +74,7 @@ class ORVDIFF_API OrvDiffNormalizationPatterns {
     const char* regularExpression;
     const char* replacementText;  ///< null: matches are deleted
     std::shared_ptr<const OrvDiffNormalizationPattern> cachedPattern;
+    const char* name;  ///< the enumerator's, without its "e"
   };
 
   /// Shares in the ownership of `pattern` if it is the catalogue's, else null.
