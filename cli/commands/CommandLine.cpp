@@ -19,6 +19,8 @@ struct Values {
   CompareOptions compare;
   NumdiffOptions numdiff;
   VerifyOptions verify;
+  ShowOptions show;
+  MergeOptions merge;
 
   Verbosity verbosity() const {
     return quiet ? Verbosity::Quiet : verbose ? Verbosity::Verbose : Verbosity::Normal;
@@ -100,6 +102,44 @@ const CLI::Validator& notEmpty() {
   return validator;
 }
 
+void addWorkers(CLI::App& verify, VerifyOptions& options) {
+  constexpr std::size_t kMostJobs = 1024;
+  verify
+      .add_option("-j,--jobs", options.jobs,
+                  "Verify in N processes at once (default: one per core)")
+      ->check(CLI::Range(std::size_t{1}, kMostJobs))
+      ->type_name("N");
+  verify
+      .add_option("--timeout", options.secondsPerPair,
+                  "Give up a pair after so many seconds, 0 for never (default: 300)")
+      ->check(CLI::NonNegativeNumber)
+      ->type_name("SECONDS");
+  verify
+      .add_option("--memory", options.memoryMegabytes,
+                  "Limit the memory of each process (default: no limit)")
+      ->check(CLI::Range(std::uint64_t{64}, std::uint64_t{1} << 32))
+      ->type_name("MB");
+}
+
+void addRecord(CLI::App& verify, VerifyOptions& options) {
+  verify
+      .add_option("--record", options.recordFolder,
+                  "Keep a record of the run in the new folder DIR")
+      ->check(notEmpty())
+      ->type_name("DIR");
+  verify
+      .add_option("--failed", options.failedRecord,
+                  "Verify again only the pairs that did not pass in the record DIR")
+      ->check(notEmpty())
+      ->type_name("DIR");
+  verify
+      .add_option(
+          "--shard", options.shard,
+          "Verify only the I-th of N shares of the reports; \"orvdiff merge\" joins the records")
+      ->check(notEmpty())
+      ->type_name("I/N");
+}
+
 void addVerify(CLI::App& app, Values& values) {
   VerifyOptions& verify = values.verify;
   CLI::App* const command =
@@ -107,8 +147,7 @@ void addVerify(CLI::App& app, Values& values) {
   command
       ->add_option("LOCATION", verify.locations,
                    "A report file, or a folder to search for reports (files next to a folder "
-                   "named \"Masters\")")
-      ->required()
+                   "named \"Masters\"); required unless --failed names a record")
       ->option_text("...");
   command
       ->add_option("-f,--format", verify.formats.names,
@@ -146,6 +185,8 @@ void addVerify(CLI::App& app, Values& values) {
                     "Save the normalised texts of each difference next to the output");
   command->add_flag("--list", verify.listOnly, "List what would be compared, without comparing it");
   command->add_flag("--allow-none", verify.allowNone, "Succeed even if there is nothing to verify");
+  addWorkers(*command, verify);
+  addRecord(*command, verify);
   addPlaces(*command, verify.formats);
   addLayoutData(*command, verify.formats.layoutData);
 }
@@ -179,6 +220,27 @@ void addNormalize(CLI::App& app, NormalizeOptions& normalize) {
   command->add_option("FILE", normalize.file, "The file to read")->required()->type_name("");
 }
 
+void addShow(CLI::App& app, ShowOptions& show) {
+  app.add_subcommand("show", "Print what a record holds, or what changed between two records")
+      ->add_option("RECORD", show.records, "A folder that verify --record wrote; the earlier first")
+      ->expected(1, 2)
+      ->required()
+      ->type_name("");
+}
+
+void addMerge(CLI::App& app, MergeOptions& merge) {
+  CLI::App* const command =
+      app.add_subcommand("merge", "Join the records of shards into the record of the whole run");
+  command->add_option("RECORD", merge.records, "Folders that verify --shard --record wrote")
+      ->required()
+      ->type_name("");
+  command->add_option("-o,--output", merge.target, "The new folder for the joined record")
+      ->required()
+      ->check(notEmpty())
+      ->type_name("DIR");
+  command->add_flag("--partial", merge.isPartial, "Accept that shards are missing");
+}
+
 void addCommonOptions(CLI::App& app, Values& values) {
   app.set_version_flag("--version", "orvdiff " ORVDIFF_VERSION);
   app.add_option("-C,--directory", values.workingFolder,
@@ -209,6 +271,12 @@ Command chosenCommand(const CLI::App& app, Values& values) {
   if (app.got_subcommand("numdiff")) {
     return values.styled(values.numdiff);
   }
+  if (app.got_subcommand("show")) {
+    return values.styled(values.show);
+  }
+  if (app.got_subcommand("merge")) {
+    return values.styled(values.merge);
+  }
   return values.styled(values.verify);
 }
 
@@ -237,6 +305,8 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& r
   addVerify(app, values);
   addCompare(app, values.compare);
   addNumdiff(app, values.numdiff);
+  addShow(app, values.show);
+  addMerge(app, values.merge);
   addNormalize(app, values.normalize);
   app.add_subcommand("formats",
                      "List all formats, where their files are and how they are compared");
@@ -250,6 +320,7 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& r
     std::cerr << "orvdiff: " << printable(mistake.what()) << "\nTry \"orvdiff --help\".\n";
     return kExitTrouble;
   }
+  values.verify.words.assign(argv, argv + argc);
   result.workingFolder = values.workingFolder;
   result.verbosity = values.verbosity();
   result.command = chosenCommand(app, values);

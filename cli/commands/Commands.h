@@ -11,3 +11,5 @@ ExitStatus run(const NormalizeOptions& options);
 ExitStatus run(const CompareOptions& options);
 ExitStatus run(const NumdiffOptions& options);
 ExitStatus run(const VerifyOptions& options);
+ExitStatus run(const ShowOptions& options);
+ExitStatus run(const MergeOptions& options);

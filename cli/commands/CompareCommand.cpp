@@ -40,9 +40,5 @@ ExitStatus run(const CompareOptions& options) {
   }
   OutputCapture capture;
   const auto result = comparePair(options, *engine, capture);
-  const Palette palette(options.color);
-  ResultPrinter printer(options.verbosity, palette);
-  printer.startFormat(format.format);
-  printer.setEngineOutput(capture.take());
-  return printPair(*result, printer);
+  return printPair(*result, options, format.format, capture.take());
 }

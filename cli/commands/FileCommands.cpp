@@ -2,14 +2,15 @@
 
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
+#include "cli/record/PairResult.h"
 #include "cli/report/ClosingSummary.h"
 #include "cli/report/ResultPrinter.h"
 #include "cli/system/CommandError.h"
 #include "cli/terminal/ErrorCause.h"
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/platform/VELErrors.h"
-#include "orvdiff/registry/OrvDiffResult.h"
 
 InputText readText(const std::string& fileName, OrvFileHandle& file, Verbosity verbosity) {
   try {
@@ -22,9 +23,13 @@ InputText readText(const std::string& fileName, OrvFileHandle& file, Verbosity v
   }
 }
 
-ExitStatus printPair(const OrvDiffResult& result, ResultPrinter& printer) {
-  result.notifyListener(printer);
+ExitStatus printPair(const OrvDiffResult& result, const PairOptions& options,
+                     std::optional<OrvOutputFormat> format, std::string printed) {
+  PairRecord record = describeResult(result, format).record;
+  record.printed = std::move(printed);
+  const Palette palette(options.color);
+  ResultPrinter(options.verbosity, palette).print(record);
   RunTotals totals;
-  result.notifyListener(totals.pairs);
-  return exitStatusOf(totals, shortfallsOf(totals, false));
+  totals.pairs.add(record);
+  return exitStatusOf(totals, {});
 }

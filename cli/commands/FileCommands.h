@@ -1,12 +1,13 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "cli/commands/CommandLine.h"
 #include "orvdiff/compare/OrvFileHandle.h"
 #include "orvdiff/compare/OrvTextBuffer.h"
+#include "orvdiff/platform/OrvOutputFormat.h"
 
-class ResultPrinter;
 class OrvDiffResult;
 
 // Shared by the commands that work on files named on the command line.
@@ -20,5 +21,8 @@ struct InputText {
 /// Reads an open file. Raises `CommandError` naming the file if it cannot be read in full.
 InputText readText(const std::string& fileName, OrvFileHandle& file, Verbosity verbosity);
 
-/// Prints the result of comparing two files and returns the exit status it stands for.
-ExitStatus printPair(const OrvDiffResult& result, ResultPrinter& printer);
+/// Prints the result of comparing two files, with what engine and script `printed`, and returns the
+/// exit status it stands for.
+ExitStatus printPair(const OrvDiffResult& result, const PairOptions& options,
+                     std::optional<OrvOutputFormat> format = std::nullopt,
+                     std::string printed = {});

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/ReportFinder.h"
 #include "cli/system/ExitStatus.h"
 
-/// Prints every pair that a run would compare, with the report that it counts for, and compares
-/// none. With `allowNone`, no pair at all is no trouble.
-ExitStatus listPairs(const FoundReports& found, const std::vector<SelectedFormat>& formats,
-                     bool allowNone);
+/// Prints every pair that a run over `reports`, some or all of those that were found, would
+/// compare, and compares none. With `allowNone`, no pair at all is no trouble.
+ExitStatus listPairs(const std::vector<std::string>& reports, const FoundReports& found,
+                     const std::vector<SelectedFormat>& formats, bool allowNone);

@@ -6,7 +6,6 @@
 
 #include "cli/commands/Commands.h"
 #include "cli/commands/FileCommands.h"
-#include "cli/report/ResultPrinter.h"
 #include "cli/system/CommandError.h"
 #include "orvdiff/compare/OrvDiffFloatComparison.h"
 #include "orvdiff/compare/OrvDiffLib.h"
@@ -76,9 +75,7 @@ ExitStatus run(const NumdiffOptions& options) {
     result = mismatch ? std::make_unique<OrvDiffResultFailDiff>(options.master, options.actual)
                       : passOf(options, masterText, actualText);
   }
-  const Palette palette(options.color);
-  ResultPrinter printer(options.verbosity, palette);
-  const ExitStatus status = printPair(*result, printer);
+  const ExitStatus status = printPair(*result, options);
   if (mismatch && options.verbosity != Verbosity::Quiet) {
     printMismatch(*mismatch);
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iomanip>
 #include <iostream>
+#include <utility>
 
 #include "cli/system/Interrupt.h"
 #include "cli/terminal/Printable.h"
@@ -22,19 +23,29 @@ void printUnverified(const std::vector<std::string>& reports, Verbosity verbosit
   }
 }
 
-bool nothingFailed(const RunTotals& totals) {
-  return totals.pairs.passed == totals.pairs.pairs() && totals.errors == 0;
-}
+/// Verdicts that are so rare that only those that occur are counted out.
+constexpr std::pair<Verdict, const char*> kRareVerdicts[] = {
+    {Verdict::TimedOut, "timed out"},
+    {Verdict::Crashed, "crashed"},
+    {Verdict::Stale, "stale"},
+    {Verdict::NotRun, "not run"},
+};
 
 void printCounts(const RunTotals& totals) {
   const Tally& pairs = totals.pairs;
   std::cout << counted(totals.done, "report") << ", " << counted(pairs.pairs(), "pair") << ": "
-            << pairs.passed << " passed, ";
-  if (pairs.partly > 0) {
-    std::cout << pairs.partly << " partly, ";
+            << pairs.of(Verdict::Passed) << " passed, ";
+  if (pairs.of(Verdict::Partly) > 0) {
+    std::cout << pairs.of(Verdict::Partly) << " partly, ";
   }
-  std::cout << pairs.differ << " differ, " << pairs.missing << " missing, " << pairs.failed
-            << " failed, " << counted(totals.errors, "error");
+  std::cout << pairs.of(Verdict::Differs) << " differ, " << pairs.of(Verdict::Missing)
+            << " missing, " << pairs.of(Verdict::Failed) << " failed, "
+            << counted(pairs.of(Verdict::Error), "error");
+  for (const auto& [verdict, words] : kRareVerdicts) {
+    if (pairs.of(verdict) > 0) {
+      std::cout << ", " << pairs.of(verdict) << ' ' << words;
+    }
+  }
   if (!totals.unverified.empty()) {
     std::cout << ", " << counted(totals.unverified.size(), "report") << " not verified";
   }
@@ -57,10 +68,11 @@ std::vector<std::string> shortfallsOf(const RunTotals& totals, bool allowNone) {
     // The pairs there are may belong to neighbours of the reports that were named.
     const bool noneOfTheirOwn = totals.done > 0 && totals.unverified.size() == totals.done;
     const bool nothingVerified = totals.pairs.pairs() == 0 || noneOfTheirOwn;
-    if (shortfalls.empty() && nothingVerified && totals.errors == 0) {
+    if (shortfalls.empty() && nothingVerified && totals.pairs.of(Verdict::Error) == 0) {
       shortfalls.push_back(std::string("nothing to verify") + kRemedy);
     }
   }
+  shortfalls.insert(shortfalls.end(), totals.incomplete.begin(), totals.incomplete.end());
   for (const std::string& file : totals.unsaved) {
     shortfalls.push_back(file + " could not be saved");
   }
@@ -79,9 +91,9 @@ void printClosingSummary(const RunTotals& totals, const std::vector<std::string>
     printUnverified(totals.unverified, verbosity);
   }
   if (totals.interrupted) {
-    std::cout << palette.paint(Color::Yellow, "Interrupted") << " in report " << totals.done
-              << " of " << totals.reports << ". ";
-  } else if (!nothingFailed(totals)) {
+    std::cout << palette.paint(Color::Yellow, "Interrupted") << " after " << totals.done << " of "
+              << counted(totals.reports, "report") << ". ";
+  } else if (!totals.pairs.allPassed()) {
     std::cout << palette.paint(Color::Red, "Not all passed.") << ' ';
   } else if (shortfalls.empty() && totals.pairs.pairs() > 0) {
     std::cout << palette.paint(Color::Green, "All passed.") << ' ';
@@ -95,8 +107,8 @@ ExitStatus exitStatusOf(const RunTotals& totals, const std::vector<std::string>&
   if (totals.interrupted) {
     return stopStatus().value_or(kExitInterrupted);
   }
-  if (totals.errors > 0 || totals.pairs.partly > 0 || !shortfalls.empty()) {
+  if (totals.pairs.hasTrouble() || !shortfalls.empty()) {
     return kExitTrouble;
   }
-  return totals.pairs.passed < totals.pairs.pairs() ? kExitNotPassed : kExitPassed;
+  return totals.pairs.allPassed() ? kExitPassed : kExitNotPassed;
 }

@@ -12,13 +12,13 @@
 /// What came out of a run.
 struct RunTotals {
   std::size_t reports = 0;  ///< that the run was to verify
-  std::size_t done = 0;     ///< that it did verify; fewer when it was interrupted
+  std::size_t done = 0;     ///< that it verified to the end; fewer when it was interrupted
   Tally pairs;
-  std::size_t errors = 0;  ///< reports and formats that could not be verified to the end
   std::vector<std::string> unverified;      ///< reports, among those done, that no pair belongs to
   std::vector<std::string> emptyLocations;  ///< at which no report was found
-  std::vector<std::string> unsaved;         ///< files that could not be saved
-  std::vector<std::string> uncompared;      ///< formats of which nothing was, and why: a sentence
+  std::vector<std::string> uncompared;  ///< what kept pairs from being compared, a sentence each
+  std::vector<std::string> unsaved;     ///< files that could not be saved
+  std::vector<std::string> incomplete;  ///< logs that miss a result, a sentence each
   bool interrupted = false;
   std::chrono::duration<double> time{};
 };

@@ -1,32 +1,26 @@
 #include "cli/report/ResultPrinter.h"
 
 #include <algorithm>
-#include <fstream>
 #include <iostream>
 #include <string>
 
-#include "cli/suite/MissingReason.h"
-#include "cli/terminal/Excerpt.h"
 #include "cli/terminal/Printable.h"
-#include "orvdiff/registry/OrvDiffResult.h"
 
 namespace {
 
 constexpr const char* kIndent = "          ";
 
-const char* orEmpty(const char* text) {
-  return text != nullptr ? text : "";
-}
-
-/// Whether the file has no third line, which is the first that is read of a VMD report.
-bool isWithoutStatistics(const std::string& fileName) {
-  std::ifstream file(fileName, std::ios::binary);
-  std::string line;
-  int lines = 0;
-  while (lines < 3 && std::getline(file, line)) {
-    ++lines;
+Color colorOf(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::Passed:
+      return Color::Green;
+    case Verdict::Missing:
+    case Verdict::Partly:
+    case Verdict::NotRun:
+      return Color::Yellow;
+    default:
+      return Color::Red;
   }
-  return lines < 3;
 }
 
 }  // namespace
@@ -42,90 +36,57 @@ void printForeign(std::string_view text) {
 ResultPrinter::ResultPrinter(Verbosity verbosity, const Palette& palette)
     : m_verbosity(verbosity), m_palette(palette) {}
 
-void ResultPrinter::comparisonNotification(const OrvDiffResultPass& result) {
-  const auto* const cut = dynamic_cast<const OrvDiffResultPassUpToNul*>(&result);
-  if (cut != nullptr && m_verbosity != Verbosity::Quiet) {
-    printVerdict(Color::Yellow, "partly", result);
-    std::cout << kIndent << printable(cut->getCutFile())
-              << " contains a NUL byte; only the text before it was compared\n";
-    printEngineOutput();
-  } else if (m_verbosity == Verbosity::Verbose ||
-             (m_verbosity == Verbosity::Normal && !m_engineOutput.empty())) {
-    printPassed(result);
-  }
-}
-
-void ResultPrinter::printPassed(const OrvDiffResult& result) {
-  printVerdict(Color::Green, "passed", result);
-  if (m_format == OrvOutputFormat::Vmd && m_verbosity == Verbosity::Verbose &&
-      (isWithoutStatistics(result.getMasterName()) ||
-       isWithoutStatistics(result.getActualName()))) {
-    std::cout << kIndent
-              << "nothing was compared: a VMD report of fewer than three lines holds no "
-                 "statistics\n";
-  }
-  printEngineOutput();
-}
-
-void ResultPrinter::comparisonNotification(const OrvDiffResultFailDiff& result) {
-  if (m_verbosity != Verbosity::Quiet) {
-    printVerdict(Color::Red, "differs", result);
-    printEngineOutput();
-  }
-}
-
-void ResultPrinter::comparisonNotification(const OrvDiffResultFailDiffNormalized& result) {
-  if (m_verbosity == Verbosity::Quiet) {
+void ResultPrinter::print(const PairRecord& pair) const {
+  if (!isWorthALine(pair)) {
     return;
   }
-  printVerdict(Color::Red, "differs", result);
-  const char* const master = orEmpty(result.getNormalizedMaster());
-  const std::size_t position = startOfCharacter(master, result.getDiffPosition());
-  const TextPosition place = locate(master, position);
-  std::cout << kIndent << "at " << place.line << ':' << place.column << " in the normalised text\n";
-  const Excerpt ofMaster = excerptAround(master, position);
-  printSide("master: ", ofMaster);
-  printSide("actual: ", excerptAround(orEmpty(result.getNormalizedActual()), position));
-  printSide("        ", {std::string(ofMaster.columns, ' '), ofMaster.columns, "^", ""});
-  printEngineOutput();
-}
-
-void ResultPrinter::comparisonNotification(const OrvDiffResultFailFileMissing& result) {
-  if (m_verbosity == Verbosity::Quiet) {
-    return;
+  printVerdict(pair);
+  if (pair.at) {
+    printDifference(pair);
   }
-  printVerdict(Color::Yellow, "missing", result);
-  const bool isMaster = result.getMissingFile() == result.getMasterName();
-  const bool isActual = result.getMissingFile() == result.getActualName();
-  std::cout << kIndent
-            << (isMaster && isActual ? "it "
-                : isMaster           ? "the master "
-                                     : "the actual output ")
-            << printable(missingReason(result.getMissingFile())) << '\n';
-  printEngineOutput();
+  printForeign(pair.printed);
 }
 
-void ResultPrinter::comparisonNotification(const OrvDiffResultFail& result) {
-  if (m_verbosity != Verbosity::Quiet) {
-    printVerdict(Color::Red, "failed", result);
-    printEngineOutput();
+/// A pass is if somebody asks, or if an engine had something to say about it. What a whole format
+/// could not run for is said once, at the end.
+bool ResultPrinter::isWorthALine(const PairRecord& pair) const {
+  if (m_verbosity != Verbosity::Normal) {
+    return m_verbosity == Verbosity::Verbose;
   }
+  return pair.verdict == Verdict::Passed ? !pair.printed.empty() : pair.verdict != Verdict::NotRun;
 }
 
-void ResultPrinter::printEngineOutput() {
-  printForeign(m_engineOutput);
-  m_engineOutput.clear();
-}
-
-void ResultPrinter::printVerdict(Color color, std::string_view word,
-                                 const OrvDiffResult& result) const {
+void ResultPrinter::printVerdict(const PairRecord& pair) const {
   constexpr std::size_t kWordColumns = 9;
-  std::cout << m_palette.paint(color, word) << std::string(kWordColumns - word.size(), ' ')
-            << printable(result.getMasterName());
-  if (result.getActualName() != result.getMasterName()) {
-    std::cout << " -> " << printable(result.getActualName());
+  const std::string_view word = wordFor(pair.verdict);
+  const std::size_t gap = std::max(kWordColumns, word.size() + 1) - word.size();
+  std::cout << m_palette.paint(colorOf(pair.verdict), word) << std::string(gap, ' ');
+  if (pair.master.empty()) {
+    std::cout << printable(pair.report);
+    if (!pair.format.empty()) {
+      std::cout << " (" << pair.format << ')';
+    }
+  } else {
+    std::cout << printable(pair.master);
+  }
+  if (pair.output != pair.master) {
+    std::cout << " -> " << printable(pair.output);
   }
   std::cout << '\n';
+  if (!pair.message.empty()) {
+    std::cout << kIndent << printable(pair.message) << '\n';
+  }
+}
+
+void ResultPrinter::printDifference(const PairRecord& pair) const {
+  std::cout << kIndent << "at " << pair.at->line << ':' << pair.at->column
+            << " in the normalised text\n";
+  if (pair.masterExcerpt && pair.outputExcerpt) {
+    const Excerpt& master = *pair.masterExcerpt;
+    printSide("master: ", master);
+    printSide("actual: ", *pair.outputExcerpt);
+    printSide("        ", {std::string(master.columns, ' '), master.columns, "^", ""});
+  }
 }
 
 void ResultPrinter::printSide(std::string_view side, const Excerpt& excerpt) const {

@@ -1,19 +1,18 @@
 #include "cli/report/Tally.h"
 
-#include "orvdiff/registry/OrvDiffResult.h"
+#include <numeric>
 
-void Tally::comparisonNotification(const OrvDiffResultPass& result) {
-  ++(dynamic_cast<const OrvDiffResultPassUpToNul*>(&result) != nullptr ? partly : passed);
+void Tally::add(const PairRecord& record) {
+  ++m_counts[static_cast<std::size_t>(record.verdict)];
+  m_pairs += record.master.empty() ? 0 : 1;
 }
 
-void Tally::comparisonNotification(const OrvDiffResultFailDiff& /*result*/) {
-  ++differ;
+bool Tally::allPassed() const {
+  return of(Verdict::Passed) == std::accumulate(m_counts.begin(), m_counts.end(), std::size_t{0});
 }
 
-void Tally::comparisonNotification(const OrvDiffResultFailFileMissing& /*result*/) {
-  ++missing;
-}
-
-void Tally::comparisonNotification(const OrvDiffResultFail& /*result*/) {
-  ++failed;
+bool Tally::hasTrouble() const {
+  return of(Verdict::Partly) + of(Verdict::Error) + of(Verdict::TimedOut) + of(Verdict::Crashed) +
+             of(Verdict::NotRun) >
+         0;
 }

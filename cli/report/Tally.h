@@ -1,23 +1,26 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 
-#include "orvdiff/registry/OrvDiffListener.h"
+#include "cli/record/PairRecord.h"
 
-/// Counts outcomes.
-class Tally : public OrvDiffListener {
+/// Counts the pairs of a run by verdict.
+class Tally {
  public:
-  using OrvDiffListener::comparisonNotification;
-  void comparisonNotification(const OrvDiffResultPass& result) override;
-  void comparisonNotification(const OrvDiffResultFailDiff& result) override;
-  void comparisonNotification(const OrvDiffResultFailFileMissing& result) override;
-  void comparisonNotification(const OrvDiffResultFail& result) override;
+  void add(const PairRecord& record);
 
-  std::size_t pairs() const { return passed + partly + differ + missing + failed; }
+  std::size_t of(Verdict verdict) const { return m_counts[static_cast<std::size_t>(verdict)]; }
 
-  std::size_t passed = 0;
-  std::size_t partly = 0;  ///< passed as far as they were compared, which is no pass
-  std::size_t differ = 0;
-  std::size_t missing = 0;
-  std::size_t failed = 0;  ///< neither a difference nor a missing file
+  /// All pairs. A format whose masters could not be listed counts as an error, but is no pair.
+  std::size_t pairs() const { return m_pairs; }
+
+  bool allPassed() const;
+
+  /// Whether a pair was not compared, or not to its end.
+  bool hasTrouble() const;
+
+ private:
+  std::array<std::size_t, static_cast<std::size_t>(Verdict::NotRun) + 1> m_counts = {};
+  std::size_t m_pairs = 0;
 };

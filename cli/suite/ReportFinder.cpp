@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "cli/suite/MissingReason.h"
+#include "cli/suite/PairOwners.h"
 #include "cli/system/CommandError.h"
 
 namespace fs = std::filesystem;
@@ -99,21 +100,13 @@ FolderContents readFolder(const fs::path& folder) {
   return contents;
 }
 
-/// Orders by path, but a name before its own prefixes: Revenue_2 before Revenue.
-bool comesBefore(const std::string& one, const std::string& other) {
-  const std::string_view a = stemOf(one);
-  const std::string_view b = stemOf(other);
-  const std::size_t common = std::min(a.size(), b.size());
-  const int order = a.compare(0, common, b, 0, common);
-  return order != 0 ? order < 0 : a.size() != b.size() ? a.size() > b.size() : one < other;
-}
-
 class Finder {
  public:
   void add(const std::string& location) {
     const fs::path path = location == "." ? fs::path() : fs::path(location);
     const struct stat status = statusOf(location);
     if (S_ISDIR(status.st_mode)) {
+      m_prefixLength = (path / "").native().size();
       if (!search(path)) {
         m_found.emptyLocations.push_back(location);
       }
@@ -121,7 +114,7 @@ class Finder {
       throw CommandError(location + " is neither a file nor a folder");
     } else {
       requireReadable(location);
-      m_reports.push_back({identify(path.parent_path()), path.filename(), path});
+      m_reports.push_back({identify(path.parent_path()), path.filename(), path, path.filename()});
       m_named[location.substr(0, location.rfind('/') + 1)].emplace_back(stemOf(location));
     }
   }
@@ -131,10 +124,12 @@ class Finder {
     if (!m_named.empty()) {  // only then can a report be found twice
       removeRepeated();
     }
+    std::sort(m_reports.begin(), m_reports.end(),
+              [](const Report& a, const Report& b) { return a.path < b.path; });
     for (Report& report : m_reports) {
       m_found.reports.push_back(std::move(report.path));
+      m_found.pathsInLocation.push_back(std::move(report.pathInLocation));
     }
-    std::sort(m_found.reports.begin(), m_found.reports.end(), comesBefore);
     for (const auto& [folder, stems] : m_named) {
       addNeighbours(folder, stems);
     }
@@ -154,7 +149,8 @@ class Finder {
       requireReadable(folder / kMasterFolder);
       const std::string prefix = folder / "";
       for (const std::string& file : contents.files) {
-        m_reports.push_back({id, file, prefix + file});
+        const std::string report = prefix + file;
+        m_reports.push_back({id, file, report, report.substr(m_prefixLength)});
       }
     }
     bool hasReports = contents.hasMasters && !contents.files.empty();
@@ -173,7 +169,7 @@ class Finder {
           stems.begin(), stems.end(),
           [&path](const std::string& stem) { return path.compare(0, stem.size(), stem) == 0; });
       if (mayShareMasters && entry.is_regular_file(unreadable) &&
-          !std::binary_search(reports.begin(), reports.end(), path, comesBefore)) {
+          !std::binary_search(reports.begin(), reports.end(), path)) {
         m_found.neighbours.push_back(path);
       }
     }
@@ -183,6 +179,7 @@ class Finder {
     FolderId folder;
     std::string name;
     std::string path;
+    std::string pathInLocation;
   };
 
   void removeRepeated() {
@@ -195,6 +192,7 @@ class Finder {
     m_reports.erase(end, m_reports.end());
   }
 
+  std::size_t m_prefixLength = 0;  ///< of the paths of reports in the current location
   std::set<FolderId> m_searched;
   std::vector<Report> m_reports;
   /// Stems of the reports that were named by their file, by folder (as given, with its slash).
@@ -203,12 +201,6 @@ class Finder {
 };
 
 }  // namespace
-
-std::string_view stemOf(std::string_view report) {
-  const std::size_t dot = report.rfind('.');
-  const bool hasExtension = dot != std::string_view::npos && dot > report.rfind('/') + 1;
-  return report.substr(0, hasExtension ? dot : report.size());
-}
 
 FoundReports findReports(const std::vector<std::string>& locations) {
   Finder finder;

@@ -1,17 +1,14 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <vector>
-
-/// A report's path without its extension. Reports with the same stem share their masters.
-std::string_view stemOf(std::string_view report);
 
 /// The reports to verify.
 struct FoundReports {
-  /// Paths, sorted and without duplicates. A name comes before its own prefixes (Revenue_2 before
-  /// Revenue), so that a master which both reports find is first found by the one it counts for.
+  /// Paths, sorted and without duplicates.
   std::vector<std::string> reports;
+  /// The same reports, as paths relative to the location at which each was first found.
+  std::vector<std::string> pathsInLocation;
   /// Reports that were not asked for, but may own masters of a report that was named by its file:
   /// they are in its folder and their names start with its name.
   std::vector<std::string> neighbours;

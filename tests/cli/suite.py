@@ -85,9 +85,9 @@ class SuiteTest(unittest.TestCase):
     def program(self, *arguments, **options):
         return self.finished(self.popen(*arguments, **options))
 
-    def run_program(self, *arguments, **environment):
+    def run_program(self, *arguments, preexec_fn=None, **environment):
         clean = {k: v for k, v in os.environ.items() if k != "NO_COLOR"}
-        return self.program(*arguments, env={**clean, **environment})
+        return self.program(*arguments, env={**clean, **environment}, preexec_fn=preexec_fn)
 
     def run_as_nobody(self, *arguments):
         """Runs the program as a user who may not read everything, as root may."""

@@ -1,0 +1,41 @@
+#include "cli/commands/RecordSummary.h"
+
+#include <iostream>
+#include <string_view>
+
+#include "cli/record/Verdict.h"
+#include "cli/report/ClosingSummary.h"
+#include "cli/terminal/Printable.h"
+
+namespace {
+
+std::uint64_t countOf(const RunRecord& run, Verdict verdict) {
+  const auto found = run.totals.find(std::string(wordFor(verdict)));
+  return found != run.totals.end() ? found->second : 0;
+}
+
+}  // namespace
+
+void printRecordSummary(const RunRecord& run, const Palette& palette) {
+  for (const std::string& report : run.unverified) {
+    std::cout << "not verified  " << printable(report) << '\n';
+  }
+  for (const std::string& note : run.notes) {
+    std::cout << printable(note) << '\n';
+  }
+  if (!run.complete) {
+    std::cout << palette.paint(Color::Yellow, "Interrupted.") << ' ';
+  } else if (countOf(run, Verdict::Passed) != run.pairs || run.status != 0) {
+    std::cout << palette.paint(Color::Red, "Not all passed.") << ' ';
+  } else {
+    std::cout << palette.paint(Color::Green, "All passed.") << ' ';
+  }
+  std::cout << "Run of " << printable(run.start) << " on " << printable(run.host) << ": "
+            << counted(run.reports, "report") << ", " << counted(run.pairs, "pair");
+  const char* separator = ": ";
+  for (const auto& [word, count] : run.totals) {
+    std::cout << separator << count << ' ' << printable(word);
+    separator = ", ";
+  }
+  std::cout << '\n';
+}

@@ -1,0 +1,64 @@
+#include "cli/commands/RunHeader.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "cli/suite/Shard.h"
+
+namespace {
+
+/// The words of a command line without those that shards of one suite, or two runs that find the
+/// same, do not share: where the program and the record lie, which shard it was, on how many cores.
+std::vector<std::string> commonWords(const std::vector<std::string>& words) {
+  static constexpr std::array<std::string_view, 4> kOwn = {"--record", "--shard", "-j", "--jobs"};
+  std::vector<std::string> common = {"orvdiff"};
+  for (std::size_t i = 1; i < words.size(); ++i) {
+    const std::string_view word = words[i];
+    const std::string_view name = word.substr(0, word.find('='));
+    if (std::find(kOwn.begin(), kOwn.end(), name) != kOwn.end()) {
+      i += name == word ? 1 : 0;  // its value is the next word
+    } else if (word.substr(0, 2) != "-j") {
+      common.emplace_back(word);
+    }
+  }
+  return common;
+}
+
+}  // namespace
+
+std::string timeStamp() {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts = {};
+  gmtime_r(&now, &parts);
+  std::array<char, 32> text = {};
+  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
+  return text.data();
+}
+
+RunRecord startedRun(const VerifyOptions& options, const RunPlan& plan) {
+  RunRecord run;
+  run.program = ORVDIFF_VERSION;
+  run.commandLine = commonWords(options.words);
+  std::error_code unknown;
+  run.workingFolder = std::filesystem::current_path(unknown).string();
+  std::array<char, 256> host = {};
+  if (gethostname(host.data(), host.size() - 1) == 0) {
+    run.host = host.data();
+  }
+  run.start = timeStamp();
+  if (!options.shard.empty()) {
+    const Shard shard = parseShard(options.shard);
+    run.shards = {{shard.index}, shard.count};
+  }
+  run.suite = suiteHash(plan.found, options.formats);
+  run.reports = plan.reports.size();
+  run.mayBeEmpty = options.allowNone;
+  return run;
+}

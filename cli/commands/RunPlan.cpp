@@ -1,0 +1,97 @@
+#include "cli/commands/RunPlan.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+#include "cli/record/ContentHash.h"
+#include "cli/record/RecordReader.h"
+#include "cli/report/ClosingSummary.h"
+#include "cli/suite/PairOwners.h"
+#include "cli/suite/Shard.h"
+#include "cli/system/CommandError.h"
+#include "cli/workers/PairVerifier.h"
+
+namespace {
+
+/// Paths in a record are relative to the folder that its run worked in.
+void requireSameFolder(const RecordReader& record) {
+  const std::string& its = record.run().workingFolder;
+  std::error_code unknown;
+  if (!std::filesystem::equivalent(its, ".", unknown)) {
+    throw CommandError("the run of " + record.folder() + " worked in the folder " + its +
+                       "; name it with -C");
+  }
+}
+
+/// Takes up what did not pass in a record.
+RunPlan planFailed(const VerifyOptions& options) {
+  RecordReader record(options.failedRecord);
+  requireSameFolder(record);
+  RunPlan plan;
+  plan.onlyPairs.emplace();
+  std::size_t pairs = 0;
+  while (const auto pair = record.next()) {
+    ++pairs;
+    if (pair->verdict != Verdict::Passed) {
+      plan.onlyPairs->insert(pairKey(pair->report, pair->format, pair->master));
+      plan.reports.push_back(pair->report);
+    }
+  }
+  std::sort(plan.reports.begin(), plan.reports.end());
+  plan.reports.erase(std::unique(plan.reports.begin(), plan.reports.end()), plan.reports.end());
+  plan.found.reports = plan.found.pathsInLocation = plan.reports;
+  plan.announcement = std::to_string(plan.onlyPairs->size()) + " of " + counted(pairs, "pair") +
+                      ", those that did not pass in the run of " + record.run().start;
+  return plan;
+}
+
+void keepShard(RunPlan& plan, const Shard& shard) {
+  plan.reports.clear();
+  for (std::size_t i = 0; i < plan.found.reports.size(); ++i) {
+    if (isInShard(shard, stemOf(plan.found.pathsInLocation[i]))) {
+      plan.reports.push_back(plan.found.reports[i]);
+    }
+  }
+}
+
+}  // namespace
+
+RunPlan planRun(const VerifyOptions& options) {
+  if (!options.failedRecord.empty()) {
+    if (!options.locations.empty() || !options.shard.empty()) {
+      throw CommandError(
+          "--failed takes its reports from the record; give it no location and no --shard");
+    }
+    return planFailed(options);
+  }
+  if (options.locations.empty()) {
+    throw CommandError("verify needs a location: a report's own file, or a folder of reports");
+  }
+  RunPlan plan;
+  plan.found = findReports(options.locations);
+  plan.reports = plan.found.reports;
+  if (!options.shard.empty()) {
+    keepShard(plan, parseShard(options.shard));
+    plan.announcement = "Shard " + options.shard + ": " + std::to_string(plan.reports.size()) +
+                        " of " + counted(plan.found.reports.size(), "report");
+  }
+  return plan;
+}
+
+std::string suiteHash(const FoundReports& found, const FormatOptions& formats) {
+  constexpr char kSeparator = '\n';
+  std::string text;
+  for (const std::vector<std::string>* const list : {&found.pathsInLocation, &formats.names}) {
+    for (const std::string& entry : *list) {
+      text += entry + kSeparator;
+    }
+    text += kSeparator;
+  }
+  for (const auto& [name, places] : formats.places) {
+    text += name + kSeparator + places.outputDirectory + kSeparator + places.masterSubFolder +
+            kSeparator + places.fileNameSuffix + kSeparator;
+  }
+  return contentHash(text + formats.subFolder + kSeparator + formats.folderSuffix + kSeparator +
+                     formats.layoutData.namespaceUri);
+}

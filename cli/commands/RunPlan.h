@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "cli/commands/CommandLine.h"
+#include "cli/suite/ReportFinder.h"
+
+/// What a run is to verify: everything at its locations, one share of that, or what did not pass
+/// in an earlier run.
+struct RunPlan {
+  FoundReports found;                ///< at the locations
+  std::vector<std::string> reports;  ///< those of `found` to verify, sorted
+  /// Keys (`pairKey`) of the pairs to compare; none: all.
+  std::optional<std::unordered_set<std::string>> onlyPairs;
+  std::string announcement;  ///< what a person should know about the selection; may be empty
+};
+
+/// Finds the reports. Raises `CommandError` for locations, shares and records that cannot be used.
+RunPlan planRun(const VerifyOptions& options);
+
+/// Tells the suite that a run belongs to: shards of one suite, run with the same options, agree.
+std::string suiteHash(const FoundReports& found, const FormatOptions& formats);

@@ -1,0 +1,77 @@
+#include <iostream>
+#include <map>
+#include <string>
+
+#include "cli/commands/Commands.h"
+#include "cli/commands/RecordSummary.h"
+#include "cli/record/RecordReader.h"
+#include "cli/report/ClosingSummary.h"
+#include "cli/report/ResultPrinter.h"
+#include "cli/terminal/Printable.h"
+#include "cli/workers/PairVerifier.h"
+
+namespace {
+
+/// Whether each pair of an earlier run passed.
+std::map<std::string, bool> readPasses(const std::string& folder) {
+  RecordReader record(folder);
+  std::map<std::string, bool> passes;
+  while (const auto pair = record.next()) {
+    passes[pairKey(pair->report, pair->format, pair->master)] = pair->verdict == Verdict::Passed;
+  }
+  return passes;
+}
+
+ExitStatus showOne(const ShowOptions& options, const Palette& palette) {
+  RecordReader record(options.records.front());
+  const ResultPrinter printer(options.verbosity, palette);
+  std::uint64_t pairs = 0;
+  while (const auto pair = record.next()) {
+    printer.print(*pair);
+    ++pairs;
+  }
+  RunRecord run = record.run();
+  run.pairs = pairs;  // of a run that was cut off, run.json does not know it
+  printRecordSummary(run, palette);
+  return kExitPassed;
+}
+
+/// The pairs that passed before and do not now come out in full, under a heading each the others.
+ExitStatus showChanges(const ShowOptions& options, const Palette& palette) {
+  std::map<std::string, bool> before = readPasses(options.records.front());
+  RecordReader record(options.records.back());
+  const ResultPrinter printer(options.verbosity, palette);
+  std::size_t newlyFailing = 0;
+  std::size_t stillFailing = 0;
+  std::size_t newlyPassing = 0;
+  while (const auto pair = record.next()) {
+    const bool passes = pair->verdict == Verdict::Passed;
+    const auto former = before.find(pairKey(pair->report, pair->format, pair->master));
+    const bool passedBefore = former == before.end() || former->second;
+    newlyFailing += passedBefore && !passes ? 1 : 0;
+    stillFailing += !passedBefore && !passes ? 1 : 0;
+    newlyPassing += !passedBefore && passes ? 1 : 0;
+    if (passedBefore && !passes) {
+      printer.print(*pair);
+    } else if (options.verbosity == Verbosity::Verbose && passes != passedBefore) {
+      std::cout << "passes now  " << printable(pair->master) << '\n';
+    }
+    if (former != before.end()) {
+      before.erase(former);
+    }
+  }
+  std::cout << newlyFailing << " newly failing, " << stillFailing << " still failing, "
+            << newlyPassing << " newly passing";
+  if (!before.empty()) {
+    std::cout << ", " << counted(before.size(), "pair") << " of the earlier run not in the later";
+  }
+  std::cout << '\n';
+  return newlyFailing > 0 ? kExitNotPassed : kExitPassed;
+}
+
+}  // namespace
+
+ExitStatus run(const ShowOptions& options) {
+  const Palette palette(options.color);
+  return options.records.size() == 1 ? showOne(options, palette) : showChanges(options, palette);
+}

@@ -1,0 +1,189 @@
+#include "cli/commands/SuiteRun.h"
+
+#include <sys/wait.h>
+
+#include <cstring>
+#include <exception>
+#include <iostream>
+#include <sstream>
+
+#include "cli/suite/PairOwners.h"
+#include "cli/system/Interrupt.h"
+#include "cli/terminal/ErrorCause.h"
+#include "cli/terminal/Printable.h"
+#include "orvdiff/registry/OrvDiffResult.h"
+
+namespace {
+
+/// Sends what was printed on its way, so that results show as they come. Unlike
+/// `std::cout.flush()`, leaves the progress line alone when nothing was printed.
+void sendPrinted() {
+  if (std::cout.rdbuf()->pubsync() != 0) {
+    std::cout.setstate(std::ios::badbit);
+  }
+}
+
+/// What became of a worker, such as "signal 11 (Segmentation fault)".
+std::string describeEnd(int waitStatus) {
+  if (WIFSIGNALED(waitStatus)) {
+    const int signal = WTERMSIG(waitStatus);
+    return "signal " + std::to_string(signal) + " (" + strsignal(signal) + ')';
+  }
+  return "the process ended with status " + std::to_string(WEXITSTATUS(waitStatus));
+}
+
+std::string notCompared(std::size_t pairs, const std::string& why) {
+  return counted(pairs, "pair") + why;
+}
+
+}  // namespace
+
+SuiteRun::SuiteRun(const std::vector<std::string>& reports, PairVerifier& verifier,
+                   const ResultPrinter& printer, const RunLogs& logs)
+    : m_reports(reports), m_verifier(verifier), m_printer(printer), m_logs(logs) {
+  m_totals.reports = reports.size();
+}
+
+void SuiteRun::verify(const PoolLimits& limits, bool showProgress) {
+  const auto start = std::chrono::steady_clock::now();
+  const InterruptWatch watch;
+  Progress progress(showProgress);
+  m_progress = &progress;
+  m_secondsPerPair = limits.secondsPerStep;
+  sendPrinted();
+  WorkerPool pool(*this, static_cast<std::uint32_t>(m_reports.size()), limits);
+  m_totals.interrupted = !pool.run(InterruptWatch::isStopWanted) || isReaderGone();
+  m_testCase.reset();
+  for (const auto& [why, pairs] : m_allNotRun) {
+    m_totals.uncompared.push_back(notCompared(pairs, why));
+  }
+  m_totals.time = std::chrono::steady_clock::now() - start;
+  m_progress = nullptr;
+}
+
+void SuiteRun::perform(std::uint32_t task, std::uint64_t firstStep, WorkerLink& link) {
+  m_verifier.verify(task, firstStep, link);
+}
+
+std::uint64_t SuiteRun::stepAfter(std::uint64_t step) const {
+  return PairVerifier::stepAfter(step);
+}
+
+bool SuiteRun::isRepeatable(std::uint64_t step) const {
+  return PairVerifier::isListing(step);
+}
+
+void SuiteRun::received(std::uint32_t task, std::string_view message) {
+  deliver(task, unpackPair(message));
+}
+
+void SuiteRun::lost(std::uint32_t task, std::string_view description, const WorkerLoss& loss) {
+  PairResult pair = PairVerifier::describeLost(description);
+  pair.record.report = m_reports[task];
+  pair.record.verdict = loss.timedOut ? Verdict::TimedOut : Verdict::Crashed;
+  if (loss.timedOut) {
+    std::ostringstream words;
+    words << "took longer than " << m_secondsPerPair << " s (--timeout)";
+    pair.record.message = words.str();
+  } else {
+    pair.record.message =
+        "the process that compared the pair died: " + describeEnd(loss.waitStatus);
+  }
+  deliver(task, pair);
+}
+
+void SuiteRun::deliver(std::uint32_t task, const PairResult& pair) {
+  openTestCase(task);
+  m_hasPairs = true;
+  m_isVerified = m_isVerified || pair.countsForReport;
+  m_totals.pairs.add(pair.record);
+  if (pair.record.verdict == Verdict::NotRun) {
+    ++m_notRun[" of format " + pair.record.format + " not compared: " + pair.record.message];
+  }
+  m_printer.print(pair.record);
+  tellLogs(pair);
+}
+
+/// One log that cannot take a result does not keep it from the others, and is told no more.
+void SuiteRun::guard(bool& isBroken, const char* log, const std::function<void()>& tell) {
+  if (isBroken) {
+    return;
+  }
+  try {
+    tell();
+  } catch (const std::exception& error) {
+    isBroken = true;
+    m_totals.incomplete.push_back(std::string("the ") + log +
+                                  " misses results: " + causeOf(error, Verbosity::Normal));
+  }
+}
+
+void SuiteRun::tellLogs(const PairResult& pair) {
+  if (m_logs.record != nullptr) {
+    guard(m_isRecordBroken, "record", [&] { m_logs.record->add(pair.record); });
+  }
+  if (m_logs.summary == nullptr && m_logs.saver == nullptr && m_logs.harness == nullptr) {
+    return;
+  }
+  const std::unique_ptr<const OrvDiffResult> result = rebuildResult(pair);
+  if (result == nullptr) {
+    tellHarness(pair);
+    return;
+  }
+  if (m_logs.summary != nullptr) {
+    guard(m_isSummaryBroken, "summary", [&] {
+      StrictPasses adapter(m_logs.summary->listener());
+      result->notifyListener(adapter);
+    });
+  }
+  if (m_logs.saver != nullptr) {
+    result->notifyListener(*m_logs.saver);
+  }
+  if (m_logs.harness != nullptr) {
+    guard(m_isHarnessBroken, "harness log", [&] {
+      HarnessResults adapter(m_logs.harness->listener());
+      result->notifyListener(adapter);
+    });
+  }
+}
+
+/// Of a pair without a result: that one was not run is said once for the report.
+void SuiteRun::tellHarness(const PairResult& pair) {
+  if (m_testCase != nullptr && pair.record.verdict != Verdict::NotRun) {
+    const std::string place = pair.record.master.empty()
+                                  ? std::string()
+                                  : pair.record.master + " -> " + pair.record.output + ": ";
+    guard(m_isHarnessBroken, "harness log", [&] { m_testCase->fail(place + pair.record.message); });
+  }
+}
+
+void SuiteRun::openTestCase(std::uint32_t task) {
+  if (m_logs.harness != nullptr && m_testCase == nullptr) {
+    m_testCase = std::make_unique<HarnessLog::TestCase>(m_logs.harness, m_reports[task]);
+  }
+}
+
+void SuiteRun::finished(std::uint32_t task) {
+  openTestCase(task);
+  for (const auto& [why, pairs] : m_notRun) {
+    m_allNotRun[why] += pairs;
+    if (m_testCase != nullptr) {
+      m_testCase->fail(notCompared(pairs, why));
+    }
+  }
+  if (!m_hasPairs && m_testCase != nullptr) {
+    m_testCase->note("Not verified: no selected format has a master.");
+  }
+  const std::string stem(stemOf(m_reports[task]));
+  if (m_isVerified) {
+    m_verifiedStems.insert(stem);
+  } else if (m_verifiedStems.count(stem) == 0) {  // else its masters are those of its namesake
+    m_totals.unverified.push_back(m_reports[task]);
+  }
+  m_testCase.reset();
+  m_notRun.clear();
+  m_hasPairs = m_isVerified = false;
+  ++m_totals.done;
+  sendPrinted();
+  m_progress->show(m_totals.done, m_reports.size(), m_reports[task]);
+}

@@ -1,0 +1,132 @@
+#include "cli/record/PairJson.h"
+
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "cli/record/JsonText.h"
+
+using nlohmann::ordered_json;
+
+namespace {
+
+ordered_json factsJson(const FileFacts& facts) {
+  ordered_json json = ordered_json::object();
+  if (facts.size) {
+    json["size"] = *facts.size;
+  }
+  if (!facts.hash.empty()) {
+    json["hash"] = facts.hash;
+  }
+  if (!facts.normalizedHash.empty()) {
+    json["normalizedHash"] = facts.normalizedHash;
+  }
+  if (!facts.evidence.empty()) {
+    json["evidence"] = facts.evidence;
+  }
+  return json;
+}
+
+FileFacts factsFrom(const ordered_json& json) {
+  FileFacts facts;
+  if (json.contains("size")) {
+    facts.size = json.at("size").get<std::uint64_t>();
+  }
+  facts.hash = json.value("hash", "");
+  facts.normalizedHash = json.value("normalizedHash", "");
+  facts.evidence = json.value("evidence", "");
+  return facts;
+}
+
+ordered_json excerptJson(const Excerpt& excerpt) {
+  return {{"before", excerpt.before},
+          {"first", excerpt.first},
+          {"rest", excerpt.rest},
+          {"columns", excerpt.columns}};
+}
+
+Excerpt excerptFrom(const ordered_json& json) {
+  return {json.at("before").get<std::string>(), json.at("columns").get<std::size_t>(),
+          json.at("first").get<std::string>(), json.at("rest").get<std::string>()};
+}
+
+std::string textFrom(const ordered_json& json, const char* member) {
+  return json.contains(member) ? textFromJson(json.at(member)) : std::string();
+}
+
+Verdict verdictFrom(const ordered_json& json) {
+  const std::string word = json.at("verdict").get<std::string>();
+  const auto verdict = verdictFor(word);
+  if (!verdict) {
+    throw std::runtime_error("\"" + word + "\" is not a verdict");
+  }
+  return *verdict;
+}
+
+}  // namespace
+
+std::string toJsonLine(const PairRecord& record) {
+  ordered_json json;
+  json["report"] = textToJson(record.report);
+  json["format"] = record.format;
+  json["subFolder"] = textToJson(record.subFolder);
+  json["master"] = textToJson(record.master);
+  json["output"] = textToJson(record.output);
+  json["masterPath"] = textToJson(record.masterPath);
+  json["outputPath"] = textToJson(record.outputPath);
+  json["verdict"] = wordFor(record.verdict);
+  if (!record.message.empty()) {
+    json["message"] = textToJson(record.message);
+  }
+  if (record.at) {
+    json["at"] = {
+        {"byte", record.at->byte}, {"line", record.at->line}, {"column", record.at->column}};
+  }
+  if (record.masterExcerpt && record.outputExcerpt) {
+    json["masterExcerpt"] = excerptJson(*record.masterExcerpt);
+    json["outputExcerpt"] = excerptJson(*record.outputExcerpt);
+  }
+  json["seconds"] = record.seconds;
+  json["cpuSeconds"] = record.cpuSeconds;
+  json["masterFile"] = factsJson(record.masterFile);
+  json["outputFile"] = factsJson(record.outputFile);
+  if (!record.rules.empty()) {
+    json["rules"] = record.rules;
+  }
+  if (!record.printed.empty()) {
+    json["printed"] = textToJson(record.printed);
+  }
+  return json.dump();
+}
+
+PairRecord pairFromJsonLine(std::string_view line) {
+  const ordered_json json = ordered_json::parse(line);
+  PairRecord record;
+  record.report = textFromJson(json.at("report"));
+  record.format = json.at("format").get<std::string>();
+  record.subFolder = textFrom(json, "subFolder");
+  record.master = textFromJson(json.at("master"));
+  record.output = textFromJson(json.at("output"));
+  record.masterPath = textFrom(json, "masterPath");
+  record.outputPath = textFrom(json, "outputPath");
+  record.verdict = verdictFrom(json);
+  record.message = textFrom(json, "message");
+  if (json.contains("at")) {
+    const ordered_json& at = json.at("at");
+    record.at =
+        DifferencePlace{at.at("byte").get<std::uint64_t>(), at.at("line").get<std::uint64_t>(),
+                        at.at("column").get<std::uint64_t>()};
+  }
+  if (json.contains("masterExcerpt")) {
+    record.masterExcerpt = excerptFrom(json.at("masterExcerpt"));
+    record.outputExcerpt = excerptFrom(json.at("outputExcerpt"));
+  }
+  record.seconds = json.value("seconds", 0.0);
+  record.cpuSeconds = json.value("cpuSeconds", 0.0);
+  record.masterFile = factsFrom(json.at("masterFile"));
+  record.outputFile = factsFrom(json.at("outputFile"));
+  if (json.contains("rules")) {
+    record.rules = json.at("rules").get<std::vector<std::string>>();
+  }
+  record.printed = textFrom(json, "printed");
+  return record;
+}

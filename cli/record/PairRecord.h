@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/record/Verdict.h"
+#include "cli/terminal/Excerpt.h"
+
+/// What a record says of one of the two files of a pair.
+struct FileFacts {
+  std::optional<std::uint64_t> size;  ///< in bytes; none when the file could not be read
+  std::string hash;                   ///< of its bytes; empty when not taken
+  std::string normalizedHash;         ///< of the text that was compared; empty when there was none
+  std::string evidence;  ///< "kept", or why its bytes are not; empty for a pair that passed
+};
+
+/// Where in the normalised texts a difference starts.
+struct DifferencePlace {
+  std::uint64_t byte = 0;    ///< from 0
+  std::uint64_t line = 0;    ///< from 1
+  std::uint64_t column = 0;  ///< from 1, in characters
+};
+
+/// What a run found out about one pair: the unit that workers send, records keep and reports show.
+/// Paths are bytes as the file system knows them, not necessarily UTF-8.
+struct PairRecord {
+  std::string report;  ///< the report that the pair belongs to, as the run was given it
+  std::string format;
+  std::string subFolder;
+  std::string master;  ///< as the engine found it, relative to the run's working folder
+  std::string output;
+  std::string masterPath;  ///< absolute, without links; empty when the file is not there
+  std::string outputPath;
+  Verdict verdict = Verdict::NotRun;
+  std::string message;  ///< what a person should know: why the pair did not pass, as a rule
+  std::optional<DifferencePlace> at;
+  std::optional<Excerpt> masterExcerpt;  ///< the texts around the difference; both or none
+  std::optional<Excerpt> outputExcerpt;
+  double seconds = 0;
+  double cpuSeconds = 0;  ///< of the comparison and everything it started
+  FileFacts masterFile;
+  FileFacts outputFile;
+  std::vector<std::string> rules;  ///< normalisations that changed a text of this pair
+  std::string printed;             ///< by engines and scripts, as they printed it
+};

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "cli/record/PairRecord.h"
+#include "orvdiff/platform/OrvOutputFormat.h"
+
+class OrvDiffResult;
+
+/// What a worker sends of a pair: its record, and what the library's listeners need besides.
+struct PairResult {
+  /// The class of the library's result; `None` where there is no result.
+  enum class Kind : std::uint8_t {
+    None,
+    Pass,
+    PassUpToNul,
+    Fail,
+    FailDiff,
+    FailDiffNormalized,
+    FailFileMissing
+  };
+
+  PairRecord record;
+  bool countsForReport = true;  ///< false: the pair belongs to a report that is not verified
+  Kind kind = Kind::None;
+  std::string resultMaster;  ///< the names in the result, which for XML may both be the output's
+  std::string resultOutput;
+  std::string namedFile;  ///< the missing file, or the one that was not compared to its end
+  std::optional<std::string> normalizedMaster;
+  std::optional<std::string> normalizedOutput;
+};
+
+/// A library's result as a pair's: verdict, message and place for people, and all that
+/// `rebuildResult` needs. Names files as the result does; the rest of the record is the caller's to
+/// fill in. A pass of a format that may have had nothing to compare says so.
+PairResult describeResult(const OrvDiffResult& result, std::optional<OrvOutputFormat> format);
+
+/// The library's result again; null where there was none.
+std::unique_ptr<const OrvDiffResult> rebuildResult(const PairResult& pair);
+
+/// As bytes, for another process of the same run.
+std::string packPair(const PairResult& pair);
+PairResult unpackPair(std::string_view bytes);

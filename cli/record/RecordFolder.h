@@ -1,0 +1,7 @@
+#pragma once
+
+// The names of what a record's folder holds.
+inline constexpr const char* kRunFile = "run.json";
+inline constexpr const char* kPairsFile = "pairs.jsonl";
+inline constexpr const char* kEvidenceFolder = "evidence";
+inline constexpr const char* kLockFile = ".lock";

@@ -1,0 +1,152 @@
+#include "cli/record/RecordWriter.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <utility>
+
+#include "cli/record/ContentHash.h"
+#include "cli/record/PairJson.h"
+#include "cli/record/RecordFolder.h"
+#include "cli/system/CommandError.h"
+#include "orvdiff/platform/OrvWholeFile.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kKept = "kept";
+
+/// The bytes of a regular file; nothing when they cannot all be read.
+std::optional<std::string> readBytes(const std::string& path) {
+  std::error_code unknown;
+  if (!fs::is_regular_file(path, unknown)) {
+    return std::nullopt;
+  }
+  std::ifstream file(path, std::ios::binary);
+  std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  return file.bad() || !file.is_open() ? std::nullopt : std::optional(std::move(bytes));
+}
+
+[[noreturn]] void raise(const std::string& folder, const std::string& reason) {
+  throw CommandError("the record " + folder + " cannot be written: " + reason);
+}
+
+int lockFolder(const std::string& folder) {
+  const std::string path = folder + '/' + kLockFile;
+  const int lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+  if (lock < 0) {
+    raise(folder, std::generic_category().message(errno));
+  }
+  if (flock(lock, LOCK_EX | LOCK_NB) != 0) {
+    close(lock);
+    raise(folder, "another run is writing there");
+  }
+  return lock;
+}
+
+/// Raises `CommandError` unless the folder holds nothing but the lock.
+void requireEmpty(const std::string& folder) {
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+    if (entry.path().filename() != kLockFile) {
+      raise(folder, "the folder is not empty; name a new one, or remove it first");
+    }
+  }
+}
+
+}  // namespace
+
+RecordWriter::RecordWriter(std::string folder, const RunRecord& run, const EvidenceLimits& limits)
+    : m_folder(std::move(folder)), m_limits(limits) {
+  std::error_code error;
+  fs::create_directories(m_folder, error);
+  if (error) {
+    raise(m_folder, error.message());
+  }
+  m_lock = lockFolder(m_folder);
+  try {
+    requireEmpty(m_folder);
+    writeRun(run);
+    fs::create_directory(m_folder + '/' + kEvidenceFolder);
+    m_pairs.open(m_folder + '/' + kPairsFile, std::ios::binary);
+    if (!m_pairs) {
+      raise(m_folder, std::generic_category().message(errno));
+    }
+  } catch (...) {
+    unlock();
+    throw;
+  }
+}
+
+RecordWriter::~RecordWriter() {
+  unlock();
+}
+
+void RecordWriter::unlock() {
+  std::error_code ignored;
+  fs::remove(m_folder + '/' + kLockFile, ignored);  // while it is still held
+  close(m_lock);
+}
+
+void RecordWriter::add(PairRecord pair, const std::string& evidenceFolder) {
+  if (pair.verdict != Verdict::Passed) {
+    pair.masterFile.evidence = keep(pair.master, pair.masterFile, evidenceFolder);
+    pair.outputFile.evidence = keep(pair.output, pair.outputFile, evidenceFolder);
+  }
+  m_pairs << toJsonLine(pair) << '\n';
+  m_pairs.flush();
+  ++m_pairCount;
+  ++m_totals[std::string(wordFor(pair.verdict))];
+}
+
+/// Keeps a file's bytes if they are what was compared; returns what the record says of that.
+std::string RecordWriter::keep(const std::string& file, const FileFacts& facts,
+                               const std::string& folder) {
+  if (facts.hash.empty() || !facts.size) {
+    return {};
+  }
+  if (m_kept.count(facts.hash) != 0) {
+    return kKept;
+  }
+  if (*facts.size > m_limits.perFile) {
+    return "left out: larger than " + std::to_string(m_limits.perFile) + " bytes";
+  }
+  if (m_evidenceSize + *facts.size > m_limits.total) {
+    return "left out: the record holds " + std::to_string(m_limits.total) + " bytes at most";
+  }
+  const std::optional<std::string> bytes =
+      readBytes(folder.empty() ? file : folder + '/' + facts.hash);
+  if (!bytes || contentHash(*bytes) != facts.hash) {
+    return "left out: changed since it was compared";
+  }
+  const std::string path = m_folder + '/' + kEvidenceFolder + '/' + facts.hash;
+  if (const std::error_code error = OrvWholeFile::replace(path, *bytes)) {
+    m_pairs.setstate(std::ios::failbit);
+    return "left out: " + error.message();
+  }
+  m_kept.insert(facts.hash);
+  m_evidenceSize += *facts.size;
+  return kKept;
+}
+
+void RecordWriter::finish(RunRecord run) {
+  run.pairs = m_pairCount;
+  run.totals = m_totals;
+  m_pairs.close();
+  if (!m_pairs) {
+    raise(m_folder, "it could not be written to its end; is the disk full?");
+  }
+  writeRun(run);
+}
+
+void RecordWriter::writeRun(const RunRecord& run) {
+  if (const std::error_code error = OrvWholeFile::replace(m_folder + '/' + kRunFile, toJson(run))) {
+    raise(m_folder, error.message());
+  }
+}

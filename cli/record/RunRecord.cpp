@@ -1,0 +1,80 @@
+#include "cli/record/RunRecord.h"
+
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "cli/record/JsonText.h"
+
+using nlohmann::ordered_json;
+
+namespace {
+
+constexpr int kVersion = 1;  ///< of the form of run.json and pairs.jsonl
+
+ordered_json textsToJson(const std::vector<std::string>& texts) {
+  ordered_json json = ordered_json::array();
+  for (const std::string& text : texts) {
+    json.push_back(textToJson(text));
+  }
+  return json;
+}
+
+std::vector<std::string> textsFromJson(const ordered_json& json) {
+  std::vector<std::string> texts;
+  for (const ordered_json& text : json) {
+    texts.push_back(textFromJson(text));
+  }
+  return texts;
+}
+
+}  // namespace
+
+std::string toJson(const RunRecord& run) {
+  ordered_json json;
+  json["version"] = kVersion;
+  json["program"] = run.program;
+  json["commandLine"] = textsToJson(run.commandLine);
+  json["workingFolder"] = textToJson(run.workingFolder);
+  json["host"] = run.host;
+  json["start"] = run.start;
+  json["end"] = run.end;
+  json["shards"] = {{"indices", run.shards.indices}, {"count", run.shards.count}};
+  json["suite"] = run.suite;
+  json["reports"] = run.reports;
+  json["pairs"] = run.pairs;
+  json["totals"] = run.totals;
+  json["unverified"] = textsToJson(run.unverified);
+  json["notes"] = textsToJson(run.notes);
+  json["mayBeEmpty"] = run.mayBeEmpty;
+  json["status"] = run.status;
+  json["complete"] = run.complete;
+  return json.dump(2) + '\n';
+}
+
+RunRecord runFromJson(const std::string& text) {
+  const ordered_json json = ordered_json::parse(text);
+  const int version = json.at("version").get<int>();
+  if (version != kVersion) {
+    throw std::runtime_error("the record is of version " + std::to_string(version) +
+                             "; this orvdiff reads version " + std::to_string(kVersion));
+  }
+  RunRecord run;
+  run.program = json.at("program").get<std::string>();
+  run.commandLine = textsFromJson(json.at("commandLine"));
+  run.workingFolder = textFromJson(json.at("workingFolder"));
+  run.host = json.at("host").get<std::string>();
+  run.start = json.at("start").get<std::string>();
+  run.end = json.at("end").get<std::string>();
+  run.shards.indices = json.at("shards").at("indices").get<std::vector<std::uint32_t>>();
+  run.shards.count = json.at("shards").at("count").get<std::uint32_t>();
+  run.suite = json.at("suite").get<std::string>();
+  run.reports = json.at("reports").get<std::uint64_t>();
+  run.pairs = json.at("pairs").get<std::uint64_t>();
+  run.totals = json.at("totals").get<std::map<std::string, std::uint64_t>>();
+  run.unverified = textsFromJson(json.at("unverified"));
+  run.notes = textsFromJson(json.at("notes"));
+  run.mayBeEmpty = json.at("mayBeEmpty").get<bool>();
+  run.status = json.at("status").get<int>();
+  run.complete = json.at("complete").get<bool>();
+  return run;
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Which shares of a suite a record covers: `indices` of `count`, from 1. A whole run is 1 of 1.
+struct Shards {
+  std::vector<std::uint32_t> indices = {1};
+  std::uint32_t count = 1;
+};
+
+/// What a record says of the run as a whole.
+struct RunRecord {
+  std::string program;                   ///< version of orvdiff
+  std::vector<std::string> commandLine;  ///< without what is this run's alone: shard, record, -j
+  std::string workingFolder;
+  std::string host;
+  std::string start;  ///< UTC, "2026-11-23T06:12:00Z"
+  std::string end;    ///< empty while the run goes on, or when it was cut off
+  Shards shards;
+  std::string suite;  ///< hash of what the run was to verify, the same for all shards of one suite
+  std::uint64_t reports = 0;                    ///< that this run was to verify
+  std::uint64_t pairs = 0;                      ///< records in pairs.jsonl
+  std::map<std::string, std::uint64_t> totals;  ///< pairs by verdict word
+  std::vector<std::string> unverified;  ///< reports without a master in any format that was run
+  std::vector<std::string> notes;       ///< what else kept the run from verifying everything
+  bool mayBeEmpty = false;              ///< having nothing to verify is no trouble
+  int status = 0;                       ///< that the run ended with
+  bool complete = false;                ///< false: interrupted, or still running
+};
+
+/// As the text of run.json.
+std::string toJson(const RunRecord& run);
+
+/// The record of that text. Raises `std::runtime_error`, saying what is wrong: also for a record
+/// that a newer orvdiff wrote in a form that this one does not know.
+RunRecord runFromJson(const std::string& text);

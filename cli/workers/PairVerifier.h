@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "cli/record/PairResult.h"
+#include "cli/suite/FormatSelection.h"
+#include "cli/suite/PairOwners.h"
+#include "cli/system/OutputCapture.h"
+#include "cli/terminal/Terminal.h"
+#include "cli/workers/WorkerPool.h"
+
+/// What tells a pair apart from all others of a run.
+std::string pairKey(const std::string& report, const std::string& format,
+                    const std::string& master);
+
+/// The work of a worker process: verifies a report, pair by pair, and sends a packed `PairResult`
+/// of each. What goes wrong with one pair does not keep the others from being compared.
+///
+/// The steps of a report are numbered by format and pair, so that another worker can go on where
+/// one has died.
+class PairVerifier {
+ public:
+  struct Settings {
+    std::string subFolder;
+    Verbosity verbosity = Verbosity::Normal;
+    bool keepFacts =
+        false;  ///< sizes, hashes, processor time and rules too, as a record wants them
+    /// Keys of the pairs to compare; null: all.
+    const std::unordered_set<std::string>* onlyPairs = nullptr;
+  };
+
+  /// All arguments but `settings` must outlive the verifier.
+  PairVerifier(const std::vector<std::string>& reports, const std::vector<SelectedFormat>& formats,
+               const PairOwners& owners, Settings settings);
+
+  /// Verifies the report `task`, from `firstStep` on. Catches all output of the process, so it is
+  /// for worker processes only.
+  void verify(std::uint32_t task, std::uint64_t firstStep, WorkerLink& link);
+
+  /// What is known of a pair whose worker died, from the description of the step.
+  static PairResult describeLost(std::string_view description);
+
+  /// The step after `step`, whose worker died. A format whose masters could not even be listed is
+  /// left.
+  static std::uint64_t stepAfter(std::uint64_t step);
+
+  /// Whether `step` lists masters rather than compares a pair.
+  static bool isListing(std::uint64_t step);
+
+ private:
+  struct Format {
+    const SelectedFormat* selected;
+    std::string problem;  ///< that keeps its script from running
+  };
+
+  void verifyFormat(std::uint32_t task, std::uint64_t format, std::uint64_t firstStep,
+                    WorkerLink& link);
+  bool isWanted(const PairRecord& pair) const;
+  PairResult start(std::uint32_t task, std::uint64_t format, const OrvFilePair& pair) const;
+  void compare(const Format& format, const OrvFilePair& pair, PairResult& result);
+  void addFacts(const OrvDiffFileEngine& engine, PairResult& result) const;
+
+  const std::vector<std::string>& m_reports;
+  std::vector<Format> m_formats;
+  const PairOwners& m_owners;
+  const Settings m_settings;
+  OutputCapture m_capture;
+  std::unique_ptr<OutputCapture::Session> m_catching;  ///< from the first pair on
+};

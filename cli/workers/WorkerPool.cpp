@@ -1,0 +1,488 @@
+#include "cli/workers/WorkerPool.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <deque>
+#include <exception>
+#include <list>
+#include <map>
+#include <optional>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "cli/workers/ProcessTree.h"
+#include "cli/workers/SharedBoard.h"
+
+// The parent never writes to a worker: what there is to do lies in the memory they share, and what
+// a worker found comes back through a pipe of its own, in frames. The parent holds back what comes
+// of a task until all tasks before it are finished.
+//
+// What is known of a worker that died is what the parent has read from its pipe to the end, and
+// the step on the board. A step whose message arrived is done, whatever the board says; any other
+// step on the board is lost.
+
+WorkerLink::~WorkerLink() = default;
+PoolWork::~PoolWork() = default;
+
+namespace {
+
+constexpr std::size_t kReadSize = 64 * 1024;
+constexpr std::size_t kHeldBackLimit = 256 * 1024 * 1024;  ///< bytes that wait for their turn
+constexpr int kPollMilliseconds = 100;  ///< between two looks at the clock and at `isStopWanted`
+constexpr int kMostTries = 3;           ///< workers in a row that a task may cost without progress
+
+enum class FrameKind : std::uint32_t { Message, TaskEnd };
+
+struct FrameHead {
+  FrameKind kind;
+  std::uint32_t task;
+  std::uint64_t step;
+  std::uint64_t length;
+};
+
+[[noreturn]] void raise(const char* what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+/// The worker's end. A parent that is gone is no matter for an exception: the worker just ends.
+class PipeLink : public WorkerLink {
+ public:
+  PipeLink(int pipe, SharedBoard& board, std::size_t slot)
+      : m_pipe(pipe), m_board(board), m_slot(slot) {}
+
+  void startTask(std::uint32_t task) { m_task = task; }
+  void endTask() { write(FrameKind::TaskEnd, {}); }
+
+  void begin(std::uint64_t step, std::string_view description) override {
+    m_step = step;
+    m_board.beginStep(m_slot, m_task, step, description);
+  }
+
+  void send(std::string_view message) override {
+    write(FrameKind::Message, message);
+    m_board.endStep(m_slot);
+  }
+
+  void end() override { m_board.endStep(m_slot); }
+
+ private:
+  void write(FrameKind kind, std::string_view message) {
+    const FrameHead head = {kind, m_task, m_step, message.size()};
+    m_frame.assign(reinterpret_cast<const char*>(&head), sizeof head);
+    m_frame += message;
+    std::size_t done = 0;
+    while (done < m_frame.size()) {
+      const ssize_t count = ::write(m_pipe, m_frame.data() + done, m_frame.size() - done);
+      if (count < 0 && errno != EINTR) {
+        _exit(EXIT_FAILURE);
+      }
+      done += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+  }
+
+  int m_pipe;
+  SharedBoard& m_board;
+  std::size_t m_slot;
+  std::uint32_t m_task = 0;
+  std::uint64_t m_step = 0;
+  std::string m_frame;
+};
+
+void endGroup(int /*signal*/) {
+  kill(0, SIGKILL);  // the worker and the scripts it has started
+}
+
+/// Makes a fresh fork a worker: a process group of its own, which ends when the parent does.
+void becomeWorker(pid_t parent, std::uint64_t memoryLimit) {
+  setpgid(0, 0);
+  struct sigaction action = {};
+  action.sa_handler = endGroup;
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGTERM, &action, nullptr);
+  action.sa_handler = SIG_DFL;
+  sigaction(SIGINT, &action, nullptr);
+  action.sa_handler = [](int /*signal*/) {};  // programs that are started do not inherit a handler
+  sigaction(SIGPIPE, &action, nullptr);
+  adoptOrphans();
+  prctl(PR_SET_PDEATHSIG, SIGTERM);
+  if (getppid() != parent) {
+    _exit(EXIT_FAILURE);  // it died before the line above
+  }
+  if (memoryLimit > 0) {
+    const rlimit limit = {memoryLimit, memoryLimit};
+    setrlimit(RLIMIT_AS, &limit);
+  }
+}
+
+/// What is to be delivered when the task's turn comes.
+struct Event {
+  std::optional<WorkerLoss> loss;  ///< none: `text` is a message
+  std::string text;
+};
+
+struct Worker {
+  std::uint32_t id;
+  std::size_t slot;
+  pid_t process;
+  int pipe;
+  std::string unread;  ///< the start of a frame that has not arrived whole
+  std::uint32_t task = 0;
+  std::uint64_t nextStep = 0;  ///< of `task`: the first that has not arrived
+  bool timedOut = false;
+};
+
+/// Where a fresh worker takes up what another one left.
+struct Resumption {
+  std::uint32_t task;
+  std::uint64_t step;
+};
+
+}  // namespace
+
+class WorkerPool::Impl {
+ public:
+  Impl(PoolWork& work, std::uint32_t taskCount, const PoolLimits& limits)
+      : m_work(work),
+        m_taskCount(taskCount),
+        m_limits(limits),
+        m_slotCount(std::max<std::size_t>(1, std::min<std::size_t>(limits.workers, taskCount))),
+        m_board(taskCount, m_slotCount),
+        m_isFinished(taskCount) {
+    for (std::size_t slot = m_slotCount; slot > 0; --slot) {
+      m_freeSlots.push_back(slot - 1);
+    }
+  }
+
+  ~Impl() {
+    for (const Worker& worker : m_workers) {
+      killProcessTree(worker.process);
+    }
+    for (const Worker& worker : m_workers) {
+      reap(worker);
+    }
+  }
+
+  Impl(const Impl&) = delete;
+  Impl& operator=(const Impl&) = delete;
+
+  bool run(const std::function<bool()>& isStopWanted) {
+    startWorkers();
+    while (m_delivered < m_taskCount) {
+      if (isStopWanted()) {
+        deliverTheRest();
+        return false;
+      }
+      if (m_workers.empty()) {
+        startAgain();
+      }
+      waitForWorkers();
+      killOverdue();
+    }
+    return true;
+  }
+
+ private:
+  void startWorkers() {
+    std::size_t left = m_taskCount - m_finishedCount;
+    while (left-- > 0 && !m_freeSlots.empty() && (m_workers.empty() || m_mayGrow)) {
+      start(std::nullopt);
+    }
+  }
+
+  /// When no worker is left but tasks are.
+  void startAgain() {
+    if (m_leftOver.empty()) {
+      m_board.rewind();  // a worker died between passing a task and taking it
+      startWorkers();
+      return;
+    }
+    const Resumption next = m_leftOver.front();
+    m_leftOver.pop_front();
+    start(next);
+  }
+
+  /// Starts a worker. Where the system refuses, those that there are do the work alone.
+  void start(const std::optional<Resumption>& resumption) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+      return refuse("a pipe for a worker process", resumption);
+    }
+    const std::uint32_t id = ++m_lastId;
+    const std::size_t slot = m_freeSlots.back();
+    m_board.endStep(slot);
+    if (resumption) {
+      m_board.assign(resumption->task, id);
+    }
+    const pid_t parent = getpid();
+    const pid_t process = fork();
+    if (process == 0) {
+      close(ends[0]);
+      for (const Worker& other : m_workers) {
+        close(other.pipe);
+      }
+      workInChild({id, slot, parent, ends[1], {}}, resumption);
+    }
+    const int error = errno;
+    close(ends[1]);
+    if (process < 0) {
+      close(ends[0]);
+      errno = error;
+      return refuse("a worker process", resumption);
+    }
+    setpgid(process, process);  // whichever of the two comes first
+    m_freeSlots.pop_back();
+    Worker worker = {id, slot, process, ends[0], {}};
+    if (resumption) {
+      worker.task = resumption->task;
+      worker.nextStep = resumption->step;
+    }
+    m_workers.push_back(std::move(worker));
+  }
+
+  void refuse(const char* what, const std::optional<Resumption>& resumption) {
+    if (m_workers.empty()) {
+      raise(what);
+    }
+    m_mayGrow = false;
+    if (resumption) {
+      m_leftOver.push_back(*resumption);  // its task stays that of a worker that never came to be
+    }
+  }
+
+  [[noreturn]] void workInChild(const Worker& self, const std::optional<Resumption>& resumption) {
+    int status = EXIT_FAILURE;
+    try {
+      becomeWorker(self.process, m_limits.memoryPerWorker);
+      PipeLink link(self.pipe, m_board, self.slot);
+      const auto perform = [&](std::uint32_t task, std::uint64_t step) {
+        link.startTask(task);
+        m_work.perform(task, step, link);
+        link.endTask();
+      };
+      if (resumption) {
+        perform(resumption->task, resumption->step);
+      }
+      while (const auto task = m_board.takeTask(self.id)) {
+        perform(*task, 0);
+      }
+      status = EXIT_SUCCESS;
+    } catch (...) {  // NOLINT(bugprone-empty-catch): the parent sees the status
+    }
+    killDescendants();
+    _exit(status);
+  }
+
+  void waitForWorkers() {
+    std::vector<pollfd> waiting;
+    std::vector<std::list<Worker>::iterator> readers;
+    const std::uint32_t neededOwner =
+        m_heldBack > kHeldBackLimit ? m_board.ownerOf(m_delivered) : SharedBoard::kNobody;
+    const bool isNeededAlive =
+        std::any_of(m_workers.begin(), m_workers.end(),
+                    [neededOwner](const Worker& worker) { return worker.id == neededOwner; });
+    for (auto worker = m_workers.begin(); worker != m_workers.end(); ++worker) {
+      if (!isNeededAlive || worker->id == neededOwner) {
+        waiting.push_back({worker->pipe, POLLIN, 0});
+        readers.push_back(worker);
+      }
+    }
+    if (poll(waiting.data(), waiting.size(), kPollMilliseconds) <= 0) {
+      return;
+    }
+    for (std::size_t i = 0; i < waiting.size(); ++i) {
+      if (waiting[i].revents != 0 && !readFrom(*readers[i])) {
+        bury(readers[i]);
+      }
+    }
+  }
+
+  /// Reads what has arrived, once. False at the end of the pipe: the worker is gone.
+  bool readFrom(Worker& worker) {
+    char block[kReadSize];
+    const ssize_t count = read(worker.pipe, block, sizeof block);
+    if (count <= 0) {
+      return count < 0 && errno == EINTR;
+    }
+    worker.unread.append(block, static_cast<std::size_t>(count));
+    std::string_view rest = worker.unread;
+    FrameHead head = {};
+    while (rest.size() >= sizeof head) {
+      std::memcpy(&head, rest.data(), sizeof head);
+      if (rest.size() - sizeof head < head.length) {
+        break;
+      }
+      take(worker, head, rest.substr(sizeof head, head.length));
+      rest.remove_prefix(sizeof head + head.length);
+    }
+    worker.unread.erase(0, worker.unread.size() - rest.size());
+    return true;
+  }
+
+  void take(Worker& worker, const FrameHead& head, std::string_view message) {
+    worker.task = head.task;
+    m_tries.erase(head.task);
+    if (head.kind == FrameKind::TaskEnd) {
+      finish(head.task);
+      worker.nextStep = 0;
+      return;
+    }
+    worker.nextStep = head.step + 1;
+    add(head.task, {std::nullopt, std::string(message)});
+  }
+
+  /// Takes note of a worker's end, and has a fresh one go on with what it left.
+  void bury(std::list<Worker>::iterator position) {
+    const Worker worker = std::move(*position);
+    m_workers.erase(position);
+    const int status = reap(worker);
+    m_freeSlots.push_back(worker.slot);
+    if (const auto left = remainderOf(worker, status)) {
+      start(left);
+    }
+  }
+
+  /// What a dead worker leaves to another. Reports the step that was lost, if one was.
+  std::optional<Resumption> remainderOf(const Worker& worker, int status) {
+    const std::optional<std::uint32_t> task = taskOf(worker);
+    if (!task) {
+      return std::nullopt;
+    }
+    const std::uint64_t next = *task == worker.task ? worker.nextStep : 0;
+    const auto step = m_board.currentStep(worker.slot);
+    const bool wasAtStep = step && step->task == *task && step->number >= next;
+    const bool isOut = ++m_tries[*task] >= kMostTries;
+    if (wasAtStep && (worker.timedOut || isOut || !m_work.isRepeatable(step->number))) {
+      m_tries.erase(*task);
+      add(*task, {WorkerLoss{worker.timedOut, status}, std::string(step->description)});
+      return Resumption{*task, m_work.stepAfter(step->number)};
+    }
+    if (isOut) {  // it kills its workers before they are at a step
+      add(*task, {WorkerLoss{worker.timedOut, status}, {}});
+      finish(*task);
+      return std::nullopt;
+    }
+    return Resumption{*task, next};
+  }
+
+  /// The unfinished task that a worker owns. It takes one at a time, in rising order.
+  std::optional<std::uint32_t> taskOf(const Worker& worker) const {
+    for (std::uint32_t task = 0; task < m_taskCount; ++task) {
+      if (!m_isFinished[task] && m_board.ownerOf(task) == worker.id) {
+        return task;
+      }
+    }
+    return std::nullopt;
+  }
+
+  static int reap(const Worker& worker) {
+    close(worker.pipe);
+    int status = 0;
+    while (waitpid(worker.process, &status, 0) < 0 && errno == EINTR) {
+    }
+    kill(-worker.process, SIGKILL);  // what it had started and did not take along
+    return status;
+  }
+
+  void killOverdue() {
+    if (m_limits.secondsPerStep <= 0) {
+      return;
+    }
+    const auto limit = static_cast<std::int64_t>(m_limits.secondsPerStep * 1e9);
+    for (Worker& worker : m_workers) {
+      const auto step = m_board.currentStep(worker.slot);
+      if (step && !worker.timedOut && monotonicNow() - step->startedAt > limit) {
+        worker.timedOut = true;
+        killProcessTree(worker.process);
+      }
+    }
+  }
+
+  void add(std::uint32_t task, Event event) {
+    if (task == m_delivered) {
+      deliver(task, event);
+    } else {
+      m_heldBack += event.text.size();
+      m_events[task].push_back(std::move(event));
+    }
+  }
+
+  void finish(std::uint32_t task) {
+    if (m_isFinished[task]) {
+      return;
+    }
+    m_isFinished[task] = true;
+    ++m_finishedCount;
+    while (m_delivered < m_taskCount && m_isFinished[m_delivered]) {
+      m_work.finished(m_delivered);
+      ++m_delivered;
+      deliverHeldBack(m_delivered);
+    }
+  }
+
+  void deliver(std::uint32_t task, const Event& event) {
+    if (event.loss) {
+      m_work.lost(task, event.text, *event.loss);
+    } else {
+      m_work.received(task, event.text);
+    }
+  }
+
+  void deliverHeldBack(std::uint32_t task) {
+    const auto held = m_events.find(task);
+    if (held == m_events.end()) {
+      return;
+    }
+    for (const Event& event : held->second) {
+      m_heldBack -= event.text.size();
+      deliver(task, event);
+    }
+    m_events.erase(held);
+  }
+
+  /// When the run stops early: what has arrived of later tasks still counts.
+  void deliverTheRest() {
+    while (!m_events.empty()) {
+      const std::uint32_t task = m_events.begin()->first;
+      deliverHeldBack(task);
+      if (m_isFinished[task]) {
+        m_work.finished(task);
+      }
+    }
+  }
+
+  PoolWork& m_work;
+  const std::uint32_t m_taskCount;
+  const PoolLimits m_limits;
+  const std::size_t m_slotCount;
+  SharedBoard m_board;
+  std::list<Worker> m_workers;
+  std::vector<std::size_t> m_freeSlots;
+  std::deque<Resumption> m_leftOver;  ///< for which no process could be started
+  std::uint32_t m_lastId = 0;
+  bool m_mayGrow = true;
+  std::map<std::uint32_t, int> m_tries;  ///< workers that a task has cost since it last progressed
+  std::vector<bool> m_isFinished;
+  std::uint32_t m_finishedCount = 0;
+  std::uint32_t m_delivered = 0;  ///< tasks; also the one whose turn it is
+  std::map<std::uint32_t, std::vector<Event>> m_events;
+  std::size_t m_heldBack = 0;  ///< bytes in `m_events`
+};
+
+WorkerPool::WorkerPool(PoolWork& work, std::uint32_t taskCount, const PoolLimits& limits)
+    : m_impl(std::make_unique<Impl>(work, taskCount, limits)) {}
+
+WorkerPool::~WorkerPool() = default;
+
+bool WorkerPool::run(const std::function<bool()>& isStopWanted) {
+  return m_impl->run(isStopWanted);
+}

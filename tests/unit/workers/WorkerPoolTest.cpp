@@ -1,0 +1,156 @@
+#include "cli/workers/WorkerPool.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <sys/wait.h>
+#include <csignal>
+#include <random>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+std::string stepName(std::uint32_t task, std::uint64_t step) {
+  return std::to_string(task) + '.' + std::to_string(step);
+}
+
+/// Tasks of some steps each; what a step does in its worker is the test's to say.
+class Steps : public PoolWork {
+ public:
+  Steps(std::uint64_t stepsPerTask, std::function<void(const std::string&)> action)
+      : m_stepsPerTask(stepsPerTask), m_action(std::move(action)) {}
+
+  void perform(std::uint32_t task, std::uint64_t firstStep, WorkerLink& link) override {
+    for (std::uint64_t step = firstStep; step < m_stepsPerTask; ++step) {
+      link.begin(step, stepName(task, step));
+      m_action(stepName(task, step));
+      link.send(stepName(task, step));
+    }
+  }
+  void received(std::uint32_t /*task*/, std::string_view message) override {
+    events.emplace_back(message);
+  }
+  void lost(std::uint32_t /*task*/, std::string_view description, const WorkerLoss& loss) override {
+    const bool signalled = WIFSIGNALED(loss.waitStatus);
+    events.push_back("lost " + std::string(description) +
+                     (loss.timedOut ? " timeout"
+                      : signalled   ? " signal " + std::to_string(WTERMSIG(loss.waitStatus))
+                                    : " status " + std::to_string(WEXITSTATUS(loss.waitStatus))));
+  }
+  void finished(std::uint32_t task) override { events.push_back("end " + std::to_string(task)); }
+
+  std::vector<std::string> events;
+
+ private:
+  std::uint64_t m_stepsPerTask;
+  std::function<void(const std::string&)> m_action;
+};
+
+/// What a run must deliver, when the steps in `lost` end as they say.
+std::vector<std::string> expected(std::uint32_t tasks, std::uint64_t steps,
+                                  const std::map<std::string, std::string>& lost = {}) {
+  std::vector<std::string> events;
+  for (std::uint32_t task = 0; task < tasks; ++task) {
+    for (std::uint64_t step = 0; step < steps; ++step) {
+      const auto found = lost.find(stepName(task, step));
+      events.push_back(found == lost.end() ? stepName(task, step)
+                                           : "lost " + found->first + ' ' + found->second);
+    }
+    events.push_back("end " + std::to_string(task));
+  }
+  return events;
+}
+
+bool never() {
+  return false;
+}
+
+TEST(WorkerPool, DeliversInOrderAndLosesOnlyTheStepOfADeadWorker) {
+  for (const std::size_t workers : {1U, 2U, 7U, 64U}) {
+    Steps steps(3, [](const std::string& name) {
+      if (name == "3.1") {
+        raise(SIGKILL);
+      } else if (name == "4.0") {
+        throw 1;
+      } else if (name == "5.2") {
+        for (;;) {
+          pause();
+        }
+      } else if (name == "0.0") {
+        usleep(20'000);  // others overtake it
+      }
+    });
+    WorkerPool pool(steps, 20, {workers, 0.3, 0});
+    EXPECT_TRUE(pool.run(never));
+    EXPECT_EQ(steps.events,
+              expected(20, 3, {{"3.1", "signal 9"}, {"4.0", "status 1"}, {"5.2", "timeout"}}))
+        << workers;
+  }
+}
+
+TEST(WorkerPool, SurvivesWorkersKilledAtAnyTime) {
+  std::mt19937 random(7);
+  std::size_t losses = 0;
+  for (int round = 0; round < 20; ++round) {
+    Steps steps(5, [](const std::string& /*name*/) { usleep(100); });
+    WorkerPool pool(steps, 40, {3, 0, 0});
+    std::uint32_t calls = 0;
+    const pid_t self = getpid();
+    const pid_t killer = fork();
+    if (killer == 0) {
+      for (int i = 0; i < 12; ++i) {
+        usleep(2'000 + static_cast<useconds_t>(random() % 3'000));
+        const std::string children =
+            "/proc/" + std::to_string(self) + "/task/" + std::to_string(self) + "/children";
+        FILE* const file = fopen(children.c_str(), "r");
+        int victim = 0;
+        const int skip = static_cast<int>(random() % 3);
+        for (int n = 0; file != nullptr && n <= skip; ++n) {
+          if (fscanf(file, "%d", &victim) != 1) {
+            break;
+          }
+        }
+        if (victim != 0 && victim != getpid()) {
+          kill(victim, SIGKILL);
+        }
+      }
+      _exit(0);
+    }
+    EXPECT_TRUE(pool.run([&calls] { return ++calls == 0; }));
+    kill(killer, SIGKILL);
+    waitpid(killer, nullptr, 0);
+    std::vector<std::string> events;
+    for (const std::string& event : steps.events) {
+      const bool isLost = event.rfind("lost ", 0) == 0;
+      losses += isLost ? 1 : 0;
+      events.push_back(isLost ? event.substr(5, event.find(' ', 5) - 5) : event);
+    }
+    ASSERT_EQ(events, expected(40, 5)) << "each step once, in order";
+  }
+  EXPECT_GT(losses, 0U);
+}
+
+TEST(WorkerPool, StopsWhenAskedAndLeavesNoProcess) {
+  Steps steps(1, [](const std::string& name) {
+    if (name != "0.0" && name != "2.0") {
+      if (fork() == 0) {
+        setsid();
+        pause();
+      }
+      pause();
+    }
+  });
+  std::set<std::string> seen;
+  {
+    WorkerPool pool(steps, 4, {2, 0, 0});
+    int looks = 0;
+    EXPECT_FALSE(pool.run([&looks] { return ++looks > 5; }));
+  }
+  EXPECT_EQ(steps.events.front(), "0.0");
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+}
+
+}  // namespace
