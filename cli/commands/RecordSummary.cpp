@@ -31,7 +31,7 @@ void printRecordSummary(const RunRecord& run, const Palette& palette) {
     std::cout << palette.paint(Color::Green, "All passed.") << ' ';
   }
   std::cout << "Run of " << printable(run.start) << " on " << printable(run.host) << ": "
-            << counted(run.reports, "report") << ", " << counted(run.pairs, "pair");
+            << countOf(run.reports, "report") << ", " << countOf(run.pairs, "pair");
   const char* separator = ": ";
   for (const auto& [word, count] : run.totals) {
     std::cout << separator << count << ' ' << printable(word);

@@ -41,7 +41,7 @@ RunPlan planFailed(const VerifyOptions& options) {
   std::sort(plan.reports.begin(), plan.reports.end());
   plan.reports.erase(std::unique(plan.reports.begin(), plan.reports.end()), plan.reports.end());
   plan.found.reports = plan.found.pathsInLocation = plan.reports;
-  plan.announcement = std::to_string(plan.onlyPairs->size()) + " of " + counted(pairs, "pair") +
+  plan.announcement = std::to_string(plan.onlyPairs->size()) + " of " + countOf(pairs, "pair") +
                       ", those that did not pass in the run of " + record.run().start;
   return plan;
 }
@@ -74,7 +74,7 @@ RunPlan planRun(const VerifyOptions& options) {
   if (!options.shard.empty()) {
     keepShard(plan, parseShard(options.shard));
     plan.announcement = "Shard " + options.shard + ": " + std::to_string(plan.reports.size()) +
-                        " of " + counted(plan.found.reports.size(), "report");
+                        " of " + countOf(plan.found.reports.size(), "report");
   }
   return plan;
 }

@@ -63,7 +63,7 @@ ExitStatus showChanges(const ShowOptions& options, const Palette& palette) {
   std::cout << newlyFailing << " newly failing, " << stillFailing << " still failing, "
             << newlyPassing << " newly passing";
   if (!before.empty()) {
-    std::cout << ", " << counted(before.size(), "pair") << " of the earlier run not in the later";
+    std::cout << ", " << countOf(before.size(), "pair") << " of the earlier run not in the later";
   }
   std::cout << '\n';
   return newlyFailing > 0 ? kExitNotPassed : kExitPassed;

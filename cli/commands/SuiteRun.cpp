@@ -33,7 +33,7 @@ std::string describeEnd(int waitStatus) {
 }
 
 std::string notCompared(std::size_t pairs, const std::string& why) {
-  return counted(pairs, "pair") + why;
+  return countOf(pairs, "pair") + why;
 }
 
 }  // namespace

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "cli/commands/Commands.h"
-#include "cli/commands/ListCommand.h"
 #include "cli/commands/OutputPlaces.h"
+#include "cli/commands/PairListing.h"
 #include "cli/commands/RunHeader.h"
 #include "cli/commands/RunPlan.h"
 #include "cli/commands/SuiteRun.h"
@@ -23,44 +23,44 @@ void printHint(const RunTotals& totals) {
   std::error_code ignored;
   if (totals.pairs.of(Verdict::Missing) > 0 &&
       !std::filesystem::is_directory(kOutputRoot, ignored)) {
-    std::cerr << "orvdiff: there is no folder " << kOutputRoot
-              << " here; -C names the folder to run from\n";
+    std::cerr << "orvdiff: folder " << kOutputRoot
+              << " not found; use -C to set the working folder\n";
   }
 }
 
 /// Finishes what a run has written, so that the closing line knows whether all of it is there: what
-/// cannot be finished becomes one of the `shortfalls`.
+/// cannot be finished becomes one of the `problems`.
 void finishFiles(std::optional<SummaryFile>& summary, std::optional<HarnessLog>& harnessLog,
-                 const SuiteRun& run, bool interrupted, std::vector<std::string>& shortfalls) {
+                 const SuiteRun& run, bool interrupted, std::vector<std::string>& problems) {
   try {
     if (summary && run.isSummaryWhole()) {
       interrupted ? summary->leaveUnfinished() : summary->finish();
     }
   } catch (const CommandError& unwritten) {
-    shortfalls.emplace_back(unwritten.what());
+    problems.emplace_back(unwritten.what());
   }
   try {
     if (harnessLog) {
-      harnessLog->finish(interrupted ? std::vector<std::string>{"interrupted"} : shortfalls);
+      harnessLog->finish(interrupted ? std::vector<std::string>{"interrupted"} : problems);
     }
   } catch (const CommandError& unwritten) {
-    shortfalls.emplace_back(unwritten.what());
+    problems.emplace_back(unwritten.what());
   }
 }
 
 /// Closes the record, which a run that was stopped leaves incomplete. Raises nothing: what cannot
-/// be written becomes one of the `shortfalls`.
+/// be written becomes one of the `problems`.
 void finishRecord(RecordWriter& record, RunRecord header, const RunTotals& totals,
-                  std::vector<std::string>& shortfalls) {
+                  std::vector<std::string>& problems) {
   header.end = timeStamp();
   header.unverified = totals.unverified;
-  header.notes = shortfalls;
-  header.status = exitStatusOf(totals, shortfalls);
+  header.notes = problems;
+  header.status = exitStatusOf(totals, problems);
   header.complete = !totals.interrupted && totals.incomplete.empty();
   try {
     record.finish(header);
   } catch (const CommandError& unwritten) {
-    shortfalls.emplace_back(unwritten.what());
+    problems.emplace_back(unwritten.what());
   }
 }
 
@@ -115,12 +115,12 @@ ExitStatus run(const VerifyOptions& options) {
   totals.unsaved = saver.unsavedFiles();
   // A share may well be empty; whether the whole is, merging will show.
   const bool mayBeEmpty = options.allowNone || plan.onlyPairs || !options.shard.empty();
-  std::vector<std::string> shortfalls = shortfallsOf(totals, mayBeEmpty);
-  finishFiles(summary, harnessLog, suiteRun, totals.interrupted, shortfalls);
+  std::vector<std::string> problems = findProblems(totals, mayBeEmpty);
+  finishFiles(summary, harnessLog, suiteRun, totals.interrupted, problems);
   if (record) {
-    finishRecord(*record, header, totals, shortfalls);
+    finishRecord(*record, header, totals, problems);
   }
-  printClosingSummary(totals, shortfalls, options.verbosity, palette);
+  printClosingSummary(totals, problems, options.verbosity, palette);
   printHint(totals);
-  return exitStatusOf(totals, shortfalls);
+  return exitStatusOf(totals, problems);
 }

@@ -94,7 +94,7 @@ RunRecord joinRuns(const Sources& sources, bool mustBeWhole) {
     merged.shards = {};
   }
   if (missing.empty() && merged.unverified.size() == merged.reports && !merged.mayBeEmpty) {
-    merged.notes.emplace_back("nothing to verify (--allow-none accepts that)");
+    merged.notes.emplace_back("nothing to verify (use --allow-none to accept this)");
     merged.status = std::max<int>(merged.status, kExitTrouble);  // no shard alone can tell
   }
   return merged;

@@ -136,7 +136,7 @@ PairResult describeResult(const OrvDiffResult& result, std::optional<OrvOutputFo
   if (record.verdict == Verdict::Passed && format == OrvOutputFormat::Vmd &&
       (isWithoutStatistics(record.master) || isWithoutStatistics(record.output))) {
     record.message =
-        "nothing was compared: a VMD report of fewer than three lines holds no statistics";
+        "nothing was compared: a VMD report of fewer than three lines has no statistics";
   }
   return pair;
 }

@@ -24,19 +24,19 @@ struct RunTotals {
 };
 
 /// "1 pair", "2 pairs".
-std::string counted(std::size_t count, const char* noun);
+std::string countOf(std::size_t count, const char* noun);
 
 /// What kept the run from verifying all that it was to, besides results and errors: a sentence
 /// each. With `allowNone`, finding nothing to verify is none of it.
-std::vector<std::string> shortfallsOf(const RunTotals& totals, bool allowNone);
+std::vector<std::string> findProblems(const RunTotals& totals, bool allowNone);
 
 /// Says each on standard error.
-void printShortfalls(const std::vector<std::string>& shortfalls);
+void printProblems(const std::vector<std::string>& problems);
 
 /// Prints the counts as one line on `std::cout`, and before it, unless quiet, which reports no
-/// format has a master for. The shortfalls follow.
-void printClosingSummary(const RunTotals& totals, const std::vector<std::string>& shortfalls,
+/// format has a master for. The problems follow.
+void printClosingSummary(const RunTotals& totals, const std::vector<std::string>& problems,
                          Verbosity verbosity, const Palette& palette);
 
-/// The status that a run with these totals and shortfalls ends with.
-ExitStatus exitStatusOf(const RunTotals& totals, const std::vector<std::string>& shortfalls);
+/// The status that a run with these totals and problems ends with.
+ExitStatus exitStatusOf(const RunTotals& totals, const std::vector<std::string>& problems);

@@ -37,10 +37,10 @@ void HarnessLog::endScript() {
   MOXTestHarness::getInstance()->endScript(false);
 }
 
-void HarnessLog::finish(const std::vector<std::string>& shortfalls) {
-  if (!shortfalls.empty()) {
+void HarnessLog::finish(const std::vector<std::string>& problems) {
+  if (!problems.empty()) {
     MOXTestHarness::getInstance()->startTest("(the run)", "What kept it from verifying all");
-    for (const std::string& shortfall : shortfalls) {
+    for (const std::string& shortfall : problems) {
       m_listener.logCheck(printable(shortfall).c_str(), false);
     }
     MOXTestHarness::getInstance()->endTest();

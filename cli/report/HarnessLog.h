@@ -23,9 +23,9 @@ class HarnessLog {
   /// Starts the script.
   void start();
 
-  /// Ends the script, with a failed check for each of `shortfalls`: what kept the run from
+  /// Ends the script, with a failed check for each of `problems`: what kept the run from
   /// verifying all that it was to. Raises `CommandError` when the log did not reach the file whole.
-  void finish(const std::vector<std::string>& shortfalls);
+  void finish(const std::vector<std::string>& problems);
 
   /// Hands results to the harness, names as they are.
   OrvDiffListener& listener() { return m_listener; }

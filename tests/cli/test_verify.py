@@ -38,7 +38,7 @@ class Outcomes(SuiteTest):
         self.assertEqual(len(run.lines("failed")), 2)
         self.assertIn("the actual output does not exist", run.out)
         self.assertRegex(run.out, r"Not verified.*\n    \.\./suite/Bare00\.xml\n")
-        self.assertEqual((run.out.count("/Bare"), run.out.count("and 5 more")), (20, 1))
+        self.assertEqual((run.out.count("/Bare"), run.out.count("... and 5 more")), (20, 1))
         work = self.server / "work"
         self.assertRegex((work / "h.mxr").read_text(), "FAILED: .*/Null.html .*up to the NUL")
         self.assertRegex((work / "s.xml").read_text(), "<TestCaseFailureDiff>.*/Null.html<")
@@ -84,7 +84,7 @@ class Outcomes(SuiteTest):
                 self.assertIn(f"the {side} {reason}", run.out)
         run = self.run_program("-C", "..", "verify", "suite/R0.xml")
         self.assertEqual((run.status, len(run.lines("missing"))), (1, 1))
-        self.assertIn("no folder ../webcontent/bi", run.err)
+        self.assertIn("folder ../webcontent/bi not found", run.err)
 
     def test_what_an_engine_raises_is_that_reports_error_only(self):
         self.report("A", "<p>a</p>", "<p>b</p>")
@@ -172,7 +172,7 @@ class EngineOutput(SuiteTest):
                                           r" +\\x1B\[2Jout\n +passed  forged\n")
                 self.assertEqual(len(run.lines("passed")), 1)
         run = self.verify("-v", locations=("../suite", "../webcontent"), PATH=path)
-        self.assertIn("no report in ../webcontent", run.err)  # not caught with what scripts print
+        self.assertIn("no reports in ../webcontent", run.err)  # not caught with what scripts print
         self.assertEqual(run.out.count(" 100000\n"), 2)
         self.assertRegex(run.out, r"failed   .*E\\npassed\\x1B\.xml\n +\++\n +Schema validation")
         self.assertRegex(run.out, r"differs .*G\.pdf\n +1\n")
@@ -271,7 +271,7 @@ class Locations(SuiteTest):
         run = self.verify(locations=places)
         self.assertEqual(run.status, 2)
         for place in places[1:]:
-            self.assertIn(f"no report in {place} (", run.err)
+            self.assertIn(f"no reports in {place} (", run.err)
         self.assertEqual(self.verify("--allow-none", locations=places).status, 0)
 
     def test_listing_names_every_pair_and_compares_none(self):

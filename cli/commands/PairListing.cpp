@@ -1,4 +1,4 @@
-#include "cli/commands/ListCommand.h"
+#include "cli/commands/PairListing.h"
 
 #include <iostream>
 #include <string>
@@ -39,8 +39,8 @@ ExitStatus listPairs(const std::vector<std::string>& reports, const FoundReports
   for (const std::string& report : reports) {
     pairs += printPairs(report, formats, owners);
   }
-  std::cout << counted(reports.size(), "report") << ", " << counted(pairs, "pair") << '\n';
-  std::vector<std::string> shortfalls = shortfallsOf(totals, allowNone || pairs > 0);
-  printShortfalls(shortfalls);
-  return exitStatusOf(totals, shortfalls);
+  std::cout << countOf(reports.size(), "report") << ", " << countOf(pairs, "pair") << '\n';
+  std::vector<std::string> problems = findProblems(totals, allowNone || pairs > 0);
+  printProblems(problems);
+  return exitStatusOf(totals, problems);
 }
