@@ -12,7 +12,6 @@
 #include "cli/system/CommandError.h"
 #include "cli/system/Interrupt.h"
 #include "cli/system/StandardStreams.h"
-#include "cli/system/XercesStart.h"
 #include "cli/terminal/ErrorCause.h"
 #include "cli/terminal/Printable.h"
 
@@ -30,7 +29,6 @@ void enterFolder(const std::string& folder) {
 
 ExitStatus perform(const CommandLine& commandLine) {
   enterFolder(commandLine.workingFolder);
-  startXerces();
   return std::visit([](const auto& options) { return run(options); }, commandLine.command);
 }
 

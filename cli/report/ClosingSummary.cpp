@@ -80,8 +80,8 @@ std::vector<std::string> findProblems(const RunTotals& totals, bool allowNone) {
 }
 
 void printProblems(const std::vector<std::string>& problems) {
-  for (const std::string& shortfall : problems) {
-    std::cerr << "orvdiff: " << printable(shortfall) << '\n';
+  for (const std::string& problem : problems) {
+    std::cerr << "orvdiff: " << printable(problem) << '\n';
   }
 }
 

@@ -40,8 +40,8 @@ void HarnessLog::endScript() {
 void HarnessLog::finish(const std::vector<std::string>& problems) {
   if (!problems.empty()) {
     MOXTestHarness::getInstance()->startTest("(the run)", "What kept it from verifying all");
-    for (const std::string& shortfall : problems) {
-      m_listener.logCheck(printable(shortfall).c_str(), false);
+    for (const std::string& problem : problems) {
+      m_listener.logCheck(printable(problem).c_str(), false);
     }
     MOXTestHarness::getInstance()->endTest();
   }

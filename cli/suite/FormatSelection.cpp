@@ -12,6 +12,7 @@
 #include "cli/suite/ComparisonScript.h"
 #include "cli/suite/MissingReason.h"
 #include "cli/system/CommandError.h"
+#include "cli/system/XercesStart.h"
 
 namespace {
 
@@ -75,6 +76,9 @@ void setLayoutData(OrvFormatArguments& arguments, const LayoutDataOptions& layou
 
 std::shared_ptr<OrvDiffFileEngine> createLastingEngine(const OrvDiffFormat& format,
                                                        const OrvFormatArguments& arguments) {
+  if (format.validatesXml) {
+    startXerces();  // only then: it takes longer than a small run
+  }
   static auto& engines = *new std::vector<std::shared_ptr<OrvDiffFileEngine>>;  // never destroyed
   return engines.emplace_back(format.createEngine(arguments));
 }
