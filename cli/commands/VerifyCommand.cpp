@@ -65,7 +65,7 @@ void finishRecord(RecordWriter& record, RunRecord header, const RunTotals& total
 }
 
 PoolLimits limitsOf(const VerifyOptions& options) {
-  constexpr std::uint64_t kMegabyte = 1024 * 1024;
+  constexpr std::uint64_t kMegabyte = std::uint64_t{1} << 20;
   return {options.jobs != 0 ? options.jobs : availableCores(), options.secondsPerPair,
           options.memoryMegabytes * kMegabyte};
 }
