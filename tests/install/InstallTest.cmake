@@ -1,5 +1,5 @@
 # Installs the library, moves the installation, and builds and runs a program against it in both
-# ways that users have: find_package and pkg-config.
+# ways that users have: find_package and pkg-config. Then has CTest verify a suite with it.
 include("${CMAKE_CURRENT_LIST_DIR}/Running.cmake")
 set(prefix "${WORK_DIR}/moved here")
 
@@ -20,6 +20,7 @@ if(EXISTS "${prefix}/bin/orvdiff")
   run(readelf --dynamic "${WORK_DIR}/package/usr/bin/orvdiff")
   expect(NEEDED)
   expect_not(PATH)
+  include("${CMAKE_CURRENT_LIST_DIR}/SuiteTest.cmake")
 endif()
 
 set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIB_DIR}/pkgconfig")
