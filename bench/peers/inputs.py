@@ -11,15 +11,18 @@ import time
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
 PAGE_FOLDERS = ("/usr/share/doc/postgresql-doc-*/html", "/usr/share/doc/python3*/html")
 LAYOUT_NAMESPACE = "http://www.orv.example/xmlns/prod/tarsa/layoutData/201310"
-SCHEMA = SOURCE / "examples/demo/server/schemas/layoutDataXMLV3.xsd"
+DEMO = SOURCE / "examples/demo"
+SCHEMA = DEMO / "server/schemas/layoutDataXMLV3.xsd"
 MIB = 1 << 20
 
 FULL = {"pages": 1500, "large_text": 64 * MIB, "small_files": 10_000, "numbers": 2_000_000,
         "documents": 500, "large_document": 12_000_000, "reports": (1_000, 10_000, 50_000),
-        "checked_file": 256 * MIB, "growth": 500_000}
+        "checked_file": 256 * MIB, "growth": 500_000, "script_pairs": 40,
+        "night": {"pages": 3_000, "images": 200, "tables": 50}}
 QUICK = {"pages": 8, "large_text": MIB // 4, "small_files": 20, "numbers": 2_000,
          "documents": 5, "large_document": 100_000, "reports": (20, 40, 60),
-         "checked_file": MIB, "growth": 1_000}
+         "checked_file": MIB, "growth": 1_000, "script_pairs": 1,
+         "night": {"pages": 30, "images": 4, "tables": 4}}
 
 
 class Suite:
@@ -169,6 +172,60 @@ class Inputs:
             schemas.mkdir()
             shutil.copy(SCHEMA, schemas)
         return Suite(self._once("documents", build))
+
+    def script_pairs(self):
+        """Pairs that scripts compare: as many PDF documents as workbooks."""
+        def build(folder):
+            suite = Suite(folder)
+            suite.create("", "v5DebugHTML")
+            shutil.copytree(DEMO / "src", folder / "src")
+            for master, output, extension in (("PDF", "v5DebugPDF", ".pdf"),
+                                              ("XLS2007", "v5DebugXLS2007", ".xlsx")):
+                for files, demo in ((suite.masters, DEMO / "server/suite/sales/Masters"),
+                                    (suite.outputs.parent, DEMO / "server/webcontent/bi")):
+                    kind = master if files == suite.masters else output
+                    (files / kind).mkdir()
+                    for number in range(self.sizes["script_pairs"]):
+                        shutil.copy(demo / kind / f"Revenue{extension}",
+                                    files / kind / f"Document{number:04}{extension}")
+            for number in range(self.sizes["script_pairs"]):
+                (suite.reports / f"Document{number:04}.xml").write_text("<report/>\n")
+        return Suite(self._once("script-pairs", build))
+
+    def night(self):
+        """A night's suite: one change to the generator shows in a tenth of the pages, and a few
+        files of every kind are wrong in their own ways. Returns it with the number of pairs."""
+        pages, images, tables = self.sizes["night"].values()
+
+        def build(folder):
+            suite = Suite(folder)
+            suite.create("", "v5DebugHTML")
+            rng = random.Random(13)
+            for number in range(pages):
+                size = rng.randrange(20_000, 100_000)
+                master = b"<h1>Revenue</h1>\n" + sized(size, html_lines(number))
+                actual = b"<h1>Revenue</h1>\n" + sized(size, html_lines(number + pages))
+                if number % 10 == 0:
+                    actual = actual.replace(b"<h1>Revenue</h1>", b"<h1>Turnover</h1>")
+                elif number % (pages // 16 + 1) == 1:
+                    actual = actual.replace(b"</td>", b"%d</td>" % number, 1)
+                suite.add(f"Page{number:05}", ".html", master, actual)
+            for number in range(images):
+                image = b"\x89PNG\r\n\x1a\n" + rng.randbytes(8192)
+                suite.add(f"Chart{number:05}", ".png", image,
+                          image[:-1] if number % 10 == 0 else image)
+            for kind, output, extension in (("CSV", "v5DebugCSV", ".csv"),
+                                            ("JSON", "v5DebugJSON", ".json")):
+                (suite.masters / kind).mkdir()
+                (suite.outputs.parent / output).mkdir()
+                for number in range(tables):
+                    text = b"[1, %d]\n" % number * 500
+                    name = f"Table{extension[1:]}{number:05}"
+                    (suite.reports / f"{name}.xml").write_text("<report/>\n")
+                    (suite.masters / kind / f"{name}{extension}").write_bytes(text)
+                    (suite.outputs.parent / output / f"{name}{extension}").write_bytes(
+                        text[:-2] if number % 10 == 0 else text)
+        return Suite(self._once("night", build)), pages + images + 2 * tables
 
     def checked_file(self):
         def build(folder):

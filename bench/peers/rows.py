@@ -71,6 +71,18 @@ class Memory(Row):
                        min(ratios), max(ratios))
 
 
+@dataclasses.dataclass(frozen=True)
+class ParentShare(Row):
+    """Processor time of a process alone to that of all that it started, itself included."""
+    us: Command = None
+
+    def measure(self, runs):
+        samples = in_turn([self.us], runs)[0]
+        shares = [sample.own_cpu / max(sample.cpu, 1e-3) for sample in samples]
+        return Figures(median(samples, "own_cpu"), median(samples, "cpu"), "s",
+                       statistics.median(shares), min(shares), max(shares))
+
+
 class GrowthProgram:
     """Runs the measurement of growth once, whoever asks for its figures."""
 
@@ -217,6 +229,31 @@ def memory_rows(programs):
                  "size of one", 8, us=programs.engine(suite, "html", 1), size=size)
 
 
+def worker_rows(programs):
+    """What several processes gain; never more than the cores that are free allow."""
+    def race(name, suite, work, formats):
+        two, one = (programs.verify(suite, "-q", "-j", jobs, "-f", formats) for jobs in "21")
+        return Race(name, f"{work}, `-j 2`", "`-j 1`", 1.8, True, us=two, peer=one)
+
+    pages = programs.inputs.html()
+    yield race("P11a", pages, "the pages of P1", "html")
+    scripts = programs.inputs.script_pairs()
+    count = programs.inputs.sizes["script_pairs"]
+    yield race("P11b", scripts, f"{count} PDF documents and {count} workbooks", "pdf,xlsx")
+    program = programs.verify(pages).argv[0]
+    by_hand = ("find ../suite -maxdepth 1 -name '*.xml' -print0 | "
+               f"xargs -0 -P2 -n50 '{program}' verify -q -j 1 -f html")
+    yield Race("P11c", "the pages of P1, `-j 2`", "`xargs -P2 -n50 orvdiff verify`", 1, True,
+               us=programs.verify(pages, "-q", "-j", "2", "-f", "html"),
+               peer=Command(["sh", "-c", by_hand], pages.work))
+    count = programs.inputs.sizes["reports"][-1]
+    yield ParentShare("P11d", f"the parent of two workers, {count} small pairs",
+                      "all three processes",
+                      us=programs.verify(programs.inputs.reports(count), "-q", "-j", "2",
+                                         "-f", "html"))
+
+
 ROWS = {"P1": html_rows, "P2": html_rows, "P3": text_rows, "P4": image_rows, "P5": number_rows,
         "P6": xml_rows, "P7": folder_rows, "P8": growth_rows, "P9": check_rows,
-        "P10": memory_rows}
+        "P10": memory_rows, "P11a": worker_rows, "P11b": worker_rows, "P11c": worker_rows,
+        "P11d": worker_rows}
