@@ -1,6 +1,7 @@
 """What is measured against what, and how fast it has to be."""
 
 import dataclasses
+import shutil
 import statistics
 
 from inputs import LAYOUT_NAMESPACE, SOURCE
@@ -81,6 +82,31 @@ class ParentShare(Row):
         shares = [sample.own_cpu / max(sample.cpu, 1e-3) for sample in samples]
         return Figures(median(samples, "own_cpu"), median(samples, "cpu"), "s",
                        statistics.median(shares), min(shares), max(shares))
+
+
+@dataclasses.dataclass(frozen=True)
+class Limit(Row):
+    """Our time to the longest that is allowed, in seconds."""
+    us: Command = None
+    seconds: float = 0
+
+    def measure(self, runs):
+        walls = [sample.wall for sample in in_turn([self.us], runs)[0]]
+        ratios = [self.ratio_of(wall, self.seconds) for wall in walls]
+        return Figures(statistics.median(walls), self.seconds, "s", statistics.median(ratios),
+                       min(ratios), max(ratios))
+
+
+@dataclasses.dataclass(frozen=True)
+class SizeLimit(Row):
+    """The size of the largest of several groups of files to the largest that is allowed."""
+    groups: list = None
+    size: int = 0
+
+    def measure(self, _runs):
+        sizes = [sum(file.stat().st_size for file in group) for group in self.groups]
+        ratios = [self.ratio_of(size, self.size) for size in sizes]
+        return Figures(max(sizes), self.size, "B", max(ratios), min(ratios), max(ratios))
 
 
 class GrowthProgram:
@@ -253,7 +279,27 @@ def worker_rows(programs):
                                          "-f", "html"))
 
 
+def merge_rows(programs):
+    suite, pairs = programs.inputs.night()
+    records = suite.work / "records"
+    shutil.rmtree(records, ignore_errors=True)
+    shards = [records / f"shard-{number}" for number in range(1, 5)]
+    for number, shard in enumerate(shards, 1):
+        run(dataclasses.replace(programs.verify(
+            suite, "-q", "-f", "html,html-png,csv,json", "--shard", f"{number}/4",
+            "--record", shard), status=1))
+    merged = records / "merged"
+    program = programs.verify(suite).argv[0]
+    work = f"four shards of {pairs} pairs, a tenth of them different"
+    again = f"rm -rf '{merged}'; exec \"$0\" merge \"$@\" -o '{merged}'"
+    yield Limit("P11e", f"`orvdiff merge` of {work}", "a limit", 1, seconds=0.5,
+                us=Command(["sh", "-c", again, program, *shards], status=1))
+    yield SizeLimit("P11f", f"the largest record of {work}, without evidence", "a limit", 1,
+                    size=10 ** 6,
+                    groups=[[shard / "run.json", shard / "pairs.jsonl"] for shard in shards])
+
+
 ROWS = {"P1": html_rows, "P2": html_rows, "P3": text_rows, "P4": image_rows, "P5": number_rows,
         "P6": xml_rows, "P7": folder_rows, "P8": growth_rows, "P9": check_rows,
         "P10": memory_rows, "P11a": worker_rows, "P11b": worker_rows, "P11c": worker_rows,
-        "P11d": worker_rows}
+        "P11d": worker_rows, "P11e": merge_rows, "P11f": merge_rows}

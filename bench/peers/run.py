@@ -21,7 +21,7 @@ from rows import ROWS, Programs
 
 def shown(value, unit):
     if unit == "B":
-        return f"{value / 1e6:.0f} MB"
+        return f"{value / 1e6:.3g} MB"
     return f"{value * 1e3:.1f} ms" if value < 1 else f"{value:.2f} s"
 
 

@@ -14,7 +14,8 @@ shift 2
 mkdir "$records"
 records=$(cd "$records" && pwd)
 
-# Its status counts the shards that did not pass. Merging tells which of them, and if one is missing.
+# Its status counts the shards that did not pass. Merging tells what they found, and if one is
+# missing.
 seq "$shards" | parallel -q -I @shard@ --will-cite --jobs 1 --keep-order \
   --sshlogin "${ORVDIFF_HOSTS:-:}" --workdir "$PWD" \
   orvdiff verify --shard "@shard@/$shards" --record "$records/shard-@shard@" "$@" || true

@@ -58,6 +58,7 @@ class Recipes(unittest.TestCase):
     @needs("slurmctld", "slurmd", "munged")
     def test_slurm(self):
         said = self.run_in(self.work, [
+            "timeout", "90",  # with a signal that stops the cluster, too
             RECIPES / "slurm/one_node_cluster.sh", RECIPES / "slurm/submit.sh", str(SHARDS),
             "records", "../suite"], 1)
         self.assertIn("9 reports", said)

@@ -8,6 +8,7 @@
 set -euo pipefail
 folder=$(mktemp -d)
 daemons=()
+command=
 
 # within SECONDS COMMAND...: whether a command succeeds before the time is over
 within() {
@@ -25,6 +26,7 @@ has_ended() { ! kill -0 "$1" 2>/dev/null; }
 
 stop() {
   local i
+  [ -z "$command" ] || kill "$command" 2>/dev/null || true
   if [ ${#daemons[@]} -eq 3 ] && ! no_jobs; then
     scancel --user="$(id -un)" || true
     within 10 no_jobs || echo "one_node_cluster: jobs are still running" >&2
@@ -96,4 +98,7 @@ start slurmctld.log slurmctld -D -i
 start slurmd.log slurmd -D -N localhost
 within 30 node_is_idle || fail "the node did not come up"
 
-"$@"
+# In the background, so that a signal is acted on at once.
+"$@" <&0 &
+command=$!
+wait "$command"
