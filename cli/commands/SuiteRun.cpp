@@ -53,7 +53,7 @@ void SuiteRun::verify(const PoolLimits& limits, bool showProgress) {
   sendPrinted();
   WorkerPool pool(*this, static_cast<std::uint32_t>(m_reports.size()), limits);
   m_totals.interrupted = !pool.run(InterruptWatch::isStopWanted) || isReaderGone();
-  m_testCase.reset();
+  tellHarness([](HarnessLog& log) { log.endReport(); });
   for (const auto& [why, pairs] : m_allNotRun) {
     m_totals.uncompared.push_back(notCompared(pairs, why));
   }
@@ -93,7 +93,7 @@ void SuiteRun::lost(std::uint32_t task, std::string_view description, const Work
 }
 
 void SuiteRun::deliver(std::uint32_t task, const PairResult& pair) {
-  openTestCase(task);
+  tellHarness([&](HarnessLog& log) { log.startReport(m_reports[task]); });
   m_hasPairs = true;
   m_isVerified = m_isVerified || pair.countsForReport;
   m_totals.pairs.add(pair.record);
@@ -127,7 +127,7 @@ void SuiteRun::tellLogs(const PairResult& pair) {
   }
   const std::unique_ptr<const OrvDiffResult> result = rebuildResult(pair);
   if (result == nullptr) {
-    tellHarness(pair);
+    tellHarnessWithoutResult(pair.record);
     return;
   }
   if (m_logs.summary != nullptr) {
@@ -139,40 +139,41 @@ void SuiteRun::tellLogs(const PairResult& pair) {
   if (m_logs.saver != nullptr) {
     result->notifyListener(*m_logs.saver);
   }
-  if (m_logs.harness != nullptr) {
-    guard(m_isHarnessBroken, "harness log", [&] {
-      HarnessResults adapter(m_logs.harness->listener());
-      result->notifyListener(adapter);
+  tellHarness([&](HarnessLog& log) {
+    HarnessResults adapter(log.listener());
+    result->notifyListener(adapter);
+  });
+}
+
+/// That a pair was not run is said once for the report.
+void SuiteRun::tellHarnessWithoutResult(const PairRecord& pair) {
+  if (pair.verdict != Verdict::NotRun) {
+    tellHarness([&](HarnessLog& log) {
+      log.fail(pair.master.empty() ? pair.message
+                                   : pair.master + " -> " + pair.output + ": " + pair.message);
     });
   }
 }
 
-/// Of a pair without a result: that one was not run is said once for the report.
-void SuiteRun::tellHarness(const PairResult& pair) {
-  if (m_testCase != nullptr && pair.record.verdict != Verdict::NotRun) {
-    const std::string place = pair.record.master.empty()
-                                  ? std::string()
-                                  : pair.record.master + " -> " + pair.record.output + ": ";
-    guard(m_isHarnessBroken, "harness log", [&] { m_testCase->fail(place + pair.record.message); });
-  }
-}
-
-void SuiteRun::openTestCase(std::uint32_t task) {
-  if (m_logs.harness != nullptr && m_testCase == nullptr) {
-    m_testCase = std::make_unique<HarnessLog::TestCase>(m_logs.harness, m_reports[task]);
+void SuiteRun::tellHarness(const std::function<void(HarnessLog&)>& tell) {
+  if (m_logs.harness != nullptr) {
+    guard(m_isHarnessBroken, "harness log", [&] { tell(*m_logs.harness); });
   }
 }
 
 void SuiteRun::finished(std::uint32_t task) {
-  openTestCase(task);
+  tellHarness([&](HarnessLog& log) {
+    log.startReport(m_reports[task]);
+    for (const auto& [why, pairs] : m_notRun) {
+      log.fail(notCompared(pairs, why));
+    }
+    if (!m_hasPairs) {
+      log.note("Not verified: no selected format has a master.");
+    }
+    log.endReport();
+  });
   for (const auto& [why, pairs] : m_notRun) {
     m_allNotRun[why] += pairs;
-    if (m_testCase != nullptr) {
-      m_testCase->fail(notCompared(pairs, why));
-    }
-  }
-  if (!m_hasPairs && m_testCase != nullptr) {
-    m_testCase->note("Not verified: no selected format has a master.");
   }
   const std::string stem(stemOf(m_reports[task]));
   if (m_isVerified) {
@@ -180,7 +181,6 @@ void SuiteRun::finished(std::uint32_t task) {
   } else if (m_verifiedStems.count(stem) == 0) {  // else its masters are those of its namesake
     m_totals.unverified.push_back(m_reports[task]);
   }
-  m_testCase.reset();
   m_notRun.clear();
   m_hasPairs = m_isVerified = false;
   ++m_totals.done;

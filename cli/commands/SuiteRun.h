@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -54,9 +53,9 @@ class SuiteRun : private PoolWork {
 
   void deliver(std::uint32_t task, const PairResult& pair);
   void tellLogs(const PairResult& pair);
-  void tellHarness(const PairResult& pair);
+  void tellHarnessWithoutResult(const PairRecord& pair);
   void guard(bool& isBroken, const char* log, const std::function<void()>& tell);
-  void openTestCase(std::uint32_t task);
+  void tellHarness(const std::function<void(HarnessLog&)>& tell);
 
   const std::vector<std::string>& m_reports;
   PairVerifier& m_verifier;
@@ -68,7 +67,6 @@ class SuiteRun : private PoolWork {
   // Of the report whose results are arriving.
   bool m_isVerified = false;
   bool m_hasPairs = false;
-  std::unique_ptr<HarnessLog::TestCase> m_testCase;
   std::map<std::string, std::size_t> m_notRun;  ///< pairs by what is to say of them, of the report
   // Of all reports.
   std::map<std::string, std::size_t> m_allNotRun;

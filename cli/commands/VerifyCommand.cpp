@@ -1,4 +1,6 @@
+#include <exception>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -12,8 +14,8 @@
 #include "cli/commands/RunPlan.h"
 #include "cli/commands/SuiteRun.h"
 #include "cli/suite/FormatSelection.h"
-#include "cli/system/CommandError.h"
 #include "cli/system/Cores.h"
+#include "cli/terminal/ErrorCause.h"
 
 namespace {
 
@@ -28,28 +30,28 @@ void printHint(const RunTotals& totals) {
   }
 }
 
-/// Finishes what a run has written, so that the closing line knows whether all of it is there: what
-/// cannot be finished becomes one of the `problems`.
-void finishFiles(std::optional<SummaryFile>& summary, std::optional<HarnessLog>& harnessLog,
-                 const SuiteRun& run, bool interrupted, std::vector<std::string>& problems) {
+/// Calls `finish`, whose error becomes one of the `problems`.
+void finishOrSayWhy(const std::function<void()>& finish, std::vector<std::string>& problems) {
   try {
-    if (summary && run.isSummaryWhole()) {
-      interrupted ? summary->leaveUnfinished() : summary->finish();
-    }
-  } catch (const CommandError& unwritten) {
-    problems.emplace_back(unwritten.what());
-  }
-  try {
-    if (harnessLog) {
-      harnessLog->finish(interrupted ? std::vector<std::string>{"interrupted"} : problems);
-    }
-  } catch (const CommandError& unwritten) {
-    problems.emplace_back(unwritten.what());
+    finish();
+  } catch (const std::exception& unwritten) {
+    problems.push_back(causeOf(unwritten, Verbosity::Normal));
   }
 }
 
-/// Closes the record, which a run that was stopped leaves incomplete. Raises nothing: what cannot
-/// be written becomes one of the `problems`.
+/// Finishes what a run has written, so that the closing line knows whether all of it is there.
+void finishFiles(std::optional<SummaryFile>& summary, std::optional<HarnessLog>& harnessLog,
+                 const SuiteRun& run, bool interrupted, std::vector<std::string>& problems) {
+  if (summary && run.isSummaryWhole()) {
+    finishOrSayWhy([&] { interrupted ? summary->leaveUnfinished() : summary->finish(); }, problems);
+  }
+  if (harnessLog) {
+    const auto told = interrupted ? std::vector<std::string>{"interrupted"} : problems;
+    finishOrSayWhy([&] { harnessLog->finish(told); }, problems);
+  }
+}
+
+/// Closes the record, which a run that was stopped leaves incomplete.
 void finishRecord(RecordWriter& record, RunRecord header, const RunTotals& totals,
                   std::vector<std::string>& problems) {
   header.end = timeStamp();
@@ -57,11 +59,7 @@ void finishRecord(RecordWriter& record, RunRecord header, const RunTotals& total
   header.notes = problems;
   header.status = exitStatusOf(totals, problems);
   header.complete = !totals.interrupted && totals.incomplete.empty();
-  try {
-    record.finish(header);
-  } catch (const CommandError& unwritten) {
-    problems.emplace_back(unwritten.what());
-  }
+  finishOrSayWhy([&] { record.finish(header); }, problems);
 }
 
 PoolLimits limitsOf(const VerifyOptions& options) {

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <memory>
+#include <new>
 #include <vector>
 
 namespace {
@@ -46,6 +47,9 @@ std::optional<FileContent> hashDescriptor(int descriptor) {
   constexpr std::size_t kBlockSize = 256 * 1024;
   static std::vector<char> block(kBlockSize);
   static const std::unique_ptr<XXH3_state_t, FreeState> state(XXH3_createState());
+  if (state == nullptr) {
+    throw std::bad_alloc();
+  }
   XXH3_128bits_reset(state.get());
   std::uint64_t size = 0;
   for (;;) {

@@ -1,5 +1,6 @@
 #include "cli/record/RecordWriter.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -8,6 +9,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -24,52 +27,62 @@ namespace {
 constexpr const char* kKept = "kept";
 
 /// The bytes of a regular file; nothing when they cannot all be read.
-std::optional<std::string> readBytes(const std::string& path) {
+std::optional<std::string> readBytes(const std::string& path) try {
   std::error_code unknown;
   if (!fs::is_regular_file(path, unknown)) {
     return std::nullopt;
   }
   std::ifstream file(path, std::ios::binary);
   std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  return file.bad() || !file.is_open() ? std::nullopt : std::optional(std::move(bytes));
+  return file.is_open() ? std::optional(std::move(bytes)) : std::nullopt;
+} catch (const std::ios_base::failure&) {  // a stream's buffer raises it whatever the stream says
+  return std::nullopt;
 }
 
 [[noreturn]] void raise(const std::string& folder, const std::string& reason) {
   throw CommandError("the record " + folder + " cannot be written: " + reason);
 }
 
-int lockFolder(const std::string& folder) {
-  const std::string path = folder + '/' + kLockFile;
+int lockFolder(const std::string& folder, const std::string& path) {
   const int lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
   if (lock < 0) {
     raise(folder, std::generic_category().message(errno));
   }
   if (flock(lock, LOCK_EX | LOCK_NB) != 0) {
+    const int error = errno;
     close(lock);
-    raise(folder, "another run is writing there");
+    raise(folder, error == EWOULDBLOCK ? "another run is writing there"
+                                       : std::generic_category().message(error));
   }
   return lock;
 }
 
 /// Raises `CommandError` unless the folder holds nothing but the lock.
 void requireEmpty(const std::string& folder) {
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-    if (entry.path().filename() != kLockFile) {
+  // Not fs::directory_iterator, which ends the program when it lacks memory.
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(folder.c_str()), closedir);
+  errno = entries ? 0 : errno;
+  while (const dirent* const entry = entries ? readdir(entries.get()) : nullptr) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != ".." && name != kLockFile) {
       raise(folder, "the folder is not empty; name a new one, or remove it first");
     }
+  }
+  if (errno != 0) {
+    raise(folder, std::generic_category().message(errno));
   }
 }
 
 }  // namespace
 
 RecordWriter::RecordWriter(std::string folder, const RunRecord& run, const EvidenceLimits& limits)
-    : m_folder(std::move(folder)), m_limits(limits) {
+    : m_folder(std::move(folder)), m_lockPath(m_folder + '/' + kLockFile), m_limits(limits) {
   std::error_code error;
   fs::create_directories(m_folder, error);
   if (error) {
     raise(m_folder, error.message());
   }
-  m_lock = lockFolder(m_folder);
+  m_lock = lockFolder(m_folder, m_lockPath);
   try {
     requireEmpty(m_folder);
     writeRun(run);
@@ -89,8 +102,7 @@ RecordWriter::~RecordWriter() {
 }
 
 void RecordWriter::unlock() {
-  std::error_code ignored;
-  fs::remove(m_folder + '/' + kLockFile, ignored);  // while it is still held
+  unlink(m_lockPath.c_str());  // while it is still held
   close(m_lock);
 }
 
@@ -123,7 +135,7 @@ std::string RecordWriter::keep(const std::string& file, const FileFacts& facts,
   const std::optional<std::string> bytes =
       readBytes(folder.empty() ? file : folder + '/' + facts.hash);
   if (!bytes || contentHash(*bytes) != facts.hash) {
-    return "left out: changed since it was compared";
+    return "left out: changed, or not readable any more, since it was compared";
   }
   const std::string path = m_folder + '/' + kEvidenceFolder + '/' + facts.hash;
   if (const std::error_code error = OrvWholeFile::replace(path, *bytes)) {
@@ -140,7 +152,7 @@ void RecordWriter::finish(RunRecord run) {
   run.totals = m_totals;
   m_pairs.close();
   if (!m_pairs) {
-    raise(m_folder, "it could not be written to its end; is the disk full?");
+    raise(m_folder, "it could not be written completely; is the disk full?");
   }
   writeRun(run);
 }

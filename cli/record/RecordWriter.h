@@ -47,6 +47,7 @@ class RecordWriter {
   void unlock();
 
   const std::string m_folder;
+  const std::string m_lockPath;
   const EvidenceLimits m_limits;
   int m_lock = -1;
   std::ofstream m_pairs;

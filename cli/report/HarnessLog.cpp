@@ -27,55 +27,55 @@ void HarnessLog::start() {
 }
 
 HarnessLog::~HarnessLog() {
-  if (m_isRunning) {
-    endScript();
+  if (!m_isRunning) {
+    return;
   }
-}
-
-void HarnessLog::endScript() {
-  m_isRunning = false;
-  MOXTestHarness::getInstance()->endScript(false);
+  try {
+    finish({"the run ended early, with an error"});
+  } catch (...) {  // NOLINT(bugprone-empty-catch): the log lacks its end, which says enough
+  }
 }
 
 void HarnessLog::finish(const std::vector<std::string>& problems) {
+  m_isRunning = false;
+  endReport();
+  MOXTestHarness& harness = *MOXTestHarness::getInstance();
   if (!problems.empty()) {
-    MOXTestHarness::getInstance()->startTest("(the run)", "What kept it from verifying all");
+    harness.startTest("(the run)", "Problems of the run as a whole");
     for (const std::string& problem : problems) {
-      m_listener.logCheck(printable(problem).c_str(), false);
+      fail(problem);
     }
-    MOXTestHarness::getInstance()->endTest();
+    harness.endTest();
   }
-  endScript();
+  harness.endScript(false);
   if (!MOXTestHarness::isLogComplete()) {
     throw CommandError("the harness log " + m_place.name() +
-                       " could not be written to its end; is the disk full?");
+                       " could not be written completely; is the disk full?");
   }
 }
 
-HarnessLog::TestCase::TestCase(HarnessLog* log, const std::string& report) : m_log(log) {
-  if (m_log != nullptr) {
+void HarnessLog::startReport(const std::string& report) {
+  if (!m_isInReport) {
     // The results table has room for a name, not for a path; that is the description.
     const std::string name = printable(std::filesystem::path(report).stem().string());
     MOXTestHarness::getInstance()->startTest(name.c_str(), printable(report).c_str());
+    m_isInReport = true;
   }
 }
 
-HarnessLog::TestCase::~TestCase() {
-  if (m_log != nullptr) {
+void HarnessLog::fail(const std::string& message) {
+  m_listener.logCheck(printable(message).c_str(), false);
+}
+
+void HarnessLog::note(const char* message) {
+  MOXTestHarness& harness = *MOXTestHarness::getInstance();
+  harness.logMessage((std::string(message) + '\n').c_str(), MOXLogLevel::Concise);
+}
+
+void HarnessLog::endReport() {
+  if (m_isInReport) {
+    m_isInReport = false;
     MOXTestHarness::getInstance()->endTest();
-  }
-}
-
-void HarnessLog::TestCase::fail(const std::string& message) const {
-  if (m_log != nullptr) {
-    m_log->m_listener.logCheck(printable(message).c_str(), false);
-  }
-}
-
-void HarnessLog::TestCase::note(const char* message) const {
-  if (m_log != nullptr) {
-    MOXTestHarness& harness = *MOXTestHarness::getInstance();
-    harness.logMessage((std::string(message) + '\n').c_str(), MOXLogLevel::Concise);
   }
 }
 

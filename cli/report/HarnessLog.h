@@ -17,7 +17,8 @@ class HarnessLog {
   HarnessLog(OutputPlace& place, int level);
   HarnessLog(const HarnessLog&) = delete;
   HarnessLog& operator=(const HarnessLog&) = delete;
-  /// Ends the script if it was started, and `finish` has not.
+  /// Ends the script if it was started and `finish` has not been called, with a failed check: the
+  /// run was cut short by an error.
   ~HarnessLog();
 
   /// Starts the script.
@@ -30,23 +31,17 @@ class HarnessLog {
   /// Hands results to the harness, names as they are.
   OrvDiffListener& listener() { return m_listener; }
 
-  /// A report's test case, from construction to destruction. Does nothing when there is no log.
-  class TestCase {
-   public:
-    TestCase(HarnessLog* log, const std::string& report);
-    TestCase(const TestCase&) = delete;
-    TestCase& operator=(const TestCase&) = delete;
-    ~TestCase();
+  /// Starts the test case of `report`, unless a test case is running.
+  void startReport(const std::string& report);
 
-    /// The verification of the report ended with an error.
-    void fail(const std::string& message) const;
+  /// The verification of the report whose test case is running ended with an error.
+  void fail(const std::string& message);
 
-    /// Something to know about the report, which is no failure.
-    void note(const char* message) const;
+  /// Something to know about the report, which is no failure.
+  void note(const char* message);
 
-   private:
-    HarnessLog* const m_log;
-  };
+  /// Ends the test case that is running, if one is.
+  void endReport();
 
  private:
   class Listener : public OrvDiffMoxLog {
@@ -55,9 +50,8 @@ class HarnessLog {
     MOXTestHarness* getHarness() override { return MOXTestHarness::getInstance(); }
   };
 
-  void endScript();
-
   const OutputPlace& m_place;
   bool m_isRunning = false;
+  bool m_isInReport = false;
   Listener m_listener;
 };

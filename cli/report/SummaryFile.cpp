@@ -71,6 +71,9 @@ void SummaryFile::leaveUnfinished() {
 
 void SummaryFile::deliver() {
   if (isRegularFile(m_place)) {
+    if (!m_stream) {  // it swallows the exception of a buffer that cannot grow
+      throw CommandError("the summary " + m_place->name() + " was not written: out of memory");
+    }
     m_place->write(m_document.str());
     return;
   }
@@ -83,5 +86,5 @@ void SummaryFile::deliver() {
     return;
   }
   throw CommandError("the summary " + (m_place == nullptr ? "-" : m_place->name()) +
-                     " could not be written to its end; is the disk full?");
+                     " could not be written completely; is the disk full?");
 }

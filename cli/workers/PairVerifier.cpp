@@ -194,7 +194,7 @@ void PairVerifier::addFacts(const OrvDiffFileEngine& engine, PairResult& result)
 }
 
 PairResult PairVerifier::describeLost(std::string_view description) {
-  return unpackPair(description);
+  return description.empty() ? PairResult() : unpackPair(description);
 }
 
 std::uint64_t PairVerifier::stepAfter(std::uint64_t step) {

@@ -41,7 +41,8 @@ class PairVerifier {
   /// for worker processes only.
   void verify(std::uint32_t task, std::uint64_t firstStep, WorkerLink& link);
 
-  /// What is known of a pair whose worker died, from the description of the step.
+  /// What is known of a pair whose worker died, from the description of the step. Nothing
+  /// if it died before its first step.
   static PairResult describeLost(std::string_view description);
 
   /// The step after `step`, whose worker died. A format whose masters could not even be listed is

@@ -41,9 +41,9 @@ std::vector<std::pair<pid_t, pid_t>> readProcesses() {
   return processes;
 }
 
-/// Stops every descendant of `root` until a look finds no new one, and returns them.
-std::set<pid_t> stopDescendants(pid_t root) {
-  std::set<pid_t> known = {root};
+/// Stops every descendant of `root` until a look finds no new one, and notes them in `known`.
+void stopDescendants(pid_t root, std::set<pid_t>& known) {
+  known.insert(root);
   bool grew = true;
   while (grew) {
     grew = false;
@@ -54,26 +54,31 @@ std::set<pid_t> stopDescendants(pid_t root) {
       }
     }
   }
-  known.erase(root);
-  return known;
 }
 
-void killAll(const std::set<pid_t>& processes) {
-  for (const pid_t process : processes) {
+/// Kills all descendants of `root`; without memory, those that were found until then.
+void killDescendantsOf(pid_t root) noexcept {
+  std::set<pid_t> known;
+  try {
+    stopDescendants(root, known);
+  } catch (...) {  // NOLINT(bugprone-empty-catch): the process group is left to the caller
+  }
+  known.erase(root);
+  for (const pid_t process : known) {
     kill(process, SIGKILL);
   }
 }
 
 }  // namespace
 
-void killProcessTree(pid_t root) {
+void killProcessTree(pid_t root) noexcept {
   kill(root, SIGSTOP);
-  killAll(stopDescendants(root));
+  killDescendantsOf(root);
   kill(root, SIGKILL);
 }
 
-void killDescendants() {
-  killAll(stopDescendants(getpid()));
+void killDescendants() noexcept {
+  killDescendantsOf(getpid());
 }
 
 void adoptOrphans() {

@@ -6,10 +6,10 @@
 /// can start another or hand a child on to somebody else while the tree is read. What a process
 /// gave away before, by ending after it forked, is found only if `root` adopts orphans
 /// (`adoptOrphans`). The caller still waits for `root`.
-void killProcessTree(pid_t root);
+void killProcessTree(pid_t root) noexcept;
 
 /// Kills everything that this process has started and that still runs.
-void killDescendants();
+void killDescendants() noexcept;
 
 /// Makes this process the parent of its descendants' orphans.
 void adoptOrphans();

@@ -36,7 +36,8 @@ SharedBoard::SharedBoard(std::uint32_t taskCount, std::size_t slotCount) : m_tas
   void* const memory =
       mmap(nullptr, m_size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) {
-    throw std::system_error(errno, std::generic_category(), "memory shared with workers");
+    throw std::system_error(errno, std::generic_category(),
+                            "cannot get memory to share with workers");
   }
   auto* const bytes = static_cast<char*>(memory);
   m_head = reinterpret_cast<Head*>(bytes);

@@ -213,9 +213,10 @@ class WorkerPool::Impl {
 
   /// Starts a worker. Where the system refuses, those that there are do the work alone.
   void start(const std::optional<Resumption>& resumption) {
+    std::list<Worker> fresh(1);  // before the fork: what was started must not be lost
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
-      return refuse("a pipe for a worker process", resumption);
+      return refuse("cannot create a pipe for a worker process", resumption);
     }
     const std::uint32_t id = ++m_lastId;
     const std::size_t slot = m_freeSlots.back();
@@ -237,16 +238,16 @@ class WorkerPool::Impl {
     if (process < 0) {
       close(ends[0]);
       errno = error;
-      return refuse("a worker process", resumption);
+      return refuse("cannot start a worker process", resumption);
     }
     setpgid(process, process);  // whichever of the two comes first
     m_freeSlots.pop_back();
-    Worker worker = {id, slot, process, ends[0], {}};
+    fresh.front() = {id, slot, process, ends[0], {}};
     if (resumption) {
-      worker.task = resumption->task;
-      worker.nextStep = resumption->step;
+      fresh.front().task = resumption->task;
+      fresh.front().nextStep = resumption->step;
     }
-    m_workers.push_back(std::move(worker));
+    m_workers.splice(m_workers.end(), fresh);
   }
 
   void refuse(const char* what, const std::optional<Resumption>& resumption) {
@@ -296,7 +297,11 @@ class WorkerPool::Impl {
         readers.push_back(worker);
       }
     }
-    if (poll(waiting.data(), waiting.size(), kPollMilliseconds) <= 0) {
+    const int ready = poll(waiting.data(), waiting.size(), kPollMilliseconds);
+    if (ready < 0 && errno != EINTR) {
+      raise("cannot wait for worker processes");
+    }
+    if (ready <= 0) {
       return;
     }
     for (std::size_t i = 0; i < waiting.size(); ++i) {
@@ -310,8 +315,11 @@ class WorkerPool::Impl {
   bool readFrom(Worker& worker) {
     char block[kReadSize];
     const ssize_t count = read(worker.pipe, block, sizeof block);
+    if (count < 0 && errno != EINTR) {
+      raise("cannot read from a worker process");
+    }
     if (count <= 0) {
-      return count < 0 && errno == EINTR;
+      return count < 0;
     }
     worker.unread.append(block, static_cast<std::size_t>(count));
     std::string_view rest = worker.unread;

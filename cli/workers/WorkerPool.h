@@ -81,7 +81,7 @@ class WorkerPool {
 
   /// Runs all tasks. Returns early, with false, soon after `isStopWanted` answers true; what had
   /// arrived by then has been delivered, also of tasks behind unfinished ones. Raises
-  /// `std::system_error` when not even one worker can be started.
+  /// `std::system_error` when not even one worker can be started, or workers cannot be heard.
   bool run(const std::function<bool()>& isStopWanted);
 
  private:

@@ -7,9 +7,10 @@
  *                                          first failing call; without ORVDIFF_FAULT, "call KIND
  *                                          PLACE" for each call, PLACE being a hash of its callers
  *
- * Counting starts at main(), not in the loader or in constructors of other libraries. Processes
- * that the program forks share its counters: the N-th call of the whole family fails, and "once"
- * hits one process only, be it parent or worker. Programs that it executes run undisturbed.
+ * Counting starts at main(), not in the loader or in constructors of other libraries. The processes
+ * that the program forks are counted together, as calls "worker-open" and so on, apart from its own
+ * calls: so numbers stay the same however the processes take turns. "Once" hits one process only.
+ * Programs that it executes run undisturbed.
  *
  * Only calls through the dynamic symbol table can be caught:
  * - system calls of the program, its library and libstdc++, whose file streams bypass stdio's
@@ -17,14 +18,15 @@
  * - what stdio does inside libc: at the stdio function, which then behaves as if its system call
  * had failed (sets the error flag, loses the buffered bytes of a stream that fails to close);
  * - allocations: at malloc and its relatives, which operator new, ICU, Xerces and libc all use.
- * Not caught: files that libc reads by itself (time zones, locales), mapped memory, and dup2 onto a
- * standard stream, which cannot run out of anything. */
+ * Not caught: files that libc reads by itself (time zones, locales), and dup2 onto a standard
+ * stream, which cannot run out of anything. */
 #define _GNU_SOURCE
 #include <dirent.h>
 #include <dlfcn.h>
 #include <errno.h>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <stdarg.h>
 #include <stdbool.h>
@@ -33,6 +35,7 @@
 #include <stdio_ext.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
@@ -45,8 +48,11 @@ enum Kind { OPEN, READ, SEEK, WRITE, CLOSE, STAT, NAME, SPAWN, ALLOC, KINDS };
 static const char* const kKindNames[KINDS] = {"open", "read", "seek",  "write", "close",
                                               "stat", "name", "spawn", "alloc"};
 
+static const char kOfWorkers[] = "worker-";
+
 static struct {
   enum Kind kind;
+  bool inWorkers;
   unsigned long at; /* 0: nothing fails */
   int error;
   bool lasts;
@@ -54,7 +60,8 @@ static struct {
 static const char* report;
 static bool armed;           /* main() has started */
 static bool busy;            /* in this file's own calls, which are not counted */
-static unsigned long* calls; /* by kind, in memory shared with forked processes */
+static bool isWorker;        /* a process that the program has forked */
+static unsigned long* calls; /* by kind, then those of workers, in memory that processes share */
 static unsigned long number; /* of the call that was counted last */
 
 /* By raw system calls, so that reporting does not disturb the counts. */
@@ -73,7 +80,7 @@ static bool isOurs(const Dl_info* module) {
 
 /* The innermost callers that belong to this project. */
 static void reportFailure(void) {
-  enum { kDepth = 96, kMost = 8 };
+  enum { kDepth = 96, kMost = 16 };
   void* stack[kDepth];
   char line[4096];
   appendToReport("hit\n", 4);
@@ -98,7 +105,8 @@ static void reportCall(enum Kind kind) {
   for (int i = 0; i < depth; ++i) {
     place = place * 1000003 + (size_t)stack[i];
   }
-  appendToReport(line, snprintf(line, sizeof line, "call %s %zx\n", kKindNames[kind], place));
+  appendToReport(line, snprintf(line, sizeof line, "call %s%s %zx\n", isWorker ? kOfWorkers : "",
+                                kKindNames[kind], place));
 }
 
 /* Counts a call and decides whether it fails; errno then says why. */
@@ -106,15 +114,16 @@ static bool fails(enum Kind kind) {
   if (!armed || busy) {
     return false;
   }
-  number = __atomic_add_fetch(&calls[kind], 1, __ATOMIC_RELAXED);
-  if (plan.at == 0 || (kind == plan.kind && number == plan.at)) {
+  number = __atomic_add_fetch(&calls[kind + (isWorker ? KINDS : 0)], 1, __ATOMIC_RELAXED);
+  const bool isPlanned = kind == plan.kind && isWorker == plan.inWorkers;
+  if (plan.at == 0 || (isPlanned && number == plan.at)) {
     busy = true;
     plan.at == 0 ? reportCall(kind) : reportFailure();
     busy = false;
   }
   /* A full disk takes part of the first write and nothing of the next. */
   const unsigned long last = plan.at + (kind == WRITE && plan.error == ENOSPC ? 1 : 0);
-  if (kind != plan.kind || plan.at == 0 || number < plan.at || (number > last && !plan.lasts)) {
+  if (!isPlanned || plan.at == 0 || number < plan.at || (number > last && !plan.lasts)) {
     return false;
   }
   errno = plan.error;
@@ -202,6 +211,16 @@ OPENING(open64, (const char* path, int flags, ...), path, flags)
 OPENING(openat, (int at, const char* path, int flags, ...), at, path, flags)
 SIMPLE(OPEN, int, -1, mkostemp, (char* name, int flags), (name, flags))
 SIMPLE(OPEN, int, -1, dup, (int file), (file))
+SIMPLE(OPEN, int, -1, memfd_create, (const char* name, unsigned flags), (name, flags))
+SIMPLE(OPEN, int, -1, flock, (int file, int operation), (file, operation))
+int fcntl(int file, int command, ...) {
+  REAL(fcntl)
+  va_list more;
+  va_start(more, command);
+  void* const argument = va_arg(more, void*);
+  va_end(more);
+  return command == F_DUPFD_CLOEXEC && fails(OPEN) ? -1 : real(file, command, argument);
+}
 SIMPLE(OPEN, int, -1, pipe, (int ends[2]), (ends))
 SIMPLE(OPEN, int, -1, pipe2, (int ends[2], int flags), (ends, flags))
 TWINS(OPEN, FILE*, NULL, fopen, (const char* path, const char* mode), (path, mode))
@@ -275,7 +294,14 @@ int posix_spawn(pid_t* child, const char* path, const posix_spawn_file_actions_t
   REAL(posix_spawn)
   return fails(SPAWN) ? errno : real(child, path, actions, attributes, arguments, environ);
 }
-SIMPLE(SPAWN, pid_t, -1, fork, (void), ())
+pid_t fork(void) {
+  REAL(fork)
+  if (fails(SPAWN)) { return -1; }
+  const pid_t process = real();
+  isWorker = isWorker || process == 0;
+  return process;
+}
+SIMPLE(SPAWN, int, -1, poll, (struct pollfd* files, nfds_t count, int timeout), (files, count, timeout))
 SIMPLE(SPAWN, pid_t, -1, waitpid, (pid_t child, int* status, int options), (child, status, options))
 
 /* glibc's own names, because looking up the others would allocate. */
@@ -286,18 +312,22 @@ void* __libc_memalign(size_t alignment, size_t size);
 void* malloc(size_t size) { return fails(ALLOC) ? NULL : __libc_malloc(size); }
 void* calloc(size_t count, size_t size) { return fails(ALLOC) ? NULL : __libc_calloc(count, size); }
 void* realloc(void* block, size_t size) { return fails(ALLOC) ? NULL : __libc_realloc(block, size); }
+SIMPLE(ALLOC, void*, MAP_FAILED, mmap, (void* at, size_t size, int access, int flags, int file, off_t from), (at, size, access, flags, file, from))
 void* aligned_alloc(size_t alignment, size_t size) {
   return fails(ALLOC) ? NULL : __libc_memalign(alignment, size);
 }
 /* clang-format on */
 
 static void readPlan(const char* text) {
-  char kind[16];
+  char name[16];
   char how[16];
-  if (sscanf(text, "%15[a-z]:%lu:%d:%15s", kind, &plan.at, &plan.error, how) != 4) {
+  if (sscanf(text, "%15[a-z-]:%lu:%d:%15s", name, &plan.at, &plan.error, how) != 4) {
     abort(); /* a run without its fault must not count as one that survived it */
   }
   plan.lasts = strcmp(how, "lasts") == 0;
+  const size_t prefix = strlen(kOfWorkers);
+  plan.inWorkers = strncmp(name, kOfWorkers, prefix) == 0;
+  const char* const kind = plan.inWorkers ? name + prefix : name;
   while (strcmp(kKindNames[plan.kind], kind) != 0) {
     if (++plan.kind == KINDS) {
       abort();
@@ -306,8 +336,8 @@ static void readPlan(const char* text) {
 }
 
 __attribute__((constructor)) static void prepare(void) {
-  calls =
-      mmap(NULL, KINDS * sizeof *calls, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  calls = mmap(NULL, 2 * KINDS * sizeof *calls, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
+               -1, 0);
   const char* const wanted = getenv("ORVDIFF_FAULT");
   if (wanted != NULL) {
     readPlan(wanted);

@@ -1,15 +1,19 @@
 """What a run with an injected fault may end with, compared with the same run undisturbed."""
 
 import dataclasses
+import json
 import re
 import xml.etree.ElementTree
 
 SUMMARY = "server/summary.xml"
 HARNESS_LOG = "server/harness.log"
 TIMES = re.compile(rb"(?m)^(=\s+Test (?:Started|Finished): ).*$")
-VERDICT = re.compile(
-    r"(?m)^(passed|partly|differs|missing|failed|crashed):? +(?:(\S+) -> )?(\S+)$")
-ERROR = re.compile(r"(?m)^error +\S+ \(\S+\): (.+)$")
+RECORD = "server/record/"
+COMPARED = ("passed", "partly", "differs", "missing", "failed")
+NOT_COMPARED = ("error", "crashed")
+VERDICT = re.compile(rf"(?m)^({'|'.join(COMPARED + NOT_COMPARED)}) +(?:(\S+) -> )?(\S+)$")
+# A format whose masters could not be listed, or a report whose workers all died before a pair.
+UNLISTED = re.compile(rf"(?m)^(?:{'|'.join(NOT_COMPARED)}) +\S+(?: \(\S+\)$|\n +the process)")
 NORMALIZED = re.compile(r"server(/.*)\.(normalized_\w+)")
 
 # These say nothing about the file: it must not be called missing.
@@ -19,17 +23,12 @@ SHORTAGES = ("ENOMEM", "EMFILE", "ENFILE")
 # Caller.cpp:34"), and why. All patterns must match.
 TOLERATED = [(re.compile(what), re.compile(call), re.compile(where), reason)
              for what, call, where, reason in (
-    ("dies by signal 11", "alloc:", "OrvDiffNormalizationPattern",
-     "ICU 72: RegexPattern::zap() walks the sets that could not be allocated"),
-    ("says 'failed' .* ends with 1", "alloc:", "Xml",
+    ("says 'failed' .* ends with 1", "worker-alloc:", "Xml",
      "documented: a parse that runs out of memory fails the document without a word"),
-    # To be fixed in the program; delete the row with the fault.
-    ("looks whole and lacks", "alloc:", "",
-     "a listener that throws keeps the others from being notified (PairFilter)"),
-    ("half a summary without status 2", "alloc:", "OrvDiffStreamLog",
-     "SummaryFile::deliver does not ask m_stream, which swallows bad_alloc"),
-    ("dies by signal 6", "alloc:lasts", "",
-     "the destructors of HarnessLog and its TestCase throw (cli/report)"),
+    ("dies by signal 6", "alloc:", "(PairJson|JsonText|RunRecord).cpp",
+     "nlohmann-json 3.11 allocates in its destructors"),
+    ("no word why", "alloc:", r"^main.cpp:\d+ < main.cpp:\d+$",
+     "libstdc++: the standard streams' buffers; without them there is nothing to say it with"),
 )]
 
 
@@ -45,8 +44,10 @@ class Outcome:
         found = VERDICT.findall(self.out)
         self.verdicts = {actual: verdict for verdict, _, actual in found}
         self.masters = {actual: master or actual for _, master, actual in found}
-        self.errors = ERROR.findall(self.out)
-        self.files = {path: TIMES.sub(rb"\1", content) for path, content in self.files.items()}
+        self.record = {path[len(RECORD):]: content for path, content in self.files.items()
+                       if path.startswith(RECORD)}
+        self.files = {path: TIMES.sub(rb"\1", content) for path, content in self.files.items()
+                      if not path.startswith(RECORD)}
 
 
 def toleration(what, call, where):
@@ -55,19 +56,23 @@ def toleration(what, call, where):
                  if whats.search(what) and calls.match(call) and wheres.search(where)), None)
 
 
-def faults_of(run, undisturbed, error, call):
-    """What is wrong with a run in which a call failed with this error, as a list."""
+def faults_of(run, undisturbed, fault):
+    """What is wrong with a run in which a call failed, as a list."""
     if run.status is None:
         return ["does not end"]
     if run.status < 0:
         return [f"dies by signal {-run.status}"]
     if run.status not in (0, 1, 2):
         return [f"ends with the undocumented status {run.status}"]
-    found = faults_of_verdicts(run, undisturbed, error)
-    found += faults_of_files(run, undisturbed, call)
+    found = faults_of_verdicts(run, undisturbed, fault.error)
+    if fault.call.startswith("worker-"):
+        found += faults_of_survivors(run, undisturbed, fault.span)
+    found += faults_of_files(run, undisturbed, fault.call)
+    found += faults_of_record(run, undisturbed, fault.call)
     if run.status < undisturbed.status:
         found.append(f"ends with status {run.status} instead of {undisturbed.status}")
-    if run.status == 2 and not run.err.strip() and "error " not in run.out and call != "write":
+    if run.status == 2 and not run.err.strip() and not is_explained_in(run.out) and \
+            fault.call != "write":
         found.append("ends with status 2 and no word why")
     return sorted(set(found))
 
@@ -84,18 +89,31 @@ def faults_of_verdicts(run, undisturbed, error):
             found.append("WRONG PASS")
         elif verdict == "missing" and error in SHORTAGES:
             found.append(f"calls a file missing because of {error}")
-        elif run.status != 2 and not is_explained(verdict, run, error):
+        elif run.status != 2 and not is_of_unreadable(verdict, run, error):
             found.append(f"says '{verdict}' instead of '{wanted}' and ends with {run.status}")
     if run.status != 2 and run.verdicts.keys() - undisturbed.verdicts.keys():
         found.append("names what it cannot have compared")
     return found
 
 
-def is_explained(verdict, run, error):
-    """Whether a verdict is the documented one for a process that died (a worker of the program; the
-    rest of its pairs must keep their verdicts), or for a file that cannot be read."""
-    if verdict == "crashed":
-        return run.status == 1
+def is_explained_in(out):
+    """Whether what was not compared is there with a reason."""
+    return re.search(rf"(?m)^(?:{'|'.join(NOT_COMPARED)}) .*\n +\S", out) is not None
+
+
+def faults_of_survivors(run, undisturbed, span):
+    """When a worker dies, or cannot go on with a pair, the program and all other pairs do."""
+    unlisted = len(UNLISTED.findall(run.out))
+    missed = [actual for actual in undisturbed.verdicts if actual not in run.verdicts]
+    found = ["a worker's trouble loses pairs"] * (len(missed) > 0 and unlisted == 0)
+    lost = [actual for actual in undisturbed.verdicts if run.verdicts.get(actual) in NOT_COMPARED]
+    if span == "once" and len(lost) + unlisted > 1:
+        found.append("one fault in a worker costs several pairs")
+    return found
+
+
+def is_of_unreadable(verdict, run, error):
+    """Whether a verdict is the documented one for a file that cannot be read."""
     lacks_schema = verdict == "failed" and "layoutDataXMLV3.xsd cannot be used" in run.out
     return run.status == 1 and error not in SHORTAGES and (verdict == "missing" or lacks_schema)
 
@@ -132,8 +150,46 @@ def faults_of_file(path, content, run, known):
     is_whole, lacks = CHECKS[path]
     if not is_whole(content):
         return [] if run.status == 2 else [f"leaves half a {kind} without status 2"]
-    printed = run.verdicts.keys() & known
+    printed = {actual for actual in run.verdicts.keys() & known
+               if path != SUMMARY or run.verdicts[actual] in COMPARED}
     return [f"leaves a {kind} that looks whole and lacks verdicts"] * lacks(content, run, printed)
+
+
+def faults_of_record(run, undisturbed, call):
+    """A complete record holds all that was printed, and the bytes of all files that it says it
+    keeps."""
+    kept = {f"evidence/{name}" for name in kept_by(run)}
+    if run.record.keys() - {"run.json", "pairs.jsonl"} - kept and run.status != 2 and call != "name":
+        return ["leaves in the record what it does not name"]
+    try:
+        header = json.loads(run.record["run.json"])
+    except KeyError:
+        return ["leaves no record"] * (run.status != 2)
+    except ValueError:
+        return ["leaves half a run.json"]
+    if not header["complete"]:
+        return ["leaves an incomplete record"] * (run.status != 2)
+    pairs = pairs_of(run)
+    recorded = {pair["output"]: pair["verdict"] for pair in pairs if pair["master"]}
+    found = []
+    if len(pairs) != header["pairs"] or header["status"] < undisturbed.status or any(
+            recorded.get(actual) != run.verdicts[actual]
+            for actual in run.verdicts.keys() & undisturbed.verdicts.keys()):
+        found.append("leaves a record that says it is complete and lacks verdicts")
+    if not kept <= run.record.keys():
+        found.append("leaves a record that lacks files which it says it keeps")
+    return found
+
+
+def pairs_of(run):
+    """The pairs of a record; the last line may have been cut off."""
+    lines = run.record.get("pairs.jsonl", b"").split(b"\n")
+    return [json.loads(line) for line in lines[:-1]]
+
+
+def kept_by(run):
+    return {facts["hash"] for pair in pairs_of(run)
+            for facts in (pair["masterFile"], pair["outputFile"]) if facts.get("evidence") == "kept"}
 
 
 def is_whole_summary(content):
@@ -154,9 +210,8 @@ def is_whole_log(content):
 
 
 def log_lacks(content, run, printed):
-    """A log that reports an error may lack what came after it. For a pair with a missing file it
-    names that file only."""
-    if any(error.encode() in content for error in run.errors):
+    """A log may say that it is not whole. For a pair with a missing file it names that file only."""
+    if b"FAILED: the run ended early" in content or b"misses results" in content:
         return False
     return not all(actual.encode() in content or run.masters[actual].encode() in content
                    for actual in printed)

@@ -28,6 +28,7 @@ ERRORS = {
     "write": ("ENOSPC", "EIO"), "close": ("EIO", "ENOSPC"), "stat": ("EIO", "ENOMEM"),
     "name": ("EIO", "ENOSPC"), "spawn": ("ENOMEM",), "alloc": ("ENOMEM",),
 }
+ERRORS.update({f"worker-{call}": errors for call, errors in ERRORS.items()})
 SPANS = ("once", "lasts")
 SUITES = ("same", "other")
 LIMIT = 30  # seconds for one run
@@ -44,8 +45,10 @@ class Bench:
         self.root = pathlib.Path(root)
         self.suites = suites.Suites(self.root / "suites", formats)
         self.report = self.root / "report"
-        self.command = [self.program, "verify", "-v", "--summary", "../summary.xml",
-                        "--harness-log", "../harness.log", "--save-normalized", *suites.OPTIONS]
+        # One worker at a time: with more, which of them makes the N-th call is a matter of luck.
+        self.command = [self.program, "verify", "-v", "-j", "1", "--summary", "../summary.xml",
+                        "--harness-log", "../harness.log", "--record", "../record",
+                        "--save-normalized", *suites.OPTIONS]
 
     def run(self, suite, fault=None):
         """Returns the outcome and the lines of the injector's report."""
@@ -82,7 +85,8 @@ def undisturbed_run(bench, suite, formats):
     if (outcome.status, set(outcome.verdicts.values())) != wanted:
         sys.exit(f"the suite '{suite}' is not as it should be:\n{outcome.out}{outcome.err}")
     if len(outcome.verdicts) < len(formats) or not all(
-            places[call] for call in ("open", "read", "write", "close", "stat", "alloc")):
+            places[call] for call in ("read", "write", "spawn", "alloc", "worker-open", "worker-read",
+                                      "worker-write", "worker-close", "worker-stat")):
         sys.exit(f"the suite '{suite}' lacks formats, or calls are not caught")
     return outcome, places
 
@@ -152,7 +156,7 @@ class Findings:
         self.runs += 1
         self.idle += not report
         for what in faults:
-            self._groups[what, fault.call, callers(report)[:4]].append(fault)
+            self._groups[what, fault.call, callers(report)].append(fault)
 
     def print(self):
         """Shows them all; True when there are any that are not tolerated."""
@@ -190,7 +194,7 @@ def inject(faults, benches, undisturbed, findings):
             outcome, report = bench.run(fault.suite, fault)
         finally:
             free.put(bench)
-        wrong = judging.faults_of(outcome, undisturbed[fault.suite], fault.error, fault.call)
+        wrong = judging.faults_of(outcome, undisturbed[fault.suite], fault)
         return fault, wrong, report
 
     with concurrent.futures.ThreadPoolExecutor(len(benches)) as pool:
@@ -211,7 +215,7 @@ def show(bench, fault, undisturbed):
             print(f"--- no {path}")
         elif content != undisturbed.files.get(path):
             print(f"--- {path}, which differs from the undisturbed run's:\n{content.decode(errors='replace')}")
-    wrong = judging.faults_of(outcome, undisturbed, fault.error, fault.call)
+    wrong = judging.faults_of(outcome, undisturbed, fault)
     print(f"status {outcome.status}; {'; '.join(wrong) or 'nothing wrong'}")
     return 1 if wrong else 0
 

@@ -3,6 +3,7 @@ differs."""
 
 import os
 import re
+import shutil
 import subprocess
 
 LAYOUT_NAMESPACE = "urn:test:layout"
@@ -102,4 +103,5 @@ class Suites:
         for path in self.present() - self.files:
             new[path] = (self.root / path).read_bytes()
             (self.root / path).unlink()
+        shutil.rmtree(self.root / "server/record", ignore_errors=True)
         return new
