@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "cli/suite/Shard.h"
+#include "cli/system/ExitStatus.h"
 
 namespace {
 
@@ -60,5 +61,6 @@ RunRecord startedRun(const VerifyOptions& options, const RunPlan& plan) {
   run.suite = suiteHash(plan.found, options.formats);
   run.reports = plan.reports.size();
   run.mayBeEmpty = options.allowNone;
+  run.status = kExitTrouble;  // until it has ended
   return run;
 }

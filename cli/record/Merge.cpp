@@ -76,7 +76,9 @@ RunRecord joinRuns(const Sources& sources, bool mustBeWhole) {
     merged.end = std::max(merged.end, run.end);
     merged.complete = merged.complete && run.complete;
     merged.reports += run.reports;
-    merged.status = std::max(merged.status, run.status);
+    // A run that was killed has not written how it ended, and never a pass.
+    const int leastStatus = run.complete ? kExitPassed : kExitTrouble;
+    merged.status = std::max({merged.status, run.status, leastStatus});
     merged.unverified.insert(merged.unverified.end(), run.unverified.begin(), run.unverified.end());
     merged.notes.insert(merged.notes.end(), run.notes.begin(), run.notes.end());
   }
@@ -132,6 +134,5 @@ RunRecord mergeRecords(const std::vector<std::string>& folders, const std::strin
     first.pair = first.reader.next();
     enqueue(first);
   }
-  writer.finish(merged);
-  return merged;
+  return writer.finish(merged);
 }

@@ -1,5 +1,6 @@
 #include "cli/record/PairJson.h"
 
+#include <cmath>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
@@ -35,6 +36,12 @@ FileFacts factsFrom(const ordered_json& json) {
   facts.normalizedHash = json.value("normalizedHash", "");
   facts.evidence = json.value("evidence", "");
   return facts;
+}
+
+/// Seconds without the digits that no clock stands for.
+double inMicroseconds(double seconds) {
+  constexpr double kPerSecond = 1e6;
+  return std::round(seconds * kPerSecond) / kPerSecond;
 }
 
 ordered_json excerptJson(const Excerpt& excerpt) {
@@ -85,8 +92,8 @@ std::string toJsonLine(const PairRecord& record) {
     json["masterExcerpt"] = excerptJson(*record.masterExcerpt);
     json["outputExcerpt"] = excerptJson(*record.outputExcerpt);
   }
-  json["seconds"] = record.seconds;
-  json["cpuSeconds"] = record.cpuSeconds;
+  json["seconds"] = inMicroseconds(record.seconds);
+  json["cpuSeconds"] = inMicroseconds(record.cpuSeconds);
   json["masterFile"] = factsJson(record.masterFile);
   json["outputFile"] = factsJson(record.outputFile);
   if (!record.rules.empty()) {

@@ -147,7 +147,7 @@ std::string RecordWriter::keep(const std::string& file, const FileFacts& facts,
   return kKept;
 }
 
-void RecordWriter::finish(RunRecord run) {
+RunRecord RecordWriter::finish(RunRecord run) {
   run.pairs = m_pairCount;
   run.totals = m_totals;
   m_pairs.close();
@@ -155,6 +155,7 @@ void RecordWriter::finish(RunRecord run) {
     raise(m_folder, "it could not be written completely; is the disk full?");
   }
   writeRun(run);
+  return run;
 }
 
 void RecordWriter::writeRun(const RunRecord& run) {

@@ -37,9 +37,10 @@ class RecordWriter {
   /// are no longer what was compared are left out, and the record says so.
   void add(PairRecord pair, const std::string& evidenceFolder = {});
 
-  /// Writes run.json as it is at the end. Raises `CommandError` when any part of the record could
-  /// not be written; the record then stays incomplete.
-  void finish(RunRecord run);
+  /// Writes run.json as it is at the end, and returns it with the pairs counted. Raises
+  /// `CommandError` when any part of the record could not be written; the record then stays
+  /// incomplete.
+  RunRecord finish(RunRecord run);
 
  private:
   std::string keep(const std::string& file, const FileFacts& facts, const std::string& folder);
