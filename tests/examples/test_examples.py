@@ -67,7 +67,3 @@ class Examples(unittest.TestCase):
         self.assertEqual([[name, re.sub("^--.*", "given by the host", folder.strip("`")), *more]
                           for name, folder, *more in rows],
                          [re.split("  +", line) for line in listed])
-
-
-if __name__ == "__main__":
-    unittest.main()
