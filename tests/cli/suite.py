@@ -19,7 +19,7 @@ class Run:
         self.err = err.decode("utf-8")
 
     def lines(self, *verdicts):
-        """The lines that start with one of these words."""
+        """The lines that start with one of these verdicts."""
         return [line for line in self.out.splitlines() if line.split(" ")[0] in verdicts]
 
 
@@ -32,6 +32,7 @@ class SuiteTest(unittest.TestCase):
         self.addCleanup(shutil.rmtree, root)
         root.chmod(0o755)
         self.server = root / "server"
+        self.work, self.outputs = self.server / "work", self.server / "webcontent/bi/v5DebugHTML"
         self.scripts = root / "src/vask/testdata/Scripts"
         for folder in ("work", "suite/Masters", "webcontent/bi/v5DebugHTML"):
             (self.server / folder).mkdir(parents=True)
@@ -51,21 +52,18 @@ class SuiteTest(unittest.TestCase):
     def report(self, name, master=None, actual=None, folder="suite", xls=False):
         """A report; with a master and an output, unless they are None, as a page of HTML, or as a
         spreadsheet in HTML, which keeps its lines when it is normalised."""
-        name = os.fsencode(name)
-        folder = os.fsencode(folder)
-        self.write(folder + b"/" + name + b".xml", "a report")
+        name = os.fsdecode(name)
+        self.write(f"{folder}/{name}.xml", "a report")
         if master is not None:
-            self.write(folder + (b"/Masters/XLS/" if xls else b"/Masters/") + name + b".html",
-                       master)
+            self.write(f"{folder}/Masters/{'XLS/' if xls else ''}{name}.html", master)
         if actual is not None:
-            self.write(b"webcontent/bi/v5Debug" + (b"XLS/" if xls else b"HTML/") + name + b".html",
-                       actual)
+            self.write(f"webcontent/bi/v5Debug{'XLS' if xls else 'HTML'}/{name}.html", actual)
 
-    def pair(self, report, folder, output_folder, name, master, actual):
+    def pair(self, report, folder, name, master="x", actual="x"):
         """A report and a pair of files of another format."""
         self.write(f"suite/{report}.xml", "a report")
         self.write(f"suite/Masters/{folder}/{name}", master)
-        self.write(f"webcontent/bi/{output_folder}/{name}", actual)
+        self.write(f"webcontent/bi/v5Debug{folder.replace('vmd', 'VMD')}/{name}", actual)
 
     def interpreter(self, commands):
         """Has `python` run shell commands instead of a comparison script; returns the PATH."""
@@ -75,7 +73,7 @@ class SuiteTest(unittest.TestCase):
 
     def popen(self, *arguments, **options):
         options = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options}
-        return subprocess.Popen([PROGRAM, *arguments], cwd=self.server / "work", **options)
+        return subprocess.Popen([PROGRAM, *arguments], cwd=self.work, **options)
 
     def finished(self, process):
         with process:
@@ -98,3 +96,19 @@ class SuiteTest(unittest.TestCase):
 
     def verify(self, *arguments, locations=("../suite",), **environment):
         return self.run_program("verify", *arguments, *locations, **environment)
+
+    def harness_log(self, name="h.mxr"):
+        return (self.work / name).read_bytes().decode()
+
+    def expect(self, run, status, *texts, err="", out=None):
+        """Checks the exit status, texts in standard output, and all of standard error, of which
+        "..." leaves out the rest; all of standard output too if `out` is given."""
+        self.assertEqual(run.status, status, run.out + run.err)
+        if err.endswith("..."):
+            self.assertIn(err[:-3], run.err)
+        else:
+            self.assertEqual(run.err, err)
+        for text in texts:
+            self.assertIn(text, run.out)
+        if out is not None:
+            self.assertEqual(run.out, out)

@@ -8,7 +8,6 @@ import signal
 import subprocess
 import sys
 import time
-import unittest
 
 from running import DATA, DIFFERENT, EQUAL, SCRIPTS, TROUBLE, ScriptTest
 
@@ -19,66 +18,57 @@ class DiffPdfTest(ScriptTest):
     script = SCRIPTS / "diffpdf/diffPdfFiles.py"
 
     def test_verdicts(self):
-        rows = [
-            # options, master, actual, exit status, words of the output
-            ([], "cairo_report", "cairo_redated", EQUAL, ""),
+        report = "cairo_report"
+        rows = [  # options, master, actual, exit status, words of the output
+            ([], report, "cairo_redated", EQUAL, ""),
             ([], "writer_report", "writer_redated", EQUAL, ""),
             ([], "writer_report", "qpdf_restricted", EQUAL, ""),
             ([], "writer_report", "qpdf_compact", EQUAL, ""),
-            ([], "cairo_report", "cairo_longer", DIFFERENT, "pages\n  master: 2\n  actual: 3\n"),
-            ([], "cairo_report", "cairo_reworded", DIFFERENT,
+            ([], report, "cairo_longer", DIFFERENT, "pages\n  master: 2\n  actual: 3\n"),
+            ([], report, "cairo_reworded", DIFFERENT,
              "text, page 2, line 1\n  master: Revenue by quarter\n  actual: Revenue per quarter"),
-            ([], "writer_report", "writer_amount", DIFFERENT,
-             "actual: ...urope 615.25 648.00 702.05 688.25"),
-            ([], "cairo_report", "cairo_taller_bar", DIFFERENT,
+            ([], "writer_report", "writer_amount", DIFFERENT, "...urope 615.25 648.00 702.05"),
+            ([], report, "cairo_taller_bar", DIFFERENT,
              "picture, page 2, 240 pixels within x 300 to 359, y 184 to 187"),
-            ([], "cairo_report", "cairo_landscape", DIFFERENT, "picture, page 1, size"),
-            (["--tolerance", "3"], "cairo_report", "cairo_recoloured", EQUAL, ""),
-            (["--tolerance", "2"], "cairo_report", "cairo_recoloured", DIFFERENT,
-             "master: #336699 at x"),
-            (["--dpi", "36"], "cairo_report", "cairo_taller_bar", DIFFERENT, "at 36 dpi"),
-            ([], "cairo_printed_monday", "cairo_printed_friday", DIFFERENT,
-             "actual: Page 1, printed on Friday 07 March 2025"),
+            ([], report, "cairo_landscape", DIFFERENT, "picture, page 1, size"),
+            (["--tolerance", "3"], report, "cairo_recoloured", EQUAL, ""),
+            (["--tolerance", "2"], report, "cairo_recoloured", DIFFERENT, "master: #336699 at x"),
+            (["--dpi", "36"], report, "cairo_taller_bar", DIFFERENT, "at 36 dpi"),
             (["--ignore-text", "printed on .*", "--dpi", "150"], "cairo_printed_monday",
              "cairo_printed_friday", EQUAL, ""),
-            (["--ignore-text", "Revenue.*"], "cairo_report", "cairo_taller_bar", DIFFERENT,
+            (["--ignore-text", "Revenue.*"], report, "cairo_taller_bar", DIFFERENT,
              "picture, page 2, 240 pixels"),
-            ([], "cairo_report", "qpdf_locked", TROUBLE, "locked with a password"),
-            ([], "cairo_report", "absent", TROUBLE, "No such file"),
-            (["--dpi", "0"], "cairo_report", "cairo_report", TROUBLE, "not within 10 and 600"),
-            (["--ignore-text", "("], "cairo_report", "cairo_report", TROUBLE, "regular expression"),
-            (["--tolerence", "1"], "cairo_report", "cairo_report", TROUBLE, "--tolerence"),
-        ]
-        usage = "usage: diffPdfFiles.py [options] MASTER ACTUAL"
+            ([], report, "qpdf_locked", TROUBLE, "locked with a password"),
+            ([], report, "absent", TROUBLE, "No such file"),
+            (["--dpi", "0"], report, report, TROUBLE, "not within 10 and 600"),
+            (["--ignore-text", "("], report, report, TROUBLE, "regular expression"),
+            (["--tolerence", "1"], report, report, TROUBLE, "--tolerence")]
         self.check_all([
-            (["--help"], EQUAL, usage), (["--help"], EQUAL, "never (default: 60)"),
-            (["one.pdf"], TROUBLE, usage),
+            (["--help"], EQUAL, "never (default: 60)"),
+            (["one.pdf"], TROUBLE, "usage: diffPdfFiles.py [options] MASTER ACTUAL"),
             *(([*options, PDF / f"{master}.pdf", PDF / f"{actual}.pdf"], status, words)
               for options, master, actual, status, words in rows)])
 
     def test_damaged_files(self):
         whole = (PDF / "cairo_report.pdf").read_bytes()
         table = whole.rindex(b"startxref")
-        rows = {
-            "end cut off": (whole[:-30], TROUBLE, "repaired"),
-            "half a file": (whole[:len(whole) // 2], TROUBLE, "poppler cannot read"),
-            "nothing": (b"", TROUBLE, "not a PDF"),
-            "no startxref": (whole[:table] + whole[table + 10:], TROUBLE, "(no startxref)"),
-            "no table": (whole[:table] + b"startxref\n12\n%%EOF\n", TROUBLE, "at offset 12"),
-            "earlier table": (whole.replace(b"/Size", b"/Prev 33 /Size"), TROUBLE, "at offset 33"),
-            "too short a table": (whole.replace(b"xref\n0 18", b"xref\n0 19"), TROUBLE, "repaired"),
-            "object elsewhere": (whole.replace(b"0000009173", b"0000000000"), TROUBLE,
-                                 "table misses an object"),
-            "syntax error": (whole.replace(b"(Revenue)", b">Revenue)"), DIFFERENT,
-                             "structure\n  master: sound\n  actual: Syntax Error"),
-            "lines before and after": (b"From: server\n\n" + whole + b"\n" * 2000, EQUAL, ""),
-        }
+        rows = [
+            (whole[:-30], TROUBLE, "repaired"), (b"", TROUBLE, "not a PDF"),
+            (whole[:len(whole) // 2], TROUBLE, "poppler cannot read"),
+            (whole[:table] + whole[table + 10:], TROUBLE, "(no startxref)"),
+            (whole[:table] + b"startxref\n12\n%%EOF\n", TROUBLE, "at offset 12"),
+            (whole.replace(b"/Size", b"/Prev 33 /Size"), TROUBLE, "at offset 33"),
+            (whole.replace(b"xref\n0 18", b"xref\n0 19"), TROUBLE, "repaired"),
+            (whole.replace(b"0000009173", b"0000000000"), TROUBLE, "table misses an object"),
+            (whole.replace(b"(Revenue)", b">Revenue)"), DIFFERENT,
+             "structure\n  master: sound\n  actual: Syntax Error"),
+            (b"From: server\n\n" + whole + b"\n" * 2000, EQUAL, "")]
         os.mkfifo(self.folder / "pipe")
         self.check_all([
             ([self.put("a", b"text"), self.put("b", b"text")], TROUBLE, "not a PDF"),
             ([PDF / "cairo_report.pdf", "pipe"], TROUBLE, "not a regular file"),
-            *(([PDF / "cairo_report.pdf", self.put(name, content)], status, words)
-              for name, (content, status, words) in rows.items())])
+            *(([PDF / "cairo_report.pdf", self.put(f"{number}.pdf", content)], status, words)
+              for number, (content, status, words) in enumerate(rows))])
 
     def test_awkward_names(self):
         (self.folder / "fd:").mkdir()
@@ -104,15 +94,12 @@ class DiffPdfTest(ScriptTest):
         self.fail(f"process {process} still runs")
 
     def test_failing_poppler(self):
-        rows = [
-            # program that is replaced, what it does, words of the output
-            ("pdfinfo", "sleep 50 & echo $! >>children; wait", "gave up after 1 s"),
-            ("pdftotext", "exit 1", "pdftotext cannot read"),
-            ("pdftoppm", "printf 'P6\\n2 2\\n255\\n123456789012'", "cannot draw page 2"),
-            ("pdftoppm", "printf 'P6\\n2 2\\n255\\n12345'", "cannot draw page 1"),
-        ]
         pair = [PDF / "cairo_report.pdf", PDF / "cairo_redated.pdf"]
-        for program, action, words in rows:
+        for program, action, words in [
+                ("pdfinfo", "sleep 50 & echo $! >>children; wait", "gave up after 1 s"),
+                ("pdftotext", "exit 1", "pdftotext cannot read"),
+                ("pdftoppm", "printf 'P6\\n2 2\\n255\\n123456789012'", "cannot draw page 2"),
+                ("pdftoppm", "printf 'P6\\n2 2\\n255\\n12345'", "cannot draw page 1")]:
             with self.subTest(program=program, action=action):
                 environment = self.fake(program, action)
                 limit = ["--timeout", "1"] if "sleep" in action else []
@@ -120,11 +107,8 @@ class DiffPdfTest(ScriptTest):
                 (self.folder / program).unlink()
         for process in (self.folder / "children").read_text().split():
             self.assert_gone(process)
-        with self.subTest("endless pattern"):
-            self.check(["--timeout", "1", "--ignore-text", "((.+)+)+#", *pair], TROUBLE, "gave up")
-        with self.subTest("not installed"):
-            self.check(pair, TROUBLE, "install the Debian package poppler-utils",
-                       PATH=str(self.folder))
+        self.check(["--timeout", "1", "--ignore-text", "((.+)+)+#", *pair], TROUBLE, "gave up")
+        self.check(pair, TROUBLE, "install the Debian package poppler-utils", PATH=str(self.folder))
 
     def test_terminated(self):
         environment = self.fake("pdfinfo", "echo $$ >child; exec sleep 50")
@@ -137,7 +121,3 @@ class DiffPdfTest(ScriptTest):
         script.terminate()
         self.assertEqual(-signal.SIGTERM, script.wait())
         self.assert_gone(child.read_text().strip())
-
-
-if __name__ == "__main__":
-    unittest.main()

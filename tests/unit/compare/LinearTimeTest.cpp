@@ -32,74 +32,51 @@ TEST(LinearTime, HoldsForEveryListOnHostileDocuments) {
   }
 }
 
-/// Writes expressions of few letters, so that their parts compete for the same bytes, and texts
-/// that repeat a few letters.
+/// Draws expressions of few letters, so that their parts compete for the same bytes, and parts of
+/// texts that repeat a few letters.
 class RandomCases {
  public:
-  struct Text {
-    std::string start, repeated, end;
-    std::string build(std::size_t size) const {
-      std::string text = start;
-      while (text.size() < size) {
-        text += repeated;
-      }
-      return text + end;
-    }
-  };
-
   std::string expression() { return sequence(0) + oneOf({"", "x"}); }
 
-  Text text() {
-    const std::string first = oneOf({"a", "b", "c", "x"});
-    const std::string repeated = below(5) == 0 ? std::string(1 + below(30), first[0]) : first;
-    return {letters(4), repeated + letters(6), letters(3)};
+  std::string letters(std::size_t most) {
+    return several(below(most), [&] { return letter(); });
   }
 
- private:
   std::size_t below(std::size_t count) { return m_random() % count; }
 
   std::string oneOf(std::initializer_list<const char*> choices) {
     return choices.begin()[below(choices.size())];
   }
 
-  std::string letter() { return oneOf({"a", "a", "b", "b", "c", "x", "ab", "ba"}); }
-
-  std::string letters(std::size_t most) {
+ private:
+  template <typename Draw>
+  static std::string several(std::size_t count, Draw draw) {
     std::string text;
-    for (std::size_t i = below(most); i > 0; --i) {
-      text += letter();
+    for (; count > 0; --count) {
+      text += draw();
     }
     return text;
   }
 
+  std::string letter() { return oneOf({"a", "a", "b", "b", "c", "x", "ab", "ba"}); }
+
   std::string sequence(int depth) {
-    std::string text;
-    for (std::size_t i = 1 + below(4); i > 0; --i) {
-      text += element(depth);
-    }
-    return text;
+    return several(1 + below(4), [&] { return element(depth); });
   }
 
   std::string element(int depth) {
-    switch (below(depth < 2 ? 8 : 6)) {
-      case 0:
-        return letter();
-      case 1:
-        return letter() + oneOf({"*", "*?", "+", "?"});
-      case 2:
-        return oneOf({".*?", ".*"}) + letter();
-      case 6:
-        return "(" + sequence(depth + 1) + alternative(depth + 1) + ")" + oneOf({"", "?"});
-      case 7:
-        return "(" + letter() + sequence(depth + 1) + alternative(depth + 1) + ")*";
-      default:
-        return oneOf({"[ab]", "[bc]", "[ac]", "[abc]", "[ax]", "[abx]"}) +
-               oneOf({"*", "*", "*?", "+", "?", ""});
+    const std::size_t choice = below(depth < 2 ? 8 : 6);
+    if (choice < 3) {
+      return choice == 2 ? oneOf({".*?", ".*"}) + letter()
+                         : letter() + (choice == 1 ? oneOf({"*", "*?", "+", "?"}) : "");
     }
-  }
-
-  std::string alternative(int depth) {
-    return below(2) == 0 ? "" : "|" + letter() + sequence(depth);
+    if (choice < 6) {
+      return oneOf({"[ab]", "[bc]", "[ac]", "[abc]", "[ax]", "[abx]"}) +
+             oneOf({"*", "*", "*?", "+", "?", ""});
+    }
+    const std::string group = (choice == 7 ? letter() : "") + sequence(depth + 1) +
+                              (below(2) == 0 ? "" : "|" + letter() + sequence(depth + 1));
+    return "(" + group + ")" + (choice == 7 ? "*" : oneOf({"", "?"}));
   }
 
   std::mt19937 m_random{20261123};
@@ -115,11 +92,15 @@ TEST(LinearTime, HoldsForRandomExpressionsOnPeriodicTexts) {
     }
     ++tried;
     for (int i = 0; i < 4; ++i) {
-      const RandomCases::Text text = cases.text();
-      const std::size_t small = stepsOf({&pattern}, text.build(1000));
-      const std::size_t large = stepsOf({&pattern}, text.build(8000));
+      const std::string first = cases.oneOf({"a", "b", "c", "x"});
+      const std::string start = cases.letters(4), end = cases.letters(3);
+      const std::size_t run = cases.below(5) == 0 ? 1 + cases.below(30) : 1;
+      const std::string repeated = std::string(run, first[0]) + cases.letters(6);
+      const HostileDocument text{"", start.c_str(), repeated.c_str(), end.c_str()};
+      const std::size_t small = stepsOf({&pattern}, text.build(1000 / repeated.size()));
+      const std::size_t large = stepsOf({&pattern}, text.build(8000 / repeated.size()));
       ASSERT_LE(large, 12 * (small + 1000))
-          << expression << " on " << text.start << '(' << text.repeated << ")*" << text.end;
+          << expression << " on " << start << '(' << repeated << ")*" << end;
     }
   }
 }

@@ -10,16 +10,13 @@ using namespace std::string_literals;
 TEST(CompareStrings, PositionOfTheFirstDifference) {
   const std::string kLong(4096, 'x');
   const std::string kLonger = kLong + kLong;
+  // clang-format off
   const std::tuple<std::string, std::string, std::size_t> kRows[] = {
-      {"", "", std::string::npos},
-      {"ab", "abc", 2},
-      {"abc", "ab", 2},
-      {"", "x", 0},
-      {"\xE9", "\xC3\xA9", 0},
-      {kLonger, kLonger, std::string::npos},
-      {kLong + "a", kLong + "b", 4096},
-      {kLong, kLong + "x", 4096},
+      {"", "", std::string::npos}, {"ab", "abc", 2}, {"abc", "ab", 2}, {"", "x", 0},
+      {"\xE9", "\xC3\xA9", 0}, {kLonger, kLonger, std::string::npos},
+      {kLong + "a", kLong + "b", 4096}, {kLong, kLong + "x", 4096},
       {kLonger + "a", kLonger + "b", 8192}};
+  // clang-format on
   for (const auto& [master, current, position] : kRows) {
     EXPECT_EQ(OrvDiffLib::compareStrings(master.c_str(), current.c_str()), position);
   }
@@ -31,8 +28,7 @@ TEST(ComparisonResult, OnlyANormalisedDifferenceTakesTheTexts) {
       {3, false, "diff m a"},
       {3, true, "normalized m a at 3 abcX|abcY"}};
   for (const auto& [position, isNormalized, expected] : kRows) {
-    OrvTextBuffer master = OrvDiffLib::strdupnew("abcX");
-    OrvTextBuffer actual = OrvDiffLib::strdupnew("abcY");
+    OrvTextBuffer master = OrvDiffLib::strdupnew("abcX"), actual = OrvDiffLib::strdupnew("abcY");
     EXPECT_EQ(described(OrvDiffLib::createComparisonResult("m", "a", master, actual, position,
                                                            isNormalized)),
               expected);
@@ -42,22 +38,17 @@ TEST(ComparisonResult, OnlyANormalisedDifferenceTakesTheTexts) {
 
 TEST(TextFileComparison, FromDiskAndFromMemory) {
   const OrvDiffNormalizationPattern letters("[a-z]", nullptr);
-  const OrvDiffNormalizationPattern digits("(?:[0-9])",
-                                           nullptr);  // an expression that only ICU runs
-  const OrvPatternList none;
-  const OrvPatternList fast = {&letters};
-  const OrvPatternList slow = {&digits};
+  const OrvDiffNormalizationPattern digits("(?:[0-9])", nullptr);  // which only ICU runs
+  const OrvPatternList none, fast = {&letters}, slow = {&digits};
   const std::tuple<const OrvPatternList&, std::string, std::string, std::string> kRows[] = {
-      {none, "a\r\nb", "a\nb", "pass m a"},
-      {none, "\r\r\r", "", "pass m a"},
-      {none, "same\0x"s, "same\0y"s, "pass m a"},
-      {none, "same\0x"s, "same, not", "diff m a"},
-      {none, "\xE9", "\xE8", "diff m a"},
-      {fast, "aX", "bcX\r", "pass m a"},
-      {fast, "\xE9", "\xE8", "normalized m a at 0 \xE9|\xE8"},
-      {slow, "X1", "X23", "pass m a"},
+      // clang-format off
+      {none, "a\r\nb", "a\nb", "pass m a"}, {none, "\r\r\r", "", "pass m a"},
+      {none, "same\0x"s, "same\0y"s, "pass m a"}, {none, "same\0x"s, "same, not", "diff m a"},
+      {none, "\xE9", "\xE8", "diff m a"}, {fast, "aX", "bcX\r", "pass m a"},
+      {fast, "\xE9", "\xE8", "normalized m a at 0 \xE9|\xE8"}, {slow, "X1", "X23", "pass m a"},
       {slow, "1\xE9", "2\xE8", "normalized m a at 0 \xE9|\xE8"},
       {slow, "a\r1b", "ac", "normalized m a at 1 ab|ac"},
+      // clang-format on
   };
   const TestFolder folder;
   for (const auto& [patterns, master, actual, expected] : kRows) {
@@ -88,8 +79,7 @@ TEST(TextFileComparison, FromDiskAndFromMemory) {
 TEST(TextFileComparison, RefusesWhatIsNull) {
   const TestFolder folder;
   TestFolder::write("m", "same");
-  OrvTextBuffer text = OrvDiffLib::strdupnew("a\rb");
-  OrvTextBuffer none;
+  OrvTextBuffer text = OrvDiffLib::strdupnew("a\rb"), none;
   EXPECT_EQ(raisedBy([&] { OrvDiffLib::cleanse(none, none, {}); }),
             "OrvDiffLib: VEL_ASSERT(masterBuffer.get());");
   EXPECT_EQ(raisedBy([&] { OrvDiffLib::cleanse(text, none, {}); }),
@@ -134,6 +124,7 @@ TEST(VmdCompare, AllowsForWhatVariesFromRunToRun) {
   const std::string kUnended = kBase.substr(0, kBase.size() - 1);
   const std::string kUnreadable = "VMD\nany\nmapping mode - x\n";
   const std::tuple<std::string, std::string, bool> kRows[] = {
+      // clang-format off
       {kBase, vmd("Direct", "5/6/120", "12", "7"), true},
       {kBase, vmd("Direct", "1/2/121", "10", "7"), false},
       {kBase, vmd("Direct", "1/2/100", "13", "7"), false},
@@ -144,12 +135,10 @@ TEST(VmdCompare, AllowsForWhatVariesFromRunToRun) {
       // Only a line's beginning counts, and the last such line.
       {kBase + "Total Objects with reference count > 0 : 9\n", kBase, false},
       {kBase + " Total Objects with reference count > 0 : 9\n", kBase, true},
-      // What cannot be read or is not reached keeps its initial value.
+      // What cannot be read keeps its initial value; unreadable reports always differ.
       {vmd("Direct", "1/2/-", "-", "-"), vmd("Direct", "1/2/20", "2", "0"), true},
-      // Unreadable reports differ, even from themselves.
-      {kUnreadable, kUnreadable, false},
-      {kUnended, kBase, false},
-  };
+      {kUnreadable, kUnreadable, false}, {kUnended, kBase, false}};
+  // clang-format on
   for (const auto& [master, actual, passes] : kRows) {
     EXPECT_EQ(described(OrvDiffLib::vmdCompare("m", "a", master.c_str(), actual.c_str())),
               passes ? "pass m a" : "diff m a")
