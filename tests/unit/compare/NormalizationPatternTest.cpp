@@ -64,6 +64,8 @@ TEST(NormalizationPattern, ReplacesEveryMatchWithinTheTextsLengthPlusOne) {
       {"a(X?)", "bc", "aXa", "bcbc"},
       {"\\u00E9", "bc", "\xC3\xA9", "bc"},
       {"\\u00E9", "bcd", "\xC3\xA9", kFailed},
+      {"(abc|b)", "xy", "b", "xy"},
+      {"(abc|b)", "xy", "bab", kFailed},
       {"a", kSmile, "\xE9" "a", "\xE9" + kSmile},
       {"a", kSmile + "b", "\xE9" "a", kFailed},
       {"\\U0001F600", "bcd", kSmile, "bcd"},
@@ -113,6 +115,18 @@ TEST(NormalizationPattern, AListSearchesWhereIcuGivesUp) {
   EXPECT_EQ(
       raisedBy([&] { OrvDiffNormalizationPattern("(a|b)*c", nullptr).normalizeText(buffer); }),
       kFailed);
+}
+
+TEST(NormalizationPattern, AListMayMakeTheTextLongerThroughIcu) {
+  const OrvDiffNormalizationPattern letters("[ab]", nullptr);
+  const OrvDiffNormalizationPattern growing("^", "x");  // only ICU runs this
+  OrvPatternList patterns(500, &growing);
+  patterns.front() = patterns.back() = &letters;
+  OrvTextBuffer buffer = OrvDiffLib::strdupnew("y");
+  OrvTextBuffer shrinking = OrvDiffLib::strdupnew("ay");
+  OrvDiffLib::cleanse(buffer, shrinking, patterns);
+  EXPECT_EQ(buffer.get(), times(498, "x") + "y");
+  EXPECT_STREQ(shrinking.get(), buffer.get());
 }
 
 TEST(NormalizationPattern, RefusesMisuse) {

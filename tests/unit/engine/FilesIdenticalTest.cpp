@@ -63,6 +63,9 @@ TEST(FilesIdentical, ReportsWhatCannotBeRead) {
     EXPECT_EQ(described(TestEngine::areFilesIdentical(master, actual, nullptr)),
               "missing "s + master + " " + actual + " " + missing);
   }
+  std::strstream empty;
+  EXPECT_EQ(described(TestEngine::areFilesIdentical(kOpensOnly, "a", &empty)),
+            "missing "s + kOpensOnly + " a " + kOpensOnly);
   const LimitedTo noDescriptors(RLIMIT_NOFILE, 0);
   EXPECT_THAT(storyOf([] { TestEngine::areFilesIdentical("file", "file", nullptr); }),
               testing::StartsWith("The file file cannot be opened: Too many open files"));
