@@ -51,6 +51,9 @@ TEST(FilesIdentical, ReportsWhatCannotBeRead) {
   } unseekable;
   std::iostream stream(&unseekable);
   EXPECT_EQ(described(TestEngine::areFilesIdentical("file", "a", &stream)), "diff file a");
+  const char* const kLonger = "/proc/version";  // than its size, which is 0
+  EXPECT_EQ(described(TestEngine::areFilesIdentical(kLonger, "file", nullptr)),
+            "diff "s + kLonger + " file");
   std::filesystem::create_symlink("nowhere", "dangling");
   const char* const kOpensOnly = "/proc/self/mem";  // every read of it fails
   const char* const kRows[][3] = {{"none", "none2", "none"},
