@@ -13,6 +13,7 @@ void expectInMemory(std::iostream& stream, const std::string& actual, const char
   for (int time = 0; time < 2; ++time) {
     stream.ignore(1000000);
     EXPECT_EQ(described(TestEngine::areFilesIdentical("m", "a", &stream)), expected) << actual;
+    EXPECT_TRUE(stream.good());  // not at its end, so the host can read it again
   }
 }
 
@@ -42,6 +43,15 @@ TEST(FilesIdentical, OnDiskAndInMemory) {
     std::strstream reading(finished.data(), static_cast<int>(finished.size()), std::ios::in);
     expectInMemory(reading, "", expected);
   }
+}
+
+TEST(FilesIdentical, AnOutputWrittenBeyondItsPutPositionIsNotThatShort) {
+  const TestFolder folder;
+  TestFolder::write("m", "xx");
+  std::strstream output;
+  output << std::string(20, 'x');
+  output.seekp(2);
+  EXPECT_EQ(described(TestEngine::areFilesIdentical("m", "a", &output)), "diff m a");
 }
 
 TEST(FilesIdentical, ReportsWhatCannotBeRead) {
