@@ -59,6 +59,7 @@ TEST(NormalizationPattern, ReplacesEveryMatchWithinTheTextsLengthPlusOne) {
       {"(?s)a.*?\nb", "", "a\r\nb a\nb", ""},
       {"(?s)a.*\n", "", "ab\r\n", "ab\r\n"},
       {"(?s)a.*?b", "", "ca\r\nbc", "cc"},
+      {"(a|b)*c", "", "bacb", "b"},
       {"aa[0-9]", "", "aaa1", "a"},
       {"-\\b", "", "-\xCC\x81 -a", "-\xCC\x81 a"},
       {"a", "bc", "xax", "xbcx"},
