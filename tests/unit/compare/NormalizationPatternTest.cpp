@@ -60,6 +60,7 @@ TEST(NormalizationPattern, ReplacesEveryMatchWithinTheTextsLengthPlusOne) {
       {"(?s)a.*\n", "", "ab\r\n", "ab\r\n"},
       {"(?s)a.*?b", "", "ca\r\nbc", "cc"},
       {"(a|b)*c", "", "bacb", "b"},
+      {"ab?", "", "ca", "c"},
       {"aa[0-9]", "", "aaa1", "a"},
       {"-\\b", "", "-\xCC\x81 -a", "-\xCC\x81 a"},
       {"a", "bc", "xax", "xbcx"},
