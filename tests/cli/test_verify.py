@@ -77,7 +77,7 @@ class Outcomes(SuiteTest):
                 self.expect(self.verify(locations=[f"../suite/R{number}.xml"]), 1,
                             "missing  ", f"the {side} {reason}")
         run = self.run_program("-C", "..", "verify", "suite/R0.xml")
-        self.expect(run, 1, "missing  ", err="no folder ../webcontent/bi...")
+        self.expect(run, 1, "missing  ", err="folder ../webcontent/bi not found...")
 
     def test_what_an_engine_raises_is_that_reports_error_only(self):
         self.report("A", "<p>a</p>", "<p>b</p>")
@@ -244,7 +244,7 @@ class Locations(SuiteTest):
         places = ["../suite", "../webcontent", "../suite/Masters"]
         run = self.verify(locations=places)
         for place in places[1:]:
-            self.expect(run, 2, err=f"no report in {place} (...")
+            self.expect(run, 2, err=f"no reports in {place} (...")
         self.assertEqual(self.verify("--allow-none", locations=places).status, 0)
 
     def test_listing_names_every_pair_and_compares_none(self):

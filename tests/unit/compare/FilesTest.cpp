@@ -57,6 +57,7 @@ TEST(FileReading, FailuresAreClear) {
     EXPECT_EQ(raisedBy([&handle] { OrvDiffLib::slurpFile(handle); }), error);
   }
   EXPECT_FALSE(OrvDiffLib::readFileIntoBuffer("/proc/self/mem", buffer, length));
+  EXPECT_FALSE(OrvDiffLib::readFileIntoBuffer("/proc/self/status", buffer, length));
   const LimitedTo noDescriptors(RLIMIT_NOFILE, 0);
   EXPECT_THAT(storyOf([] { OrvFileHandle("file", "r"); }),
               testing::StartsWith("The file file cannot be opened: Too many open files"));

@@ -32,6 +32,12 @@ TEST(LinearTime, HoldsForEveryListOnHostileDocuments) {
   }
 }
 
+TEST(LinearTime, ABranchFailsOnceAtEachPosition) {
+  const OrvDiffNormalizationPattern pattern("(a|bb?)*[cd]", nullptr);
+  const std::string text(10000, 'a');
+  EXPECT_LE(stepsOf({&pattern}, text), 16 * text.size());
+}
+
 /// Draws expressions of few letters, so that their parts compete for the same bytes, and parts of
 /// texts that repeat a few letters.
 class RandomCases {

@@ -39,7 +39,7 @@ TEST(NormalizationPattern, ReplacesEveryMatchWithinTheTextsLengthPlusOne) {
   const std::tuple<const char*, std::string, std::string, std::string> kRows[] = {
       {"=3D", "=", "a=3Db=3D", "a=b="}, {"b+", "", "abbbcb", "ac"},
       {"x", "y", "no match \xC3\xA9\xE9", "no match \xC3\xA9\xE9"},
-      {"(a)(b)", "$2$1", "abab", "baba"}, {"ab", "\\$", "ab", "$"},
+      {"(a)(b)", "$2$1", "abab", "baba"}, {"(ab)c", "$1", "abc", "ab"}, {"ab", "\\$", "ab", "$"},
       {".+", "\xC3\xA9", "abc\xE9\nd", "\xC3\xA9\n\xC3\xA9"},
       {"a.c", "-", "abc a\nc a\xC3\xA9" "c a\xF0\x9F\x98\x80" "c a\xE9" "c", "- a\nc - - -"},
       {"^b", "", "b\nb", "\nb"}, {"[!--a]", "", "!\"-a", "\"-a"}, {"[-+--.]", "", "-+,.", ",."},
@@ -49,8 +49,10 @@ TEST(NormalizationPattern, ReplacesEveryMatchWithinTheTextsLengthPlusOne) {
       {"[a\x7F]b", "", "\x7F" "bab\x7F", "\x7F"}, {"[~-\x7F]+", "", "}~\x7F\xC2\x80", "}\xC2\x80"},
       {"(?s)a.*?\nb", "", "a\r\nb a\nb", ""}, {"(?s)a.*\n", "", "ab\r\n", "ab\r\n"},
       {"(?s)a.*?b", "", "ca\r\nbc", "cc"},
+      {"(a|b)*c", "", "bacb", "b"}, {"ab?", "", "ca", "c"}, {"aa[0-9]", "", "aaa1", "a"},
+      {"-\\b", "", "-\xCC\x81 -a", "-\xCC\x81 a"},
       {"a", "bc", "xax", "xbcx"}, {"a", "bcd", "xax", kFailed}, {"a", "bc", "aXa", kFailed},
-      {"a(X?)", "bc", "aXa", "bcbc"},
+      {"a(X?)", "bc", "aXa", "bcbc"}, {"(abc|b)", "xy", "b", "xy"}, {"(abc|b)", "xy", "bab", kFailed},
       {"\\u00E9", "bc", "\xC3\xA9", "bc"}, {"\\u00E9", "bcd", "\xC3\xA9", kFailed},
       {"a", kSmile, "\xE9" "a", "\xE9" + kSmile}, {"a", kSmile + "b", "\xE9" "a", kFailed},
       {"\\U0001F600", "bcd", kSmile, "bcd"}, {"\\U0001F600", "bcde", kSmile, kFailed},
@@ -97,6 +99,20 @@ TEST(NormalizationPattern, AListSearchesWhereIcuGivesUp) {
   EXPECT_EQ(
       raisedBy([&] { OrvDiffNormalizationPattern("(a|b)*c", nullptr).normalizeText(buffer); }),
       kFailed);
+}
+
+TEST(NormalizationPattern, AListMayMakeTheTextLongerThroughIcu) {
+  const OrvDiffNormalizationPattern first("a", nullptr);
+  const OrvDiffNormalizationPattern growing("^", "x");  // only ICU runs this
+  const OrvDiffNormalizationPattern last("b", nullptr);
+  OrvPatternList patterns(500, &growing);
+  patterns.front() = &first;
+  patterns.back() = &last;
+  OrvTextBuffer master = OrvDiffLib::strdupnew("aby");
+  OrvTextBuffer actual = OrvDiffLib::strdupnew("byb");
+  OrvDiffLib::cleanse(master, actual, patterns);
+  EXPECT_EQ(master.get(), times(498, "x") + "y");
+  EXPECT_STREQ(actual.get(), master.get());
 }
 
 TEST(NormalizationPattern, RefusesMisuse) {

@@ -66,6 +66,9 @@ TEST(TextFileComparison, FromDiskAndFromMemory) {
   EXPECT_EQ(described(OrvDiffLib::textFileComparison("m", "sub/a", slow, true, nullptr)),
             "pass m sub/a");
   EXPECT_EQ(TestFolder::read("m.cleansed") + TestFolder::read("sub/a.cleansed"), "a\na\n");
+  EXPECT_EQ(described(OrvDiffLib::textFileComparison("sub/a", "sub/a", none, true, nullptr)),
+            "pass sub/a sub/a");
+  EXPECT_EQ(TestFolder::read("sub/a.cleansed"), "a22\n");  // also of equal files
   const char* const kMissing[][4] = {{"none", "none2", nullptr, "missing none none2 none"},
                                      {"m", "none2", nullptr, "missing m none2 none2"},
                                      {".", "m", nullptr, "missing . m ."},
@@ -122,6 +125,7 @@ std::string vmd(const std::string& mode, const std::string& objects, const std::
 TEST(VmdCompare, AllowsForWhatVariesFromRunToRun) {
   const std::string kBase = vmd("Direct", "1/2/100", "10", "7");
   const std::string kUnended = kBase.substr(0, kBase.size() - 1);
+  const std::string kCut = kBase.substr(0, kBase.find("0\nother"));
   const std::string kUnreadable = "VMD\nany\nmapping mode - x\n";
   const std::tuple<std::string, std::string, bool> kRows[] = {
       // clang-format off
@@ -137,7 +141,7 @@ TEST(VmdCompare, AllowsForWhatVariesFromRunToRun) {
       {kBase + " Total Objects with reference count > 0 : 9\n", kBase, true},
       // What cannot be read keeps its initial value; unreadable reports always differ.
       {vmd("Direct", "1/2/-", "-", "-"), vmd("Direct", "1/2/20", "2", "0"), true},
-      {kUnreadable, kUnreadable, false}, {kUnended, kBase, false}};
+      {kUnreadable, kUnreadable, false}, {kUnended, kBase, false}, {kCut, kCut, false}};
   // clang-format on
   for (const auto& [master, actual, passes] : kRows) {
     EXPECT_EQ(described(OrvDiffLib::vmdCompare("m", "a", master.c_str(), actual.c_str())),

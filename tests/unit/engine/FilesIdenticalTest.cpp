@@ -13,6 +13,7 @@ void expectInMemory(std::iostream& stream, const std::string& actual, const char
   for (int time = 0; time < 2; ++time) {
     stream.ignore(1000000);
     EXPECT_EQ(described(TestEngine::areFilesIdentical("m", "a", &stream)), expected) << actual;
+    EXPECT_TRUE(stream.good());  // not at its end, so the host can read it again
   }
 }
 
@@ -44,6 +45,15 @@ TEST(FilesIdentical, OnDiskAndInMemory) {
   }
 }
 
+TEST(FilesIdentical, AnOutputWrittenBeyondItsPutPositionIsNotThatShort) {
+  const TestFolder folder;
+  TestFolder::write("m", "xx");
+  std::strstream output;
+  output << std::string(20, 'x');
+  output.seekp(2);
+  EXPECT_EQ(described(TestEngine::areFilesIdentical("m", "a", &output)), "diff m a");
+}
+
 TEST(FilesIdentical, ReportsWhatCannotBeRead) {
   const TestFolder folder;
   TestFolder::write("file", "");
@@ -51,6 +61,9 @@ TEST(FilesIdentical, ReportsWhatCannotBeRead) {
   } unseekable;
   std::iostream stream(&unseekable);
   EXPECT_EQ(described(TestEngine::areFilesIdentical("file", "a", &stream)), "diff file a");
+  const char* const kLonger = "/proc/version";  // than its size, which is 0
+  EXPECT_EQ(described(TestEngine::areFilesIdentical(kLonger, "file", nullptr)),
+            "diff "s + kLonger + " file");
   std::filesystem::create_symlink("nowhere", "dangling");
   const char* const kOpensOnly = "/proc/self/mem";  // every read of it fails
   const char* const kRows[][3] = {{"none", "none2", "none"},
@@ -63,6 +76,9 @@ TEST(FilesIdentical, ReportsWhatCannotBeRead) {
     EXPECT_EQ(described(TestEngine::areFilesIdentical(master, actual, nullptr)),
               "missing "s + master + " " + actual + " " + missing);
   }
+  std::strstream empty;
+  EXPECT_EQ(described(TestEngine::areFilesIdentical(kOpensOnly, "a", &empty)),
+            "missing "s + kOpensOnly + " a " + kOpensOnly);
   const LimitedTo noDescriptors(RLIMIT_NOFILE, 0);
   EXPECT_THAT(storyOf([] { TestEngine::areFilesIdentical("file", "file", nullptr); }),
               testing::StartsWith("The file file cannot be opened: Too many open files"));

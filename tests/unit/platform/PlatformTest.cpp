@@ -1,15 +1,28 @@
 #include <unicode/uclean.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <list>
+#include <thread>
 
 #include "orvdiff/compare/OrvDiffNormalizationPattern.h"
 #include "orvdiff/platform/I18N.h"
 #include "orvdiff/platform/OrvGlob.h"
 #include "orvdiff/platform/OrvHelper.h"
+#include "orvdiff/platform/OrvWholeFile.h"
 #include "orvdiff/platform/VELAssert.h"
 #include "orvdiff/platform/VELFmDir.h"
 #include "tests/support/Testing.h"
+
+/// The clock of this program. If it is ahead, a folder seems to have stayed unchanged for long.
+static std::time_t s_secondsAhead = 0;
+
+extern "C" std::time_t time(std::time_t*) noexcept {
+  const auto now = std::chrono::system_clock::now();
+  return std::chrono::system_clock::to_time_t(now) + s_secondsAhead;
+}
 
 namespace {
 
@@ -77,6 +90,47 @@ TEST(Glob, OnlyTheStarOfTheNamePartIsSpecial) {
   std::list<std::string> files;
   EXPECT_THAT(storyOf([&] { OrvGlob::globFiles("M/a*b/*", files); }),
               testing::StartsWith("The folder M/a*b cannot be read: Too many open files"));
+}
+
+TEST(Glob, SeesEveryChangeOfAFolder) {
+  const auto longAgo = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+  const auto expectListed = [](const std::list<std::string>& expected) {
+    std::list<std::string> files;
+    OrvGlob::globFiles("M/*", files);
+    EXPECT_EQ(files, expected);
+    std::this_thread::sleep_for(std::chrono::milliseconds(s_secondsAhead));  // the clock ticks
+  };
+  const TestFolder folder;
+  TestFolder::write("M/a", "");
+  expectListed({"M/a"});
+  TestFolder::write("M/b", "");  // most likely in the same tick of the clock
+  expectListed({"M/a", "M/b"});
+  s_secondsAhead = 20;  // from here on, listings are kept
+  std::filesystem::last_write_time("M", longAgo);
+  expectListed({"M/a", "M/b"});
+  TestFolder::write("M/c", "");
+  std::filesystem::last_write_time("M", longAgo);  // only the change time is another
+  expectListed({"M/a", "M/b", "M/c"});
+  TestFolder::write("M/d", "");
+  expectListed({"M/a", "M/b", "M/c", "M/d"});
+  s_secondsAhead = 0;
+}
+
+TEST(WholeFile, ReplacesAllOrNothing) {
+  const TestFolder folder;
+  TestFolder::write("f", "former");
+  std::filesystem::permissions("f", std::filesystem::perms::owner_read);
+  const std::string temporary = ".orvdiff-" + std::to_string(getpid()) + '-';
+  for (int i = 1; i < 100; ++i) {
+    TestFolder::write(temporary + std::to_string(i), "of a killed process");
+  }
+  struct stat former = {};
+  stat("f", &former);
+  EXPECT_FALSE(OrvWholeFile::replace("f", "new", &former));
+  const LimitedTo fullDisk(RLIMIT_FSIZE, 5000);
+  EXPECT_EQ(OrvWholeFile::replace("f", std::string(10000, 'x')), std::errc::file_too_large);
+  EXPECT_EQ(TestFolder::read("f") + TestFolder::read(temporary + '1'), "newof a killed process");
+  EXPECT_EQ(std::filesystem::status("f").permissions(), std::filesystem::perms::owner_read);
 }
 
 TEST(XmlEncode, EveryNameBecomesCharacterData) {
