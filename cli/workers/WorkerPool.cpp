@@ -179,6 +179,7 @@ class WorkerPool::Impl {
     startWorkers();
     while (m_delivered < m_taskCount) {
       if (isStopWanted()) {
+        endWorkers();
         deliverTheRest();
         return false;
       }
@@ -411,6 +412,17 @@ class WorkerPool::Impl {
       if (step && !worker.timedOut && monotonicNow() - step->startedAt > limit) {
         worker.timedOut = true;
         killProcessTree(worker.process);
+      }
+    }
+  }
+
+  /// Kills the workers, and takes what they had sent.
+  void endWorkers() {
+    for (const Worker& worker : m_workers) {
+      killProcessTree(worker.process);
+    }
+    for (Worker& worker : m_workers) {
+      while (readFrom(worker)) {
       }
     }
   }
