@@ -20,6 +20,12 @@
 #include "orvdiff/registry/OrvDiffListener.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
 /// A temporary place with the layout of a host: a working folder, in which the process is while
 /// this object lives, and room for "../webcontent/bi/" beside it.
 class TestFolder {
