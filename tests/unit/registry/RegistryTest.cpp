@@ -60,10 +60,10 @@ TEST(ResultHandOn, EveryClassReachesTheMostSpecificOverriddenOverloadOnce) {
 }
 
 struct RecordingEngine : OrvDiffEngine {
-  RecordingEngine(std::string& calls, char name) : m_calls(calls), m_name(name) {}
+  explicit RecordingEngine(char name) : m_name(name) {}
   void verifyOutput(const OrvDiffListenerSet& listeners, const char* location,
                     OrvTestInfo* testInfo) override {
-    m_calls += m_name;
+    calls += m_name;
     EXPECT_EQ(listeners.size(), 1U);
     EXPECT_EQ(reinterpret_cast<OrvDiffListener*>(testInfo), *listeners.begin());
     EXPECT_STREQ(location, "suite/R.xml");
@@ -71,7 +71,9 @@ struct RecordingEngine : OrvDiffEngine {
       throw std::runtime_error("engine");
     }
   }
-  std::string& m_calls;
+  static inline std::string calls;
+
+ private:
   char m_name;
 };
 
@@ -79,22 +81,19 @@ TEST(EngineRegistry, RunsTheEnginesOfAFormatInOrderUntilOneRaises) {
   OrvDiffListener kept;
   OrvDiffListener removed;
   auto* const info = reinterpret_cast<OrvTestInfo*>(&kept);  // only handed on
-  std::string calls;
-  RecordingEngine a(calls, 'a');
-  RecordingEngine b(calls, 'b');
-  RecordingEngine raising(calls, '!');
+  const std::string& calls = RecordingEngine::calls;
+  RecordingEngine a('a');
+  RecordingEngine b('b');
+  RecordingEngine raising('!');
+  constexpr auto kHtml = OrvOutputFormat::Html;
   constexpr auto kOfAHost = static_cast<OrvOutputFormat>(-1);
   OrvDiffEngineRegistry registry;
-  for (const auto& [format, engine] :
-       std::initializer_list<std::pair<OrvOutputFormat, OrvDiffEngine*>>{
-           {OrvOutputFormat::Html, &b},
-           {kOfAHost, &a},
-           {kOfAHost, &raising},
-           {kOfAHost, &b},
-           {OrvOutputFormat::Html, &a},
-           {OrvOutputFormat::Html, &b}}) {
-    registry.registerDiffEngine(format, engine);
+  registry.registerDiffEngine(kHtml, &b);
+  for (RecordingEngine* const engine : {&a, &raising, &b}) {
+    registry.registerDiffEngine(kOfAHost, engine);
   }
+  registry.registerDiffEngine(kHtml, &a);
+  registry.registerDiffEngine(kHtml, &b);
   registry.removeListener(&removed);
   registry.addListener(&removed);
   registry.addListener(&kept);
@@ -102,7 +101,7 @@ TEST(EngineRegistry, RunsTheEnginesOfAFormatInOrderUntilOneRaises) {
   registry.removeListener(&removed);
   registry.verifyOutput(OrvOutputFormat::Csv, "suite/R.xml", info);
   EXPECT_EQ(calls, "");
-  registry.verifyOutput(OrvOutputFormat::Html, "suite/R.xml", info);
+  registry.verifyOutput(kHtml, "suite/R.xml", info);
   EXPECT_EQ(calls, "bab");
   EXPECT_THROW(registry.verifyOutput(kOfAHost, "suite/R.xml", info), std::runtime_error);
   EXPECT_EQ(calls, "baba!");
