@@ -1,6 +1,7 @@
 #include <set>
 #include <xercesc/framework/MemoryManager.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/RuntimeException.hpp>
 
 #include "orvdiff/formats/OrvDiffAuthoredDThroughTargetsXmlFileEngine.h"
 #include "tests/support/LiteralXmlParser.h"
@@ -104,6 +105,26 @@ TEST(XmlEngines, NeedTheHostToInitialiseXerces) {
   const std::string raised = raisedBy([] { OrvDiffCtxMetadataXmlFileEngine engine(nullptr); });
   xercesc::XMLPlatformUtils::Initialize();
   EXPECT_THAT(raised, HasSubstr("Call XMLPlatformUtils::Initialize before"));
+}
+
+TEST(XmlValidation, HandlesWhatNoDocumentBringsAbout) {
+  XmlErrorHandler handler;
+  auto parser = DOM_ParserImpl::create(handler, DOM_ParserImpl::Val_Never);
+  const CapturedOutput output;
+  const auto raise = [](const char*, std::uint64_t) {
+    throw xercesc::RuntimeException("", 0, xercesc::XMLExcepts::Gen_ParseInProgress);
+  };
+  EXPECT_EQ(described(findXmlFault(parser, "f", "text", raise)), "fail f f");
+  EXPECT_THAT(output.text(), HasSubstr("+\nXML Exception error for file: f\n"
+                                       "XML Exception error message: parsing in progress\n+"));
+  const auto problem = [](const char16_t* message) {
+    return xercesc::SAXParseException(message, u"", u"", 1, 2);
+  };
+  const char16_t* const kMalformed = u"An exception occurred! Type:UTFDataFormatException, ...";
+  EXPECT_NO_THROW(handler.fatalError(problem(kMalformed)));
+  EXPECT_THROW(handler.error(problem(kMalformed)), xercesc::SAXParseException);
+  EXPECT_THROW(handler.fatalError(problem(u"Type:Transcoding")), xercesc::SAXParseException);
+  EXPECT_NO_THROW(handler.warning(problem(u"careful")));
 }
 
 /// Memory of Xerces of which one allocation can fail. Xerces leaks then; the blocks stay reachable
