@@ -52,7 +52,8 @@ const struct Row {
      "/DrilledUpDownState/R*.xml", kCoords},
     {"paged-layout-data", F::PagedLayoutDataXml, "PagedDataXML", "/PagedDataXML/R*.xml",
      Ids{P::eCoordElement, P::eFilenameElement}},
-    {"raw-xml", F::RawXml, "RawXml", "/RawXML/R*.xml", kCoords}, {"ra", F::Ra, "RA", "/R*.mht", kMht},
+    {"raw-xml", F::RawXml, "RawXml", "/RawXML/R*.xml", kCoords},
+    {"ra", F::Ra, "RA", "/R*.mht", kMht},
     {"html", F::Html, "HTML", "/R*.html", kHtml}, {"prp", F::Prp, "", "/R*.prp", kNone},
     {"xhtml", F::Xhtml, "XHTML", "/R*.xml",
      Ids{P::eScriptElement, P::eChartNameAttribute, P::eCoordsAttribute}},
@@ -67,10 +68,12 @@ const struct Row {
     {"drill-through-targets", F::AuthoredDThroughTargetsXml, "VirtualDrillTargets",
      "/VirtualDThroughTargets/R*.xml", {}, kDisk},
     {"layout-data", F::LayoutDataXml, "DataXML", "/DataXML/R*.xml"},
-    {"pdf", F::Pdf, "PDF", "/PDF/R*.pdf", {}, kDisk}, {"csv", F::Csv, "CSV", "/CSV/R*.csv", {}, kDisk},
+    {"pdf", F::Pdf, "PDF", "/PDF/R*.pdf", {}, kDisk},
+    {"csv", F::Csv, "CSV", "/CSV/R*.csv", {}, kDisk},
     {"xlsx", F::Xlsx, "XLS2007", "/XLS2007/R*.xlsx", {}, kDisk},
     {"single-xls", F::SingleXls, "SingleXLS", "/singleXLS/R*.html", {}, kDisk},
-    {"json", F::Json, "JSON", "/JSON/R*.json", {}, kDisk}, {"csi", F::Csi, "ROM", "/R*.csi", {}, kDisk},
+    {"json", F::Json, "JSON", "/JSON/R*.json", {}, kDisk},
+    {"csi", F::Csi, "ROM", "/R*.csi", {}, kDisk},
     {"di", F::DiTree, "DI", "/R*.di", {}, kDisk}};
 // clang-format on
 
