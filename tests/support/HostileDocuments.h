@@ -18,27 +18,23 @@ struct HostileDocument {
   }
 };
 
+// clang-format off
 inline constexpr HostileDocument kHostileDocuments[] = {
-    {"<script, unclosed", "", "<script", ""},
+    {"<script, unclosed", "", "<script", ""}, {"quotes", "", "\"", ""}, {"blanks", "", " ", "x"},
     {"<img src= on one line, no v1/", "", "<img src=", ""},
+    {"onclick=, unclosed", "", "onclick=", ""},
     {"aria-labelledby with n headers", " aria-labelledby=\"_THIS_hdr1", " _THIS_hdr22", "!"},
     {"n aria-labelledby, unclosed", "", " aria-labelledby=\"_THIS_hdr1 _THIS_hdr2", ""},
-    {"blanks", "", " ", "x"},
-    {"blanks before each id", "", "    id=\"a b", ""},
-    {"digits", "", "7", ""},
-    {"digits, no exponent", "", "1234567.", "e"},
-    {"quotes", "", "\"", ""},
+    {"blanks before each id", "", "    id=\"a b", ""}, {"digits", "", "7", ""},
+    {"digits, no exponent", "", "1234567.", "e"}, {"<area, unclosed", "", "<area", ""},
     {"quotes after a chart name", "chart_tmp_", "\"x", ""},
-    {"one long line", "", "abc def ", "getAxisValueAsString"},
-    {"many lines", "", "getAxisValueAsStrin\n", ""},
-    {"<area, unclosed", "", "<area", ""},
     {"<area>, no end tag", "", "<area>", ""},
+    {"one long line", "", "abc def ", "getAxisValueAsString"},
+    {"many lines", "", "getAxisValueAsStrin\n", ""}, {"carriage returns", "", "\r", ""},
     {"<meta name=\"Copyright\", unclosed", "", "<meta name=\"Copyright\"", ""},
     {"name=\"next, no id", "", " name=\"next\"", ""},
     {"name=\"next id=\"next, unclosed", "", " name=\"next\" id=\"next", ""},
-    {"onclick=, unclosed", "", "onclick=", ""},
     {"<coord>, unclosed", "", "<coord><filename><x:Data>", ""},
     {"c and digits", "", "c123", ".removeReference"},
-    {"carriage returns", "", "\r", ""},
-    {"line ends of two bytes", "", "\xC2\x85x", ""},
-};
+    {"line ends of two bytes", "", "\xC2\x85x", ""}};
+// clang-format on

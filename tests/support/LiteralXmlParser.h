@@ -111,7 +111,7 @@ class LiteralXmlParser : private xercesc::ErrorHandler, private xercesc::XMLEnti
   void resetErrors() override {}
 
   xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override {
-    if (resource->getResourceIdentifierType() != xercesc::XMLResourceIdentifier::SchemaGrammar) {
+    if (resource->getResourceIdentifierType() != resource->SchemaGrammar) {
       return new xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(""), 0, "no:thing");
     }
     const bool isOurs = narrowXmlText(resource->getNameSpace()) == kComparedNamespace;

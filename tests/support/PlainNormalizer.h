@@ -56,9 +56,7 @@ inline std::vector<NamedPatterns> formatPatterns() {
   std::vector<NamedPatterns> lists;
   std::vector<std::unique_ptr<OrvDiffFileEngine>> engines;  // destroying one resets the catalogue
   for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
-    OrvFormatArguments arguments;
-    arguments.outputDirectoryTypeName = "type";
-    engines.push_back(format.createEngine(arguments));
+    engines.push_back(format.createEngine({nullptr, "type"}));
     const OrvPatternList* const list = engines.back()->getCleansingPatterns();
     if (list != nullptr && !list->empty()) {
       lists.push_back({std::string(format.name), {}});
@@ -75,10 +73,9 @@ inline std::vector<NamedPatterns> formatPatterns() {
 inline std::vector<NamedPatterns> patternListsToTry() {
   std::vector<NamedPatterns> lists = catalogueRows();
   for (NamedPatterns& format : formatPatterns()) {
-    const auto isSame = [&](const NamedPatterns& other) {
-      return other.patterns.list() == format.patterns.list();
-    };
-    if (std::none_of(lists.begin(), lists.end(), isSame)) {
+    if (std::none_of(lists.begin(), lists.end(), [&](const NamedPatterns& other) {
+          return other.patterns.list() == format.patterns.list();
+        })) {
       lists.push_back(std::move(format));
     }
   }
@@ -88,7 +85,6 @@ inline std::vector<NamedPatterns> patternListsToTry() {
 /// The longest list there is.
 inline OrvSharedPatternList htmlPatterns() {
   const std::vector<NamedPatterns> lists = formatPatterns();
-  return std::find_if(lists.begin(), lists.end(),
-                      [](const auto& each) { return each.name == "html"; })
+  return std::find_if(lists.begin(), lists.end(), [](const auto& l) { return l.name == "html"; })
       ->patterns;
 }

@@ -20,6 +20,12 @@
 #include "orvdiff/registry/OrvDiffListener.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
 /// A temporary place with the layout of a host: a working folder, in which the process is while
 /// this object lives, and room for "../webcontent/bi/" beside it.
 class TestFolder {
@@ -114,9 +120,8 @@ class Recorder : public OrvDiffListener {
     record("missing", r, " " + r.getMissingFile());
   }
   void comparisonNotification(const Normalized& r) override {
-    record("normalized", r,
-           " at " + std::to_string(r.getDiffPosition()) + " " + r.getNormalizedMaster() + "|" +
-               r.getNormalizedActual());
+    const std::string texts = std::string(r.getNormalizedMaster()) + "|" + r.getNormalizedActual();
+    record("normalized", r, " at " + std::to_string(r.getDiffPosition()) + " " + texts);
   }
   void comparisonNotification(const OrvDiffResultFailDiff& r) override { record("diff", r, ""); }
   void comparisonNotification(const OrvDiffResultFail& r) override { record("fail", r, ""); }
@@ -133,9 +138,8 @@ class Recorder : public OrvDiffListener {
 
 /// What a recorder hears of `result`, which is deleted.
 inline std::string described(OrvDiffResult* result) {
-  const std::unique_ptr<OrvDiffResult> owned(result);
   Recorder recorder;
-  owned->notifyListener(recorder);
+  std::unique_ptr<OrvDiffResult>(result)->notifyListener(recorder);
   return recorder.heard.at(0);
 }
 

@@ -28,17 +28,18 @@ TEST(FilesIdentical, OnDiskAndInMemory) {
       {kLong, kLong, "pass m a"},     {kLong + "y", kLong + "z", "diff m a"},
   };
   const TestFolder folder;
+  TestEngine engine(nullptr, [](const auto& m, const auto& a, auto* stream) {
+    return TestEngine::areFilesIdentical(m, a, stream);
+  });
   for (const auto& [master, actual, expected] : kRows) {
-    TestFolder::write("m", master);
-    TestFolder::write("a", actual);
-    EXPECT_EQ(described(TestEngine::areFilesIdentical("m", "a", nullptr)), expected);
+    EXPECT_EQ(compared(engine, master, actual), expected);
     std::filesystem::remove("a");
-    std::stringstream stream;
-    expectInMemory(stream, actual, expected);
     std::strstream output;  // what engines are given
     expectInMemory(output, actual, expected);
     output.seekg(0, std::ios::end);
     expectInMemory(output, "", expected);
+    std::stringstream stream;
+    expectInMemory(stream, actual, expected);
     std::string finished = actual;  // a text that the host did not write through the stream
     std::strstream reading(finished.data(), static_cast<int>(finished.size()), std::ios::in);
     expectInMemory(reading, "", expected);
@@ -81,7 +82,7 @@ TEST(FilesIdentical, ReportsWhatCannotBeRead) {
             "missing "s + kOpensOnly + " a " + kOpensOnly);
   const LimitedTo noDescriptors(RLIMIT_NOFILE, 0);
   EXPECT_THAT(storyOf([] { TestEngine::areFilesIdentical("file", "file", nullptr); }),
-              testing::StartsWith("The file file cannot be opened: Too many open files"));
+              StartsWith("The file file cannot be opened: Too many open files"));
 }
 
 }  // namespace

@@ -18,10 +18,6 @@ struct DiskWitness : OrvDiffListener {
   std::string onDisk = "(not notified)";
 };
 
-OrvDiffResult* createDiff(const std::string& master, const std::string& actual, std::strstream*) {
-  return new OrvDiffResultFailDiff(master, actual);
-}
-
 /// A frozen stream takes no more text once its buffer is full.
 void expectUnfrozen(std::strstream& output) {
   output.clear();
@@ -30,38 +26,45 @@ void expectUnfrozen(std::strstream& output) {
 }
 
 TEST(InMemoryOutput, AFailingOneIsOnDiskBeforeAnyoneIsNotified) {
-  const struct {
-    bool passes;
-    bool binary;
-    std::string written;
-    std::string onDisk;
-  } kRows[] = {
-      {false, true, "bytes\0\xFF more\r\n"s, "bytes\0\xFF more\r\n"s},
+  const std::string kLong = std::string(10000, 'x') + '\0';
+  const std::tuple<bool, bool, std::string, std::string> kRows[] = {
+      {false, true, "bytes\0\xFF more\r\n"s, "bytes\0\xFF more\r\n"s},  // passes, binary, ...
       {false, true, "", ""},
       {false, false, "gr\xC3\xB6\r\n\xE9\0after"s, "gr\xC3\xB6\r\n\xE9"},
       {false, false, "\0after"s, "stale"},
       {true, true, "bytes", "stale"},
+      {false, true, kLong, "(missing)"},  // does not fit on the disk
+      {false, false, kLong, "(missing)"},
   };
   const TestFolder folder;
   TestFolder::write("Masters/R.pdf", "");
-  for (const auto& row : kRows) {
+  for (const auto& [passes, binary, written, onDisk] : kRows) {
     TestFolder::write(kActual, "stale");
     OrvTestInfo info;
-    std::strstream& output = info.addOutput(kActual, row.binary);
+    std::strstream& output = info.addOutput(kActual, binary);
     EXPECT_EQ(output.pcount(), 0);
-    output << row.written;
-    TestEngine engine(nullptr, [&](const auto& m, const auto& a, auto* stream) -> OrvDiffResult* {
+    output << written;
+    TestEngine engine(nullptr, [&, isPass = passes](const auto& m, const auto& a, auto* stream) {
       EXPECT_EQ(stream, &output);
       stream->ignore(1000000);  // an engine may leave the read position anywhere
-      if (row.passes) {
-        return new OrvDiffResultPass(m, a);
-      }
-      return new OrvDiffResultFailDiff(m, a);
+      return isPass ? static_cast<OrvDiffResult*>(new OrvDiffResultPass(m, a))
+                    : new OrvDiffResultFailDiff(m, a);
     });
     DiskWitness witness;
-    engine.verifyOutput({&witness}, "R.xml", &info);
-    EXPECT_EQ(witness.onDisk, row.onDisk) << row.written;
+    {
+      const LimitedTo smallDisk(RLIMIT_FSIZE, 5000);
+      engine.verifyOutput({&witness}, "R.xml", &info);
+    }
+    EXPECT_EQ(witness.onDisk, onDisk) << written;
+    EXPECT_EQ(std::filesystem::is_empty("../webcontent/bi/type"), onDisk == "(missing)");
     expectUnfrozen(output);
+    if (onDisk == "(missing)" && !binary) {
+      std::filesystem::remove("../webcontent/bi/type");
+      EXPECT_EQ(raisedBy([&] { engine.verifyOutput({}, "R.xml", &info); }),
+                "OrvDiffLib: VEL_ASSERT(bFileOpened);");
+      expectUnfrozen(output);
+      output.str();  // freezes it; its memory is freed nevertheless
+    }
   }
 }
 
@@ -79,13 +82,8 @@ void expectHeld(std::strstream& output, const std::string& text, const std::stri
 
 TEST(InMemoryOutput, OfAHostThatWrites) {
   const std::string kLong(20, 'x');  // makes a stream take new memory
-  const struct {
-    std::string written;
-    std::streamoff goesBackTo;
-    std::string patch;
-    std::string text;
-    std::string bytes;
-  } kRows[] = {
+  // What is written, where the host goes back to, what it writes there, and what is held.
+  const std::tuple<std::string, int, const char*, std::string, std::string> kRows[] = {
       {"<p>0000</p>\0"s, 3, "0042", "<p>0042</p>", "<p>0042"},
       {"fifteen letters\0"s, 0, "", "fifteen letters", ""},
       {"sixteen letters,", 16, "", "sixteen letters,", "sixteen letters,"},
@@ -94,15 +92,15 @@ TEST(InMemoryOutput, OfAHostThatWrites) {
       {kLong + '\0', 0, "", kLong, "..."},
       {"\0"s, 0, "", "", ""},
   };
-  for (const auto& row : kRows) {
+  for (const auto& [written, goesBackTo, patch, text, bytes] : kRows) {
     std::strstream output;
-    output << row.written;
-    output.seekp(row.goesBackTo);
-    output << row.patch;
+    output << written;
+    output.seekp(goesBackTo);
+    output << patch;
     const std::strstream::pos_type position = output.tellp();
     { const InMemoryOutput held(output); }
     EXPECT_EQ(output.tellp(), position);
-    expectHeld(output, row.text, row.bytes);
+    expectHeld(output, text, bytes);
   }
   std::strstream fresh;
   EXPECT_EQ(InMemoryOutput(fresh).bytes(), "");
@@ -117,63 +115,30 @@ TEST(InMemoryOutput, OfAHostThatWrites) {
 
 /// On an array without a byte to spare, so that the address sanitizer sees a byte too many.
 TEST(InMemoryOutput, OfAHostThatHasABufferOfItsOwn) {
-  const struct {
-    std::string buffer;
-    int mode;
-    std::string written;
-    std::string text;
-    std::string bytes;
-  } kRows[] = {
-      {"<p>finished</p>\0<p>left over"s, std::ios::in, "", "<p>finished</p>",
-       "<p>finished</p>\0<p>left over"s},
-      {"sixteen letters,", std::ios::in, "", "sixteen letters,", "sixteen letters,"},
-      {"fifteen letters\0"s, std::ios::in, "", "fifteen letters", "fifteen letters\0"s},
-      {"<p>\0        "s, std::ios::out | std::ios::app, "more\0"s, "<p>more", "<p>more\0"s},
-      {"<p>\0        "s, std::ios::in | std::ios::app, "", "<p>", "<p>"},
-      {"never ended", std::ios::out, "NEVER", "NEVER ended", "NEVER"},
+  using Ios = std::ios;
+  const std::tuple<std::string, Ios::openmode, std::string, const char*, std::string> kRows[] = {
+      {"<p>end</p>\0<p>left over"s, Ios::in, "", "<p>end</p>", "<p>end</p>\0<p>left over"s},
+      {"sixteen letters,", Ios::in, "", "sixteen letters,", "sixteen letters,"},
+      {"fifteen letters\0"s, Ios::in, "", "fifteen letters", "fifteen letters\0"s},
+      {"<p>\0        "s, Ios::out | Ios::app, "more\0"s, "<p>more", "<p>more\0"s},
+      {"<p>\0        "s, Ios::in | Ios::app, "", "<p>", "<p>"},
+      {"never ended", Ios::out, "NEVER", "NEVER ended", "NEVER"},
   };
-  for (const auto& row : kRows) {
-    const std::unique_ptr<char[]> array(new char[row.buffer.size()]);
-    row.buffer.copy(array.get(), row.buffer.size());
-    const auto mode = static_cast<std::ios::openmode>(row.mode);
-    std::strstream output(array.get(), static_cast<int>(row.buffer.size()), mode);
-    output << row.written;
+  for (const auto& [buffer, mode, written, text, bytes] : kRows) {
+    const std::unique_ptr<char[]> array(new char[buffer.size()]);
+    buffer.copy(array.get(), buffer.size());
+    std::strstream output(array.get(), static_cast<int>(buffer.size()), mode);
+    output << written;
     for (int time = 0; time < 2; ++time) {
       InMemoryOutput held(output);
-      EXPECT_STREQ(held.text(), row.text.c_str());
-      EXPECT_EQ(held.bytes(), row.bytes);
+      EXPECT_STREQ(held.text(), text);
+      EXPECT_EQ(held.bytes(), bytes);
       EXPECT_TRUE(held.isWhole());
     }
   }
   char endless[] = "of unknown size";
   std::strstream output(endless, -1, std::ios::in);
   EXPECT_EQ(InMemoryOutput(output).bytes(), endless);
-}
-
-TEST(InMemoryOutput, AnUnwritableFileIsNoReasonNotToNotify) {
-  const TestFolder folder;
-  TestFolder::write("Masters/R.pdf", "");
-  TestEngine engine(nullptr, createDiff);
-  for (const bool binary : {true, false}) {
-    TestFolder::write(kActual, "stale");
-    OrvTestInfo info;
-    info.addOutput(kActual, binary) << std::string(10000, 'x') << std::ends;
-    DiskWitness witness;
-    {
-      const LimitedTo fullDisk(RLIMIT_FSIZE, 5000);
-      engine.verifyOutput({&witness}, "R.xml", &info);
-    }
-    EXPECT_EQ(witness.onDisk, "(missing)");
-    EXPECT_TRUE(std::filesystem::is_empty("../webcontent/bi/type"));
-  }
-  std::filesystem::remove("../webcontent/bi/type");
-  OrvTestInfo info;
-  std::strstream& output = info.addOutput(kActual, false);
-  output << "text" << std::ends;
-  EXPECT_EQ(raisedBy([&] { engine.verifyOutput({}, "R.xml", &info); }),
-            "OrvDiffLib: VEL_ASSERT(bFileOpened);");
-  expectUnfrozen(output);
-  output.str();  // freezes it; its memory is freed nevertheless
 }
 
 TEST(InMemoryOutput, OneThatIsAnnouncedButNotThereIsMissing) {

@@ -31,8 +31,6 @@ long g_livingBlocks = 0;
 
 namespace {
 
-using Patterns = OrvDiffNormalizationPatterns;
-
 /// Creates text engines and destroys them one by one, comparing with the remaining ones each time.
 void createCompareAndDestroy(bool firstGoesFirst) {
   std::vector<std::unique_ptr<OrvDiffFileEngine>> engines;
@@ -42,23 +40,21 @@ void createCompareAndDestroy(bool firstGoesFirst) {
   while (!engines.empty()) {
     engines.erase(firstGoesFirst ? engines.begin() : engines.end() - 1);
     for (const auto& engine : engines) {
-      EXPECT_EQ(described(engine->performDiff("m", "a", nullptr)), "pass m a");
+      EXPECT_EQ(compared(*engine, "<p><script>x</script>", "<p><script>y</script>"), "pass m a");
     }
   }
 }
 
 TEST(CatalogueLifetime, PatternsLiveExactlyAsLongAsAnEngineHoldsThem) {
   const TestFolder folder;
-  TestFolder::write("m", "<p><script>x</script>");
-  TestFolder::write("a", "<p><script>y</script>");
   createCompareAndDestroy(true);  // makes the allocations that last for the whole process
   for (const bool firstGoesFirst : {true, false}) {
     const long before = g_livingBlocks;
     createCompareAndDestroy(firstGoesFirst);
     EXPECT_EQ(g_livingBlocks, before);
-    Patterns::getPattern(Patterns::eScriptElement);
+    OrvDiffNormalizationPatterns::getPattern(OrvDiffNormalizationPatterns::eScriptElement);
     EXPECT_GT(g_livingBlocks, before);
-    Patterns::reset();
+    OrvDiffNormalizationPatterns::reset();
     EXPECT_EQ(g_livingBlocks, before);
   }
 }

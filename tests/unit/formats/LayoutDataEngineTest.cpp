@@ -7,6 +7,7 @@
 namespace {
 
 const std::string kNamespace = "urn:layout";
+const std::string kPath = "my schemas/l.xsd";
 const std::string kCell = R"(<xs:complexType name="cell" mixed="true"><xs:choice minOccurs="0">
   <xs:element name="coord"/><xs:element name="filename"/></xs:choice></xs:complexType>)";
 
@@ -24,10 +25,12 @@ std::string layout(const std::string& contents, const std::string& ns = kNamespa
   return "<layout xmlns='" + ns + "'>" + contents + "</layout>";
 }
 
+const std::string kValid = layout("<cell/>");
+
 /// What comes of comparing `actual` with `master`, and what is printed.
 class LayoutDataEngine : public testing::Test {
  protected:
-  LayoutDataEngine() { TestFolder::write("my schemas/l.xsd", kSchema); }
+  LayoutDataEngine() { TestFolder::write(kPath, kSchema); }
 
   std::string compared(const std::string& actual, const std::string& master = "no master") {
     const CapturedOutput output;
@@ -43,13 +46,13 @@ class LayoutDataEngine : public testing::Test {
 
   const TestFolder m_folder;
   std::string m_printed;
-  Engine m_engine{nullptr, kNamespace.c_str(), "my schemas/l.xsd"};
+  Engine m_engine{nullptr, kNamespace.c_str(), kPath.c_str()};
 };
 
 TEST_F(LayoutDataEngine, ComparesWhatIsValidWithFurtherPatterns) {
   const std::string valid = layout("<cell>x<coord>1</coord></cell>");
   EXPECT_EQ(compared(valid, layout("<cell>x<filename>f</filename></cell>")), "pass m a");
-  EXPECT_THAT(compared(valid, layout("<cell>y</cell>")), testing::StartsWith("normalized m a at "));
+  EXPECT_THAT(compared(valid, layout("<cell>y</cell>")), StartsWith("normalized m a at "));
   EXPECT_EQ(m_printed, "");
   EXPECT_EQ(described(m_engine.performDiff("gone", "a", nullptr)), "missing gone a gone");
   EXPECT_EQ(described(m_engine.performDiff("m", "gone", nullptr)), "missing gone gone gone");
@@ -65,34 +68,26 @@ TEST_F(LayoutDataEngine, ComparesWhatIsValidWithFurtherPatterns) {
 TEST_F(LayoutDataEngine, RefusesWhatIsNot) {
   TestFolder::write("other.xsd", schema(kCell + kLayout, "urn:other"));
   const std::string kHint = " xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:";
-  const std::tuple<std::string, const char*> kRows[] = {
+  const std::pair<std::string, const char*> kRows[] = {
       {layout("<cell/>", "urn:other"), "no declaration found for element 'layout'"},
-      {"<layout xmlns='urn:other'" + kHint +
-           "schemaLocation='urn:other other.xsd'><cell/></layout>",
+      {layout("<cell/>", "urn:other'" + kHint + "schemaLocation='urn:other other.xsd"),
        "no declaration found for element 'layout'"},
       {layout("<zell/>"), "no declaration found for element 'zell'"},
-      {layout("<cell a='1'/>"), "attribute 'a' is not declared"},
       {layout("<cell/><cell/><cell/>"), "element 'cell' is not allowed"},
-      {layout("<cell/>").substr(1), "invalid document structure"},
-      {"<!DOCTYPE layout [<!ENTITY e 'x'>]>" + layout("<cell>&e;</cell>"), "internal subset"},
   };
   for (const auto& [document, message] : kRows) {
     EXPECT_EQ(compared(document, document), "fail a a") << document;
-    EXPECT_THAT(m_printed, testing::HasSubstr(message)) << document;
-    EXPECT_THAT(m_printed, testing::Not(testing::HasSubstr("l.xsd"))) << "the schema is fine";
-    EXPECT_EQ(compared(layout("<cell/>"), layout("<cell/>")), "pass m a");
+    EXPECT_THAT(m_printed, HasSubstr(message)) << document;
+    EXPECT_THAT(m_printed, Not(HasSubstr("l.xsd"))) << "the schema is fine";
+    EXPECT_EQ(compared(kValid, kValid), "pass m a");
   }
-}
-
-TEST_F(LayoutDataEngine, ValidatesTheMemoryWhereThereIsOne) {
-  TestFolder::write("a", layout("<cell/>"));
-  TestFolder::write("m", layout("<cell>\n</cell>"));
-  std::strstream invalid;
-  invalid << layout("<zell/>") << std::ends;
+  std::strstream memory;  // is what is validated where there is one
+  memory << layout("<zell/>") << std::ends;
+  const CapturedOutput output;
+  EXPECT_EQ(described(m_engine.performDiff("m", "a", &memory)), "fail a a");
   std::strstream valid;
   valid << layout("<cell>\r\n</cell>") << std::ends;
-  const CapturedOutput output;
-  EXPECT_EQ(described(m_engine.performDiff("m", "a", &invalid)), "fail a a");
+  TestFolder::write("m", layout("<cell>\n</cell>"));
   EXPECT_EQ(described(m_engine.performDiff("m", "gone", &valid)), "pass m gone");
 }
 
@@ -105,32 +100,24 @@ TEST_F(LayoutDataEngine, NamesASchemaThatCannotBeUsed) {
       {"<a/>", "root element name of XML Schema document"},
       {"(missing)", "the file cannot be opened\n++++"},
   };
-  const std::string valid = layout("<cell/>");
   for (const auto& [text, reason] : kRows) {
-    TestFolder::write("my schemas/l.xsd", text);
+    TestFolder::write(kPath, text);
     if (text == "(missing)") {
-      std::filesystem::remove("my schemas/l.xsd");
+      std::filesystem::remove(kPath);
     }
     for (int i = 0; i < 2; ++i) {  // the part that could be read must not serve the next document
-      EXPECT_EQ(compared(valid, valid), "fail a a") << reason;
-      EXPECT_THAT(m_printed, testing::StartsWith("Layout-data schema my schemas/l.xsd cannot be "));
-      EXPECT_THAT(m_printed, testing::HasSubstr(reason));
+      EXPECT_EQ(compared(kValid, kValid), "fail a a") << reason;
+      EXPECT_THAT(m_printed, StartsWith("Layout-data schema my schemas/l.xsd cannot be "));
+      EXPECT_THAT(m_printed, HasSubstr(reason));
     }
   }
-  TestFolder::write("my schemas/l.xsd", kSchema);
-  EXPECT_EQ(compared(valid, valid), "pass m a") << "repaired";
-}
-
-TEST_F(LayoutDataEngine, ASchemaMayIncludeFilesBesideItAndIsReadOnce) {
-  TestFolder::write("my schemas/parts/cell.xsd", schema(kCell));
-  TestFolder::write(
-      "my schemas/l.xsd",
-      schema("<xs:include schemaLocation='parts/cell.xsd'/>"
-             "<xs:import namespace='urn:far' schemaLocation='http://host.invalid/'/>" +
-             kLayout));
-  EXPECT_EQ(compared(layout("<cell/>"), layout("<cell/>")), "pass m a");
-  TestFolder::write("my schemas/l.xsd", "no longer a schema");
-  EXPECT_EQ(compared(layout("<cell/>"), layout("<cell/>")), "pass m a");
+  TestFolder::write("my schemas/parts/cell.xsd", schema(kCell));  // repaired, of two files
+  TestFolder::write(kPath, schema("<xs:include schemaLocation='parts/cell.xsd'/><xs:import "
+                                  "namespace='urn:far' schemaLocation='http://host.invalid/'/>" +
+                                  kLayout));
+  EXPECT_EQ(compared(kValid, kValid), "pass m a");
+  TestFolder::write(kPath, "no longer a schema");  // nor read again
+  EXPECT_EQ(compared(kValid, kValid), "pass m a");
   EXPECT_EQ(compared(layout("<zell/>")), "fail a a");
 }
 
@@ -138,13 +125,16 @@ TEST_F(LayoutDataEngine, LooksWhereItIsDeployed) {
   const std::string ns = "http://" ORV_LAYOUT_NAMESPACE_HOST "/xmlns/prod/tarsa/layoutData/201310";
   TestFolder::write("there.xsd", schema(kCell + kLayout, ns));
   TestFolder::write("a", layout("<cell/>", ns));
-  const OrvDiffFormat& format = *OrvDiffFormats::find("layout-data");
   OrvFormatArguments arguments;
+  const auto verdict = [&arguments] {
+    const auto engine = OrvDiffFormats::find("layout-data")->createEngine(arguments);
+    return described(engine->performDiff("a", "a", nullptr));
+  };
   const CapturedOutput output;
-  EXPECT_EQ(described(format.createEngine(arguments)->performDiff("a", "a", nullptr)), "fail a a");
-  EXPECT_THAT(output.text(), testing::HasSubstr(ORV_LAYOUT_SCHEMA_DIR "/layoutDataXMLV3.xsd"));
+  EXPECT_EQ(verdict(), "fail a a");
+  EXPECT_THAT(output.text(), HasSubstr(ORV_LAYOUT_SCHEMA_DIR "/layoutDataXMLV3.xsd"));
   arguments.layoutSchema = "there.xsd";
-  EXPECT_EQ(described(format.createEngine(arguments)->performDiff("a", "a", nullptr)), "pass a a");
+  EXPECT_EQ(verdict(), "pass a a");
 }
 
 }  // namespace

@@ -28,8 +28,8 @@ TEST_F(FileCheckTest, FindsTheFirstDifference) {
     harness().openLogFile("log", false);
     EXPECT_EQ(harness().check_file("it", "actual", "expected"), actual == expected);
     const std::string verdict = actual == expected ? "PASSED: " : ">>  FAILED: ";
-    EXPECT_THAT(log(), testing::StartsWith(verdict + "Check File: it\n" + offset));
-    EXPECT_THAT(log(), testing::HasSubstr(totals));
+    EXPECT_THAT(log(), StartsWith(verdict + "Check File: it\n" + offset));
+    EXPECT_THAT(log(), HasSubstr(totals));
   }
 }
 
@@ -70,7 +70,7 @@ TEST_F(FileCheckTest, OffsetsPassTwoGigabytes) {
       {-16, "Offset: 0XFFFFFFF0 (-16)\n"}};
   for (const auto& row : kRows) {
     EXPECT_THAT(logOf([&row] { harness().dumpDifferences("a", "b", 1, row.first); }),
-                testing::StartsWith(row.second));
+                StartsWith(row.second));
   }
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "reads 4 GB, which takes minutes when every byte is instrumented";
@@ -79,7 +79,7 @@ TEST_F(FileCheckTest, OffsetsPassTwoGigabytes) {
   std::filesystem::resize_file("expected", 0x80000010);  // a hole, which takes no room
   std::ofstream("expected", std::ios::app) << "end";
   EXPECT_EQ(harness().check_file("large", "/dev/zero", "expected"), 0);
-  EXPECT_THAT(log(), testing::HasSubstr("\nOffset: 0X80000010 (2147483664)\n"));
+  EXPECT_THAT(log(), HasSubstr("\nOffset: 0X80000010 (2147483664)\n"));
 }
 
 TEST_F(FileCheckTest, AThrowingLogLeavesTheOutputUnlocked) {

@@ -28,8 +28,7 @@ class YieldingLog : public std::streambuf {
   }
   int_type overflow(int_type character) override {
     const char piece = traits_type::to_char_type(character);
-    xsputn(&piece, 1);
-    return character;
+    return xsputn(&piece, 1), character;
   }
 
   std::mutex m_mutex;
@@ -59,17 +58,13 @@ void onAllThreads(Work work) {
   start.set_value();
 }
 
-std::string nameOf(int thread) {
-  return "thread " + std::to_string(thread);
-}
-
 std::string blockOf(int thread) {
   return std::string(64, static_cast<char>('a' + thread));
 }
 
 void checkOften(int thread) {
   MOXTestHarness& harness = *MOXTestHarness::getInstance();
-  const std::string name = nameOf(thread);
+  const std::string name = std::to_string(thread);
   const OrvDiffResultFailDiffNormalized difference("m", name, copyOf(kExpected.c_str()),
                                                    copyOf(blockOf(thread).c_str()), 0);
   DumpsOnly listener;
@@ -97,13 +92,12 @@ TEST_F(ThreadTest, WhatBelongsTogetherStaysTogether) {
   for (int thread = 0; thread < kThreads; ++thread) {
     const std::string dump =
         logOf([&] { harness().dumpDifferences(blockOf(thread).data(), kExpected.data(), 64, 0); });
-    const std::string name = nameOf(thread) + "\n";
-    const std::string nameAndDump = name + dump;
+    const std::string name = std::to_string(thread) + "\n";
     for (const std::string& block :
          {"PASSED: Check File: " + name,
           ">>  WARNED: Check File: " + name + "Unable to open actual file\n\n",
-          ">>  FAILED: Check Memory: " + nameAndDump,
-          ">>  FAILED: Check File: m and " + nameAndDump + "\n", "note of " + name}) {
+          ">>  FAILED: Check Memory: " + name + dump,
+          ">>  FAILED: Check File: m and " + name + dump + "\n", "note of " + name}) {
       int count = 0;
       for (auto at = rest.find(block); at != std::string::npos; at = rest.find(block, at)) {
         rest.erase(at, block.size());

@@ -62,8 +62,8 @@ TEST_F(OrvDiffMoxLogTest, NormalizedDifferencesAreDumped) {
     result.notifyListener(*this);
     const std::string written = TestFolder::read("log");  // unflushed, as after a crash
     EXPECT_EQ(m_checks, "- Normalized contents are equivalent: m and a\n");
-    EXPECT_THAT(written, testing::StartsWith(start));
-    EXPECT_THAT(written, testing::EndsWith(end));
+    EXPECT_THAT(written, StartsWith(start));
+    EXPECT_THAT(written, EndsWith(end));
     EXPECT_EQ(written.empty(), end.empty());
     harness().closeLogFile();
   }

@@ -89,7 +89,7 @@ TEST(Glob, OnlyTheStarOfTheNamePartIsSpecial) {
   const LimitedTo noDescriptors(RLIMIT_NOFILE, 0);
   std::list<std::string> files;
   EXPECT_THAT(storyOf([&] { OrvGlob::globFiles("M/a*b/*", files); }),
-              testing::StartsWith("The folder M/a*b cannot be read: Too many open files"));
+              StartsWith("The folder M/a*b cannot be read: Too many open files"));
 }
 
 TEST(Glob, SeesEveryChangeOfAFolder) {
@@ -168,22 +168,16 @@ TEST(I18N, Utf8TravelsThroughUtf16WithoutLoss) {
 /// ICU's memory; the allocation that the countdown ends at fails.
 long s_countdown = 0;
 
-void* allocateForIcu(const void*, std::size_t size) {
-  return --s_countdown == 0 ? nullptr : std::malloc(size);
-}
-
 void* resizeForIcu(const void*, void* block, std::size_t size) {
   return --s_countdown == 0 ? nullptr : std::realloc(block, size);
-}
-
-void freeForIcu(const void*, void* block) {
-  std::free(block);
 }
 
 TEST(I18N, RunningOutOfMemoryIsNothingElse) {
   I18NConverter("iso-8859-1");  // what ICU loads once is loaded then
   UErrorCode status = U_ZERO_ERROR;
-  u_setMemoryFunctions(nullptr, allocateForIcu, resizeForIcu, freeForIcu, &status);
+  u_setMemoryFunctions(
+      nullptr, [](auto* context, auto size) { return resizeForIcu(context, nullptr, size); },
+      resizeForIcu, [](auto*, auto* block) { std::free(block); }, &status);
   s_countdown = 1;
   EXPECT_THROW(I18NConverter("iso-8859-1"), VELOutOfMemoryError);
   for (int failing = 1; failing <= 2; ++failing) {

@@ -1,6 +1,6 @@
 #include "orvdiff/registry/OrvDiffEngineRegistry.h"
 
-#include <functional>
+#include <algorithm>
 #include <stdexcept>
 
 #include "tests/support/Testing.h"
@@ -48,12 +48,10 @@ TEST(ResultHandOn, EveryClassReachesTheMostSpecificOverriddenOverloadOnce) {
   for (const auto& [result, chain] : kRows) {
     EXPECT_EQ(result->isPassed(), result == &pass);
     for (unsigned overridden = 0; overridden < 1U << eLevelCount; ++overridden) {
-      std::vector<Level> expected;
-      for (const Level level : chain) {
-        if ((overridden & (1U << level)) != 0 && expected.empty()) {
-          expected.push_back(level);
-        }
-      }
+      const auto first = std::find_if(chain.begin(), chain.end(), [=](const Level level) {
+        return (overridden & (1U << level)) != 0;
+      });
+      const std::vector<Level> expected(first, first == chain.end() ? first : first + 1);
       PartialListener listener(overridden);
       result->notifyListener(listener);
       EXPECT_EQ(listener.received, expected) << chain.front() << " with " << overridden;
@@ -61,40 +59,41 @@ TEST(ResultHandOn, EveryClassReachesTheMostSpecificOverriddenOverloadOnce) {
   }
 }
 
-struct CallbackEngine : OrvDiffEngine {
-  using Callback = std::function<void(const OrvDiffListenerSet&, const char*, OrvTestInfo*)>;
-  explicit CallbackEngine(Callback callback) : m_callback(std::move(callback)) {}
+struct RecordingEngine : OrvDiffEngine {
+  explicit RecordingEngine(char name) : m_name(name) {}
   void verifyOutput(const OrvDiffListenerSet& listeners, const char* location,
                     OrvTestInfo* testInfo) override {
-    m_callback(listeners, location, testInfo);
+    calls += m_name;
+    EXPECT_EQ(listeners.size(), 1U);
+    EXPECT_EQ(reinterpret_cast<OrvDiffListener*>(testInfo), *listeners.begin());
+    EXPECT_STREQ(location, "suite/R.xml");
+    if (m_name == '!') {
+      throw std::runtime_error("engine");
+    }
   }
-  Callback m_callback;
+  static inline std::string calls;
+
+ private:
+  char m_name;
 };
 
 TEST(EngineRegistry, RunsTheEnginesOfAFormatInOrderUntilOneRaises) {
   OrvDiffListener kept;
   OrvDiffListener removed;
   auto* const info = reinterpret_cast<OrvTestInfo*>(&kept);  // only handed on
-  std::string calls;
-  const auto record = [&](char name) {
-    return [&, name](const auto& listeners, const char* location, OrvTestInfo* given) {
-      calls += name;
-      EXPECT_EQ(listeners, OrvDiffListenerSet{&kept});
-      EXPECT_STREQ(location, "suite/R.xml");
-      EXPECT_EQ(given, info);
-    };
-  };
-  CallbackEngine a(record('a'));
-  CallbackEngine b(record('b'));
-  CallbackEngine raising([](auto&&...) { throw std::runtime_error("engine"); });
+  const std::string& calls = RecordingEngine::calls;
+  RecordingEngine a('a');
+  RecordingEngine b('b');
+  RecordingEngine raising('!');
+  constexpr auto kHtml = OrvOutputFormat::Html;
   constexpr auto kOfAHost = static_cast<OrvOutputFormat>(-1);
   OrvDiffEngineRegistry registry;
-  registry.registerDiffEngine(OrvOutputFormat::Html, &b);
-  registry.registerDiffEngine(kOfAHost, &a);
-  registry.registerDiffEngine(kOfAHost, &raising);
-  registry.registerDiffEngine(kOfAHost, &b);
-  registry.registerDiffEngine(OrvOutputFormat::Html, &a);
-  registry.registerDiffEngine(OrvOutputFormat::Html, &b);
+  registry.registerDiffEngine(kHtml, &b);
+  for (RecordingEngine* const engine : {&a, &raising, &b}) {
+    registry.registerDiffEngine(kOfAHost, engine);
+  }
+  registry.registerDiffEngine(kHtml, &a);
+  registry.registerDiffEngine(kHtml, &b);
   registry.removeListener(&removed);
   registry.addListener(&removed);
   registry.addListener(&kept);
@@ -102,10 +101,10 @@ TEST(EngineRegistry, RunsTheEnginesOfAFormatInOrderUntilOneRaises) {
   registry.removeListener(&removed);
   registry.verifyOutput(OrvOutputFormat::Csv, "suite/R.xml", info);
   EXPECT_EQ(calls, "");
-  registry.verifyOutput(OrvOutputFormat::Html, "suite/R.xml", info);
+  registry.verifyOutput(kHtml, "suite/R.xml", info);
   EXPECT_EQ(calls, "bab");
   EXPECT_THROW(registry.verifyOutput(kOfAHost, "suite/R.xml", info), std::runtime_error);
-  EXPECT_EQ(calls, "baba");
+  EXPECT_EQ(calls, "baba!");
 }
 
 }  // namespace
