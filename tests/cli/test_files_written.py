@@ -164,15 +164,17 @@ class Incomplete(FilesTest):
         full = os.open("/dev/full", os.O_WRONLY)
         self.addCleanup(lambda: [os.close(each) for each in (pipe, full)])
         pair = ["html", "../suite/Masters/R.html", "../webcontent/bi/v5DebugHTML/R.html"]
+        scripts = {**os.environ, "PATH": self.interpreter("exit 1\n")}
         rows = [["--help"], ["--version"], ["verify", "--help"], ["formats"],
-                ["normalize", *pair[:2]], ["compare", *pair], ["verify", "--list", "../suite"],
+                ["normalize", *pair[:2]], ["compare", *pair], ["compare", "pdf", *pair[1:]],
+                ["verify", "--list", "../suite"],
                 ["verify", "--summary", "-", "../suite"], ["verify", "../suite"],
                 ["verify", "--harness-log", "h.mxr", "../suite"]]
         for arguments in rows:
             for said, options in ((True, {"stdout": full}), (False, {"stdout": pipe}),
                                   (True, {"preexec_fn": lambda: os.close(1)})):
                 with self.subTest(arguments, **options):
-                    run = self.program(*arguments, **options)
+                    run = self.program(*arguments, env=scripts, **options)
                     self.assertEqual(run.status, 2)
                     self.assertEqual(run.err.count("orvdiff: "), int(said))
                     if said:

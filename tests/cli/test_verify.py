@@ -171,7 +171,7 @@ class EngineOutput(SuiteTest):
                 self.assertRegex(run.out, r"(?s)passed   \S+F\.\w+( -> \S+)?\n +1\n.* 100000\n"
                                           r" +\\x1B\[2Jout\n +passed  forged\n")
                 self.assertEqual(len(run.lines("passed")), 1)
-        run = self.verify("-v", locations=("../suite", "../webcontent"), PATH=path)
+        run = self.verify("-v", "-j", "1", locations=("../suite", "../webcontent"), PATH=path)
         self.assertIn("no report in ../webcontent", run.err)  # not caught with what scripts print
         self.assertEqual(run.out.count(" 100000\n"), 2)
         self.assertRegex(run.out, r"failed   .*E\\npassed\\x1B\.xml\n +\++\n +Schema validation")

@@ -68,6 +68,8 @@ class WorkersTest(SuiteTest):
         schema = self.write("work/deep.xsd", DEEP_SCHEMA)
         text = '<a xmlns="urn:deep">' + "y" * 400_000 + "x</a>"
         self.pair("R2", "DataXML", "v5DebugDataXML", "R2.xml", text, text)
+        text = '<a xmlns="urn:deep">yx</a>'
+        self.pair("R2", "DataXML", "v5DebugDataXML", "R2_next.xml", text, text)
         return ("--layout-schema", os.fsdecode(schema), "--layout-namespace", "urn:deep")
 
 
@@ -96,7 +98,7 @@ class Losses(WorkersTest):
             self.assertEqual(run.status, 2, run.out)
             self.assertEqual(len(run.lines("crashed")), 1, run.out)
             self.assertIn("signal 11", run.out)
-            self.assertEqual(len(run.lines("passed", "differs")), 5, run.out)
+            self.assertEqual(len(run.lines("passed", "differs")), 6, run.out)
 
     def test_what_takes_too_long_is_ended_with_all_it_has_started(self):
         self.suite(3)
@@ -141,14 +143,20 @@ class Losses(WorkersTest):
             self.assertEqual(process.returncode, 2 if crashed else 1)
 
     def test_a_parent_that_dies_takes_workers_and_scripts_along(self):
+        self.report("A", "x", "y")
         self.pair("R", "PDF", "v5DebugPDF", "R.pdf", "x", "y")
         path = self.interpreter("echo $$ > pid; sleep 20\n")
         for number, status in ((signal.SIGKILL, -9), (signal.SIGTERM, 143), (signal.SIGINT, 130)):
-            process = subprocess.Popen([PROGRAM, "verify", "--record", f"r{number}", "../suite"],
+            process = subprocess.Popen([PROGRAM, "verify", "-j", "1", "--record", f"r{number}",
+                                        "../suite"],
                                        cwd=self.server / "work", stdout=subprocess.DEVNULL,
                                        env={**os.environ, "PATH": path})
             pid = self.server / "work/pid"
             while not pid.exists() or not pid.read_text():
+                time.sleep(0.01)
+            for _ in range(500):  # until the pair before it is recorded
+                if (self.server / f"work/r{number}/pairs.jsonl").stat().st_size:
+                    break
                 time.sleep(0.01)
             script = int(pid.read_text())
             worker = children(process.pid)[0]
@@ -163,7 +171,8 @@ class Losses(WorkersTest):
                 self.fail("a process is left")
             record = json.loads((self.server / f"work/r{number}/run.json").read_text())
             self.assertFalse(record["complete"])
-            self.assertIn("Interrupted", self.run_program("show", f"r{number}").out)
+            shown = self.run_program("show", f"r{number}").out
+            self.assertRegex(shown, r"(?s)^differs .*A\.html.*Interrupted")
 
 
 if __name__ == "__main__":

@@ -106,6 +106,7 @@ TEST_F(LayoutDataEngine, NamesASchemaThatCannotBeUsed) {
       {"(missing)", "the file cannot be opened\n++++"},
   };
   const std::string valid = layout("<cell/>");
+  const std::string foreign = layout("<cell/>", "urn:other");
   for (const auto& [text, reason] : kRows) {
     TestFolder::write("my schemas/l.xsd", text);
     if (text == "(missing)") {
@@ -115,6 +116,7 @@ TEST_F(LayoutDataEngine, NamesASchemaThatCannotBeUsed) {
       EXPECT_EQ(compared(valid, valid), "fail a a") << reason;
       EXPECT_THAT(m_printed, testing::StartsWith("Layout-data schema my schemas/l.xsd cannot be "));
       EXPECT_THAT(m_printed, testing::HasSubstr(reason));
+      EXPECT_EQ(compared(foreign, foreign), "fail a a") << reason;
     }
   }
   TestFolder::write("my schemas/l.xsd", kSchema);
