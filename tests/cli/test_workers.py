@@ -83,10 +83,10 @@ class Order(WorkersTest):
 
     def test_a_pair_counts_once_for_the_report_with_the_longer_name(self):
         self.report("A", "x", "y")
-        self.report("A_p", "x", "y")
-        # Masters of paged formats: that of A begins with the name A_p, which does not find it.
-        self.pair("A", "PagedDataXML", "v5DebugPagedDataXML", "A_p_1.xml", "x", "y")
-        run = self.verify("-v")
+        self.report("A_x", "x", "y")
+        # Begins with the name A_x, which does not find it: with the suffix that is "A_x*_x.cgs".
+        self.pair("A", "", "c", "A_x.cgs", "x", "y")
+        run = self.verify("-v", "--cgs-output-dir", "c", "--cgs-suffix", "x")
         self.assertEqual(len(run.lines("differs")), 3, run.out)
 
 

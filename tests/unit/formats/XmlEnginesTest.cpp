@@ -84,7 +84,7 @@ const std::tuple<const char*, std::string, const char*> kDocuments[] = {
     {"100,000 levels", repeated("<a>", 100000), "would take too long"},
     {"many siblings, deep", repeated("<a>", 10000) + repeated("<b/>", 1000000), "too long"},
     {"many prefixes", manyPrefixes(60000, ">") + repeated("<b/>", 60000), "too long"},
-    {"all in one tag", manyPrefixes(400000, prefixedAttributes(400000, "p399999")), "too long"},
+    {"all in one tag", manyPrefixes(800000, prefixedAttributes(800000, "p799999")), "too long"},
     {"all in one UTF-16 tag",
      "\xff\xfe" + asUtf16(manyPrefixes(60000, prefixedAttributes(60000, "p59999"))), "too long"},
 };
