@@ -24,8 +24,8 @@ struct OrvDiffFormat {
   OrvOutputFormat format;
   std::string_view comparison;  ///< how its outputs are compared, in a few words
   bool needsArguments;          ///< whether `outputDirectoryTypeName` is required
-  /// Raises `VELAssertError` if a required argument is null, and, if `validatesXml`, when the host has
-  /// not initialised Xerces.
+  /// Raises `VELAssertError` if a required argument is null, and, if `validatesXml`, when the host
+  /// has not initialised Xerces.
   std::unique_ptr<OrvDiffFileEngine> (*createEngine)(const OrvFormatArguments& arguments);
   bool validatesXml = false;  ///< whether the engine needs Xerces, initialised by the host
 

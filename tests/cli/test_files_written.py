@@ -153,13 +153,15 @@ class Incomplete(FilesTest):
         full = os.open("/dev/full", os.O_WRONLY)
         self.addCleanup(lambda: [os.close(each) for each in (pipe, full)])
         master = "../suite/Masters/R.html"
+        scripts = {**os.environ, "PATH": self.interpreter("exit 1\n")}
         for line in ("--help", "--version", "verify --help", "formats", f"normalize html {master}",
-                     f"compare html {master} {self.outputs}/R.html", "verify --list ../suite",
+                     f"compare html {master} {self.outputs}/R.html",
+                     f"compare pdf {master} {self.outputs}/R.html", "verify --list ../suite",
                      "verify --summary - ../suite", "verify --harness-log h.mxr ../suite"):
             for said, options in ((True, {"stdout": full}), (False, {"stdout": pipe}),
                                   (True, {"preexec_fn": lambda: os.close(1)})):
                 with self.subTest(line, **options):
-                    run = self.program(*line.split(), **options)
+                    run = self.program(*line.split(), env=scripts, **options)
                     self.assertEqual((run.status, run.err.count("orvdiff: ")), (2, int(said)))
                     if said:
                         self.assertRegex(run.err, "(output|summary -) could not be written")

@@ -50,6 +50,7 @@ class Usage(SuiteTest):
                                               "compare html one", "normalize html a b",
                                               "-C nowhere formats", "verify \x1b[2J --x\x1b")),
             (("verify", "-f", "HTML", "."), "did you mean html"),
+            (("verify", "--shard", "5/4", "."), "--shard 5/4 is not a share"),
             (("verify", "-f", "qqqqqq", "."), 'unknown format "qqqqqq"; "orvdiff formats"'),
             (("verify", "-f", "html,,nope", "."), 'unknown format "nope"'),
             (("verify", "-f", "cgs", "."), "needs --cgs-output-dir"),

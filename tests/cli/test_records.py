@@ -63,6 +63,11 @@ class Content(RecordsTest):
         run = json.loads((self.work / "r/run.json").read_text())
         self.assertEqual((run["complete"], run["pairs"], run["status"]), (True, len(pairs), 1))
         self.assertEqual(run["totals"]["differs"], 5)
+        starts = []
+        for zone in ("EAST-12", "WEST+12"):  # a day apart, by the clocks on their walls
+            self.verify("--record", zone, TZ=zone)
+            starts.append(json.loads((self.work / zone / "run.json").read_text())["start"])
+        self.assertEqual(starts, sorted(starts))
 
     def test_show_prints_what_the_run_did_and_what_changed_since(self):
         self.suite()
@@ -80,10 +85,12 @@ class Content(RecordsTest):
 
     def test_failed_pairs_are_verified_again(self):
         self.suite()
+        self.report("R0", "x", "x", folder="suite/a", xls=True)  # passes, unlike its page
         self.record("r")
         again = self.verify("--failed", "r", locations=())
-        self.expect(again, 1, "7 of 23 pairs, those that did not pass in the run of ",
+        self.expect(again, 1, "7 of 24 pairs, those that did not pass in the run of ",
                     "7 pairs: 0 passed, 5 differ, 1 missing, 1 failed")
+        self.assertEqual(self.verify("-q", "--failed", "r", locations=()).out.count("\n"), 1)
         self.refused("", "verify", "--failed", "r", "../suite")
         self.refused("name it with -C", "-C", "..", "verify", "--failed", "work/r")
 
@@ -92,6 +99,7 @@ class Shards(RecordsTest):
     def test_merged_shards_are_the_whole(self):
         self.suite()
         self.report("Lonely")
+        self.write("suite/a/R0.txt")  # a twin: its masters are those of R0.xml
         whole = self.record("whole")
         for count in (1, 3, 40):
             shards = [f"s{count}.{i + 1}" for i in range(count)]
@@ -103,6 +111,9 @@ class Shards(RecordsTest):
         self.run_program("merge", "--partial", "s3.3", "s3.1", "-o", "some")
         self.assertEqual(self.run_program("merge", "s3.2", "some", "-o", "m").status, 1)
         self.assertEqual(self.content("m"), self.content("whole"))
+        lists = [self.verify("--list", "--shard", "1/3", locations=(place,)).out.replace(place, "")
+                 for place in ("../suite", "../work/../suite")]
+        self.assertEqual(*lists)
 
     def test_what_cannot_be_merged(self):
         self.suite(6)
@@ -117,6 +128,28 @@ class Shards(RecordsTest):
                                 ("s1 nowhere", "nowhere/run.json: No such file")]:
             self.refused(reason, "merge", *records.split(), "-o", "merged")
             self.assertFalse((self.work / "merged").exists())
+
+    def test_shards_without_a_pair_make_a_whole_that_is_trouble(self):
+        self.report("Lonely")
+        for i in (1, 2):
+            self.assertEqual(self.record(f"s{i}", "--shard", f"{i}/2").status, 0)
+        merged = self.run_program("merge", "s1", "s2", "-o", "m")
+        self.assertEqual(merged.status, 2)
+        self.assertIn("nothing to verify", merged.out)
+
+    def test_what_is_merged_from_a_shard_that_is_not_whole_is_not_either(self):
+        self.suite(6)
+        for i in (1, 2):
+            self.record(f"s{i}", "--shard", f"{i}/2")
+        rows = [("pairs.jsonl", lambda text: text[:-9]),
+                ("run.json", lambda text: text.replace(b'"complete": true', b'"complete": false'))]
+        for file, spoil in rows:
+            with self.subTest(file):
+                path = self.work / "s2" / file
+                path.write_bytes(spoil(path.read_bytes()))
+                self.assertEqual(self.run_program("merge", "s1", "s2", "-o", file).status, 2)
+                merged = json.loads((self.work / file / "run.json").read_text())
+                self.assertFalse(merged["complete"])
 
 
 class Damage(RecordsTest):
@@ -135,9 +168,12 @@ class Damage(RecordsTest):
             path.write_bytes(spoil(path.read_bytes()))
             self.refused(reason, "show", name)
 
-    def test_evidence_that_is_not_what_was_compared(self):
+    def test_evidence_that_is_too_large_or_not_what_was_compared(self):
         self.suite(6)
+        self.report("Large", b"x" * (5 << 20), "y")
         self.record("r", "--shard", "1/1")
+        self.assertIn("left out: larger", {pair["masterFile"].get("evidence", "")[:16]
+                                           for pair in self.pairs("r")})
         for path in (self.work / "r/evidence").iterdir():
             path.write_bytes(b"changed")
         self.assertEqual(self.run_program("merge", "r", "-o", "m").status, 1)

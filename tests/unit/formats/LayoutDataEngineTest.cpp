@@ -100,6 +100,7 @@ TEST_F(LayoutDataEngine, NamesASchemaThatCannotBeUsed) {
       {"<a/>", "root element name of XML Schema document"},
       {"(missing)", "the file cannot be opened\n++++"},
   };
+  const std::string foreign = layout("<cell/>", "urn:other");
   for (const auto& [text, reason] : kRows) {
     TestFolder::write(kPath, text);
     if (text == "(missing)") {
@@ -109,6 +110,7 @@ TEST_F(LayoutDataEngine, NamesASchemaThatCannotBeUsed) {
       EXPECT_EQ(compared(kValid, kValid), "fail a a") << reason;
       EXPECT_THAT(m_printed, StartsWith("Layout-data schema my schemas/l.xsd cannot be "));
       EXPECT_THAT(m_printed, HasSubstr(reason));
+      EXPECT_EQ(compared(foreign, foreign), "fail a a") << reason;
     }
   }
   TestFolder::write("my schemas/parts/cell.xsd", schema(kCell));  // repaired, of two files

@@ -60,7 +60,7 @@ TEST(ScriptEngines, ANameNeverBecomesACommandAndAMissingFileNoRun) {
   const FakePython python("exit 0");
   TestFolder::write("m", "");
   OrvDiffPdfFileEngine pdf(nullptr);
-  for (const std::string name : {"a\"b", "$HOME", "`touch ran`", "a\\", "a\nb"}) {
+  for (const std::string name : {"a\" \"b", "$HOME", "`touch ran`", "a\\\\b", "a\nb"}) {
     TestFolder::write(name, "");
     EXPECT_EQ(described(pdf.performDiff("m", name, nullptr)), "diff m " + name);
     EXPECT_EQ(described(pdf.performDiff(name, "m", nullptr)), "diff " + name + " m");

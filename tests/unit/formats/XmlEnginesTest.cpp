@@ -4,6 +4,7 @@
 #include <xercesc/util/RuntimeException.hpp>
 
 #include "orvdiff/formats/OrvDiffAuthoredDThroughTargetsXmlFileEngine.h"
+#include "orvdiff/platform/VELUtMemory.h"
 #include "tests/support/LiteralXmlParser.h"
 #include "tests/support/Testing.h"
 
@@ -98,6 +99,13 @@ TEST(XmlEngines, CompareWhatIsWellFormed) {
     EXPECT_EQ(described(engine.performDiff("m", actual, stream)), verdict);
   }
   EXPECT_EQ(output.flushes(), 6) << "line by line";
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  const std::uint64_t before = VELUtMemory::getMemoryConsumption();
+  for (int i = 0; i < 100; ++i) {
+    described(engine.performDiff("m", "same", nullptr));
+  }
+  EXPECT_LT(VELUtMemory::getMemoryConsumption(), before + 100'000) << "documents are kept";
+#endif
 }
 
 TEST(XmlEngines, NeedTheHostToInitialiseXerces) {

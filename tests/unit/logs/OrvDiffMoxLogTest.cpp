@@ -51,6 +51,7 @@ TEST_F(OrvDiffMoxLogTest, NormalizedDifferencesAreDumped) {
                columns + "     c\n           ^^" + columns + "     ^\n",
            "\n1 bytes compared.  A total of 1 bytes unequal\n\n"},
           {MOXLogLevel::Normal, "abc", "abcd", 3, headline, headline + nothing},
+          {MOXLogLevel::Normal, "abc", "abd", 7, headline, headline + nothing},
           {MOXLogLevel::Detailed, "a" + many, "b" + many, 0, headline,
            "\n128 bytes compared.  A total of 1 bytes unequal\n\n"},
       };

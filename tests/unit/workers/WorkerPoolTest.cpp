@@ -1,12 +1,13 @@
 #include "cli/workers/WorkerPool.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <sys/wait.h>
 #include <csignal>
 #include <random>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -30,6 +31,7 @@ class Steps : public PoolWork {
       link.send(stepName(task, step));
     }
   }
+  bool isRepeatable(std::uint64_t step) const override { return step == 0; }
   void received(std::uint32_t /*task*/, std::string_view message) override {
     events.emplace_back(message);
   }
@@ -68,13 +70,21 @@ bool never() {
   return false;
 }
 
-TEST(WorkerPool, DeliversInOrderAndLosesOnlyTheStepOfADeadWorker) {
+TEST(WorkerPool, DeliversInOrderAndLosesOnlyTheStepThatKillsItsWorker) {
   for (const std::size_t workers : {1U, 2U, 64U}) {
-    Steps steps(3, [](const std::string& name) {
+    int tokens[2] = {};  // one, for the step that dies at the first try only
+    ASSERT_EQ(pipe2(tokens, O_NONBLOCK), 0);
+    ASSERT_EQ(write(tokens[1], "", 1), 1);
+    int ends[2] = {};  // its reader sees the end once every process that a worker started is gone
+    ASSERT_EQ(pipe(ends), 0);
+    Steps steps(3, [&tokens](const std::string& name) {
+      char token = 0;
       if (name == "3.1") {
-        raise(SIGKILL);
+        fork() == 0 ? execlp("sleep", "sleep", "30", nullptr) : raise(SIGKILL);
       } else if (name == "4.0") {
-        throw 1;
+        throw 1;  // at every try
+      } else if (name == "6.0" && read(tokens[0], &token, 1) == 1) {
+        raise(SIGKILL);
       } else if (name == "5.2") {
         for (;;) {
           pause();
@@ -88,6 +98,12 @@ TEST(WorkerPool, DeliversInOrderAndLosesOnlyTheStepOfADeadWorker) {
     EXPECT_EQ(steps.events,
               expected(20, 3, {{"3.1", "signal 9"}, {"4.0", "status 1"}, {"5.2", "timeout"}}))
         << workers;
+    close(ends[1]);
+    pollfd reader = {ends[0], POLLIN, 0};
+    ASSERT_EQ(poll(&reader, 1, 10'000), 1) << "a process is left";
+    for (const int end : {ends[0], tokens[0], tokens[1]}) {
+      close(end);
+    }
   }
 }
 
@@ -133,23 +149,28 @@ TEST(WorkerPool, SurvivesWorkersKilledAtAnyTime) {
   EXPECT_GT(losses, 0U);
 }
 
-TEST(WorkerPool, StopsWhenAskedAndLeavesNoProcess) {
-  Steps steps(1, [](const std::string& name) {
+TEST(WorkerPool, StopsWhenAskedDeliversWhatArrivedAndLeavesNoProcess) {
+  int ends[2] = {};  // something to read: the third task is done, and the fourth has begun
+  ASSERT_EQ(pipe(ends), 0);
+  Steps steps(1, [&ends](const std::string& name) {
     if (name != "0.0" && name != "2.0") {
       if (fork() == 0) {
         setsid();
         pause();
       }
+      EXPECT_EQ(write(ends[1], "", name == "3.0" ? 1 : 0), name == "3.0" ? 1 : 0);
       pause();
     }
   });
-  std::set<std::string> seen;
   {
     WorkerPool pool(steps, 4, {2, 0, 0});
+    pollfd reader = {ends[0], POLLIN, 0};
     int looks = 0;
-    EXPECT_FALSE(pool.run([&looks] { return ++looks > 5; }));
+    EXPECT_FALSE(pool.run([&] { return poll(&reader, 1, 0) == 1 && ++looks > 1; }));
   }
-  EXPECT_EQ(steps.events.front(), "0.0");
+  close(ends[0]);
+  close(ends[1]);
+  EXPECT_EQ(steps.events, (std::vector<std::string>{"0.0", "end 0", "2.0", "end 2"}));
   EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
 }
 
