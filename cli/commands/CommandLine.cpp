@@ -108,17 +108,17 @@ void addWorkers(CLI::App& verify, VerifyOptions& options) {
       .add_option("-j,--jobs", options.jobs,
                   "Verify in N processes at once (default: one per core)")
       ->check(CLI::Range(std::size_t{1}, kMostJobs))
-      ->type_name("N");
+      ->option_text("N");
   verify
       .add_option("--timeout", options.secondsPerPair,
-                  "Give up a pair after so many seconds, 0 for never (default: 300)")
+                  "Give up on a pair after SECONDS; 0 for no limit (default: 300)")
       ->check(CLI::NonNegativeNumber)
-      ->type_name("SECONDS");
+      ->option_text("SECONDS");
   verify
       .add_option("--memory", options.memoryMegabytes,
                   "Limit the memory of each process (default: no limit)")
       ->check(CLI::Range(std::uint64_t{64}, std::uint64_t{1} << 32))
-      ->type_name("MB");
+      ->option_text("MB");
 }
 
 void addRecord(CLI::App& verify, VerifyOptions& options) {
@@ -317,7 +317,11 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& r
     app.exit(request, std::cout, std::cerr);
     return kExitPassed;
   } catch (const CLI::ParseError& mistake) {
-    std::cerr << "orvdiff: " << printable(mistake.what()) << "\nTry \"orvdiff --help\".\n";
+    const bool lacksCommand =
+        app.get_subcommands().empty() &&
+        mistake.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+    const std::string what = lacksCommand ? "a command is required" : mistake.what();
+    std::cerr << "orvdiff: " << printable(what) << "\nTry \"orvdiff --help\".\n";
     return kExitTrouble;
   }
   values.verify.words.assign(argv, argv + argc);
