@@ -106,7 +106,7 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
   } catch (const std::exception& error) {
     result.record.verdict = Verdict::Error;
     result.record.message = causeOf(error, m_settings.verbosity);
-    link.begin(stepOf(format, kListingFailed), {});
+    link.begin(stepOf(format, kListingFailed), packPair(result));
     link.send(packPair(result));
     return;
   }

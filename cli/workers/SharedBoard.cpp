@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <ctime>
 #include <system_error>
 
@@ -70,7 +69,7 @@ void SharedBoard::beginStep(std::size_t slot, std::uint32_t task, std::uint64_t 
   own.number = number;
   own.descriptionLength =
       static_cast<std::uint32_t>(std::min(description.size(), kDescriptionLimit));
-  std::memcpy(own.description, description.data(), own.descriptionLength);
+  std::copy_n(description.data(), own.descriptionLength, own.description);
   own.startedAt.store(monotonicNow(), std::memory_order_release);
 }
 
