@@ -44,7 +44,7 @@ struct FreeState {
 
 /// Hashes what can be read from `descriptor`; nothing after a read error.
 std::optional<FileContent> hashDescriptor(int descriptor) {
-  constexpr std::size_t kBlockSize = 256 * 1024;
+  constexpr std::size_t kBlockSize = std::size_t{256} << 10;
   static std::vector<char> block(kBlockSize);
   static const std::unique_ptr<XXH3_state_t, FreeState> state(XXH3_createState());
   if (state == nullptr) {

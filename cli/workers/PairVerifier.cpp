@@ -49,7 +49,7 @@ std::string resolve(const std::string& path) {
 
 /// The start of what was printed, if it is very long.
 std::string shortened(std::string printed) {
-  constexpr std::size_t kMost = 1024 * 1024;
+  constexpr std::size_t kMost = std::size_t{1} << 20;
   if (printed.size() > kMost) {
     const std::string more = "\n[" + std::to_string(printed.size() - kMost) + " bytes more]\n";
     printed.resize(kMost);

@@ -15,7 +15,7 @@
 class SharedBoard {
  public:
   static constexpr std::uint32_t kNobody = 0;  ///< workers are numbered from 1
-  static constexpr std::size_t kDescriptionLimit = 16 * 1024;
+  static constexpr std::size_t kDescriptionLimit = std::size_t{16} << 10;
 
   struct Step {
     std::uint32_t task;

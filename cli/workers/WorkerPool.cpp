@@ -36,8 +36,8 @@ PoolWork::~PoolWork() = default;
 
 namespace {
 
-constexpr std::size_t kReadSize = 64 * 1024;
-constexpr std::size_t kHeldBackLimit = 256 * 1024 * 1024;  ///< bytes that wait for their turn
+constexpr std::size_t kReadSize = std::size_t{64} << 10;
+constexpr std::size_t kHeldBackLimit = std::size_t{256} << 20;  ///< bytes that wait for their turn
 constexpr int kPollMilliseconds = 100;  ///< between two looks at the clock and at `isStopWanted`
 constexpr int kMostTries = 3;           ///< workers in a row that a task may cost without progress
 
