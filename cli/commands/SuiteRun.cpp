@@ -137,7 +137,7 @@ void SuiteRun::tellLogs(const PairResult& pair) {
     });
   }
   if (m_logs.saver != nullptr) {
-    result->notifyListener(*m_logs.saver);
+    guard(m_isSaverBroken, "list of saved texts", [&] { result->notifyListener(*m_logs.saver); });
   }
   tellHarness([&](HarnessLog& log) {
     HarnessResults adapter(log.listener());

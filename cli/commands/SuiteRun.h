@@ -73,5 +73,6 @@ class SuiteRun : private PoolWork {
   std::unordered_set<std::string> m_verifiedStems;
   bool m_isSummaryBroken = false;
   bool m_isHarnessBroken = false;
+  bool m_isSaverBroken = false;
   bool m_isRecordBroken = false;
 };

@@ -112,7 +112,7 @@ class Shards(RecordsTest):
         self.assertEqual(self.run_program("merge", "s3.2", "some", "-o", "m").status, 1)
         self.assertEqual(self.content("m"), self.content("whole"))
         lists = [self.verify("--list", "--shard", "1/3", locations=(place,)).out.replace(place, "")
-                 for place in ("../suite", "../work/../suite")]
+                 for place in ("../suite", "../webcontent/../suite")]
         self.assertEqual(*lists)
 
     def test_what_cannot_be_merged(self):
