@@ -2,8 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -22,6 +20,7 @@
 
 #include "cli/workers/ProcessTree.h"
 #include "cli/workers/SharedBoard.h"
+#include "cli/workers/WorkerProcess.h"
 
 // The parent never writes to a worker: what there is to do lies in the memory they share, and what
 // a worker found comes back through a pipe of its own, in frames. The parent holds back what comes
@@ -31,7 +30,6 @@
 // the step on the board. A step whose message arrived is done, whatever the board says; any other
 // step on the board is lost.
 
-WorkerLink::~WorkerLink() = default;
 PoolWork::~PoolWork() = default;
 
 namespace {
@@ -41,87 +39,8 @@ constexpr std::size_t kHeldBackLimit = std::size_t{256} << 20;  ///< bytes that 
 constexpr int kPollMilliseconds = 100;  ///< between two looks at the clock and at `isStopWanted`
 constexpr int kMostTries = 3;           ///< workers in a row that a task may cost without progress
 
-enum class FrameKind : std::uint32_t { Message, TaskEnd };
-
-struct FrameHead {
-  FrameKind kind;
-  std::uint32_t task;
-  std::uint64_t step;
-  std::uint64_t length;
-};
-
 [[noreturn]] void raise(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
-}
-
-/// The worker's end. A parent that is gone is no matter for an exception: the worker just ends.
-class PipeLink : public WorkerLink {
- public:
-  PipeLink(int pipe, SharedBoard& board, std::size_t slot)
-      : m_pipe(pipe), m_board(board), m_slot(slot) {}
-
-  void startTask(std::uint32_t task) { m_task = task; }
-  void endTask() { write(FrameKind::TaskEnd, {}); }
-
-  void begin(std::uint64_t step, std::string_view description) override {
-    m_step = step;
-    m_board.beginStep(m_slot, m_task, step, description);
-  }
-
-  void send(std::string_view message) override {
-    write(FrameKind::Message, message);
-    m_board.endStep(m_slot);
-  }
-
-  void end() override { m_board.endStep(m_slot); }
-
- private:
-  void write(FrameKind kind, std::string_view message) {
-    const FrameHead head = {kind, m_task, m_step, message.size()};
-    m_frame.assign(reinterpret_cast<const char*>(&head), sizeof head);
-    m_frame += message;
-    std::size_t done = 0;
-    while (done < m_frame.size()) {
-      const ssize_t count = ::write(m_pipe, m_frame.data() + done, m_frame.size() - done);
-      if (count < 0 && errno != EINTR) {
-        _exit(EXIT_FAILURE);
-      }
-      done += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
-  }
-
-  int m_pipe;
-  SharedBoard& m_board;
-  std::size_t m_slot;
-  std::uint32_t m_task = 0;
-  std::uint64_t m_step = 0;
-  std::string m_frame;
-};
-
-void endGroup(int /*signal*/) {
-  kill(0, SIGKILL);  // the worker and the scripts it has started
-}
-
-/// Makes a fresh fork a worker: a process group of its own, which ends when the parent does.
-void becomeWorker(pid_t parent, std::uint64_t memoryLimit) {
-  setpgid(0, 0);
-  struct sigaction action = {};
-  action.sa_handler = endGroup;
-  sigemptyset(&action.sa_mask);
-  sigaction(SIGTERM, &action, nullptr);
-  action.sa_handler = SIG_DFL;
-  sigaction(SIGINT, &action, nullptr);
-  action.sa_handler = [](int /*signal*/) {};  // programs that are started do not inherit a handler
-  sigaction(SIGPIPE, &action, nullptr);
-  adoptOrphans();
-  prctl(PR_SET_PDEATHSIG, SIGTERM);
-  if (getppid() != parent) {
-    _exit(EXIT_FAILURE);  // it died before the line above
-  }
-  if (memoryLimit > 0) {
-    const rlimit limit = {memoryLimit, memoryLimit};
-    setrlimit(RLIMIT_AS, &limit);
-  }
 }
 
 /// What is to be delivered when the task's turn comes.
