@@ -28,6 +28,15 @@ class Appender {
   char* m_end;
 };
 
+/// Adds the removal of the carriage return at `position`.
+void addReturn(std::size_t position, pattern::Edits& edits) {
+  if (!edits.empty() && edits.back().end == position) {
+    ++edits.back().end;
+  } else {
+    edits.push_back({position, position + 1, 0});
+  }
+}
+
 }  // namespace
 
 WorkingText::WorkingText(OrvTextBuffer& buffer)
@@ -39,7 +48,7 @@ bool WorkingText::cannotFail(const OrvPatternList& patterns) {
   });
 }
 
-void WorkingText::removeCarriageReturns() {
+void WorkingText::removeCarriageReturns(pattern::Edits* edits) {
   char* const text = m_text.get();
   const char* const end = text + m_length;
   const auto nextReturn = [end](char* from) {
@@ -49,6 +58,9 @@ void WorkingText::removeCarriageReturns() {
   char* target = nextReturn(text);
   for (char* source = target; source != nullptr;) {
     char* const piece = source + 1;
+    if (edits != nullptr) {
+      addReturn(static_cast<std::size_t>(source - text), *edits);
+    }
     source = nextReturn(piece);
     const auto count = static_cast<std::size_t>((source != nullptr ? source : end) - piece);
     std::memmove(target, piece, count);
@@ -60,20 +72,35 @@ void WorkingText::removeCarriageReturns() {
   }
 }
 
-void WorkingText::apply(const OrvDiffNormalizationPattern& pattern) {
+void WorkingText::apply(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits) {
   if (const orvdiff::pattern::Substitution* const substitution = pattern.substitution()) {
     velGuardAllocation(VEL_HERE, [&] {
-      run(*substitution);
+      run(*substitution, edits);
       return true;
     });
     return;
   }
+  runIcu(pattern, edits);
+}
+
+void WorkingText::runIcu(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits) {
+  OrvTextBuffer before;
+  if (edits != nullptr) {
+    before = velNewArray<char>(VEL_HERE, m_length + 1);
+    std::memcpy(before.get(), m_text.get(), m_length + 1);
+  }
   pattern.normalizeText(m_text);
+  if (edits != nullptr) {
+    velGuardAllocation(VEL_HERE, [&] {
+      *edits = pattern.findIcuEdits(before.get(), m_text.get());
+      return true;
+    });
+  }
   m_length = std::strlen(m_text.get());
   m_scratch.reset();  // too small if the new text is longer
 }
 
-void WorkingText::run(const pattern::Substitution& substitution) {
+void WorkingText::run(const pattern::Substitution& substitution, pattern::Edits* edits) {
   const std::string_view text(m_text.get(), m_length);
   pattern::LinearMatcher matcher(*substitution.program, text);
   pattern::LinearMatcher::Match match = {};
@@ -83,12 +110,16 @@ void WorkingText::run(const pattern::Substitution& substitution) {
   if (m_scratch == nullptr) {
     m_scratch = velNewArray<char>(VEL_HERE, m_length + 1);
   }
+  const std::string_view replacement = substitution.replacement;
   Appender result(m_scratch.get());
   std::size_t copied = 0;
   do {
     result.append(text.substr(copied, match.begin - copied));
-    result.append(substitution.replacement);
+    result.append(replacement);
     copied = match.end;
+    if (edits != nullptr && text.substr(match.begin, match.end - match.begin) != replacement) {
+      edits->push_back({match.begin, match.end, replacement.size()});
+    }
   } while (matcher.find(copied, match));
   result.append(text.substr(copied));
   m_length = result.size();

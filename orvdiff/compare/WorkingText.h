@@ -4,6 +4,7 @@
 
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
 #include "orvdiff/compare/OrvTextBuffer.h"
+#include "orvdiff/compare/pattern/Edit.h"
 
 namespace orvdiff {
 
@@ -29,14 +30,16 @@ class WorkingText {
   /// Whether none of these patterns can raise here on any text, short of running out of memory.
   static bool cannotFail(const OrvPatternList& patterns);
 
-  void removeCarriageReturns();
+  /// `edits`, unless null, gets what was changed; a run of carriage returns is one edit.
+  void removeCarriageReturns(pattern::Edits* edits = nullptr);
 
   /// Replaces every match of `pattern`. A pattern that needs ICU raises what `normalizeText`
-  /// raises.
-  void apply(const OrvDiffNormalizationPattern& pattern);
+  /// raises. `edits`, unless null, gets one edit for each match that was not replaced by itself.
+  void apply(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits = nullptr);
 
  private:
-  void run(const pattern::Substitution& substitution);
+  void run(const pattern::Substitution& substitution, pattern::Edits* edits);
+  void runIcu(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits);
 
   OrvTextBuffer& m_text;
   std::size_t m_length;
