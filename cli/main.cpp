@@ -5,10 +5,8 @@
 #include <iostream>
 #include <new>
 #include <system_error>
-#include <variant>
 
 #include "cli/commands/CommandLine.h"
-#include "cli/commands/Commands.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Interrupt.h"
 #include "cli/system/StandardStreams.h"
@@ -29,7 +27,7 @@ void enterFolder(const std::string& folder) {
 
 ExitStatus perform(const CommandLine& commandLine) {
   enterFolder(commandLine.workingFolder);
-  return std::visit([](const auto& options) { return run(options); }, commandLine.command);
+  return commandLine.perform();
 }
 
 void prepareProcess() {

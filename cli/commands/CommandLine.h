@@ -1,84 +1,31 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
-#include <variant>
-#include <vector>
 
-#include "cli/suite/FormatSelection.h"
-#include "cli/system/ExitStatus.h"
-#include "cli/terminal/Terminal.h"
-#include "orvdiff/harness/MOXTestHarness.h"
+#include "cli/commands/Options.h"
 
-struct VerifyOptions {
-  std::vector<std::string> words;  ///< of the command line, for the record
-  std::vector<std::string> locations;
-  FormatOptions formats;
-  std::string summaryFile;  ///< empty: none
-  std::string harnessLog;   ///< empty: none
-  int harnessLogLevel = MOXLogLevel::Normal;
-  std::size_t jobs = 0;               ///< worker processes; 0: as many as there are cores
-  double secondsPerPair = 300;        ///< 0: no limit
-  std::uint64_t memoryMegabytes = 0;  ///< of a worker; 0: no limit
-  std::string shard;                  ///< "2/5"; empty: everything
-  std::string recordFolder;           ///< empty: none
-  std::string failedRecord;  ///< folder of the record to verify what failed again of; empty: none
-  bool saveNormalized = false;
-  bool listOnly = false;
-  bool allowNone = false;
-  Verbosity verbosity = Verbosity::Normal;
-  ColorChoice color = ColorChoice::Auto;
-};
-
-struct FormatsOptions {};
-
-struct ShowOptions {
-  std::vector<std::string> records;  ///< one, or an earlier and a later one to compare
-  Verbosity verbosity = Verbosity::Normal;
-  ColorChoice color = ColorChoice::Auto;
-};
-
-struct MergeOptions {
-  std::vector<std::string> records;
-  std::string target;
-  bool isPartial = false;  ///< shards may be missing
-  Verbosity verbosity = Verbosity::Normal;
-  ColorChoice color = ColorChoice::Auto;
-};
-
-struct NormalizeOptions {
-  std::string format;
-  std::string file;
-  Verbosity verbosity = Verbosity::Normal;
-};
-
-/// Two files to compare.
-struct PairOptions {
-  std::string master;
-  std::string actual;
-  Verbosity verbosity = Verbosity::Normal;
-  ColorChoice color = ColorChoice::Auto;
-};
-
-struct CompareOptions : PairOptions {
-  std::string format;
-  LayoutDataOptions layoutData;
-};
-
-struct NumdiffOptions : PairOptions {};
-
-using Command = std::variant<FormatsOptions, NormalizeOptions, CompareOptions, NumdiffOptions,
-                             VerifyOptions, ShowOptions, MergeOptions>;
+namespace CLI {
+class App;
+}
 
 /// What the user asked for.
 struct CommandLine {
   std::string workingFolder;  ///< to change to first; empty: none
   Verbosity verbosity = Verbosity::Normal;
-  Command command;
+  std::function<ExitStatus()> perform;  ///< runs the chosen verb; raises what the verb raises
 };
 
 /// Parses the command line into `result`. If that leaves nothing to do (help, version, a usage
 /// error), prints the text or message and returns the exit status.
 std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& result);
+
+// Each adds one verb to `app`. Each is defined in the file that performs the verb.
+void addCompare(CLI::App& app, Performer& chosen);
+void addFormats(CLI::App& app, Performer& chosen);
+void addMerge(CLI::App& app, Performer& chosen);
+void addNormalize(CLI::App& app, Performer& chosen);
+void addNumdiff(CLI::App& app, Performer& chosen);
+void addShow(CLI::App& app, Performer& chosen);
+void addVerify(CLI::App& app, Performer& chosen);

@@ -1,8 +1,9 @@
 #include <exception>
 #include <memory>
 
-#include "cli/commands/Commands.h"
+#include "cli/commands/CommandLine.h"
 #include "cli/commands/FileCommands.h"
+#include "cli/commands/Verb.h"
 #include "cli/report/ResultPrinter.h"
 #include "cli/suite/ComparisonScript.h"
 #include "cli/suite/FormatSelection.h"
@@ -12,6 +13,11 @@
 #include "orvdiff/registry/OrvDiffResult.h"
 
 namespace {
+
+struct CompareOptions : PairOptions {
+  std::string format;
+  LayoutDataOptions layoutData;
+};
 
 std::unique_ptr<const OrvDiffResult> comparePair(const CompareOptions& options,
                                                  OrvDiffFileEngine& engine,
@@ -29,8 +35,6 @@ std::unique_ptr<const OrvDiffResult> comparePair(const CompareOptions& options,
   }
 }
 
-}  // namespace
-
 ExitStatus run(const CompareOptions& options) {
   const OrvDiffFormat& format = formatNamed(options.format);
   const auto engine = createPairEngine(format, options.layoutData);
@@ -41,4 +45,14 @@ ExitStatus run(const CompareOptions& options) {
   OutputCapture capture;
   const auto result = comparePair(options, *engine, capture);
   return printPair(*result, options, format.format, capture.take());
+}
+
+}  // namespace
+
+void addCompare(CLI::App& app, Performer& chosen) {
+  const auto [verb, options] = addVerb<CompareOptions>(
+      app, chosen, "compare", "Compare two files by the rules of a format", run);
+  addFormat(verb, options.format);
+  addPair(verb, options);
+  addLayoutData(verb, options.layoutData);
 }

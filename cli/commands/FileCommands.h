@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "cli/commands/CommandLine.h"
+#include "cli/commands/Options.h"
 #include "orvdiff/compare/OrvFileHandle.h"
 #include "orvdiff/compare/OrvTextBuffer.h"
 #include "orvdiff/platform/OrvOutputFormat.h"

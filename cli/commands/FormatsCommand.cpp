@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "cli/commands/Commands.h"
+#include "cli/commands/CommandLine.h"
+#include "cli/commands/Verb.h"
 #include "cli/system/XercesStart.h"
 #include "orvdiff/formats/OrvDiffFormats.h"
 
@@ -25,9 +26,7 @@ Row describe(const OrvDiffFormat& format) {
           std::string(format.comparison)};
 }
 
-}  // namespace
-
-ExitStatus run(const FormatsOptions& /*options*/) {
+ExitStatus run(const CommonOptions& /*options*/) {
   std::vector<Row> rows = {{"FORMAT", "OUTPUT FOLDER", "MASTERS", "COMPARED BY"}};
   for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
     rows.push_back(describe(format));
@@ -46,4 +45,11 @@ ExitStatus run(const FormatsOptions& /*options*/) {
     std::cout << row.back() << '\n';
   }
   return kExitPassed;
+}
+
+}  // namespace
+
+void addFormats(CLI::App& app, Performer& chosen) {
+  addVerb<CommonOptions>(app, chosen, "formats",
+                         "List all formats, where their files are and how they are compared", run);
 }

@@ -1,7 +1,8 @@
 #include <iostream>
 
-#include "cli/commands/Commands.h"
+#include "cli/commands/CommandLine.h"
 #include "cli/commands/FileCommands.h"
+#include "cli/commands/Verb.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/MissingReason.h"
 #include "cli/system/CommandError.h"
@@ -9,6 +10,13 @@
 #include "cli/terminal/Printable.h"
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/platform/VELErrors.h"
+
+namespace {
+
+struct NormalizeOptions : CommonOptions {
+  std::string format;
+  std::string file;
+};
 
 ExitStatus run(const NormalizeOptions& options) {
   const OrvDiffFormat& format = formatNamed(options.format);
@@ -35,4 +43,14 @@ ExitStatus run(const NormalizeOptions& options) {
   }
   std::cout << input.text.get();
   return kExitPassed;
+}
+
+}  // namespace
+
+void addNormalize(CLI::App& app, Performer& chosen) {
+  const auto [verb, options] = addVerb<NormalizeOptions>(
+      app, chosen, "normalize", "Print the normalised text of a file, as a format compares it",
+      run);
+  addFormat(verb, options.format);
+  verb.add_option("FILE", options.file, "The file to read")->required()->type_name("");
 }

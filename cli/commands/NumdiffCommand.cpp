@@ -4,8 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "cli/commands/Commands.h"
+#include "cli/commands/CommandLine.h"
 #include "cli/commands/FileCommands.h"
+#include "cli/commands/Verb.h"
 #include "cli/system/CommandError.h"
 #include "orvdiff/compare/OrvDiffFloatComparison.h"
 #include "orvdiff/compare/OrvDiffLib.h"
@@ -44,7 +45,7 @@ bool hasNumber(const char* text) {
 }
 
 /// The result for texts whose numbers agree. Raises `CommandError` if neither contains a number.
-std::unique_ptr<const OrvDiffResult> passOf(const NumdiffOptions& options, const InputText& master,
+std::unique_ptr<const OrvDiffResult> passOf(const PairOptions& options, const InputText& master,
                                             const InputText& actual) {
   if (!hasNumber(master.text.get())) {
     throw CommandError("nothing was compared: neither " + options.master + " nor " +
@@ -57,9 +58,7 @@ std::unique_ptr<const OrvDiffResult> passOf(const NumdiffOptions& options, const
   return std::make_unique<OrvDiffResultPass>(options.master, options.actual);
 }
 
-}  // namespace
-
-ExitStatus run(const NumdiffOptions& options) {
+ExitStatus run(const PairOptions& options) {
   OrvFileHandle master(options.master.c_str(), "r");
   OrvFileHandle actual(options.actual.c_str(), "r");
   std::unique_ptr<const OrvDiffResult> result(
@@ -80,4 +79,12 @@ ExitStatus run(const NumdiffOptions& options) {
     printMismatch(*mismatch);
   }
   return status;
+}
+
+}  // namespace
+
+void addNumdiff(CLI::App& app, Performer& chosen) {
+  const auto [verb, options] = addVerb<PairOptions>(
+      app, chosen, "numdiff", "Compare the numbers in two files, to about 15 digits", run);
+  addPair(verb, options);
 }

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/commands/CommandLine.h"
+#include "cli/commands/VerifyOptions.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/ReportFinder.h"
 #include "cli/system/OutputPlace.h"

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "cli/commands/CommandLine.h"
 #include "cli/commands/RunPlan.h"
+#include "cli/commands/VerifyOptions.h"
 #include "cli/record/RunRecord.h"
 
 /// What a record says of a run as it starts.

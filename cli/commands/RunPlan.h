@@ -6,7 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "cli/commands/CommandLine.h"
+#include "cli/commands/VerifyOptions.h"
 #include "cli/suite/ReportFinder.h"
 
 /// What a run is to verify: everything at its locations, one share of that, or what did not pass

@@ -2,8 +2,9 @@
 #include <map>
 #include <string>
 
-#include "cli/commands/Commands.h"
+#include "cli/commands/CommandLine.h"
 #include "cli/commands/RecordSummary.h"
+#include "cli/commands/Verb.h"
 #include "cli/record/RecordReader.h"
 #include "cli/report/ClosingSummary.h"
 #include "cli/report/ResultPrinter.h"
@@ -11,6 +12,10 @@
 #include "cli/workers/PairVerifier.h"
 
 namespace {
+
+struct ShowOptions : CommonOptions {
+  std::vector<std::string> records;  ///< one, or an earlier and a later one to compare
+};
 
 /// Whether each pair of an earlier run passed.
 std::map<std::string, bool> readPasses(const std::string& folder) {
@@ -69,9 +74,19 @@ ExitStatus showChanges(const ShowOptions& options, const Palette& palette) {
   return newlyFailing > 0 ? kExitNotPassed : kExitPassed;
 }
 
-}  // namespace
-
 ExitStatus run(const ShowOptions& options) {
   const Palette palette(options.color);
   return options.records.size() == 1 ? showOne(options, palette) : showChanges(options, palette);
+}
+
+}  // namespace
+
+void addShow(CLI::App& app, Performer& chosen) {
+  const auto [verb, options] = addVerb<ShowOptions>(
+      app, chosen, "show", "Print what a record holds, or what changed between two records", run);
+  verb.add_option("RECORD", options.records,
+                  "A folder that verify --record wrote; the earlier first")
+      ->expected(1, 2)
+      ->required()
+      ->type_name("");
 }

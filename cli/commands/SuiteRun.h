@@ -8,7 +8,6 @@
 #include <unordered_set>
 #include <vector>
 
-#include "cli/commands/CommandLine.h"
 #include "cli/record/RecordWriter.h"
 #include "cli/report/ClosingSummary.h"
 #include "cli/report/HarnessLog.h"

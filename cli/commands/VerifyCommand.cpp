@@ -7,12 +7,12 @@
 #include <system_error>
 #include <vector>
 
-#include "cli/commands/Commands.h"
 #include "cli/commands/OutputPlaces.h"
 #include "cli/commands/PairListing.h"
 #include "cli/commands/RunHeader.h"
 #include "cli/commands/RunPlan.h"
 #include "cli/commands/SuiteRun.h"
+#include "cli/commands/VerifyOptions.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/system/Cores.h"
 #include "cli/terminal/ErrorCause.h"

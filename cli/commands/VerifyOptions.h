@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "cli/commands/Options.h"
+#include "cli/suite/FormatSelection.h"
+#include "orvdiff/harness/MOXTestHarness.h"
+
+struct VerifyOptions : CommonOptions {
+  std::vector<std::string> locations;
+  FormatOptions formats;
+  std::string summaryFile;  ///< empty: none
+  std::string harnessLog;   ///< empty: none
+  int harnessLogLevel = MOXLogLevel::Normal;
+  std::size_t jobs = 0;               ///< worker processes; 0: as many as there are cores
+  double secondsPerPair = 300;        ///< 0: no limit
+  std::uint64_t memoryMegabytes = 0;  ///< of a worker; 0: no limit
+  std::string shard;                  ///< "2/5"; empty: everything
+  std::string recordFolder;           ///< empty: none
+  std::string failedRecord;  ///< folder of the record to verify what failed again of; empty: none
+  bool saveNormalized = false;
+  bool listOnly = false;
+  bool allowNone = false;
+};
+
+ExitStatus run(const VerifyOptions& options);
