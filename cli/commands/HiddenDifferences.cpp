@@ -10,9 +10,9 @@
 HiddenDifferences::HiddenDifferences(const OrvOriginMap& master, const OrvOriginMap& actual)
     : m_maps{&master, &actual}, m_alignment(alignMasks(master, actual)) {
   for (const MaskPair& pair : m_alignment.pairs) {
-    if (pair.master == nullptr || pair.output == nullptr ||
-        hiddenText(master, pair.master) != hiddenText(actual, pair.output)) {
-      m_byRule[(pair.master != nullptr ? pair.master : pair.output)->rule].push_back(pair);
+    if (const auto difference = findHiddenDifference(master, actual, pair)) {
+      m_byRule[(pair.master != nullptr ? pair.master : pair.output)->rule].push_back(
+          {pair, *difference});
       ++m_count;
     }
   }
@@ -24,34 +24,47 @@ std::size_t HiddenDifferences::countOf(std::size_t rule) const {
 }
 
 void HiddenDifferences::print(std::size_t most, const Palette& palette) const {
-  for (const auto& [rule, pairs] : m_byRule) {
-    std::cout << '\n'
-              << printable(m_maps[0]->rules()[rule].name) << " hides "
-              << ::countOf(pairs.size(), "difference") << '\n';
-    const std::size_t shown = std::min(most, pairs.size());
-    for (std::size_t i = 0; i < shown; ++i) {
-      print(pairs[i], palette);
+  for (const auto& [rule, all] : m_byRule) {
+    std::size_t worth = 0;
+    for (const Hidden& hidden : all) {
+      if (!isWorthShowing(hidden)) {
+        continue;
+      }
+      if (worth == 0) {
+        std::cout << '\n'
+                  << printable(m_maps[0]->rules()[rule].name) << " hides "
+                  << ::countOf(all.size(), "difference") << '\n';
+      }
+      if (++worth <= most) {
+        print(hidden, palette);
+      }
     }
-    if (shown < pairs.size()) {
-      std::cout << "    ... and " << pairs.size() - shown << " more (-v shows all)\n";
+    if (worth > most) {
+      std::cout << "    ... and " << worth - most << " more (-v shows all)\n";
     }
   }
 }
 
-void HiddenDifferences::print(const MaskPair& pair, const Palette& palette) const {
-  const std::string_view master = hiddenText(*m_maps[0], pair.master);
-  const std::string_view actual = hiddenText(*m_maps[1], pair.output);
-  const auto ends = std::mismatch(master.begin(), master.end(), actual.begin(), actual.end());
-  const auto offset = static_cast<std::size_t>(ends.first - master.begin());
-  const std::string masterPlace = place(0, pair.master, offset);
-  const std::string actualPlace = place(1, pair.output, offset);
+bool HiddenDifferences::isWorthShowing(const Hidden& hidden) const {
+  const auto isBlank = [](std::string_view text) {
+    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+  };
+  return !isBlank(hiddenText(*m_maps[0], hidden.masks.master)) ||
+         !isBlank(hiddenText(*m_maps[1], hidden.masks.output));
+}
+
+void HiddenDifferences::print(const Hidden& hidden, const Palette& palette) const {
+  const auto [master, actual] = hidden.masks;
+  const std::string masterPlace = place(0, master, hidden.at.inMaster);
+  const std::string actualPlace = place(1, actual, hidden.at.inOutput);
   const std::size_t width = std::max(masterPlace.size(), actualPlace.size());
-  const auto printSide = [&](const char* side, std::string where, const std::string& text) {
+  const bool isAlone = master == nullptr || actual == nullptr;
+  const auto printSide = [width](const char* side, std::string where, const std::string& text) {
     where.resize(width, ' ');
     std::cout << "    " << side << ' ' << where << "  " << text << '\n';
   };
-  printSide("master", masterPlace, excerpt(0, pair, offset, palette));
-  printSide("actual", actualPlace, excerpt(1, pair, offset, palette));
+  printSide("master", masterPlace, excerpt(0, master, hidden.at.inMaster, isAlone, palette));
+  printSide("actual", actualPlace, excerpt(1, actual, hidden.at.inOutput, isAlone, palette));
 }
 
 std::string HiddenDifferences::place(std::size_t side, const Mask* mask, std::size_t offset) const {
@@ -62,16 +75,15 @@ std::string HiddenDifferences::place(std::size_t side, const Mask* mask, std::si
   return std::to_string(position.line) + ':' + std::to_string(position.column);
 }
 
-/// The place of the difference, or all of a mask that only one file has.
-std::string HiddenDifferences::excerpt(std::size_t side, const MaskPair& pair, std::size_t offset,
-                                       const Palette& palette) const {
+/// The place of the difference, or all of a mask that only this file has.
+std::string HiddenDifferences::excerpt(std::size_t side, const Mask* mask, std::size_t offset,
+                                       bool isAlone, const Palette& palette) const {
   constexpr std::size_t kColumns = 60;
   const OrvOriginMap& map = *m_maps[side];
-  const Mask* const mask = side == 0 ? pair.master : pair.output;
   if (mask == nullptr) {
     return "(nothing)";
   }
-  if (pair.master == nullptr || pair.output == nullptr) {
+  if (isAlone) {
     return palette.paint(Color::Yellow, shortened(hiddenText(map, mask), kColumns));
   }
   const char* const text = map.original().data();

@@ -103,3 +103,23 @@ std::string_view hiddenText(const OrvOriginMap& map, const OrvOriginMap::Mask* m
   return mask != nullptr ? map.original().substr(mask->begin, mask->end - mask->begin)
                          : std::string_view();
 }
+
+std::optional<HiddenDifference> findHiddenDifference(const OrvOriginMap& master,
+                                                     const OrvOriginMap& output,
+                                                     const MaskPair& pair) {
+  if (pair.master == nullptr || pair.output == nullptr) {
+    return HiddenDifference{0, 0};
+  }
+  const std::string_view left = hiddenText(master, pair.master);
+  const std::string_view right = hiddenText(output, pair.output);
+  const auto skipReturns = [](std::string_view text, std::size_t at) {
+    return std::min(text.find_first_not_of('\r', at), text.size());
+  };
+  HiddenDifference at = {skipReturns(left, 0), skipReturns(right, 0)};
+  while (at.inMaster < left.size() && at.inOutput < right.size() &&
+         left[at.inMaster] == right[at.inOutput]) {
+    at = {skipReturns(left, at.inMaster + 1), skipReturns(right, at.inOutput + 1)};
+  }
+  return at.inMaster == left.size() && at.inOutput == right.size() ? std::nullopt
+                                                                   : std::optional(at);
+}

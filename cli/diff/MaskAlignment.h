@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -21,6 +23,18 @@ struct MaskAlignment {
 /// with the same text around them, in order. Where texts differ, so that there is no such pair,
 /// masks of the same rule are paired as they come. The masks belong to the maps.
 MaskAlignment alignMasks(const OrvOriginMap& master, const OrvOriginMap& output);
+
+/// Where the texts that a pair of masks hides begin to differ, counted from the masks' begins.
+/// Carriage returns do not count.
+struct HiddenDifference {
+  std::size_t inMaster;
+  std::size_t inOutput;
+};
+
+/// Nothing if the masks hide the same. Two 0 if one file has no such mask.
+std::optional<HiddenDifference> findHiddenDifference(const OrvOriginMap& master,
+                                                     const OrvOriginMap& output,
+                                                     const MaskPair& pair);
 
 /// What a mask, which may be null, hides in the original.
 std::string_view hiddenText(const OrvOriginMap& map, const OrvOriginMap::Mask* mask);

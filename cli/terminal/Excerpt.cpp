@@ -125,7 +125,7 @@ std::string shortened(std::string_view text, std::size_t columns) {
     shown += character.columns;
     position += character.length;
   }
-  if (text.size() - position <= kLongestCharacter * tailColumns) {
+  if (text.size() - position <= tailColumns) {
     return head + printable(text.substr(position));
   }
   return head + kCut +

@@ -6,6 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "cli/diff/OutsizedMasks.h"
 #include "cli/record/PairResult.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/PairOwners.h"
@@ -27,6 +28,7 @@ class PairVerifier {
   struct Settings {
     std::string subFolder;
     Verbosity verbosity = Verbosity::Normal;
+    MaskLimits maskLimits;
     bool keepFacts =
         false;  ///< sizes, hashes, processor time and rules too, as a record wants them
     /// Keys of the pairs to compare; null: all.

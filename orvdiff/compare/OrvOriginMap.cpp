@@ -66,12 +66,7 @@ void OrvOriginMap::Impl::normalize(const OrvPatternList& patterns) {
 }
 
 void OrvOriginMap::Impl::addRule(const OrvDiffNormalizationPattern* pattern, std::size_t matches) {
-  const char* name = "CarriageReturn";
-  if (pattern != nullptr) {
-    name = OrvDiffNormalizationPatterns::getName(*pattern);
-    name = name != nullptr ? name : pattern->getExpression().c_str();
-  }
-  rules.push_back({pattern, name, matches, 0});
+  rules.push_back({pattern, nameOf(pattern), matches, 0});
 }
 
 OrvOriginMap::Stretch OrvOriginMap::Impl::originOf(std::size_t offset) const {
@@ -134,6 +129,14 @@ const std::vector<OrvOriginMap::Rule>& OrvOriginMap::rules() const {
 
 const std::vector<std::size_t>& OrvOriginMap::rulesOf(const Mask& mask) const {
   return m_impl->ruleSets[mask.history];
+}
+
+std::string OrvOriginMap::nameOf(const OrvDiffNormalizationPattern* pattern) {
+  if (pattern == nullptr) {
+    return "CarriageReturn";
+  }
+  const char* const name = OrvDiffNormalizationPatterns::getName(*pattern);
+  return name != nullptr ? name : pattern->getExpression();
 }
 
 OrvOriginMap::Position OrvOriginMap::position(std::size_t offset) const {

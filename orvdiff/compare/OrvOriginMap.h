@@ -37,8 +37,7 @@ class ORVDIFF_API OrvOriginMap {
   /// in list order. A pattern that is in the list twice is two rules.
   struct Rule {
     const OrvDiffNormalizationPattern* pattern;  ///< null: removes carriage returns
-    /// "CarriageReturn", the pattern's name in the catalogue or, if it has none, its expression.
-    std::string name;
+    std::string name;                            ///< as `nameOf` gives it
     /// How many matches it replaced by something else, later rules' share included. Of carriage
     /// returns each run is one.
     std::size_t matches;
@@ -100,6 +99,10 @@ class ORVDIFF_API OrvOriginMap {
   /// The rules that changed something in this mask, as ascending indices in `rules()`; the last is
   /// the mask's `rule`. Valid as long as the map.
   const std::vector<std::size_t>& rulesOf(const Mask& mask) const;
+
+  /// The name of a rule: "CarriageReturn" for null, the pattern's name in the catalogue or, if it
+  /// has none, its expression.
+  static std::string nameOf(const OrvDiffNormalizationPattern* pattern);
 
   /// Line and column of the byte at `offset` of the original, or of its end. Raises
   /// `VELAssertError` if `offset` is beyond that. The first call reads all of the original, every

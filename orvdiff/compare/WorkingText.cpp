@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <string_view>
 
 #include "orvdiff/compare/pattern/LinearMatcher.h"
@@ -40,7 +41,9 @@ void addReturn(std::size_t position, pattern::Edits& edits) {
 }  // namespace
 
 WorkingText::WorkingText(OrvTextBuffer& buffer)
-    : m_text(buffer), m_length(std::strlen(buffer.get())) {}
+    : m_text(buffer), m_length(std::strlen(buffer.get())) {
+  m_sizes.textLength = m_length;
+}
 
 bool WorkingText::cannotFail(const OrvPatternList& patterns) {
   return std::all_of(patterns.begin(), patterns.end(), [](const auto* pattern) {
@@ -69,6 +72,7 @@ bool WorkingText::removeCarriageReturns(pattern::Edits* edits) {
   if (target != nullptr) {
     *target = '\0';
     m_length = static_cast<std::size_t>(target - text);
+    m_sizes.matched += m_sizes.textLength - m_length;
   }
   return target != nullptr;
 }
@@ -97,8 +101,19 @@ bool WorkingText::runIcu(const OrvDiffNormalizationPattern& pattern, pattern::Ed
     });
   }
   m_length = std::strlen(m_text.get());
+  if (isChanged) {
+    countMatch(former.get());  // ICU does not tell its matches: no more than the whole text
+  }
   m_scratch.reset();  // too small if the new text is longer
   return isChanged;
+}
+
+void WorkingText::countMatch(std::string_view match) {
+  m_sizes.matched += match.size();
+  if (match.size() > m_longestUsualMatch) {
+    ++m_sizes.longMatches;
+    m_sizes.longMatchHash = m_sizes.longMatchHash * 31 + std::hash<std::string_view>()(match);
+  }
 }
 
 bool WorkingText::run(const pattern::Substitution& substitution, pattern::Edits* edits) {
@@ -118,7 +133,9 @@ bool WorkingText::run(const pattern::Substitution& substitution, pattern::Edits*
     result.append(text.substr(copied, match.begin - copied));
     result.append(replacement);
     copied = match.end;
-    if (edits != nullptr && text.substr(match.begin, match.end - match.begin) != replacement) {
+    const std::string_view matched = text.substr(match.begin, match.end - match.begin);
+    countMatch(matched);
+    if (edits != nullptr && matched != replacement) {
       edits->push_back({match.begin, match.end, replacement.size()});
     }
   } while (matcher.find(copied, match));

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <string_view>
 
+#include "orvdiff/compare/OrvComparisonObserver.h"
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
 #include "orvdiff/compare/OrvTextBuffer.h"
 #include "orvdiff/compare/pattern/Edit.h"
@@ -30,6 +33,13 @@ class WorkingText {
   /// Whether none of these patterns can raise here on any text, short of running out of memory.
   static bool cannotFail(const OrvPatternList& patterns);
 
+  std::size_t length() const { return m_length; }
+
+  /// Has matches longer than this counted as long from now on; until then, none is.
+  void setLongestUsualMatch(std::size_t length) { m_longestUsualMatch = length; }
+
+  const OrvComparisonObserver::MatchSizes& matchSizes() const { return m_sizes; }
+
   // Both return whether they changed the text. (A match that is replaced by itself counts.)
 
   /// `edits`, unless null, gets what was changed; a run of carriage returns is one edit.
@@ -44,8 +54,12 @@ class WorkingText {
   bool run(const pattern::Substitution& substitution, pattern::Edits* edits);
   bool runIcu(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits);
 
+  void countMatch(std::string_view match);
+
   OrvTextBuffer& m_text;
   std::size_t m_length;
+  std::size_t m_longestUsualMatch = SIZE_MAX;
+  OrvComparisonObserver::MatchSizes m_sizes;
   OrvTextBuffer m_scratch;  ///< the second buffer; null until a pattern matches
 };
 
