@@ -1,8 +1,9 @@
 #include "cli/diff/OutsizedMasks.h"
 
 #include <algorithm>
-#include <array>
-#include <vector>
+#include <cmath>
+#include <cstddef>
+#include <string>
 
 #include "cli/diff/MaskAlignment.h"
 
@@ -73,6 +74,12 @@ bool isBeyond(const OutsizedMask& mask, double limit) {
   return limit > 0 && mask.percent > limit;
 }
 
+/// With the one digit that people and records see.
+OutsizedMask rounded(OutsizedMask mask) {
+  mask.percent = std::round(mask.percent * 10) / 10;
+  return mask;
+}
+
 }  // namespace
 
 std::optional<OutsizedMask> findOutsizedMask(std::string_view master, std::string_view output,
@@ -90,8 +97,8 @@ std::optional<OutsizedMask> findOutsizedMask(std::string_view master, std::strin
   }
   const OutsizedMask largest = std::max(inMaster.largest(), inOutput.largest(), isLess);
   if (isBeyond(largest, limits.match)) {
-    return largest;
+    return rounded(largest);
   }
   const OutsizedMask sum = std::max(inMaster.sum(), inOutput.sum(), isLess);
-  return isBeyond(sum, limits.sum) ? std::optional(sum) : std::nullopt;
+  return isBeyond(sum, limits.sum) ? std::optional(rounded(sum)) : std::nullopt;
 }

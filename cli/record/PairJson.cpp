@@ -63,7 +63,7 @@ ordered_json maskJson(const OutsizedMask& mask) {
     json["rule"] = mask.rule;
   }
   json["bytes"] = mask.bytes;
-  json["percent"] = std::round(mask.percent * 10) / 10;
+  json["percent"] = mask.percent;
   json["firstLine"] = mask.firstLine;
   json["lastLine"] = mask.lastLine;
   return json;

@@ -29,7 +29,7 @@ struct OutsizedMask {
   bool isInOutput = false;  ///< else in the master
   std::string rule;         ///< of the one match; empty: all masks that differ together
   std::uint64_t bytes = 0;
-  double percent = 0;           ///< of the file
+  double percent = 0;           ///< of the file, to one digit behind the point
   std::uint64_t firstLine = 0;  ///< from 1; where it begins, or the first mask
   std::uint64_t lastLine = 0;
 };

@@ -36,8 +36,8 @@ void MaskWatch::addMaskTo(PairRecord& record, const OrvDiffFileEngine& engine) c
     if (master != nullptr && output != nullptr) {
       record.mask = findOutsizedMask(master.get(), output.get(), *patterns, m_limits);
     }
-  } catch (const std::exception& error) {  // the verdict stands
-    record.message = "not checked for outsized masks: " + causeOf(error, Verbosity::Normal);
+  } catch (const std::exception& error) {  // the verdict stands, but not in silence
+    record.printed += "not checked for outsized masks: " + causeOf(error, Verbosity::Normal) + '\n';
   }
 }
 
