@@ -95,7 +95,7 @@ class Merger {
   /// Takes the next edit and all that belongs to its group.
   void mergeGroup() {
     std::size_t begin = m_edit->begin;
-    std::size_t end = m_edit->end;
+    std::size_t end = 0;
     if (m_mask != m_masksEnd && overlapsNextMask(*m_edit)) {
       begin = std::min(begin, m_mask->textBegin);
     }
