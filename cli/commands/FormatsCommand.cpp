@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "cli/commands/Commands.h"
-#include "cli/system/XercesStart.h"
 #include "orvdiff/formats/OrvDiffFormats.h"
 
 namespace {
@@ -17,9 +16,6 @@ Row describe(const OrvDiffFormat& format) {
   const std::string option = "--" + name + "-output-dir";
   OrvFormatArguments arguments;
   arguments.outputDirectoryTypeName = option.c_str();
-  if (format.validatesXml) {
-    startXerces();
-  }
   const auto engine = format.createEngine(arguments);
   return {name, engine->getOutputDirectoryTypeName(), engine->getMasterPattern("REPORT"),
           std::string(format.comparison)};
