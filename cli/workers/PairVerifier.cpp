@@ -79,7 +79,10 @@ PairVerifier::PairVerifier(const std::vector<std::string>& reports,
                            Settings settings)
     : m_reports(reports), m_owners(owners), m_settings(std::move(settings)) {
   for (const SelectedFormat& selected : formats) {
-    m_formats.push_back({&selected, scriptProblem(*selected.engine)});
+    PairResult unknownPair;
+    unknownPair.record.format = selected.format->name;
+    unknownPair.record.subFolder = m_settings.subFolder;
+    m_formats.push_back({&selected, scriptProblem(*selected.engine), packPair(unknownPair)});
   }
 }
 
@@ -97,16 +100,16 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
                                 WorkerLink& link) {
   const OrvDiffFileEngine& engine = *m_formats[format].selected->engine;
   const std::string& report = m_reports[task];
-  PairResult result = start(task, format, {});
-  link.begin(std::max(stepOf(format, 0), firstStep), packPair(result));
+  link.begin(std::max(stepOf(format, 0), firstStep), m_formats[format].listing);
   std::vector<OrvFilePair> pairs;
   try {
     pairs = engine.findPairs(report);
     link.end();
   } catch (const std::exception& error) {
+    PairResult result = start(task, format, {});
     result.record.verdict = Verdict::Error;
     result.record.message = causeOf(error, m_settings.verbosity);
-    link.begin(stepOf(format, kListingFailed), packPair(result));
+    link.begin(stepOf(format, kListingFailed), m_formats[format].listing);
     link.send(packPair(result));
     return;
   }
@@ -117,7 +120,7 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
     if (owner == PairOwners::Owner::Other) {
       continue;
     }
-    result = start(task, format, pairs[i]);
+    PairResult result = start(task, format, pairs[i]);
     if (!isWanted(result.record)) {
       continue;
     }

@@ -56,6 +56,7 @@ class PairVerifier {
   struct Format {
     const SelectedFormat* selected;
     std::string problem;  ///< that keeps its script from running
+    std::string listing;  ///< the description of a step that lists masters, for any report
   };
 
   void verifyFormat(std::uint32_t task, std::uint64_t format, std::uint64_t firstStep,
