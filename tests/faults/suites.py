@@ -1,5 +1,4 @@
-"""Two small suites with a report for every format: one that passes, one in which every pair
-differs."""
+"""Two small suites with a report for every format: "same" passes, in "other" every pair differs."""
 
 import os
 import re
@@ -11,77 +10,61 @@ SCHEMA = f"""<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema" elementFormD
   targetNamespace="{LAYOUT_NAMESPACE}"><xs:element name="document"><xs:complexType><xs:sequence>
   <xs:element name="item" type="xs:string" maxOccurs="unbounded"/>
   </xs:sequence></xs:complexType></xs:element></xs:schema>"""
-DOCUMENT = f'<document xmlns="{LAYOUT_NAMESPACE}">\n<item>%d</item>\n</document>\n'
-VMD = """Report: virtual object mapping and paging
+# The text of an output, in which only the number varies.
+CONTENTS = {
+    "layout-data": f'<document xmlns="{LAYOUT_NAMESPACE}">\n<item>%d</item>\n</document>\n',
+    "vmd": """Report: virtual object mapping and paging
 written by process 79497
 Mapping Mode - paged, 4096 objects
 
 Mapping Statistics - Virtual Objects (Current/Max/Cumulative): 239/554/%d
 Paging Statistics - Page Ins: 23, Page Outs: 6, Pages Resident: 60
 Total Objects with reference count > 0 : 37
-"""
-
+"""}
+PAGE = "<p>\n%d,\u00e9</p>\n"
 # Stands in for the interpreter of the comparison scripts; a real one is too slow for so many runs.
 COMPARER = """#!/bin/sh
 while [ $# -gt 2 ]; do shift; done
 exec cmp -s "$1" "$2"
 """
-SCRIPTS = ("diffpdf/diffPdfFiles.py", "DiffXlsx/DiffXlsx.py")
-
 OPTIONS = ["--cgs-output-dir", "v5DebugCGS", "--prp-output-dir", "v5DebugPRP",
            "--layout-namespace", LAYOUT_NAMESPACE]
 
 
-def formats_of(program):
-    """Name, output folder, master pattern and way of comparing of every format."""
-    table = subprocess.run([program, "formats"], capture_output=True, text=True, check=True).stdout
-    rows = [re.split("  +", line) for line in table.splitlines()[1:]]
-    return [(name, {"cgs": "v5DebugCGS", "prp": "v5DebugPRP"}.get(name, folder), masters, how)
-            for name, folder, masters, how in rows]
-
-
-def content_of(name, number):
-    """The text of an output, in which only the number varies."""
-    if name == "vmd":
-        return VMD % number
-    if name == "layout-data":
-        return DOCUMENT % number
-    return f"<p>\n{number},\u00e9</p>\n"
-
-
 class Suites:
-    """A folder `root` with server/work, the suites "same" and "other" and their outputs."""
+    """A folder `root` with server/work, the suites and their outputs."""
 
-    def __init__(self, root, formats):
+    def __init__(self, root, program):
         self.root = root
         self.work = root / "server/work"
         self._write("server/schemas/layoutDataXMLV3.xsd", SCHEMA)
         self._write("bin/python", COMPARER)
         os.chmod(root / "bin/python", 0o755)
-        for script in SCRIPTS:
+        for script in ("diffpdf/diffPdfFiles.py", "DiffXlsx/DiffXlsx.py"):
             self._write("src/vask/testdata/Scripts/" + script, "")
         self.work.mkdir()
         (root / "server/temp/vask/testResults").mkdir(parents=True)
-        for suite, report in (("same", "Same"), ("same", "Alike"), ("other", "Other")):
-            self._write(f"server/{suite}/{report}.xml", "a report")
-        for format_ in formats:
+        for report in ("same/Same", "same/Alike", "other/Other"):
+            self._write(f"server/{report}.xml", "a report")
+        table = subprocess.run([program, "formats"], capture_output=True, text=True, check=True).stdout
+        self.formats = [re.split("  +", line) for line in table.splitlines()[1:]]
+        for format_ in self.formats:
             self._add_pairs(*format_)
         self.files = self.present()
         self._masters = list((root / "server").glob("*/Masters/**/"))
 
     def _add_pairs(self, name, folder, masters, how):
-        self._add_pair("same/", "Same", folder, masters, content_of(name, 1284))
-        self._add_pair("other/", "Other", folder, masters, content_of(name, 1284),
-                       content_of(name, 1248))
+        folder = {"cgs": "v5DebugCGS", "prp": "v5DebugPRP"}.get(name, folder)
+        text = CONTENTS.get(name, PAGE)
+        rows = {"same/Same": text % 1284, "other/Other": text % 1248}
         if how not in ("byte identity", "external script"):
-            text = content_of(name, 1284)
-            alike = content_of(name, 1290) if name == "vmd" else text.replace("\n", "\r\n")
-            self._add_pair("same/", "Alike", folder, masters, text, alike)
-
-    def _add_pair(self, suite, report, folder, masters, master, actual=None):
-        path = masters.replace("REPORT", report).replace("*", "")
-        self._write("server/" + suite + path, master)
-        self._write(f"server/webcontent/bi/{folder}/{os.path.basename(path)}", actual or master)
+            rows["same/Alike"] = (text % 1290 if name == "vmd" else
+                                  (text % 1284).replace("\n", "\r\n"))
+        for report, actual in rows.items():
+            suite, _, report = report.partition("/")
+            path = masters.replace("REPORT", report).replace("*", "")
+            self._write(f"server/{suite}/{path}", text % 1284)
+            self._write(f"server/webcontent/bi/{folder}/{os.path.basename(path)}", actual)
 
     def _write(self, path, content):
         (self.root / path).parent.mkdir(parents=True, exist_ok=True)
@@ -94,8 +77,7 @@ class Suites:
 
     def present(self):
         """The path of every file, below the root."""
-        return {os.path.relpath(os.path.join(folder, name), self.root)
-                for folder, _, names in os.walk(self.root) for name in names}
+        return {str(path.relative_to(self.root)) for path in self.root.rglob("*") if path.is_file()}
 
     def take_new(self):
         """Removes the files that a run has left, and returns them as path and content."""
