@@ -106,25 +106,26 @@ TEST(WorkerPool, DeliversInOrderAndLosesOnlyTheStepThatKillsItsWorker) {
 
 TEST(WorkerPool, SurvivesWorkersKilledAtAnyTime) {
   std::mt19937 random(7);
-  const auto killSomeone = [&random] {
-    std::ifstream file("/proc/thread-self/children");
-    const std::vector<pid_t> children(std::istream_iterator<pid_t>(file), {});
-    if (!children.empty() && random() % 8 == 0) {
-      kill(children[random() % children.size()], SIGKILL);
-    }
-    return false;
-  };
   std::size_t losses = 0;
-  for (int round = 0; round < 20; ++round) {
+  for (int round = 0; round < 60; ++round) {
+    int kills = 2;  // one more in a row, and a task would be given up
+    const auto killSomeone = [&random, &kills] {
+      std::ifstream file("/proc/thread-self/children");
+      const std::vector<pid_t> children(std::istream_iterator<pid_t>(file), {});
+      if (!children.empty() && random() % 30 == 0 && kills-- > 0) {
+        kill(children[random() % children.size()], SIGKILL);
+      }
+      return false;
+    };
     Steps steps(5, [](const std::string& /*name*/) { usleep(100); });
-    EXPECT_TRUE(WorkerPool(steps, 40, {3, 0, 0}).run(killSomeone));
+    EXPECT_TRUE(WorkerPool(steps, 20, {3, 0, 0}).run(killSomeone));
     for (std::string& event : steps.events) {
       if (event.rfind("lost ", 0) == 0) {
         event = event.substr(5, event.find(' ', 5) - 5);
         ++losses;
       }
     }
-    ASSERT_EQ(steps.events, expected(40, 5)) << "each step once, in order";
+    ASSERT_EQ(steps.events, expected(20, 5)) << "each step once, in order";
   }
   EXPECT_GT(losses, 0U);
 }
