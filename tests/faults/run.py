@@ -29,6 +29,7 @@ ERRORS = {
 }
 ERRORS.update({f"worker-{call}": errors for call, errors in ERRORS.items()})
 SPANS = ("once", "lasts")
+DEMO = pathlib.Path(__file__).parents[2] / "examples/demo"
 EXPECTED = {"same": (0, {"passed"}), "other": (1, {"differs"})}  # of the suites
 NEVER_ABSENT = {"read", "write", "spawn", "alloc", "worker-open", "worker-read", "worker-write",
                 "worker-close", "worker-stat"}
@@ -43,7 +44,7 @@ class Bench:
 
     def __init__(self, arguments, root):
         self.root = pathlib.Path(root)
-        self.suites = suites.Suites(self.root / "suites", arguments.program)
+        self.suites = suites.Suites(self.root / "suites", DEMO)
         self.report = self.root / "report"
         self.environment = {**os.environ, "LD_PRELOAD": arguments.shim, "TZ": "UTC0",
                             "ORVDIFF_FAULT_REPORT": str(self.report),
@@ -51,22 +52,22 @@ class Bench:
         # One worker at a time: with more, which of them makes the N-th call is a matter of luck.
         self.command = [arguments.program, "verify", "-v", "-j", "1", "--summary", "../summary.xml",
                         "--harness-log", "../harness.log", "--record", "../record",
-                        "--save-normalized", *suites.OPTIONS]
+                        "--save-normalized", *suites.LOCATIONS]
 
     def run(self, suite, fault=None):
         """Returns the outcome and the lines of the injector's report."""
         self.report.unlink(missing_ok=True)
-        self.suites.touch_folders()
+        self.suites.touch_folders(suite)
         injected = {"ORVDIFF_FAULT": ":".join(map(str, (
             fault.call, fault.at, getattr(errno, fault.error), fault.span)))} if fault else {}
         try:
-            done = subprocess.run([*self.command, "../" + suite], cwd=self.suites.work,
+            done = subprocess.run(self.command, cwd=self.suites.work(suite),
                                   env={**self.environment, **injected}, capture_output=True,
                                   timeout=LIMIT, check=False, stdin=subprocess.DEVNULL)
         except subprocess.TimeoutExpired as expired:
             done = subprocess.CompletedProcess([], None, expired.stdout or b"", expired.stderr or b"")
         outcome = judging.Outcome(done.returncode, done.stdout.decode(errors="replace"),
-                                  done.stderr.decode(errors="replace"), self.suites.take_new())
+                                  done.stderr.decode(errors="replace"), self.suites.take_new(suite))
         report = self.report.read_text().splitlines() if self.report.exists() else []
         return outcome, report
 
@@ -80,8 +81,8 @@ class Bench:
             places[call].append(place)
         if (outcome.status, set(outcome.verdicts.values())) != EXPECTED[suite]:
             sys.exit(f"the suite '{suite}' is not as it should be:\n{outcome.out}{outcome.err}")
-        if len(outcome.verdicts) < len(self.suites.formats) or not NEVER_ABSENT <= places.keys():
-            sys.exit(f"the suite '{suite}' lacks formats, or calls are not caught")
+        if not NEVER_ABSENT <= places.keys():
+            sys.exit(f"calls of these kinds are not caught: {NEVER_ABSENT - places.keys()}")
         return outcome, places
 
     def judge(self, faults, undisturbed):
