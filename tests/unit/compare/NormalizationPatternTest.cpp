@@ -96,9 +96,8 @@ TEST(NormalizationPattern, AListSearchesWhereIcuGivesUp) {
     EXPECT_STREQ(ending.get(), "d") << expression;
   }
   OrvTextBuffer buffer = OrvDiffLib::strdupnew(text.c_str());
-  EXPECT_EQ(
-      raisedBy([&] { OrvDiffNormalizationPattern("(a|b)*c", nullptr).normalizeText(buffer); }),
-      kFailed);
+  const OrvDiffNormalizationPattern alone("(a|b)*c", nullptr);
+  EXPECT_EQ(raisedBy([&] { alone.normalizeText(buffer); }), kFailed);
 }
 
 TEST(NormalizationPattern, AListMayMakeTheTextLongerThroughIcu) {
