@@ -70,18 +70,18 @@ TEST_F(Driver, ComparesEachMasterWithItsOutputInOrderOfName) {
                                             diff("R_1.pdf"), diff("R_2.pdf")));
   EXPECT_EQ(second.heard, m_recorder.heard);
   EXPECT_EQ(m_compared, "R.pdf R_1.pdf R_2.pdf ");
-  std::vector<std::string> one;  // by one
+  std::vector<std::string> oneByOne;
   for (const OrvFilePair& pair : m_engine.findPairs("R.xml")) {
-    one.push_back(described(m_engine.comparePair(pair, nullptr)));
+    oneByOne.push_back(described(m_engine.comparePair(pair, nullptr)));
   }
-  EXPECT_EQ(one, m_recorder.heard);
+  EXPECT_EQ(oneByOne, m_recorder.heard);
   std::filesystem::create_symlink("nowhere", "Masters/T.pdf");  // reported before the output
-  Recorder third;
+  Recorder others;
   for (const char* const location : {"none/Unknown.xml", "S.xml", "T.xml"}) {
-    m_engine.verifyOutput({&third}, location, nullptr);
+    m_engine.verifyOutput({&others}, location, nullptr);
   }
-  EXPECT_THAT(third.heard, ElementsAre(missing("S.pdf", kBi + "S.pdf"),  // which is a folder
-                                       missing("T.pdf", "Masters/T.pdf")));
+  EXPECT_THAT(others.heard, ElementsAre(missing("S.pdf", kBi + "S.pdf"),  // which is a folder
+                                        missing("T.pdf", "Masters/T.pdf")));
 }
 
 TEST_F(Driver, AnExceptionEndsTheVerificationAndDeletesTheResult) {

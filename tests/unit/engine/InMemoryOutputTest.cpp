@@ -54,7 +54,7 @@ TEST(InMemoryOutput, AFailingOneIsOnDiskBeforeAnyoneIsNotified) {
     engine.verifyOutput({&witness}, "R.xml", &info);
     EXPECT_EQ(witness.onDisk, onDisk) << written;
     EXPECT_EQ(std::filesystem::is_empty("../webcontent/bi/type"), onDisk == "(missing)");
-    if (&onDisk == &std::get<3>(*std::rbegin(kRows))) {
+    if (onDisk == "(missing)" && !binary) {
       std::filesystem::remove("../webcontent/bi/type");
       EXPECT_EQ(raisedBy([&] { engine.verifyOutput({}, "R.xml", &info); }),
                 "OrvDiffLib: VEL_ASSERT(bFileOpened);");
