@@ -8,7 +8,6 @@ import re
 import shutil
 import signal
 import subprocess
-import time
 import unittest
 
 from suite import SuiteTest
@@ -103,24 +102,15 @@ class Losses(WorkersTest):
             process = self.popen("verify", "-j", "1", "--record", f"r{number}", "../suite",
                                  stderr=None, stdout=subprocess.DEVNULL,
                                  env={**os.environ, "PATH": path})
-            pid = self.work / "pid"
-            while not pid.exists() or not pid.read_text():
-                time.sleep(0.01)
-            for _ in range(500):  # until the pair before it is recorded
-                if (self.server / f"work/r{number}/pairs.jsonl").stat().st_size:
-                    break
-                time.sleep(0.01)
-            script = int(pid.read_text())
+            pid, pairs = self.work / "pid", self.work / f"r{number}/pairs.jsonl"
+            # Until the pair before it is recorded.
+            self.wait_until(lambda: pid.exists() and pid.read_text() and pairs.stat().st_size)
             children = pathlib.Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text()
-            worker = int(children.split()[0])
+            started = int(pid.read_text()), int(children.split()[0])
             pid.unlink()
             process.send_signal(number)
             self.assertEqual(process.wait(timeout=20), status)
-            tries = 200
-            while any(map(is_running, (worker, script))) and tries:
-                time.sleep(0.01)
-                tries -= 1
-            self.assertGreater(tries, 0, "a process is left")
+            self.wait_until(lambda: not any(map(is_running, started)))
             record = json.loads((self.work / f"r{number}/run.json").read_text())
             self.assertFalse(record["complete"])
             self.assertRegex(self.run_program("show", f"r{number}").out,
