@@ -189,8 +189,7 @@ class Damage(RecordsTest):
         self.pair("S", "PDF", "S.pdf", "x", "y")
         running = self.popen("verify", "--record", "busy", "../suite", stdout=subprocess.DEVNULL,
                              stderr=None, env={"PATH": self.interpreter("sleep 5\n")})
-        while not (self.work / "busy/run.json").exists():
-            pass
+        self.wait_until((self.work / "busy/run.json").exists)
         self.assertIn("another run is writing there", self.verify("--record", "busy").err)
         running.kill()
         running.wait()
