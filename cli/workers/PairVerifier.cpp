@@ -84,7 +84,7 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
   link.begin(std::max(stepOf(format, 0), firstStep), packPair(result));
   std::vector<OrvFilePair> pairs;
   try {
-    pairs = engine.findPairs(report);
+    pairs = findPairs(report, *m_formats[format].selected);
     link.end();
   } catch (const std::exception& error) {
     result.record.verdict = Verdict::Error;
@@ -101,9 +101,6 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
       continue;
     }
     result = start(task, format, pairs[i]);
-    if (!isWanted(result.record)) {
-      continue;
-    }
     result.countsForReport = owner == PairOwners::Owner::Itself;
     link.begin(step, packPair(result));
     compare(m_formats[format], pairs[i], result);
@@ -111,9 +108,20 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
   }
 }
 
-bool PairVerifier::isWanted(const PairRecord& pair) const {
-  return m_settings.onlyPairs == nullptr ||
-         m_settings.onlyPairs->count(pairKey(pair.report, pair.format, pair.master)) != 0;
+/// The pairs to compare. Those that are wanted by name are compared even if they are gone, which is
+/// then what the result says.
+std::vector<OrvFilePair> PairVerifier::findPairs(const std::string& report,
+                                                 const SelectedFormat& format) const {
+  if (m_settings.onlyPairs != nullptr && m_settings.onlyPairs->count({report, {}}) == 0) {
+    const auto wanted = m_settings.onlyPairs->find({report, std::string(format.format->name)});
+    if (wanted == m_settings.onlyPairs->end()) {
+      return {};
+    }
+    if (!wanted->second.front().master.empty()) {
+      return wanted->second;
+    }
+  }
+  return format.engine->findPairs(report);
 }
 
 /// What is known of a pair before it is compared.
