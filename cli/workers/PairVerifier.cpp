@@ -176,8 +176,12 @@ PairResult PairVerifier::outcomeOf(const Format& format, const OrvFilePair& pair
   return result;
 }
 
-PairResult PairVerifier::describeLost(std::string_view description) {
-  return description.empty() ? PairResult() : unpackPair(description);
+PairResult PairVerifier::describeLost(std::string_view description) const {
+  PairResult pair = description.empty() ? PairResult() : unpackPair(description);
+  if (m_settings.keepFacts && !pair.record.master.empty()) {
+    ComparisonNotes({pair.record.master, pair.record.output}).addTo(pair.record);
+  }
+  return pair;
 }
 
 std::uint64_t PairVerifier::stepAfter(std::uint64_t step) {

@@ -47,8 +47,8 @@ class PairVerifier {
   void verify(std::uint32_t task, std::uint64_t firstStep, WorkerLink& link);
 
   /// What is known of a pair whose worker died, from the description of the step. Nothing
-  /// if it died before its first step.
-  static PairResult describeLost(std::string_view description);
+  /// if it died before its first step. The record's facts are of the files as they are now.
+  PairResult describeLost(std::string_view description) const;
 
   /// The step after `step`, whose worker died. A format whose masters could not even be listed is
   /// left.
