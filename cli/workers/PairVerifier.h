@@ -1,9 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
-#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "cli/record/PairResult.h"
@@ -12,10 +13,15 @@
 #include "cli/system/OutputCapture.h"
 #include "cli/terminal/Terminal.h"
 #include "cli/workers/WorkerPool.h"
+#include "orvdiff/engine/OrvDiffFileEngine.h"
 
 /// What tells a pair apart from all others of a run.
 std::string pairKey(const std::string& report, const std::string& format,
                     const std::string& master);
+
+/// Pairs to compare, by report and format. A pair without names stands for whatever masters there
+/// are, an empty format for all formats.
+using WantedPairs = std::map<std::pair<std::string, std::string>, std::vector<OrvFilePair>>;
 
 /// The work of a worker process: verifies a report, pair by pair, and sends a packed `PairResult`
 /// of each. What goes wrong with one pair does not keep the others from being compared.
@@ -29,8 +35,7 @@ class PairVerifier {
     Verbosity verbosity = Verbosity::Normal;
     bool keepFacts =
         false;  ///< sizes, hashes, processor time and rules too, as a record wants them
-    /// Keys of the pairs to compare; null: all.
-    const std::unordered_set<std::string>* onlyPairs = nullptr;
+    const WantedPairs* onlyPairs = nullptr;  ///< null: all
   };
 
   /// All arguments but `settings` must outlive the verifier.
@@ -42,8 +47,8 @@ class PairVerifier {
   void verify(std::uint32_t task, std::uint64_t firstStep, WorkerLink& link);
 
   /// What is known of a pair whose worker died, from the description of the step. Nothing
-  /// if it died before its first step.
-  static PairResult describeLost(std::string_view description);
+  /// if it died before its first step. The record's facts are of the files as they are now.
+  PairResult describeLost(std::string_view description) const;
 
   /// The step after `step`, whose worker died. A format whose masters could not even be listed is
   /// left.
@@ -61,10 +66,11 @@ class PairVerifier {
 
   void verifyFormat(std::uint32_t task, std::uint64_t format, std::uint64_t firstStep,
                     WorkerLink& link);
-  bool isWanted(const PairRecord& pair) const;
+  std::vector<OrvFilePair> findPairs(const std::string& report, const SelectedFormat& format) const;
   PairResult start(std::uint32_t task, std::uint64_t format, const OrvFilePair& pair) const;
   void compare(const Format& format, const OrvFilePair& pair, PairResult& result);
-  void addFacts(const OrvDiffFileEngine& engine, PairResult& result) const;
+  PairResult outcomeOf(const Format& format, const OrvFilePair& pair,
+                       const PairResult& known) const;
 
   const std::vector<std::string>& m_reports;
   std::vector<Format> m_formats;

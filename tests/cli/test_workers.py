@@ -58,6 +58,15 @@ class Order(WorkersTest):
         for other in others:
             self.assertEqual(other, one)
 
+    def test_the_demo_too(self):
+        demo = pathlib.Path(os.environ["ORVDIFF_SOURCE_DIR"]) / "examples/demo"
+        shutil.copytree(demo, self.server.parent, dirs_exist_ok=True)
+        (self.work / "README.md").unlink()
+        one, *others = (self.outcome("-j", str(count)) for count in COUNTS)
+        self.assertIn("58 pairs", one[1])
+        for other in others:
+            self.assertEqual(other, one)
+
 
 class Losses(WorkersTest):
     def test_a_crash_costs_its_pair(self):
@@ -69,8 +78,12 @@ class Losses(WorkersTest):
             esac
             """)
         for count in COUNTS:
-            run = self.verify("-v", "-j", str(count), PATH=path)
+            record = self.work / f"r{count}"
+            run = self.verify("-v", "-j", str(count), "--record", record, PATH=path)
             self.expect(run, 2, "signal 11", err="...")
+            pairs = map(json.loads, (record / "pairs.jsonl").read_text().splitlines())
+            self.assertEqual([pair["outputFile"]["evidence"] for pair in pairs
+                              if pair["verdict"] == "crashed"], ["kept"])
             self.assertEqual(len(run.lines("crashed")), 1, run.out)
             self.assertEqual(len(run.lines("passed", "differs")), 6, run.out)
 
@@ -85,6 +98,10 @@ class Losses(WorkersTest):
             "timed-out ../suite/Masters/PDF/R1.pdf -> ../webcontent/bi/v5DebugPDF/R1.pdf"])
         self.assertEqual(len(run.lines("passed", "differs")), 4)
         self.assertFalse(is_running(int((self.work / "pid").read_text())), "a process is left")
+        for options in ("verify", "-j", "1", "../suite"), ("compare", "pdf", "pid", "pid"):
+            run = self.run_program(*options, "--timeout", "0.5", PATH=path)
+            self.expect(run, 2, "took longer than 0.5 s (--timeout)", err="...")
+            self.assertFalse(is_running(int((self.work / "pid").read_text())), "a process is left")
 
     @unittest.skipIf(SANITIZED, "a sanitizer's own memory breaks the limit")
     def test_memory_is_limited(self):
