@@ -7,6 +7,7 @@
 #include <system_error>
 #include <vector>
 
+#include "cli/commands/FailedRun.h"
 #include "cli/commands/OutputPlaces.h"
 #include "cli/commands/PairListing.h"
 #include "cli/commands/RunHeader.h"
@@ -68,9 +69,7 @@ PoolLimits limitsOf(const VerifyOptions& options) {
           options.memoryMegabytes * kMegabyte};
 }
 
-}  // namespace
-
-ExitStatus run(const VerifyOptions& options) {
+ExitStatus verify(const VerifyOptions& options) {
   const std::vector<SelectedFormat> formats = selectFormats(options.formats);
   OutputPlaces places(options);
   const RunPlan plan = planRun(options);
@@ -121,4 +120,10 @@ ExitStatus run(const VerifyOptions& options) {
   printClosingSummary(totals, problems, options.verbosity, palette);
   printHint(totals);
   return exitStatusOf(totals, problems);
+}
+
+}  // namespace
+
+ExitStatus run(const VerifyOptions& options) {
+  return verify(options.failedRecord.empty() ? options : optionsForFailed(options));
 }

@@ -63,7 +63,10 @@ PairVerifier::PairVerifier(const std::vector<std::string>& reports,
                            Settings settings)
     : m_reports(reports), m_owners(owners), m_settings(std::move(settings)) {
   for (const SelectedFormat& selected : formats) {
-    m_formats.push_back({&selected, scriptProblem(*selected.engine)});
+    PairResult unknownPair;
+    unknownPair.record.format = selected.format->name;
+    unknownPair.record.subFolder = m_settings.subFolder;
+    m_formats.push_back({&selected, scriptProblem(*selected.engine), packPair(unknownPair)});
   }
 }
 
@@ -81,16 +84,16 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
                                 WorkerLink& link) {
   const OrvDiffFileEngine& engine = *m_formats[format].selected->engine;
   const std::string& report = m_reports[task];
-  PairResult result = start(task, format, {});
-  link.begin(std::max(stepOf(format, 0), firstStep), packPair(result));
+  link.begin(std::max(stepOf(format, 0), firstStep), m_formats[format].listing);
   std::vector<OrvFilePair> pairs;
   try {
-    pairs = engine.findPairs(report);
+    pairs = findPairs(report, *m_formats[format].selected);
     link.end();
   } catch (const std::exception& error) {
+    PairResult result = start(task, format, {});
     result.record.verdict = Verdict::Error;
     result.record.message = causeOf(error, m_settings.verbosity);
-    link.begin(stepOf(format, kListingFailed), packPair(result));
+    link.begin(stepOf(format, kListingFailed), m_formats[format].listing);
     link.send(packPair(result));
     return;
   }
@@ -101,10 +104,7 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
     if (owner == PairOwners::Owner::Other) {
       continue;
     }
-    result = start(task, format, pairs[i]);
-    if (!isWanted(result.record)) {
-      continue;
-    }
+    PairResult result = start(task, format, pairs[i]);
     result.countsForReport = owner == PairOwners::Owner::Itself;
     link.begin(step, packPair(result));
     compare(m_formats[format], pairs[i], result);
@@ -112,9 +112,20 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
   }
 }
 
-bool PairVerifier::isWanted(const PairRecord& pair) const {
-  return m_settings.onlyPairs == nullptr ||
-         m_settings.onlyPairs->count(pairKey(pair.report, pair.format, pair.master)) != 0;
+/// The pairs to compare. Those that are wanted by name are compared even if they are gone, which is
+/// then what the result says.
+std::vector<OrvFilePair> PairVerifier::findPairs(const std::string& report,
+                                                 const SelectedFormat& format) const {
+  if (m_settings.onlyPairs != nullptr && m_settings.onlyPairs->count({report, {}}) == 0) {
+    const auto wanted = m_settings.onlyPairs->find({report, std::string(format.format->name)});
+    if (wanted == m_settings.onlyPairs->end()) {
+      return {};
+    }
+    if (!wanted->second.front().master.empty()) {
+      return wanted->second;
+    }
+  }
+  return format.engine->findPairs(report);
 }
 
 /// What is known of a pair before it is compared.
@@ -175,8 +186,12 @@ PairResult PairVerifier::outcomeOf(const Format& format, const OrvFilePair& pair
   return result;
 }
 
-PairResult PairVerifier::describeLost(std::string_view description) {
-  return description.empty() ? PairResult() : unpackPair(description);
+PairResult PairVerifier::describeLost(std::string_view description) const {
+  PairResult pair = description.empty() ? PairResult() : unpackPair(description);
+  if (m_settings.keepFacts && !pair.record.master.empty()) {
+    ComparisonNotes({pair.record.master, pair.record.output}).addTo(pair.record);
+  }
+  return pair;
 }
 
 std::uint64_t PairVerifier::stepAfter(std::uint64_t step) {

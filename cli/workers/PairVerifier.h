@@ -1,9 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
-#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "cli/diff/OutsizedMasks.h"
@@ -13,10 +14,15 @@
 #include "cli/system/OutputCapture.h"
 #include "cli/terminal/Terminal.h"
 #include "cli/workers/WorkerPool.h"
+#include "orvdiff/engine/OrvDiffFileEngine.h"
 
 /// What tells a pair apart from all others of a run.
 std::string pairKey(const std::string& report, const std::string& format,
                     const std::string& master);
+
+/// Pairs to compare, by report and format. A pair without names stands for whatever masters there
+/// are, an empty format for all formats.
+using WantedPairs = std::map<std::pair<std::string, std::string>, std::vector<OrvFilePair>>;
 
 /// The work of a worker process: verifies a report, pair by pair, and sends a packed `PairResult`
 /// of each. What goes wrong with one pair does not keep the others from being compared.
@@ -31,8 +37,7 @@ class PairVerifier {
     MaskLimits maskLimits;
     bool keepFacts =
         false;  ///< sizes, hashes, processor time and rules too, as a record wants them
-    /// Keys of the pairs to compare; null: all.
-    const std::unordered_set<std::string>* onlyPairs = nullptr;
+    const WantedPairs* onlyPairs = nullptr;  ///< null: all
   };
 
   /// All arguments but `settings` must outlive the verifier.
@@ -44,8 +49,8 @@ class PairVerifier {
   void verify(std::uint32_t task, std::uint64_t firstStep, WorkerLink& link);
 
   /// What is known of a pair whose worker died, from the description of the step. Nothing
-  /// if it died before its first step.
-  static PairResult describeLost(std::string_view description);
+  /// if it died before its first step. The record's facts are of the files as they are now.
+  PairResult describeLost(std::string_view description) const;
 
   /// The step after `step`, whose worker died. A format whose masters could not even be listed is
   /// left.
@@ -58,11 +63,12 @@ class PairVerifier {
   struct Format {
     const SelectedFormat* selected;
     std::string problem;  ///< that keeps its script from running
+    std::string listing;  ///< the description of a step that lists masters, for any report
   };
 
   void verifyFormat(std::uint32_t task, std::uint64_t format, std::uint64_t firstStep,
                     WorkerLink& link);
-  bool isWanted(const PairRecord& pair) const;
+  std::vector<OrvFilePair> findPairs(const std::string& report, const SelectedFormat& format) const;
   PairResult start(std::uint32_t task, std::uint64_t format, const OrvFilePair& pair) const;
   void compare(const Format& format, const OrvFilePair& pair, PairResult& result);
   PairResult outcomeOf(const Format& format, const OrvFilePair& pair,

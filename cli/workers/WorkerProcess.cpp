@@ -12,18 +12,23 @@
 
 WorkerLink::~WorkerLink() = default;
 
-void PipeLink::write(FrameKind kind, std::string_view message) {
+void PipeLink::addFrame(FrameKind kind, std::string_view message) {
   const FrameHead head = {kind, m_task, m_step, message.size()};
-  m_frame.assign(reinterpret_cast<const char*>(&head), sizeof head);
-  m_frame += message;
+  m_frames.append(reinterpret_cast<const char*>(&head), sizeof head);
+  m_frames += message;
+}
+
+void PipeLink::flush() {
   std::size_t done = 0;
-  while (done < m_frame.size()) {
-    const ssize_t count = ::write(m_pipe, m_frame.data() + done, m_frame.size() - done);
+  while (done < m_frames.size()) {
+    const ssize_t count = ::write(m_pipe, m_frames.data() + done, m_frames.size() - done);
     if (count < 0 && errno != EINTR) {
       _exit(EXIT_FAILURE);
     }
     done += count > 0 ? static_cast<std::size_t>(count) : 0;
   }
+  m_frames.clear();
+  m_board.endStep(m_slot);
 }
 
 namespace {
