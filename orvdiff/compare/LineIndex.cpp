@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 #include "orvdiff/compare/pattern/TextCharacters.h"
 
@@ -55,12 +56,12 @@ std::size_t LineIndex::charactersBefore(std::size_t offset) const {
   if (next == m_marks.begin()) {
     return 0;
   }
-  auto [position, characters] = *std::prev(next);
-  while (position < offset) {
-    position = nextCharacter(m_text, position);
-    characters += position <= offset ? 1 : 0;
+  Mark mark = *std::prev(next);
+  while (mark.offset < offset) {
+    mark.offset = nextCharacter(m_text, mark.offset);
+    mark.characters += mark.offset <= offset ? 1 : 0;
   }
-  return characters;
+  return mark.characters;
 }
 
 }  // namespace orvdiff
