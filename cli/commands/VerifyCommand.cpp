@@ -98,8 +98,8 @@ ExitStatus verify(const VerifyOptions& options) {
   NormalizedSaver saver;
   const PairOwners owners(plan.found.reports, plan.found.neighbours);
   PairVerifier verifier(plan.reports, formats, owners,
-                        {options.formats.subFolder, options.verbosity, record.has_value(),
-                         plan.onlyPairs ? &*plan.onlyPairs : nullptr});
+                        {options.formats.subFolder, options.verbosity, options.maskLimits,
+                         record.has_value(), plan.onlyPairs ? &*plan.onlyPairs : nullptr});
   if (harnessLog) {
     harnessLog->start();
   }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/commands/Options.h"
+#include "cli/diff/OutsizedMasks.h"
 #include "cli/suite/FormatSelection.h"
 #include "orvdiff/harness/MOXTestHarness.h"
 
@@ -21,6 +22,7 @@ struct VerifyOptions : CommonOptions {
   std::string shard;                        ///< "2/5"; empty: everything
   std::string recordFolder;                 ///< empty: none
   std::string failedRecord;  ///< folder of the record to verify what failed again of; empty: none
+  MaskLimits maskLimits;
   bool saveNormalized = false;
   bool listOnly = false;
   bool allowNone = false;

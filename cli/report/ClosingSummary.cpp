@@ -7,6 +7,7 @@
 
 #include "cli/system/Interrupt.h"
 #include "cli/terminal/Printable.h"
+#include "cli/terminal/Table.h"
 
 namespace {
 
@@ -20,6 +21,25 @@ void printUnverified(const std::vector<std::string>& reports, Verbosity verbosit
   }
   if (shown < reports.size()) {
     std::cout << "    ... and " << reports.size() - shown << " more (-v lists all)\n";
+  }
+}
+
+/// Most helpful first.
+void printPassesByRule(const Tally& pairs) {
+  std::vector<std::pair<std::size_t, std::string>> rules;
+  for (const auto& [rule, passes] : pairs.passesByRule()) {
+    rules.emplace_back(passes, rule);
+  }
+  std::sort(rules.begin(), rules.end(), [](const auto& left, const auto& right) {
+    return left.first != right.first ? left.first > right.first : left.second < right.second;
+  });
+  Table table;
+  for (const auto& [passes, rule] : rules) {
+    table.add({"    " + printable(rule), std::to_string(passes)});
+  }
+  if (!rules.empty()) {
+    std::cout << "Pairs that passed with the help of a rule:\n";
+    table.print();
   }
 }
 
@@ -48,6 +68,11 @@ void printCounts(const RunTotals& totals) {
   }
   if (!totals.unverified.empty()) {
     std::cout << ", " << countOf(totals.unverified.size(), "report") << " not verified";
+  }
+  if (const std::size_t masks = pairs.outsizedMasks(); masks > 0) {
+    std::cout << ", "
+              << (masks == 1 ? "1 pass rests on an outsized mask"
+                             : std::to_string(masks) + " passes rest on outsized masks");
   }
   std::cout << " (" << std::fixed << std::setprecision(2) << totals.time.count() << " s)\n";
 }
@@ -89,6 +114,9 @@ void printClosingSummary(const RunTotals& totals, const std::vector<std::string>
                          Verbosity verbosity, const Palette& palette) {
   if (!totals.unverified.empty() && verbosity != Verbosity::Quiet) {
     printUnverified(totals.unverified, verbosity);
+  }
+  if (verbosity == Verbosity::Verbose) {
+    printPassesByRule(totals.pairs);
   }
   if (totals.interrupted) {
     std::cout << palette.paint(Color::Yellow, "Interrupted") << " after " << totals.done << " of "

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli/diff/OutsizedMasks.h"
 #include "cli/record/PairResult.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/PairOwners.h"
@@ -33,6 +34,7 @@ class PairVerifier {
   struct Settings {
     std::string subFolder;
     Verbosity verbosity = Verbosity::Normal;
+    MaskLimits maskLimits;
     bool keepFacts =
         false;  ///< sizes, hashes, processor time and rules too, as a record wants them
     const WantedPairs* onlyPairs = nullptr;  ///< null: all
