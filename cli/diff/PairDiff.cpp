@@ -5,6 +5,7 @@
 #include <fstream>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "cli/diff/TextDiff.h"
 #include "cli/suite/MissingReason.h"
@@ -26,6 +27,29 @@ bool isAnything(const DiffRequest& /*request*/) {
 constexpr DiffKind kKinds[] = {
     {true, isAnything, textDifference},
 };
+
+std::size_t bytesIn(const DiffHunk& hunk) {
+  constexpr std::size_t kPerLine = 64;  // about what a record needs besides the text
+  std::size_t bytes = hunk.place.size();
+  for (const DiffLine& line : hunk.lines) {
+    bytes += kPerLine;
+    for (const DiffSpan& span : line.spans) {
+      bytes += kPerLine + span.text.size() + span.rule.size();
+    }
+  }
+  return bytes;
+}
+
+/// Forgets the hunks after the last one that fits; the first one always does.
+void limitBytes(std::size_t maxBytes, std::vector<DiffHunk>& hunks) {
+  std::size_t bytes = 0;
+  for (std::size_t i = 0; maxBytes != 0 && i < hunks.size(); ++i) {
+    bytes += bytesIn(hunks[i]);
+    if (i > 0 && bytes > maxBytes) {
+      hunks.resize(i);
+    }
+  }
+}
 
 std::optional<std::string> readFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary | std::ios::ate);
@@ -78,7 +102,9 @@ Difference differenceOf(const OrvDiffFormat& format, const OrvDiffFileEngine& en
       continue;
     }
     try {
-      return differenceOfKind(kind, request);
+      Difference difference = differenceOfKind(kind, request);
+      limitBytes(options.maxBytes, difference.hunks);
+      return difference;
     } catch (const std::exception& error) {
       return onlyNote(std::string("how they differ could not be found out: ") + error.what());
     }
