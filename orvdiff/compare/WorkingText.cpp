@@ -48,7 +48,11 @@ bool WorkingText::cannotFail(const OrvPatternList& patterns) {
   });
 }
 
+<<<<<<< HEAD
 void WorkingText::removeCarriageReturns(pattern::Edits* edits) {
+=======
+bool WorkingText::removeCarriageReturns() {
+>>>>>>> w-record
   char* const text = m_text.get();
   const char* const end = text + m_length;
   const auto nextReturn = [end](char* from) {
@@ -70,16 +74,27 @@ void WorkingText::removeCarriageReturns(pattern::Edits* edits) {
     *target = '\0';
     m_length = static_cast<std::size_t>(target - text);
   }
+  return target != nullptr;
 }
 
+<<<<<<< HEAD
 void WorkingText::apply(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits) {
+=======
+bool WorkingText::apply(const OrvDiffNormalizationPattern& pattern) {
+>>>>>>> w-record
   if (const orvdiff::pattern::Substitution* const substitution = pattern.substitution()) {
+    bool hasMatched = false;
     velGuardAllocation(VEL_HERE, [&] {
+<<<<<<< HEAD
       run(*substitution, edits);
+=======
+      hasMatched = run(*substitution);
+>>>>>>> w-record
       return true;
     });
-    return;
+    return hasMatched;
   }
+<<<<<<< HEAD
   runIcu(pattern, edits);
 }
 
@@ -96,16 +111,27 @@ void WorkingText::runIcu(const OrvDiffNormalizationPattern& pattern, pattern::Ed
       return true;
     });
   }
+=======
+  OrvTextBuffer former = velNewArray<char>(VEL_HERE, m_length + 1);
+  std::memcpy(former.get(), m_text.get(), m_length + 1);
+  pattern.normalizeText(m_text);
+  const bool isChanged = std::strcmp(former.get(), m_text.get()) != 0;
+>>>>>>> w-record
   m_length = std::strlen(m_text.get());
   m_scratch.reset();  // too small if the new text is longer
+  return isChanged;
 }
 
+<<<<<<< HEAD
 void WorkingText::run(const pattern::Substitution& substitution, pattern::Edits* edits) {
+=======
+bool WorkingText::run(const pattern::Substitution& substitution) {
+>>>>>>> w-record
   const std::string_view text(m_text.get(), m_length);
   pattern::LinearMatcher matcher(*substitution.program, text);
   pattern::LinearMatcher::Match match = {};
   if (!matcher.find(0, match)) {
-    return;
+    return false;
   }
   if (m_scratch == nullptr) {
     m_scratch = velNewArray<char>(VEL_HERE, m_length + 1);
@@ -125,6 +151,7 @@ void WorkingText::run(const pattern::Substitution& substitution, pattern::Edits*
   m_length = result.size();
   m_scratch[m_length] = '\0';
   m_text.swap(m_scratch);
+  return true;
 }
 
 }  // namespace orvdiff
