@@ -48,11 +48,7 @@ bool WorkingText::cannotFail(const OrvPatternList& patterns) {
   });
 }
 
-<<<<<<< HEAD
-void WorkingText::removeCarriageReturns(pattern::Edits* edits) {
-=======
-bool WorkingText::removeCarriageReturns() {
->>>>>>> w-record
+bool WorkingText::removeCarriageReturns(pattern::Edits* edits) {
   char* const text = m_text.get();
   const char* const end = text + m_length;
   const auto nextReturn = [end](char* from) {
@@ -77,56 +73,35 @@ bool WorkingText::removeCarriageReturns() {
   return target != nullptr;
 }
 
-<<<<<<< HEAD
-void WorkingText::apply(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits) {
-=======
-bool WorkingText::apply(const OrvDiffNormalizationPattern& pattern) {
->>>>>>> w-record
+bool WorkingText::apply(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits) {
   if (const orvdiff::pattern::Substitution* const substitution = pattern.substitution()) {
     bool hasMatched = false;
     velGuardAllocation(VEL_HERE, [&] {
-<<<<<<< HEAD
-      run(*substitution, edits);
-=======
-      hasMatched = run(*substitution);
->>>>>>> w-record
+      hasMatched = run(*substitution, edits);
       return true;
     });
     return hasMatched;
   }
-<<<<<<< HEAD
-  runIcu(pattern, edits);
+  return runIcu(pattern, edits);
 }
 
-void WorkingText::runIcu(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits) {
-  OrvTextBuffer before;
-  if (edits != nullptr) {
-    before = velNewArray<char>(VEL_HERE, m_length + 1);
-    std::memcpy(before.get(), m_text.get(), m_length + 1);
-  }
-  pattern.normalizeText(m_text);
-  if (edits != nullptr) {
-    velGuardAllocation(VEL_HERE, [&] {
-      *edits = pattern.findIcuEdits(before.get(), m_text.get());
-      return true;
-    });
-  }
-=======
+bool WorkingText::runIcu(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits) {
   OrvTextBuffer former = velNewArray<char>(VEL_HERE, m_length + 1);
   std::memcpy(former.get(), m_text.get(), m_length + 1);
   pattern.normalizeText(m_text);
   const bool isChanged = std::strcmp(former.get(), m_text.get()) != 0;
->>>>>>> w-record
+  if (edits != nullptr) {
+    velGuardAllocation(VEL_HERE, [&] {
+      *edits = pattern.findIcuEdits(former.get(), m_text.get());
+      return true;
+    });
+  }
   m_length = std::strlen(m_text.get());
   m_scratch.reset();  // too small if the new text is longer
   return isChanged;
 }
 
-<<<<<<< HEAD
-void WorkingText::run(const pattern::Substitution& substitution, pattern::Edits* edits) {
-=======
-bool WorkingText::run(const pattern::Substitution& substitution) {
->>>>>>> w-record
+bool WorkingText::run(const pattern::Substitution& substitution, pattern::Edits* edits) {
   const std::string_view text(m_text.get(), m_length);
   pattern::LinearMatcher matcher(*substitution.program, text);
   pattern::LinearMatcher::Match match = {};
