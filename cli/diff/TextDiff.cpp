@@ -45,14 +45,13 @@ class TextDifference {
         m_builder("text", request.format.name, request.options.maxHunks) {}
 
   Difference take(const TextEdits& edits) {
-    if (edits.isCoarse) {
-      m_builder.setCoarse();
-    }
     TextHunks hunks(m_a, m_b, edits.edits, m_options.context);
     while (const auto hunk = hunks.next()) {
       add(*hunk, edits.edits);
     }
-    return m_builder.take();
+    Difference difference = m_builder.take();
+    difference.isCoarse = edits.isCoarse;
+    return difference;
   }
 
  private:

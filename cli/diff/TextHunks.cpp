@@ -9,6 +9,8 @@ namespace {
 // Extending one file's stretch to a whole line may so ask for more of the other one's, and so on.
 constexpr int kMostExtensions = 8;
 
+constexpr std::size_t kMostChanges = 12;  // in one hunk: more do not fit a screen
+
 }  // namespace
 
 TextHunks::TextHunks(const ComparedFile& a, const ComparedFile& b,
@@ -24,7 +26,7 @@ std::optional<TextHunk> TextHunks::next() {
   hunk.changes.push_back(m_pending ? std::move(*m_pending) : nextChange());
   m_pending.reset();
   hunk.endEdit = m_nextEdit;
-  while (m_nextEdit < m_edits.size()) {
+  while (m_nextEdit < m_edits.size() && hunk.changes.size() < kMostChanges) {
     m_pendingEdit = m_nextEdit;
     ChangedLines lines = nextChange();
     if (!isWithinContext(hunk.changes.back().a.end, lines.a.begin)) {
@@ -129,7 +131,7 @@ void TextHunks::extendForward(ChangedLines& lines) const {
 /// Whether no more lines of `a` lie between two places than are shown around changes anyway.
 bool TextHunks::isWithinContext(std::size_t begin, std::size_t end) const {
   for (std::size_t line = 0; line < 2 * m_context && begin < end; ++line) {
-    begin = m_a.lineEnd(begin, false);
+    begin = m_a.pieceEnd(begin);
   }
   return begin >= end;
 }
