@@ -11,6 +11,10 @@ constexpr int kMostExtensions = 8;
 
 constexpr std::size_t kMostChanges = 12;  // in one hunk: more do not fit a screen
 
+bool endsLine(const ComparedFile& file, std::size_t place) {
+  return place == file.original().size() || file.startsLine(place);
+}
+
 }  // namespace
 
 TextHunks::TextHunks(const ComparedFile& a, const ComparedFile& b,
@@ -71,7 +75,8 @@ EditPlaces TextHunks::placesOf(const TextEdit& edit) const {
   return {places(m_a, edit.beginA, edit.endA), places(m_b, edit.beginB, edit.endB)};
 }
 
-/// Makes both stretches start at lines, with the same text before them.
+/// Makes both stretches start at lines, with the same text before them. Where the line of one file
+/// is cut, the other one's is cut at the same text.
 void TextHunks::extendBack(ChangedLines& lines) const {
   std::size_t offsetA = m_a.offsetOf(lines.a.begin);
   std::size_t offsetB = m_b.offsetOf(lines.b.begin);
@@ -83,6 +88,9 @@ void TextHunks::extendBack(ChangedLines& lines) const {
       offsetB -= std::min(byA, offsetB);
       lines.b.begin = m_b.placeOf(offsetB);
     }
+    if (!m_a.startsLine(lines.a.begin)) {
+      return;
+    }
     lines.b.begin = std::max(m_b.lineStart(lines.b.begin, true), m_doneB);
     const std::size_t byB = offsetB - std::min(offsetB, m_b.offsetOf(lines.b.begin));
     if (byB == 0) {
@@ -91,6 +99,9 @@ void TextHunks::extendBack(ChangedLines& lines) const {
     offsetB -= byB;
     offsetA -= std::min(byB, offsetA);
     lines.a.begin = m_a.placeOf(offsetA);
+    if (!m_b.startsLine(lines.b.begin)) {
+      return;
+    }
   }
 }
 
@@ -105,26 +116,27 @@ void TextHunks::extendForward(ChangedLines& lines) const {
   std::size_t offsetB = m_b.offsetOf(lines.b.end);
   for (int round = 0; round < kMostExtensions; ++round) {
     lines.a.end = m_a.lineEnd(lines.a.end, true);
-    if (lines.a.end > next.a.begin) {
+    const std::size_t byA = m_a.offsetOf(lines.a.end) - offsetA;
+    if (byA > 0) {
+      offsetA += byA;
+      offsetB += byA;
+      lines.b.end = std::max(lines.b.end, m_b.endPlaceOf(std::min(offsetB, m_b.text().size())));
+    }
+    if (lines.a.end > next.a.begin || !endsLine(m_a, lines.a.end)) {
       return;
     }
-    const std::size_t byA =
-        m_a.offsetOf(lines.a.end) - std::min(offsetA, m_a.offsetOf(lines.a.end));
-    offsetA += byA;
-    offsetB += byA;
-    lines.b.end = std::max(lines.b.end, byA > 0 ? m_b.endPlaceOf(offsetB) : lines.b.end);
     lines.b.end = m_b.lineEnd(lines.b.end, true);
-    if (lines.b.end > next.b.begin) {
-      return;
-    }
     const std::size_t byB =
         m_b.offsetOf(lines.b.end) - std::min(offsetB, m_b.offsetOf(lines.b.end));
-    if (byB == 0) {
+    if (lines.b.end > next.b.begin || byB == 0) {
       return;
     }
     offsetB += byB;
     offsetA += byB;
-    lines.a.end = std::max(lines.a.end, m_a.endPlaceOf(offsetA));
+    lines.a.end = std::max(lines.a.end, m_a.endPlaceOf(std::min(offsetA, m_a.text().size())));
+    if (!endsLine(m_b, lines.b.end)) {
+      return;
+    }
   }
 }
 
