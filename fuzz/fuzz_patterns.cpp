@@ -306,7 +306,7 @@ void checkOriginMap(const std::vector<Substitution>& list, const std::string& te
   }
   std::string expected = text;
   expected.erase(std::remove(expected.begin(), expected.end(), '\r'), expected.end());
-  if (replace(list, expected) != Outcome::Replaced) {
+  if (replacePlainly(list, expected) != Outcome::Replaced) {
     return;
   }
   const std::string fault = findOriginMapFault(OrvOriginMap(text, patterns), expected);

@@ -25,7 +25,11 @@ InputText readText(const std::string& fileName, OrvFileHandle& file, Verbosity v
 
 ExitStatus printPair(const OrvDiffResult& result, const PairOptions& options,
                      std::optional<OrvOutputFormat> format, std::string printed) {
-  PairRecord record = describeResult(result, format).record;
+  PairResult pair;
+  describeResult(result, format, pair);
+  PairRecord& record = pair.record;
+  record.master = pair.resultMaster;
+  record.output = pair.resultOutput;
   record.printed = std::move(printed);
   const Palette palette(options.color);
   ResultPrinter(options.verbosity, palette).print(record);

@@ -108,14 +108,16 @@ std::size_t commonSuffix(std::string_view a, std::string_view b, std::size_t pre
   return length;
 }
 
-std::size_t sizeOf(const DiffHunk& hunk) {
-  std::size_t size = hunk.place.size();
+std::size_t bytesIn(const DiffHunk& hunk) {
+  constexpr std::size_t kPerLine = 64;  // about what a record needs besides the text
+  std::size_t bytes = hunk.place.size();
   for (const DiffLine& line : hunk.lines) {
+    bytes += kPerLine;
     for (const DiffSpan& span : line.spans) {
-      size += span.text.size();
+      bytes += kPerLine + span.text.size() + span.rule.size();
     }
   }
-  return size;
+  return bytes;
 }
 
 }  // namespace
@@ -168,7 +170,7 @@ void DifferenceBuilder::add(DiffHunk hunk, std::string_view removed, std::string
   }
   ++m_difference.hunkCount;
   if (keepsNext()) {
-    m_keptBytes += sizeOf(hunk);
+    m_keptBytes += bytesIn(hunk);
     m_difference.hunks.push_back(std::move(hunk));
   }
 }

@@ -59,16 +59,23 @@ bool isAnything(const DiffRequest& /*request*/) {
   return true;
 }
 
+/// For formats whose rule is that all bytes are the same. A text ends at its first NUL.
+Difference plainDifference(const DiffRequest& request) {
+  const bool hasNul = request.master.find('\0') != std::string_view::npos ||
+                      request.output.find('\0') != std::string_view::npos;
+  return hasNul ? byteDifference(request) : textDifference(request);
+}
+
 /// The kinds; the first that applies is taken.
 constexpr DiffKind kKinds[] = {
     {Reads::Nothing, isMissing, missingDifference, nullptr},
     {Reads::Output, isXmlFault, xmlFaultDifference, nullptr},
     {Reads::Nothing, isScript, printedDifference, nullptr},
     {Reads::Both, isPicture, pictureDifference, byteDifference},
-    {Reads::Both, is<OrvOutputFormat::Csv>, tableDifference, textDifference},
-    {Reads::Both, is<OrvOutputFormat::Json>, jsonDifference, textDifference},
+    {Reads::Both, is<OrvOutputFormat::Csv>, tableDifference, plainDifference},
+    {Reads::Both, is<OrvOutputFormat::Json>, jsonDifference, plainDifference},
     {Reads::Both, is<OrvOutputFormat::Vmd>, vmdDifference, textDifference},
-    {Reads::Both, isAnything, textDifference, byteDifference},
+    {Reads::Both, isAnything, textDifference, nullptr},
 };
 
 std::optional<std::string> readFile(const std::string& path) {

@@ -42,9 +42,8 @@ Difference printedDifference(const DiffRequest& request) {
     rest.remove_prefix(std::min(end + 1, rest.size()));
   }
   if (!rest.empty()) {
-    const auto more = static_cast<std::uint64_t>(std::count(rest.begin(), rest.end(), '\n'));
-    builder.note("the script printed " + withThousands(more + (rest.back() == '\n' ? 0 : 1)) +
-                 " more lines");
+    const auto ended = static_cast<std::uint64_t>(std::count(rest.begin(), rest.end(), '\n'));
+    hunk.lines.back().omitted = ended + (rest.back() == '\n' ? 0 : 1);
   }
   std::string key = printed;
   removeAll(key, request.record.master);

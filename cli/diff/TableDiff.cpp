@@ -241,6 +241,7 @@ void TableComparison::addBlock(const Table& table, std::uint32_t begin, std::uin
                                     isMaster ? DiffLine::Kind::Removed : DiffLine::Kind::Added,
                                     DiffSpan::Kind::Changed));
     }
+    hunk.lines.back().omitted = end - shown;
   }
   const std::string_view first = table.rawRow(begin);
   const std::string_view last = table.rawRow(end - 1);

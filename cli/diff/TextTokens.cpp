@@ -1,7 +1,6 @@
 #include "cli/diff/TextTokens.h"
 
 #include <unicode/uchar.h>
-#include <unicode/utf8.h>
 
 #include <algorithm>
 #include <array>
@@ -36,14 +35,22 @@ bool isContinuation(char c) {
   return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
 }
 
-/// The code point at `place`, which moves behind it; negative if it is no valid UTF-8.
+/// The code point at `place`, which moves behind it; a byte that starts none counts as one that
+/// never combines.
 UChar32 nextCodePoint(std::string_view text, std::size_t& place) {
-  constexpr std::size_t kLongest = 4;
-  const auto window = static_cast<std::int32_t>(std::min(kLongest, text.size() - place));
-  std::int32_t length = 0;
-  UChar32 c = 0;
-  U8_NEXT(text.data() + place, length, window, c);
-  place += static_cast<std::size_t>(length);
+  const auto lead = static_cast<unsigned char>(text[place]);
+  const std::size_t length = lead < 0xC2 || lead > 0xF4 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  const std::string_view bytes = text.substr(place, length);
+  if (length == 1 || bytes.size() < length ||
+      !std::all_of(bytes.begin() + 1, bytes.end(), isContinuation)) {
+    ++place;
+    return lead < 0x80 ? lead : 0;
+  }
+  UChar32 c = lead & (0x7F >> length);
+  for (const char byte : bytes.substr(1)) {
+    c = (c << 6) | (byte & 0x3F);
+  }
+  place += length;
   return c;
 }
 

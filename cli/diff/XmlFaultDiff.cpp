@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "cli/diff/DifferenceBuilder.h"
-#include "cli/terminal/Printable.h"
+#include "cli/terminal/Excerpt.h"
 
 namespace {
 
@@ -92,23 +92,22 @@ DiffLine shown(std::string_view line, const Window& window, std::uint64_t number
   return result;
 }
 
-std::size_t columnsOf(std::string_view text) {
-  std::size_t columns = 0;
-  while (!text.empty()) {
-    const PrintableCharacter character = firstPrintable(text);
-    columns += character.columns;
-    text.remove_prefix(character.length);
+/// The line of the fault with the character at `mark` marked, or its last one if the fault is
+/// behind it.
+DiffLine marked(std::string_view line, std::size_t mark, std::uint64_t number) {
+  if (mark >= line.size() && !line.empty()) {
+    mark = startOfCharacter(line.data(), line.size() - 1);
   }
-  return columns;
-}
-
-/// A line with a mark below byte `mark` of the line before it.
-DiffLine markBelow(std::string_view line, const Window& window, std::size_t mark) {
-  const std::size_t blanks = columnsOf(line.substr(window.begin, mark - window.begin));
-  DiffLine result;
-  result.isCutBefore = window.begin > 0;
-  result.spans = {{DiffSpan::Kind::Same, std::string(blanks, ' '), {}},
-                  {DiffSpan::Kind::Changed, "^", {}}};
+  const Window window = windowAround(line, mark);
+  DiffLine result = shown(line, window, number);
+  result.kind = DiffLine::Kind::Added;
+  const std::size_t end = std::min(nextCharacter(line, mark), line.size());
+  const auto piece = [&line](std::size_t from, std::size_t to) {
+    return std::string(line.substr(from, to - from));
+  };
+  result.spans = {{DiffSpan::Kind::Same, piece(window.begin, mark), {}},
+                  {DiffSpan::Kind::Changed, piece(mark, end), {}},
+                  {DiffSpan::Kind::Same, piece(end, std::max(end, window.end)), {}}};
   return result;
 }
 
@@ -116,7 +115,7 @@ std::string_view withoutReturn(std::string_view line) {
   return line.substr(0, line.size() - (!line.empty() && line.back() == '\r' ? 1 : 0));
 }
 
-/// The lines of `document` around the fault, with a mark.
+/// The line of the fault, marked, and those before it.
 void addLines(DiffHunk& hunk, std::string_view document, const Fault& fault, std::size_t context) {
   const std::uint64_t first = fault.line > context ? fault.line - context : 1;
   std::uint64_t number = 1;
@@ -133,9 +132,7 @@ void addLines(DiffHunk& hunk, std::string_view document, const Fault& fault, std
       for (std::uint64_t column = 1; column < fault.column && mark < line.size(); ++column) {
         mark = nextCharacter(line, mark);
       }
-      const Window window = windowAround(line, mark);
-      hunk.lines.push_back(shown(line, window, number));
-      hunk.lines.push_back(markBelow(line, window, mark));
+      hunk.lines.push_back(marked(line, mark, number));
     }
     document.remove_prefix(std::min(end + 1, document.size()));
   }

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "cli/record/DifferenceJson.h"
 #include "cli/record/JsonText.h"
 
 using nlohmann::ordered_json;
@@ -102,6 +103,9 @@ std::string toJsonLine(const PairRecord& record) {
   if (!record.printed.empty()) {
     json["printed"] = textToJson(record.printed);
   }
+  if (record.difference) {
+    json["difference"] = differenceToJson(*record.difference);
+  }
   return json.dump();
 }
 
@@ -135,5 +139,8 @@ PairRecord pairFromJsonLine(std::string_view line) {
     record.rules = json.at("rules").get<std::vector<std::string>>();
   }
   record.printed = textFrom(json, "printed");
+  if (json.contains("difference")) {
+    record.difference = differenceFromJson(json.at("difference"));
+  }
   return record;
 }

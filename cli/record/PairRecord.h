@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/record/Difference.h"
 #include "cli/record/Verdict.h"
 #include "cli/terminal/Excerpt.h"
 
@@ -42,6 +43,7 @@ struct PairRecord {
   double cpuSeconds = 0;  ///< of the comparison and everything it started
   FileFacts masterFile;
   FileFacts outputFile;
-  std::vector<std::string> rules;  ///< normalisations that changed a text of this pair
-  std::string printed;             ///< by engines and scripts, as they printed it
+  std::vector<std::string> rules;        ///< normalisations that changed a text of this pair
+  std::string printed;                   ///< by engines and scripts, as they printed it
+  std::optional<Difference> difference;  ///< how the files differ; none when nobody asked
 };

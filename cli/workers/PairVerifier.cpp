@@ -4,16 +4,15 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <exception>
-#include <filesystem>
 #include <iostream>
-#include <system_error>
+#include <optional>
 #include <utility>
 
-#include "cli/record/ContentHash.h"
 #include "cli/suite/ComparisonScript.h"
 #include "cli/terminal/ErrorCause.h"
-#include "cli/workers/AppliedRules.h"
+#include "cli/workers/ComparisonNotes.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
 namespace {
@@ -27,24 +26,17 @@ std::uint64_t stepOf(std::uint64_t format, std::uint64_t index) {
   return (format << kFormatShift) + index;
 }
 
-double seconds(const timeval& time) {
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
-}
-
-/// Processor time of this process and of those that it has waited for.
-double processorSeconds() {
-  double total = 0;
-  for (const auto whose : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
-    rusage usage = {};
-    getrusage(whose, &usage);
-    total += seconds(usage.ru_utime) + seconds(usage.ru_stime);
+/// Processor time of this process and, if `withChildren`, of those that it has waited for.
+double processorSeconds(bool withChildren) {
+  timespec own = {};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &own);
+  rusage children = {};
+  if (withChildren) {
+    getrusage(RUSAGE_CHILDREN, &children);
   }
-  return total;
-}
-
-std::string resolve(const std::string& path) {
-  std::error_code notThere;
-  return std::filesystem::canonical(path, notThere);
+  return static_cast<double>(own.tv_sec + children.ru_utime.tv_sec + children.ru_stime.tv_sec) +
+         static_cast<double>(own.tv_nsec) * 1e-9 +
+         static_cast<double>(children.ru_utime.tv_usec + children.ru_stime.tv_usec) * 1e-6;
 }
 
 /// The start of what was printed, if it is very long.
@@ -56,15 +48,6 @@ std::string shortened(std::string printed) {
     printed += more;
   }
   return printed;
-}
-
-FileFacts factsOf(const std::string& path) {
-  FileFacts facts;
-  if (const auto content = hashFile(path)) {
-    facts.size = content->size;
-    facts.hash = content->hash;
-  }
-  return facts;
 }
 
 }  // namespace
@@ -151,46 +134,38 @@ void PairVerifier::compare(const Format& format, const OrvFilePair& pair, PairRe
     result.record.message = format.problem;
     return;
   }
-  OrvDiffFileEngine& engine = *format.selected->engine;
-  const PairResult known = result;
   const auto start = std::chrono::steady_clock::now();
-  const double processorStart = m_settings.keepFacts ? processorSeconds() : 0;
+  const bool hasScript = runsScript(*format.selected->engine);
+  const double processorStart = m_settings.keepFacts ? processorSeconds(hasScript) : 0;
+  std::optional<ComparisonNotes> notes;
+  if (m_settings.keepFacts) {
+    notes.emplace(pair);
+  }
+  result = outcomeOf(format, pair, result);
+  PairRecord& record = result.record;
+  record.printed = shortened(m_capture.take());
+  record.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  if (notes) {
+    record.cpuSeconds = processorSeconds(hasScript) - processorStart;
+    notes->addTo(record);
+  }
+}
+
+/// `known` with what came of the comparison.
+PairResult PairVerifier::outcomeOf(const Format& format, const OrvFilePair& pair,
+                                   const PairResult& known) const {
+  PairResult result = known;
   try {
-    const std::unique_ptr<const OrvDiffResult> outcome(engine.comparePair(pair, nullptr));
+    const std::unique_ptr<const OrvDiffResult> outcome(
+        format.selected->engine->comparePair(pair, nullptr));
     requireStartedScripts();
-    result = describeResult(*outcome, format.selected->format->format);
-    result.record.report = known.record.report;
-    result.record.format = known.record.format;
-    result.record.subFolder = known.record.subFolder;
-    result.countsForReport = known.countsForReport;
+    describeResult(*outcome, format.selected->format->format, result);
   } catch (const std::exception& error) {
     result = known;
     result.record.verdict = Verdict::Error;
     result.record.message = causeOf(error, m_settings.verbosity);
   }
-  result.record.master = pair.master;
-  result.record.output = pair.actual;
-  result.record.printed = shortened(m_capture.take());
-  result.record.seconds =
-      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  if (m_settings.keepFacts) {
-    result.record.cpuSeconds = processorSeconds() - processorStart;
-    addFacts(engine, result);
-  }
-}
-
-/// What only a record wants to know; this reads both files again.
-void PairVerifier::addFacts(const OrvDiffFileEngine& engine, PairResult& result) const {
-  PairRecord& record = result.record;
-  record.masterPath = resolve(record.master);
-  record.outputPath = resolve(record.output);
-  record.masterFile = factsOf(record.master);
-  record.outputFile = factsOf(record.output);
-  const bool isCompared = record.verdict == Verdict::Passed || record.verdict == Verdict::Partly ||
-                          record.verdict == Verdict::Differs;
-  if (isCompared && record.masterFile.hash != record.outputFile.hash) {
-    applyRules(engine, record);
-  }
+  return result;
 }
 
 PairResult PairVerifier::describeLost(std::string_view description) {

@@ -63,7 +63,8 @@ class PairVerifier {
   bool isWanted(const PairRecord& pair) const;
   PairResult start(std::uint32_t task, std::uint64_t format, const OrvFilePair& pair) const;
   void compare(const Format& format, const OrvFilePair& pair, PairResult& result);
-  void addFacts(const OrvDiffFileEngine& engine, PairResult& result) const;
+  PairResult outcomeOf(const Format& format, const OrvFilePair& pair,
+                       const PairResult& known) const;
 
   const std::vector<std::string>& m_reports;
   std::vector<Format> m_formats;

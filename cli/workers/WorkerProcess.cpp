@@ -32,8 +32,6 @@ void endGroup(int /*signal*/) {
   kill(0, SIGKILL);  // the worker and the scripts it has started
 }
 
-}  // namespace
-
 void becomeWorker(pid_t parent, std::uint64_t memoryLimit) {
   setpgid(0, 0);
   struct sigaction action = {};
@@ -53,4 +51,30 @@ void becomeWorker(pid_t parent, std::uint64_t memoryLimit) {
     const rlimit limit = {memoryLimit, memoryLimit};
     setrlimit(RLIMIT_AS, &limit);
   }
+}
+
+}  // namespace
+
+void workAsChild(PoolWork& work, SharedBoard& board, const WorkerStart& start,
+                 const std::optional<Resumption>& resumption) {
+  int status = EXIT_FAILURE;
+  try {
+    becomeWorker(start.parent, start.memoryLimit);
+    PipeLink link(start.pipe, board, start.slot);
+    const auto perform = [&](std::uint32_t task, std::uint64_t step) {
+      link.startTask(task);
+      work.perform(task, step, link);
+      link.endTask();
+    };
+    if (resumption) {
+      perform(resumption->task, resumption->step);
+    }
+    while (const auto task = board.takeTask(start.id)) {
+      perform(*task, 0);
+    }
+    status = EXIT_SUCCESS;
+  } catch (...) {  // NOLINT(bugprone-empty-catch): the parent sees the status
+  }
+  killDescendants();
+  _exit(status);
 }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -54,6 +55,21 @@ class PipeLink : public WorkerLink {
   std::string m_frame;
 };
 
-/// Makes a fresh fork a worker: a process group of its own, which ends when the parent does.
-/// `memoryLimit` is in bytes of address space; 0: unlimited.
-void becomeWorker(pid_t parent, std::uint64_t memoryLimit);
+/// Where a fresh worker takes up what another one left.
+struct Resumption {
+  std::uint32_t task;
+  std::uint64_t step;
+};
+
+struct WorkerStart {
+  std::uint32_t id;
+  std::size_t slot;
+  pid_t parent;
+  int pipe;
+  std::uint64_t memoryLimit;  ///< bytes of address space; 0: unlimited
+};
+
+/// What a fresh fork does: makes itself a worker, in a process group of its own that ends when the
+/// parent does, works until there are no more tasks, and ends.
+[[noreturn]] void workAsChild(PoolWork& work, SharedBoard& board, const WorkerStart& start,
+                              const std::optional<Resumption>& resumption);

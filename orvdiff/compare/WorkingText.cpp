@@ -48,7 +48,7 @@ bool WorkingText::cannotFail(const OrvPatternList& patterns) {
   });
 }
 
-void WorkingText::removeCarriageReturns(pattern::Edits* edits) {
+bool WorkingText::removeCarriageReturns(pattern::Edits* edits) {
   char* const text = m_text.get();
   const char* const end = text + m_length;
   const auto nextReturn = [end](char* from) {
@@ -70,42 +70,43 @@ void WorkingText::removeCarriageReturns(pattern::Edits* edits) {
     *target = '\0';
     m_length = static_cast<std::size_t>(target - text);
   }
+  return target != nullptr;
 }
 
-void WorkingText::apply(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits) {
+bool WorkingText::apply(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits) {
   if (const orvdiff::pattern::Substitution* const substitution = pattern.substitution()) {
+    bool hasMatched = false;
     velGuardAllocation(VEL_HERE, [&] {
-      run(*substitution, edits);
+      hasMatched = run(*substitution, edits);
       return true;
     });
-    return;
+    return hasMatched;
   }
-  runIcu(pattern, edits);
+  return runIcu(pattern, edits);
 }
 
-void WorkingText::runIcu(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits) {
-  OrvTextBuffer before;
-  if (edits != nullptr) {
-    before = velNewArray<char>(VEL_HERE, m_length + 1);
-    std::memcpy(before.get(), m_text.get(), m_length + 1);
-  }
+bool WorkingText::runIcu(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits) {
+  OrvTextBuffer former = velNewArray<char>(VEL_HERE, m_length + 1);
+  std::memcpy(former.get(), m_text.get(), m_length + 1);
   pattern.normalizeText(m_text);
+  const bool isChanged = std::strcmp(former.get(), m_text.get()) != 0;
   if (edits != nullptr) {
     velGuardAllocation(VEL_HERE, [&] {
-      *edits = pattern.findIcuEdits(before.get(), m_text.get());
+      *edits = pattern.findIcuEdits(former.get(), m_text.get());
       return true;
     });
   }
   m_length = std::strlen(m_text.get());
   m_scratch.reset();  // too small if the new text is longer
+  return isChanged;
 }
 
-void WorkingText::run(const pattern::Substitution& substitution, pattern::Edits* edits) {
+bool WorkingText::run(const pattern::Substitution& substitution, pattern::Edits* edits) {
   const std::string_view text(m_text.get(), m_length);
   pattern::LinearMatcher matcher(*substitution.program, text);
   pattern::LinearMatcher::Match match = {};
   if (!matcher.find(0, match)) {
-    return;
+    return false;
   }
   if (m_scratch == nullptr) {
     m_scratch = velNewArray<char>(VEL_HERE, m_length + 1);
@@ -125,6 +126,7 @@ void WorkingText::run(const pattern::Substitution& substitution, pattern::Edits*
   m_length = result.size();
   m_scratch[m_length] = '\0';
   m_text.swap(m_scratch);
+  return true;
 }
 
 }  // namespace orvdiff

@@ -30,16 +30,19 @@ class WorkingText {
   /// Whether none of these patterns can raise here on any text, short of running out of memory.
   static bool cannotFail(const OrvPatternList& patterns);
 
+  // Both return whether they changed the text. (A match that is replaced by itself counts.)
+
   /// `edits`, unless null, gets what was changed; a run of carriage returns is one edit.
-  void removeCarriageReturns(pattern::Edits* edits = nullptr);
+  bool removeCarriageReturns(pattern::Edits* edits = nullptr);
 
   /// Replaces every match of `pattern`. A pattern that needs ICU raises what `normalizeText`
   /// raises. `edits`, unless null, gets one edit for each match that was not replaced by itself.
-  void apply(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits = nullptr);
+  bool apply(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits = nullptr);
 
  private:
-  void run(const pattern::Substitution& substitution, pattern::Edits* edits);
-  void runIcu(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits);
+  /// Returns whether anything matched.
+  bool run(const pattern::Substitution& substitution, pattern::Edits* edits);
+  bool runIcu(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits);
 
   OrvTextBuffer& m_text;
   std::size_t m_length;
