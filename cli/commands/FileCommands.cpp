@@ -23,17 +23,23 @@ InputText readText(const std::string& fileName, OrvFileHandle& file, Verbosity v
   }
 }
 
-ExitStatus printPair(const OrvDiffResult& result, const PairOptions& options,
-                     std::optional<OrvOutputFormat> format, std::string printed) {
+PairRecord recordOf(const OrvDiffResult& result, std::optional<OrvOutputFormat> format) {
   PairResult pair;
   describeResult(result, format, pair);
-  PairRecord& record = pair.record;
-  record.master = pair.resultMaster;
-  record.output = pair.resultOutput;
-  record.printed = std::move(printed);
+  pair.record.master = pair.resultMaster;
+  pair.record.output = pair.resultOutput;
+  return std::move(pair.record);
+}
+
+ExitStatus printPair(const PairRecord& record, const CommonOptions& options,
+                     const DifferenceView& view) {
   const Palette palette(options.color);
-  ResultPrinter(options.verbosity, palette).print(record);
+  ResultPrinter(options.verbosity, palette, view).print(record);
   RunTotals totals;
   totals.pairs.add(record);
   return exitStatusOf(totals, {});
+}
+
+DifferenceView viewOf(const DifferenceOptions& options) {
+  return {options.maxHunks, options.width, !options.hidesMasks};
 }

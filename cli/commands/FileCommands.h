@@ -4,6 +4,8 @@
 #include <string>
 
 #include "cli/commands/Options.h"
+#include "cli/record/PairRecord.h"
+#include "cli/report/DifferencePrinter.h"
 #include "orvdiff/compare/OrvFileHandle.h"
 #include "orvdiff/compare/OrvTextBuffer.h"
 #include "orvdiff/platform/OrvOutputFormat.h"
@@ -21,8 +23,12 @@ struct InputText {
 /// Reads an open file. Raises `CommandError` naming the file if it cannot be read in full.
 InputText readText(const std::string& fileName, OrvFileHandle& file, Verbosity verbosity);
 
-/// Prints the result of comparing two files, with what engine and script `printed`, and returns the
-/// exit status it stands for.
-ExitStatus printPair(const OrvDiffResult& result, const PairOptions& options,
-                     std::optional<OrvOutputFormat> format = std::nullopt,
-                     std::string printed = {});
+/// What a record says of comparing two files, besides what engine and script have printed.
+PairRecord recordOf(const OrvDiffResult& result,
+                    std::optional<OrvOutputFormat> format = std::nullopt);
+
+/// Prints the record of comparing two files, and returns the exit status it stands for.
+ExitStatus printPair(const PairRecord& record, const CommonOptions& options,
+                     const DifferenceView& view = {});
+
+DifferenceView viewOf(const DifferenceOptions& options);

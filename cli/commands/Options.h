@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -12,6 +13,14 @@ struct CommonOptions {
   std::vector<std::string> words;  ///< of the whole command line
   Verbosity verbosity = Verbosity::Normal;
   ColorChoice color = ColorChoice::Auto;
+};
+
+/// How much of each difference to show.
+struct DifferenceOptions {
+  std::size_t maxHunks = 3;  ///< 0: all
+  std::size_t context = 2;   ///< lines around a change
+  std::size_t width = 0;     ///< of the output, in columns; 0: that of the terminal
+  bool hidesMasks = false;
 };
 
 /// Two files to compare.

@@ -60,5 +60,8 @@ void addFormat(CLI::App& verb, std::string& format);
 /// Adds the arguments MASTER and ACTUAL.
 void addPair(CLI::App& verb, PairOptions& pair);
 
+/// Adds options that say how to show differences.
+void addDifferences(CLI::App& verb, DifferenceOptions& differences);
+
 /// Adds options that say where the layout-data schema is.
 void addLayoutData(CLI::App& verb, LayoutDataOptions& layoutData);

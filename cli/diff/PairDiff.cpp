@@ -128,20 +128,35 @@ Difference differenceOfKind(const DiffKind& kind, DiffRequest request) {
   return difference;
 }
 
-}  // namespace
+/// Whether there is a difference of two files, or of a file from what it should be.
+bool isAboutFiles(Verdict verdict) {
+  return verdict == Verdict::Differs || verdict == Verdict::Failed || verdict == Verdict::Missing;
+}
 
-Difference differenceOf(const OrvDiffFormat& format, const OrvDiffFileEngine& engine,
-                        const PairRecord& record, const DiffOptions& options) {
-  const DiffRequest request = {format, engine, record, {}, {}, options};
+Difference differenceOfRequest(const DiffRequest& request) {
   for (const DiffKind& kind : kKinds) {
-    if (!kind.appliesTo(request)) {
-      continue;
-    }
-    try {
+    if (kind.appliesTo(request)) {
       return differenceOfKind(kind, request);
-    } catch (const std::exception& error) {
-      return onlyNote(std::string("how they differ could not be found out: ") + error.what());
     }
   }
   return {};
+}
+
+}  // namespace
+
+std::optional<Difference> differenceOf(const OrvDiffFormat& format, const OrvDiffFileEngine& engine,
+                                       const PairRecord& record, const DiffOptions& options) {
+  if (!isAboutFiles(record.verdict)) {
+    return std::nullopt;
+  }
+  Difference difference;
+  try {
+    difference = differenceOfRequest({format, engine, record, {}, {}, options});
+  } catch (const std::exception& error) {
+    difference = onlyNote(std::string("how they differ could not be found out: ") + error.what());
+  }
+  if (difference.notes.empty() && difference.hunks.empty()) {
+    return std::nullopt;
+  }
+  return difference;
 }

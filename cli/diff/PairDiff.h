@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
 #include "cli/record/Difference.h"
@@ -28,10 +29,10 @@ struct DiffRequest {
   const OrvPatternList* patterns() const { return engine.getCleansingPatterns(); }
 };
 
-/// How the files of a pair that did not pass differ. `engine` is the one that compared them. Reads
-/// both files; one that cannot be read any more is a note. A difference without notes and hunks has
-/// nothing to say beyond the record.
+/// How the files of a pair differ; nothing if that is no question of its verdict, or if there is
+/// nothing to say beyond the record. `engine` is the one that compared them. Reads both files; one
+/// that cannot be read any more is a note.
 ///
 /// For the one verifying thread. Time and memory are bounded for any content.
-Difference differenceOf(const OrvDiffFormat& format, const OrvDiffFileEngine& engine,
-                        const PairRecord& record, const DiffOptions& options);
+std::optional<Difference> differenceOf(const OrvDiffFormat& format, const OrvDiffFileEngine& engine,
+                                       const PairRecord& record, const DiffOptions& options);

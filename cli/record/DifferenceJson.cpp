@@ -38,6 +38,9 @@ ordered_json lineJson(const DiffLine& line) {
   if (line.isCutAfter) {
     json["cutAfter"] = true;
   }
+  if (line.omitted != 0) {
+    json["omitted"] = line.omitted;
+  }
   ordered_json& spans = json["spans"] = ordered_json::array();
   for (const DiffSpan& span : line.spans) {
     ordered_json& last = spans.emplace_back();
@@ -57,6 +60,7 @@ DiffLine lineFrom(const ordered_json& json) {
   line.outputLine = json.value("outputLine", std::uint64_t{0});
   line.isCutBefore = json.value("cutBefore", false);
   line.isCutAfter = json.value("cutAfter", false);
+  line.omitted = json.value("omitted", std::uint64_t{0});
   for (const ordered_json& span : json.at("spans")) {
     line.spans.push_back({kindFrom<DiffSpan::Kind>(kSpanKinds, span.at("kind").get<std::string>()),
                           textFromJson(span.at("text")), span.value("rule", "")});

@@ -45,18 +45,6 @@ double inMicroseconds(double seconds) {
   return std::round(seconds * kPerSecond) / kPerSecond;
 }
 
-ordered_json excerptJson(const Excerpt& excerpt) {
-  return {{"before", excerpt.before},
-          {"first", excerpt.first},
-          {"rest", excerpt.rest},
-          {"columns", excerpt.columns}};
-}
-
-Excerpt excerptFrom(const ordered_json& json) {
-  return {json.at("before").get<std::string>(), json.at("columns").get<std::size_t>(),
-          json.at("first").get<std::string>(), json.at("rest").get<std::string>()};
-}
-
 std::string textFrom(const ordered_json& json, const char* member) {
   return json.contains(member) ? textFromJson(json.at(member)) : std::string();
 }
@@ -88,10 +76,6 @@ std::string toJsonLine(const PairRecord& record) {
   if (record.at) {
     json["at"] = {
         {"byte", record.at->byte}, {"line", record.at->line}, {"column", record.at->column}};
-  }
-  if (record.masterExcerpt && record.outputExcerpt) {
-    json["masterExcerpt"] = excerptJson(*record.masterExcerpt);
-    json["outputExcerpt"] = excerptJson(*record.outputExcerpt);
   }
   json["seconds"] = inMicroseconds(record.seconds);
   json["cpuSeconds"] = inMicroseconds(record.cpuSeconds);
@@ -126,10 +110,6 @@ PairRecord pairFromJsonLine(std::string_view line) {
     record.at =
         DifferencePlace{at.at("byte").get<std::uint64_t>(), at.at("line").get<std::uint64_t>(),
                         at.at("column").get<std::uint64_t>()};
-  }
-  if (json.contains("masterExcerpt")) {
-    record.masterExcerpt = excerptFrom(json.at("masterExcerpt"));
-    record.outputExcerpt = excerptFrom(json.at("outputExcerpt"));
   }
   record.seconds = json.value("seconds", 0.0);
   record.cpuSeconds = json.value("cpuSeconds", 0.0);

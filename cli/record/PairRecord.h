@@ -7,7 +7,6 @@
 
 #include "cli/record/Difference.h"
 #include "cli/record/Verdict.h"
-#include "cli/terminal/Excerpt.h"
 
 /// What a record says of one of the two files of a pair.
 struct FileFacts {
@@ -37,8 +36,6 @@ struct PairRecord {
   Verdict verdict = Verdict::NotRun;
   std::string message;  ///< what a person should know: why the pair did not pass, as a rule
   std::optional<DifferencePlace> at;
-  std::optional<Excerpt> masterExcerpt;  ///< the texts around the difference; both or none
-  std::optional<Excerpt> outputExcerpt;
   double seconds = 0;
   double cpuSeconds = 0;  ///< of the comparison and everything it started
   FileFacts masterFile;

@@ -12,7 +12,6 @@
 /// How a person wants to see differences.
 struct DifferenceView {
   std::size_t maxHunks = 3;  ///< of a pair; 0: all that there are
-  std::size_t context = 2;   ///< lines around a change
   std::size_t width = 0;     ///< in columns; 0: that of the terminal, or 100
   bool showsMasks = true;
 };

@@ -33,16 +33,20 @@ void printForeign(std::string_view text) {
   }
 }
 
-ResultPrinter::ResultPrinter(Verbosity verbosity, const Palette& palette)
-    : m_verbosity(verbosity), m_palette(palette) {}
+ResultPrinter::ResultPrinter(Verbosity verbosity, const Palette& palette,
+                             const DifferenceView& view)
+    : m_verbosity(verbosity), m_palette(palette), m_differences(view, palette) {}
 
 void ResultPrinter::print(const PairRecord& pair) const {
   if (!isWorthALine(pair)) {
     return;
   }
   printVerdict(pair);
-  if (pair.at) {
-    printDifference(pair);
+  if (pair.difference) {
+    m_differences.print(*pair.difference, std::cout);
+  } else if (pair.at) {
+    std::cout << kIndent << "at " << pair.at->line << ':' << pair.at->column
+              << " in the normalised text\n";
   }
   printForeign(pair.printed);
 }
@@ -76,20 +80,4 @@ void ResultPrinter::printVerdict(const PairRecord& pair) const {
   if (!pair.message.empty()) {
     std::cout << kIndent << printable(pair.message) << '\n';
   }
-}
-
-void ResultPrinter::printDifference(const PairRecord& pair) const {
-  std::cout << kIndent << "at " << pair.at->line << ':' << pair.at->column
-            << " in the normalised text\n";
-  if (pair.masterExcerpt && pair.outputExcerpt) {
-    const Excerpt& master = *pair.masterExcerpt;
-    printSide("master: ", master);
-    printSide("actual: ", *pair.outputExcerpt);
-    printSide("        ", {std::string(master.columns, ' '), master.columns, "^", ""});
-  }
-}
-
-void ResultPrinter::printSide(std::string_view side, const Excerpt& excerpt) const {
-  std::cout << kIndent << side << excerpt.before << m_palette.paint(Color::Red, excerpt.first)
-            << excerpt.rest << '\n';
 }

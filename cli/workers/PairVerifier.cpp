@@ -149,6 +149,10 @@ void PairVerifier::compare(const Format& format, const OrvFilePair& pair, PairRe
     record.cpuSeconds = processorSeconds(hasScript) - processorStart;
     notes->addTo(record);
   }
+  if (m_settings.differences) {
+    record.difference = differenceOf(*format.selected->format, *format.selected->engine, record,
+                                     *m_settings.differences);
+  }
 }
 
 /// `known` with what came of the comparison.

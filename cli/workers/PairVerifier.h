@@ -2,10 +2,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
 
+#include "cli/diff/PairDiff.h"
 #include "cli/record/PairResult.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/PairOwners.h"
@@ -29,6 +31,7 @@ class PairVerifier {
     Verbosity verbosity = Verbosity::Normal;
     bool keepFacts =
         false;  ///< sizes, hashes, processor time and rules too, as a record wants them
+    std::optional<DiffOptions> differences;  ///< how pairs differ, too; none: only whether
     /// Keys of the pairs to compare; null: all.
     const std::unordered_set<std::string>* onlyPairs = nullptr;
   };
