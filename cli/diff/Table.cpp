@@ -99,16 +99,16 @@ bool Table::splitRows() {
   m_isWhole = true;
   std::uint32_t line = 1;
   for (std::size_t begin = 0; begin < m_text.size();) {
-    if (m_rows.size() == kMostRows) {
-      m_isWhole = false;
-      break;
-    }
     std::size_t end = endOfCell(begin, m_text.size());
     while (end < m_text.size() && m_text[end] == m_separator) {
       end = endOfCell(end + 1, m_text.size());
     }
     if (end == std::string_view::npos) {
       return false;
+    }
+    if (m_rows.size() == kMostRows || end - begin > kLongestRow) {
+      m_isWhole = false;
+      break;
     }
     m_rows.push_back({begin, static_cast<std::uint32_t>(end - begin), line});
     const std::string_view row = m_text.substr(begin, end - begin);

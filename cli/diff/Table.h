@@ -14,11 +14,12 @@
 class Table {
  public:
   static constexpr std::size_t kMostRows = 4'000'000;
+  static constexpr std::size_t kLongestRow = std::size_t{8} << 20;  ///< in bytes
 
   /// Finds out the separator from the first rows. `text` must outlive the table.
   explicit Table(std::string_view text);
 
-  /// False when there are more rows than `kMostRows`; they are missing.
+  /// False when there are more rows, or longer ones, than a table may have; it ends before them.
   bool isWhole() const { return m_isWhole; }
   bool hasOpenQuote() const { return !m_quotesCount; }
   char separator() const { return m_separator; }

@@ -1,11 +1,7 @@
 #include "cli/diff/TableDiff.h"
 
 #include <algorithm>
-#include <optional>
-#include <set>
 #include <string>
-#include <tuple>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -35,7 +31,7 @@ class TableComparison {
   void addMove(const RowPair& move, bool isOneOfMany);
   void addCell(const std::string& place, const DiffValue* master, const DiffValue* output);
   void addBlock(const Table& table, std::uint32_t begin, std::uint32_t end, bool isMaster);
-  std::string columnName(const ColumnPair& column) const;
+  std::string columnName(const ColumnPair& column, std::uint32_t row) const;
 
   DifferenceBuilder& m_builder;
   Table m_master;
@@ -59,8 +55,8 @@ std::string placeOf(const RowPair& pair) {
 
 void TableComparison::run() {
   if (!m_master.isWhole() || !m_output.isWhole()) {
-    m_builder.note("more than " + withThousands(Table::kMostRows) +
-                   " rows; compared as text, not as a table");
+    m_builder.note("more than " + withThousands(Table::kMostRows) + " rows, or a row longer than " +
+                   withThousands(Table::kLongestRow) + " bytes; compared as text");
     m_builder.setCoarse();
     return;
   }
@@ -158,8 +154,9 @@ void TableComparison::addRows(const RowAlignment& rows) {
   }
 }
 
-std::string TableComparison::columnName(const ColumnPair& column) const {
-  return m_columns.hasHeader && column.master < m_columns.masterNames.size()
+/// The header's name, except in the header itself.
+std::string TableComparison::columnName(const ColumnPair& column, std::uint32_t row) const {
+  return m_columns.hasHeader && row > 0 && column.master < m_columns.masterNames.size()
              ? m_columns.masterNames[column.master]
              : "column " + std::to_string(column.master + 1);
 }
@@ -174,8 +171,9 @@ void TableComparison::addPair(const RowPair& pair) {
         (inMaster && inOutput && master[column.master] == output[column.output])) {
       continue;
     }
-    const std::string place =
-        m_builder.keepsNext() ? placeOf(pair) + ", " + columnName(column) : std::string();
+    const std::string place = m_builder.keepsNext()
+                                  ? placeOf(pair) + ", " + columnName(column, pair.master)
+                                  : std::string();
     DiffValue removed;
     DiffValue added;
     if (inMaster) {

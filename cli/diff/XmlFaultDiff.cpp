@@ -50,6 +50,15 @@ Fault readBlock(std::string_view printed) {
   return fault;
 }
 
+/// Notes what was printed before the block: which schema cannot be used.
+void notePreface(DifferenceBuilder& builder, std::string_view printed) {
+  while (!printed.empty() && printed.substr(0, 3) != "+++") {
+    const std::size_t end = std::min(printed.find('\n'), printed.size());
+    builder.note(std::string(printed.substr(0, end)));
+    printed.remove_prefix(std::min(end + 1, printed.size()));
+  }
+}
+
 /// The start of the UTF-8 character after the one at `at`.
 std::size_t nextCharacter(std::string_view text, std::size_t at) {
   ++at;
@@ -142,6 +151,7 @@ void addLines(DiffHunk& hunk, std::string_view document, const Fault& fault, std
 
 Difference xmlFaultDifference(const DiffRequest& request) {
   DifferenceBuilder builder("xml", request);
+  notePreface(builder, request.record.printed);
   const Fault fault = readBlock(request.record.printed);
   if (fault.message.empty()) {
     builder.note("the document could not be parsed, and the parser did not say why");
