@@ -68,23 +68,56 @@ DiffLine addedLine(const DiffValue& value, std::size_t begin, std::size_t end) {
   return line;
 }
 
-std::size_t commonPrefix(std::string_view a, std::string_view b) {
-  const auto most = static_cast<std::ptrdiff_t>(std::min(a.size(), b.size()));
-  const auto* const differs = std::mismatch(a.begin(), a.begin() + most, b.begin()).first;
-  return characterStart(a, static_cast<std::size_t>(differs - a.begin()));
+/// Whether a byte is part of a word or a number, which are marked as a whole.
+bool isWordByte(char c) {
+  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
+         c == '.' || static_cast<unsigned char>(c) >= 0x80;
 }
 
-/// The length of what `a` and `b` end in alike, without what they start with alike.
+/// The length of what `a` and `b` start with alike, up to the end of a word.
+std::size_t commonPrefix(std::string_view a, std::string_view b) {
+  const std::size_t most = std::min(a.size(), b.size());
+  const auto* const differs = std::mismatch(a.data(), a.data() + most, b.data()).first;
+  auto length = static_cast<std::size_t>(differs - a.data());
+  const auto cutsWord = [&length](std::string_view text) {
+    return length < text.size() && isWordByte(text[length]);
+  };
+  if (cutsWord(a) || cutsWord(b)) {
+    while (length > 0 && isWordByte(a[length - 1])) {
+      --length;
+    }
+  }
+  return length;
+}
+
+/// The length of what they end in alike, from the start of a word, after the first `prefix` bytes.
 std::size_t commonSuffix(std::string_view a, std::string_view b, std::size_t prefix) {
   const std::size_t most = std::min(a.size(), b.size()) - prefix;
   std::size_t length = 0;
   while (length < most && a[a.size() - length - 1] == b[b.size() - length - 1]) {
     ++length;
   }
-  while (length > 0 && isContinuation(a[a.size() - length])) {
-    --length;
+  const auto cutsWord = [&](std::string_view text) {
+    return text.size() - length > prefix && isWordByte(text[text.size() - length - 1]);
+  };
+  if (cutsWord(a) || cutsWord(b)) {
+    while (length > 0 && isWordByte(a[a.size() - length])) {
+      --length;
+    }
   }
   return length;
+}
+
+std::size_t bytesIn(const DiffHunk& hunk) {
+  constexpr std::size_t kPerLine = 64;  // about what a record needs besides the text
+  std::size_t bytes = hunk.place.size();
+  for (const DiffLine& line : hunk.lines) {
+    bytes += kPerLine;
+    for (const DiffSpan& span : line.spans) {
+      bytes += kPerLine + span.text.size() + span.rule.size();
+    }
+  }
+  return bytes;
 }
 
 }  // namespace
@@ -98,14 +131,18 @@ std::string withThousands(std::uint64_t number) {
   return digits;
 }
 
-DifferenceBuilder::DifferenceBuilder(std::string kind, std::string_view format,
-                                     std::size_t maxHunks)
-    : m_format(format), m_maxHunks(maxHunks) {
+std::string counted(std::uint64_t number, const std::string& thing) {
+  return withThousands(number) + ' ' + thing + (number == 1 ? "" : "s");
+}
+
+DifferenceBuilder::DifferenceBuilder(std::string kind, const DiffRequest& request)
+    : m_format(request.format.name), m_options(request.options) {
   m_difference.kind = std::move(kind);
 }
 
 bool DifferenceBuilder::keepsNext() const {
-  return m_maxHunks == 0 || m_difference.hunks.size() < m_maxHunks;
+  return (m_options.maxHunks == 0 || m_difference.hunks.size() < m_options.maxHunks) &&
+         (m_options.maxBytes == 0 || m_keptBytes < m_options.maxBytes);
 }
 
 void DifferenceBuilder::add(DiffHunk hunk, std::string_view removed, std::string_view added) {
@@ -117,7 +154,7 @@ void DifferenceBuilder::add(DiffHunk hunk, std::string_view removed, std::string
 
 void DifferenceBuilder::add(DiffHunk hunk, std::string_view removed, std::string_view added,
                             std::string_view key) {
-  std::string hashed = m_format;
+  std::string hashed(m_format);
   hashed += '\0';
   hashed += key;
   hunk.group = contentHash(hashed).substr(0, kDigitsOfGroup);
@@ -133,6 +170,7 @@ void DifferenceBuilder::add(DiffHunk hunk, std::string_view removed, std::string
   }
   ++m_difference.hunkCount;
   if (keepsNext()) {
+    m_keptBytes += bytesIn(hunk);
     m_difference.hunks.push_back(std::move(hunk));
   }
 }

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "cli/diff/PairDiff.h"
 #include "cli/record/Difference.h"
 
 /// A value that differs, and the line of its file that it starts in (0: not known).
@@ -17,12 +18,15 @@ struct DiffValue {
 /// A number as people read it: "12,345,678".
 std::string withThousands(std::uint64_t number);
 
+/// "1 byte", "2,000 bytes"; `thing` is the word for one.
+std::string counted(std::uint64_t number, const std::string& thing);
+
 /// Puts together how two files differ: keeps the first hunks, counts all of them, and counts equal
 /// changes together.
 class DifferenceBuilder {
  public:
-  /// `format` tells apart changes of different formats; `maxHunks` are kept, all if it is 0.
-  DifferenceBuilder(std::string kind, std::string_view format, std::size_t maxHunks);
+  /// `request`, whose format tells its changes apart from those of others, says how much to keep.
+  DifferenceBuilder(std::string kind, const DiffRequest& request);
 
   void note(std::string sentence) { m_difference.notes.push_back(std::move(sentence)); }
   void setCoarse() { m_difference.isCoarse = true; }
@@ -46,8 +50,9 @@ class DifferenceBuilder {
   Difference take() { return std::move(m_difference); }
 
  private:
-  std::string m_format;
-  std::size_t m_maxHunks;
+  std::string_view m_format;
+  DiffOptions m_options;
+  std::size_t m_keptBytes = 0;
   Difference m_difference;
   std::unordered_map<std::string, std::size_t> m_changes;  ///< by group
 };

@@ -42,7 +42,7 @@ class TextDifference {
       : m_a(a),
         m_b(b),
         m_options(request.options),
-        m_builder("text", request.format.name, request.options.maxHunks) {}
+        m_builder("text", request) {}
 
   Difference take(const TextEdits& edits) {
     TextHunks hunks(m_a, m_b, edits.edits, m_options.context);

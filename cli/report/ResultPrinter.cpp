@@ -42,13 +42,18 @@ void ResultPrinter::print(const PairRecord& pair) const {
     return;
   }
   printVerdict(pair);
-  if (pair.difference) {
+  const bool isVerbose = m_verbosity == Verbosity::Verbose;
+  const std::string kind = pair.difference ? pair.difference->kind : "";
+  if (pair.difference && !(kind == "script" && isVerbose)) {
     m_differences.print(*pair.difference, std::cout);
   } else if (pair.at) {
     std::cout << kIndent << "at " << pair.at->line << ':' << pair.at->column
               << " in the normalised text\n";
   }
-  printForeign(pair.printed);
+  // These two kinds have been made of what was printed.
+  if ((kind != "script" && kind != "xml") || isVerbose) {
+    printForeign(pair.printed);
+  }
 }
 
 /// A pass is if somebody asks, or if an engine had something to say about it. What a whole format

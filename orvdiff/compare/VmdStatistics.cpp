@@ -12,9 +12,6 @@ constexpr std::string_view kPaging = "Paging Statistics";
 constexpr std::string_view kPageOuts = "Page Outs: ";
 constexpr std::string_view kReferencedObjects = "Total Objects with reference count > 0 : ";
 
-constexpr std::int32_t kVirtualObjectsAllowance = 20;
-constexpr std::int32_t kPageOutsAllowance = 2;
-
 bool startsWith(std::string_view line, std::string_view prefix) {
   return line.substr(0, prefix.size()) == prefix;
 }
@@ -80,10 +77,12 @@ bool isWithin(std::uint32_t master, std::uint32_t actual, std::int32_t allowance
 
 bool parseVmdStatistics(VmdStatistics& statistics, const char* text) {
   std::string_view rest(text != nullptr ? text : "");
+  statistics.malformedLine = 0;
   for (int number = 0; !rest.empty(); ++number) {
     const std::size_t end = rest.find('\n');
     const bool isWhole = end != std::string_view::npos;
     if (!parseLine(statistics, number, rest.substr(0, end), isWhole)) {
+      statistics.malformedLine = static_cast<std::size_t>(number) + 1;
       return false;
     }
     rest.remove_prefix(isWhole ? end + 1 : rest.size());
@@ -94,7 +93,7 @@ bool parseVmdStatistics(VmdStatistics& statistics, const char* text) {
 bool areWithinAllowances(const VmdStatistics& master, const VmdStatistics& actual) {
   return master.mappingMode == actual.mappingMode &&
          isWithin(master.virtualObjectsCumulative, actual.virtualObjectsCumulative,
-                  kVirtualObjectsAllowance) &&
-         isWithin(master.pageOuts, actual.pageOuts, kPageOutsAllowance) &&
+                  kVmdVirtualObjectsAllowance) &&
+         isWithin(master.pageOuts, actual.pageOuts, kVmdPageOutsAllowance) &&
          master.referencedObjects == actual.referencedObjects;
 }
