@@ -5,8 +5,8 @@
 
 namespace {
 
-// Lines of the two files need not start at the same bytes of the texts: rules remove line breaks.
-// Extending one file's stretch to a whole line may so ask for more of the other one's, and so on.
+// Where an edit adds or removes a line break, extending one file's stretch to a whole line may ask
+// for more of the other one's, and so on.
 constexpr int kMostExtensions = 8;
 
 constexpr std::size_t kMostChanges = 12;  // in one hunk: more do not fit a screen
@@ -49,6 +49,7 @@ ChangedLines TextHunks::nextChange() {
   lines.edits.push_back(placesOf(m_edits[m_nextEdit++]));
   lines.a = lines.edits.front().a;
   lines.b = lines.edits.front().b;
+  lines.hasLineBreaks = hasLineBreak(m_edits[m_nextEdit - 1]);
   extendBack(lines);
   extendForward(lines);
   while (m_nextEdit < m_edits.size()) {
@@ -56,6 +57,7 @@ ChangedLines TextHunks::nextChange() {
     if (next.a.begin >= lines.a.end && next.b.begin >= lines.b.end) {
       break;
     }
+    lines.hasLineBreaks = lines.hasLineBreaks || hasLineBreak(m_edits[m_nextEdit]);
     ++m_nextEdit;
     lines.edits.push_back(next);
     lines.a.end = next.a.end;
@@ -67,6 +69,14 @@ ChangedLines TextHunks::nextChange() {
   return lines;
 }
 
+bool TextHunks::hasLineBreak(const TextEdit& edit) const {
+  const auto contains = [](std::string_view text, std::size_t begin, std::size_t end) {
+    return text.substr(begin, end - begin).find('\n') != std::string_view::npos;
+  };
+  return contains(m_a.text(), edit.beginA, edit.endA) ||
+         contains(m_b.text(), edit.beginB, edit.endB);
+}
+
 EditPlaces TextHunks::placesOf(const TextEdit& edit) const {
   const auto places = [](const ComparedFile& file, std::size_t begin, std::size_t end) {
     const std::size_t place = file.placeOf(begin);
@@ -75,11 +85,21 @@ EditPlaces TextHunks::placesOf(const TextEdit& edit) const {
   return {places(m_a, edit.beginA, edit.endA), places(m_b, edit.beginB, edit.endB)};
 }
 
-/// Makes both stretches start at lines, with the same text before them. Where the line of one file
-/// is cut, the other one's is cut at the same text.
+/// Makes both stretches start at lines, with the same text before them. Lines of the two files need
+/// not start at the same text, because rules remove line breaks: then the nearer start counts, and
+/// the other file's line is cut there.
 void TextHunks::extendBack(ChangedLines& lines) const {
   std::size_t offsetA = m_a.offsetOf(lines.a.begin);
   std::size_t offsetB = m_b.offsetOf(lines.b.begin);
+  if (!lines.hasLineBreaks) {
+    const std::size_t startA = std::max(m_a.lineStart(lines.a.begin, true), m_doneA);
+    const std::size_t startB = std::max(m_b.lineStart(lines.b.begin, true), m_doneB);
+    const std::size_t byA = offsetA - std::min(offsetA, m_a.offsetOf(startA));
+    const std::size_t byB = offsetB - std::min(offsetB, m_b.offsetOf(startB));
+    lines.a.begin = byA <= byB ? startA : m_a.placeOf(offsetA - byB);
+    lines.b.begin = byB <= byA ? startB : m_b.placeOf(offsetB - byA);
+    return;
+  }
   for (int round = 0; round < kMostExtensions; ++round) {
     lines.a.begin = std::max(m_a.lineStart(lines.a.begin, true), m_doneA);
     const std::size_t byA = offsetA - std::min(offsetA, m_a.offsetOf(lines.a.begin));
@@ -114,6 +134,15 @@ void TextHunks::extendForward(ChangedLines& lines) const {
                               : placesOf(m_edits[m_nextEdit]);
   std::size_t offsetA = m_a.offsetOf(lines.a.end);
   std::size_t offsetB = m_b.offsetOf(lines.b.end);
+  if (!lines.hasLineBreaks) {
+    const std::size_t endA = m_a.lineEnd(lines.a.end, true);
+    const std::size_t endB = m_b.lineEnd(lines.b.end, true);
+    const std::size_t byA = m_a.offsetOf(endA) - std::min(offsetA, m_a.offsetOf(endA));
+    const std::size_t byB = m_b.offsetOf(endB) - std::min(offsetB, m_b.offsetOf(endB));
+    lines.a.end = byA <= byB ? endA : std::max(lines.a.end, m_a.endPlaceOf(offsetA + byB));
+    lines.b.end = byB <= byA ? endB : std::max(lines.b.end, m_b.endPlaceOf(offsetB + byA));
+    return;
+  }
   for (int round = 0; round < kMostExtensions; ++round) {
     lines.a.end = m_a.lineEnd(lines.a.end, true);
     const std::size_t byA = m_a.offsetOf(lines.a.end) - offsetA;
