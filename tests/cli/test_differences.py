@@ -73,11 +73,11 @@ class Hunks(SuiteTest):
             # Line breaks that only a rule removes are where they are in each file.
             ("html", '<p>a</p>\n<p id="k">1.5</p>\n<script>\n1\n</script><b>z</b>',
              '<p>a</p><p id="l">2.5</p><script>2\n</script>\n<b>z</b>', """\
-                1   - <p>a</p>
+                1 1   <p>a</p>
                 2   - <p\u27e8IdAttribute\u27e9>1.5</p>
                                       ^^^
-                  1 + <p>a</p><p\u27e8IdAttribute\u27e9>2.5</p>\u27e8ScriptElement\u27e9
-                                              ^^^
+                  1 + \u2026<p\u27e8IdAttribute\u27e9>2.5</p>\u27e8ScriptElement\u27e9
+                                       ^^^
                 3 3   \u27e8ScriptElement\u27e9<b>z</b>
                 """),
             ("xls", "x", "\n".join(map(str, range(1, 31))), "1    - x\n" +
