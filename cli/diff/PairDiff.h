@@ -12,9 +12,9 @@
 
 /// How much of a difference to keep. What is not kept is counted.
 struct DiffOptions {
-  std::size_t maxHunks = 3;          ///< 0: all
-  std::size_t maxBytes = 64 * 1024;  ///< of text in all hunks, roughly; 0: no limit
-  std::size_t context = 2;           ///< lines around a change
+  std::size_t maxHunks = 3;                       ///< 0: all
+  std::size_t maxBytes = std::size_t{64} * 1024;  ///< of text in all hunks, roughly; 0: no limit
+  std::size_t context = 2;                        ///< lines around a change
 };
 
 /// A pair to explain. Nothing of it is copied.
