@@ -282,7 +282,8 @@ void DifferencePrinter::printLine(const DiffLine& line, const Gutter& gutter,
   std::size_t begin = 0;
   do {
     const std::size_t end = endOfRow(cells, begin, width);
-    out << (begin == 0 ? start : blankStart);
+    const std::string& front = begin == 0 ? start : blankStart;
+    out << (cells.empty() ? front.substr(0, front.find_last_not_of(' ') + 1) : front);
     rows.write(cells, begin, end);
     if (!m_palette.isColored()) {
       rows.mark(cells, begin, end, blankStart);
