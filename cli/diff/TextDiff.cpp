@@ -39,10 +39,7 @@ class ChangedWords {
 class TextDifference {
  public:
   TextDifference(const DiffRequest& request, const ComparedFile& a, const ComparedFile& b)
-      : m_a(a),
-        m_b(b),
-        m_options(request.options),
-        m_builder("text", request) {}
+      : m_a(a), m_b(b), m_options(request.options), m_builder("text", request) {}
 
   Difference take(const TextEdits& edits) {
     if (edits.isCoarse) {
