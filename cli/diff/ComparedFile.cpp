@@ -9,8 +9,9 @@ namespace {
 // In bytes, masks aside: as far as one looks for the end of a line before cutting it.
 constexpr std::size_t kReach = 200;
 constexpr std::size_t kLeastBetweenWords = 60;
+constexpr std::size_t kPiece = 100;
 constexpr std::size_t kMaskWidth = 16;  // about what a mask takes on a screen
-constexpr std::size_t kBlockOfLines = 1 << 16;
+constexpr std::size_t kBlockOfLines = 4096;
 constexpr std::size_t kNowhere = std::string_view::npos;
 
 }  // namespace
@@ -117,9 +118,14 @@ std::size_t ComparedFile::lineStart(std::size_t place, bool mayStay) const {
 }
 
 std::size_t ComparedFile::lineEnd(std::size_t place, bool mayStay) const {
-  if (mayStay && startsLine(place)) {
-    return place;
-  }
+  return mayStay && startsLine(place) ? place : findLineEnd(place, mayStay, Cut::Nearest);
+}
+
+std::size_t ComparedFile::pieceEnd(std::size_t place) const {
+  return findLineEnd(place, false, Cut::AfterPiece);
+}
+
+std::size_t ComparedFile::findLineEnd(std::size_t place, bool mayStay, Cut where) const {
   std::size_t tag = kNowhere;
   std::size_t betweenWords = kNowhere;
   std::size_t passed = 0;
@@ -137,10 +143,13 @@ std::size_t ComparedFile::lineEnd(std::size_t place, bool mayStay) const {
     if (m_original[place] == '\n') {
       return place + 1;
     }
-    if ((mayStay || place > start) && tag == kNowhere && startsBlock(m_original, place)) {
+    const auto isWanted = [&](std::size_t cut) {
+      return where == Cut::Nearest ? cut == kNowhere : passed <= kPiece;
+    };
+    if ((mayStay || place > start) && isWanted(tag) && startsBlock(m_original, place)) {
       tag = place;
     }
-    if (betweenWords == kNowhere && passed >= kLeastBetweenWords && isCutBetweenWords(place)) {
+    if (isWanted(betweenWords) && passed >= kLeastBetweenWords && isCutBetweenWords(place)) {
       betweenWords = place;
     }
     if (passed >= kReach) {

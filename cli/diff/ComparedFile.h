@@ -40,6 +40,8 @@ class ComparedFile {
   std::size_t lineStart(std::size_t place, bool mayStay) const;
   /// The end of the shown line that holds `place`, or that ends there if it `mayStay`.
   std::size_t lineEnd(std::size_t place, bool mayStay) const;
+  /// The end of the shown line that starts at `place`; of a long line, as much as a screen is wide.
+  std::size_t pieceEnd(std::size_t place) const;
   /// Whether a line of the file starts here, not only what is left of one that was cut.
   bool startsLine(std::size_t place) const;
 
@@ -55,6 +57,9 @@ class ComparedFile {
   }
 
  private:
+  enum class Cut { Nearest, AfterPiece };
+
+  std::size_t findLineEnd(std::size_t place, bool mayStay, Cut where) const;
   const std::vector<Mask>& masks() const;
   bool endsLine(const Mask& mask) const;
   bool isCutBetweenWords(std::size_t place) const;

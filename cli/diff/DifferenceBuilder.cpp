@@ -11,7 +11,7 @@ constexpr std::size_t kMostChanges = 1000;       // distinct ones; a pair with m
 constexpr std::size_t kMostBytesOfChange = 200;  // what a group is named by
 constexpr std::size_t kMostBytesOfValue = 400;   // of what changed in one line of a hunk
 constexpr std::size_t kBytesAround = 60;         // of what did not change, on either side of it
-constexpr std::size_t kDigitsOfGroup = 12;
+constexpr std::size_t kDigitsOfGroup = 8;
 
 bool isContinuation(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
@@ -166,7 +166,6 @@ void DifferenceBuilder::add(DiffHunk hunk, std::string_view removed, std::string
     changes.push_back({hunk.group, shortened(removed), shortened(added), 1});
   } else {
     m_changes.erase(entry);
-    m_difference.isCoarse = true;
   }
   ++m_difference.hunkCount;
   if (keepsNext()) {

@@ -137,7 +137,7 @@ class LineMaker {
                                  (file.startsLine(whole.end) ? 0 : 1);
         break;
       }
-      const std::size_t end = std::min(file.lineEnd(begin, false), whole.end);
+      const std::size_t end = endOfPiece(file, begin, whole.end);
       DiffLine line = cutLine(file, {begin, end});
       line.kind = isA ? Kind::Removed : Kind::Added;
       (isA ? line.masterLine : line.outputLine) = file.lineNumber(begin);
@@ -145,6 +145,15 @@ class LineMaker {
       m_lines.push_back(std::move(line));
       begin = end;
     }
+  }
+
+  /// Leaves no crumbs of a line that is cut.
+  static std::size_t endOfPiece(const ComparedFile& file, std::size_t begin, std::size_t limit) {
+    constexpr std::size_t kCrumb = 60;
+    const std::size_t end = std::min(file.pieceEnd(begin), limit);
+    const bool leavesCrumb =
+        limit - end < kCrumb && !file.startsLine(end) && file.pieceEnd(end) >= limit;
+    return leavesCrumb ? limit : end;
   }
 
   static DiffLine cutLine(const ComparedFile& file, FileStretch stretch) {
@@ -168,7 +177,7 @@ class LineMaker {
   void addContextAfter(const ChangedLines& change, std::size_t limit, std::size_t most) {
     std::size_t begin = change.a.end;
     for (std::size_t count = 0; count < most && begin < limit; ++count) {
-      const std::size_t end = std::min(m_a.lineEnd(begin, false), limit);
+      const std::size_t end = std::min(m_a.pieceEnd(begin), limit);
       addContext({begin, end}, m_a.offsetOf(change.a.end), m_b.offsetOf(change.b.end));
       begin = end;
     }

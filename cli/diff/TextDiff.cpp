@@ -42,14 +42,13 @@ class TextDifference {
       : m_a(a), m_b(b), m_options(request.options), m_builder("text", request) {}
 
   Difference take(const TextEdits& edits) {
-    if (edits.isCoarse) {
-      m_builder.setCoarse();
-    }
     TextHunks hunks(m_a, m_b, edits.edits, m_options.context);
     while (const auto hunk = hunks.next()) {
       add(*hunk, edits.edits);
     }
-    return m_builder.take();
+    Difference difference = m_builder.take();
+    difference.isCoarse = edits.isCoarse;
+    return difference;
   }
 
  private:

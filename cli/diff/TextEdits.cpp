@@ -153,7 +153,7 @@ class WordComparison {
       ++trimmed.beginA;
       ++trimmed.beginB;
     }
-    if (isBlankText(textA(trimmed)) && isBlankText(textB(trimmed))) {
+    if ((isBlankText(textA(trimmed)) && isBlankText(textB(trimmed))) || isAddedAtBlank(trimmed)) {
       edit = trimmed;
       return;
     }
@@ -161,6 +161,13 @@ class WordComparison {
       --edit.endA;
       --edit.endB;
     }
+  }
+
+  /// Whether a side only has more than the other, apart from it by a blank.
+  bool isAddedAtBlank(const TextEdit& edit) const {
+    const std::string_view more = textA(edit).empty() ? textB(edit) : textA(edit);
+    return (textA(edit).empty() || textB(edit).empty()) && !more.empty() &&
+           (more.front() == ' ' || more.back() == ' ');
   }
 
   std::string_view m_a, m_b;

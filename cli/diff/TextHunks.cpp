@@ -5,9 +5,15 @@
 
 namespace {
 
-// Lines of the two files need not start at the same bytes of the texts: rules remove line breaks.
-// Extending one file's stretch to a whole line may so ask for more of the other one's, and so on.
+// Where an edit adds or removes a line break, extending one file's stretch to a whole line may ask
+// for more of the other one's, and so on.
 constexpr int kMostExtensions = 8;
+
+constexpr std::size_t kMostChanges = 12;  // in one hunk: more do not fit a screen
+
+bool endsLine(const ComparedFile& file, std::size_t place) {
+  return place == file.original().size() || file.startsLine(place);
+}
 
 }  // namespace
 
@@ -24,7 +30,7 @@ std::optional<TextHunk> TextHunks::next() {
   hunk.changes.push_back(m_pending ? std::move(*m_pending) : nextChange());
   m_pending.reset();
   hunk.endEdit = m_nextEdit;
-  while (m_nextEdit < m_edits.size()) {
+  while (m_nextEdit < m_edits.size() && hunk.changes.size() < kMostChanges) {
     m_pendingEdit = m_nextEdit;
     ChangedLines lines = nextChange();
     if (!isWithinContext(hunk.changes.back().a.end, lines.a.begin)) {
@@ -43,6 +49,7 @@ ChangedLines TextHunks::nextChange() {
   lines.edits.push_back(placesOf(m_edits[m_nextEdit++]));
   lines.a = lines.edits.front().a;
   lines.b = lines.edits.front().b;
+  lines.hasLineBreaks = hasLineBreak(m_edits[m_nextEdit - 1]);
   extendBack(lines);
   extendForward(lines);
   while (m_nextEdit < m_edits.size()) {
@@ -50,6 +57,7 @@ ChangedLines TextHunks::nextChange() {
     if (next.a.begin >= lines.a.end && next.b.begin >= lines.b.end) {
       break;
     }
+    lines.hasLineBreaks = lines.hasLineBreaks || hasLineBreak(m_edits[m_nextEdit]);
     ++m_nextEdit;
     lines.edits.push_back(next);
     lines.a.end = next.a.end;
@@ -61,6 +69,14 @@ ChangedLines TextHunks::nextChange() {
   return lines;
 }
 
+bool TextHunks::hasLineBreak(const TextEdit& edit) const {
+  const auto contains = [](std::string_view text, std::size_t begin, std::size_t end) {
+    return text.substr(begin, end - begin).find('\n') != std::string_view::npos;
+  };
+  return contains(m_a.text(), edit.beginA, edit.endA) ||
+         contains(m_b.text(), edit.beginB, edit.endB);
+}
+
 EditPlaces TextHunks::placesOf(const TextEdit& edit) const {
   const auto places = [](const ComparedFile& file, std::size_t begin, std::size_t end) {
     const std::size_t place = file.placeOf(begin);
@@ -69,10 +85,21 @@ EditPlaces TextHunks::placesOf(const TextEdit& edit) const {
   return {places(m_a, edit.beginA, edit.endA), places(m_b, edit.beginB, edit.endB)};
 }
 
-/// Makes both stretches start at lines, with the same text before them.
+/// Makes both stretches start at lines, with the same text before them. Lines of the two files need
+/// not start at the same text, because rules remove line breaks: then the nearer start counts, and
+/// the other file's line is cut there.
 void TextHunks::extendBack(ChangedLines& lines) const {
   std::size_t offsetA = m_a.offsetOf(lines.a.begin);
   std::size_t offsetB = m_b.offsetOf(lines.b.begin);
+  if (!lines.hasLineBreaks) {
+    const std::size_t startA = std::max(m_a.lineStart(lines.a.begin, true), m_doneA);
+    const std::size_t startB = std::max(m_b.lineStart(lines.b.begin, true), m_doneB);
+    const std::size_t byA = offsetA - std::min(offsetA, m_a.offsetOf(startA));
+    const std::size_t byB = offsetB - std::min(offsetB, m_b.offsetOf(startB));
+    lines.a.begin = byA <= byB ? startA : m_a.placeOf(offsetA - byB);
+    lines.b.begin = byB <= byA ? startB : m_b.placeOf(offsetB - byA);
+    return;
+  }
   for (int round = 0; round < kMostExtensions; ++round) {
     lines.a.begin = std::max(m_a.lineStart(lines.a.begin, true), m_doneA);
     const std::size_t byA = offsetA - std::min(offsetA, m_a.offsetOf(lines.a.begin));
@@ -80,6 +107,9 @@ void TextHunks::extendBack(ChangedLines& lines) const {
       offsetA -= byA;
       offsetB -= std::min(byA, offsetB);
       lines.b.begin = m_b.placeOf(offsetB);
+    }
+    if (!m_a.startsLine(lines.a.begin)) {
+      return;
     }
     lines.b.begin = std::max(m_b.lineStart(lines.b.begin, true), m_doneB);
     const std::size_t byB = offsetB - std::min(offsetB, m_b.offsetOf(lines.b.begin));
@@ -89,6 +119,9 @@ void TextHunks::extendBack(ChangedLines& lines) const {
     offsetB -= byB;
     offsetA -= std::min(byB, offsetA);
     lines.a.begin = m_a.placeOf(offsetA);
+    if (!m_b.startsLine(lines.b.begin)) {
+      return;
+    }
   }
 }
 
@@ -101,35 +134,45 @@ void TextHunks::extendForward(ChangedLines& lines) const {
                               : placesOf(m_edits[m_nextEdit]);
   std::size_t offsetA = m_a.offsetOf(lines.a.end);
   std::size_t offsetB = m_b.offsetOf(lines.b.end);
+  if (!lines.hasLineBreaks) {
+    const std::size_t endA = m_a.lineEnd(lines.a.end, true);
+    const std::size_t endB = m_b.lineEnd(lines.b.end, true);
+    const std::size_t byA = m_a.offsetOf(endA) - std::min(offsetA, m_a.offsetOf(endA));
+    const std::size_t byB = m_b.offsetOf(endB) - std::min(offsetB, m_b.offsetOf(endB));
+    lines.a.end = byA <= byB ? endA : std::max(lines.a.end, m_a.endPlaceOf(offsetA + byB));
+    lines.b.end = byB <= byA ? endB : std::max(lines.b.end, m_b.endPlaceOf(offsetB + byA));
+    return;
+  }
   for (int round = 0; round < kMostExtensions; ++round) {
     lines.a.end = m_a.lineEnd(lines.a.end, true);
-    if (lines.a.end > next.a.begin) {
+    const std::size_t byA = m_a.offsetOf(lines.a.end) - offsetA;
+    if (byA > 0) {
+      offsetA += byA;
+      offsetB += byA;
+      lines.b.end = std::max(lines.b.end, m_b.endPlaceOf(std::min(offsetB, m_b.text().size())));
+    }
+    if (lines.a.end > next.a.begin || !endsLine(m_a, lines.a.end)) {
       return;
     }
-    const std::size_t byA =
-        m_a.offsetOf(lines.a.end) - std::min(offsetA, m_a.offsetOf(lines.a.end));
-    offsetA += byA;
-    offsetB += byA;
-    lines.b.end = std::max(lines.b.end, byA > 0 ? m_b.endPlaceOf(offsetB) : lines.b.end);
     lines.b.end = m_b.lineEnd(lines.b.end, true);
-    if (lines.b.end > next.b.begin) {
-      return;
-    }
     const std::size_t byB =
         m_b.offsetOf(lines.b.end) - std::min(offsetB, m_b.offsetOf(lines.b.end));
-    if (byB == 0) {
+    if (lines.b.end > next.b.begin || byB == 0) {
       return;
     }
     offsetB += byB;
     offsetA += byB;
-    lines.a.end = std::max(lines.a.end, m_a.endPlaceOf(offsetA));
+    lines.a.end = std::max(lines.a.end, m_a.endPlaceOf(std::min(offsetA, m_a.text().size())));
+    if (!endsLine(m_b, lines.b.end)) {
+      return;
+    }
   }
 }
 
 /// Whether no more lines of `a` lie between two places than are shown around changes anyway.
 bool TextHunks::isWithinContext(std::size_t begin, std::size_t end) const {
   for (std::size_t line = 0; line < 2 * m_context && begin < end; ++line) {
-    begin = m_a.lineEnd(begin, false);
+    begin = m_a.pieceEnd(begin);
   }
   return begin >= end;
 }

@@ -25,6 +25,7 @@ struct EditPlaces {
 struct ChangedLines {
   FileStretch a, b;
   std::vector<EditPlaces> edits;
+  bool hasLineBreaks = false;  ///< an edit adds or removes one
 };
 
 /// Changed lines that are shown together, because only their context lies between them.
@@ -46,6 +47,7 @@ class TextHunks {
 
  private:
   ChangedLines nextChange();
+  bool hasLineBreak(const TextEdit& edit) const;
   EditPlaces placesOf(const TextEdit& edit) const;
   void extendBack(ChangedLines& lines) const;
   void extendForward(ChangedLines& lines) const;

@@ -212,7 +212,7 @@ void DifferencePrinter::printHunk(const DiffHunk& hunk, std::ostream& out) const
       DiffLine rest;
       rest.kind = line.kind;
       out << m_indent << gutter.of(rest)
-          << m_palette.paint(Color::Dim, kCut + countOf(line.omitted, "more line")) << '\n';
+          << m_palette.paint(Color::Dim, kCut + (' ' + countOf(line.omitted, "more line"))) << '\n';
     }
   }
 }
