@@ -51,7 +51,7 @@ DiffLine rowAt(DiffLine::Kind kind, std::string_view bytes, std::size_t offset,
     const auto byte = static_cast<unsigned char>(bytes[i]);
     append(line, i > changed.begin && i < changed.end && i > offset, " ");
     append(line, i >= changed.begin && i < changed.end, hex(byte, 2));
-    printable += byte >= 0x20 && byte < 0x7F ? bytes[i] : '.';
+    printable += byte >= 0x20 && byte < 0x7F && byte != '\\' ? bytes[i] : '.';
   }
   append(line, false, "  |" + printable + '|');
   return line;

@@ -46,14 +46,14 @@ Difference missingDifference(const DiffRequest& request) {
     builder.note("the folder has too many names to look at all of them");
   }
   DiffHunk hunk;
-  hunk.place = folder.empty() ? "in the working folder" : "in " + folder;
+  const std::string where = folder.empty() ? "the working folder" : folder;
+  hunk.place = nearest.names.empty()       ? "nothing in " + where + " has a name like it"
+               : nearest.differsOnlyInCase ? "differs only in case from a name in " + where
+                                           : "the nearest names in " + where;
   hunk.lines = {lineOf(DiffLine::Kind::Removed, name)};
   for (const std::string& other : nearest.names) {
     hunk.lines.push_back(lineOf(DiffLine::Kind::Context, other));
   }
-  builder.note(nearest.names.empty()       ? "no name in that folder is like it"
-               : nearest.differsOnlyInCase ? "a name there differs only in upper and lower case"
-                                           : "the nearest names there are shown below it");
   const std::string wholeFolder = std::filesystem::path(file).parent_path().string();
   builder.add(std::move(hunk), "files in " + wholeFolder, {}, wholeFolder);
   return builder.take();

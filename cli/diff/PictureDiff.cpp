@@ -135,7 +135,7 @@ std::string colorOf(const std::array<std::uint16_t, kSamples>& pixel) {
 
 DiffHunk PixelDifferences::hunk() const {
   const std::string at =
-      " at " + std::to_string(m_firstColumn) + ',' + std::to_string(m_top) + ", the first pixel";
+      " at " + std::to_string(m_firstColumn) + ',' + std::to_string(m_top) + ", the first of them";
   DiffHunk hunk;
   hunk.place = extent() + " pixels at " + std::to_string(m_left) + ',' + std::to_string(m_top);
   const auto line = [&at](DiffLine::Kind kind, const auto& pixel) {

@@ -43,8 +43,8 @@ void addNumber(DifferenceBuilder& builder, const std::string& name, std::uint32_
   builder.addChange(change + verdict, {std::to_string(master)}, {std::to_string(output)});
 }
 
-void addStatistics(DifferenceBuilder& builder, const VmdStatistics& master,
-                   const VmdStatistics& output) {
+void addStatistics(DifferenceBuilder& builder, const OrvVmdStatistics& master,
+                   const OrvVmdStatistics& output) {
   if (master.mappingMode != output.mappingMode) {
     builder.addChange("mapping mode", {master.mappingMode}, {output.mappingMode});
   }
@@ -69,11 +69,11 @@ Difference vmdDifference(const DiffRequest& request) {
   DifferenceBuilder builder("vmd", request);
   const std::string master(request.master);
   const std::string output(request.output);
-  VmdStatistics masterStatistics;
-  VmdStatistics outputStatistics;
-  if (!parseVmdStatistics(masterStatistics, master.c_str())) {
+  OrvVmdStatistics masterStatistics;
+  OrvVmdStatistics outputStatistics;
+  if (!masterStatistics.parse(master.c_str())) {
     addMalformedLine(builder, master, output, "master", masterStatistics.malformedLine);
-  } else if (!parseVmdStatistics(outputStatistics, output.c_str())) {
+  } else if (!outputStatistics.parse(output.c_str())) {
     addMalformedLine(builder, master, output, "output", outputStatistics.malformedLine);
   } else {
     addStatistics(builder, masterStatistics, outputStatistics);

@@ -171,8 +171,8 @@ TEST(Kinds, Pictures) {
   expectAll({
       {"html-png", base, png(3, 2, {"aab", "acc"}),
        "(3 of 6 pixels differ (50%), by up to 2 of 255, 1.667 on average) "
-       "[2 x 2 pixels at 1,0] -{#616161} at 2,0, the first pixel +{#626262} at 2,0, the first "
-       "pixel "},
+       "[2 x 2 pixels at 1,0] -{#616161} at 2,0, the first of them +{#626262} at 2,0, the first of "
+       "them "},
       {"html-png", base, png(3, 2, {"aaa", "aaa"}, chunk("tEXtTitle")),
        "(same pixels, other bytes) ("},
       {"html-png", base, png(4, 2, {"aaaa", "aaaa"}),
@@ -222,15 +222,16 @@ TEST(Kinds, WhatIsKnownWithoutComparing) {
   for (const char* const name : {"out/Sales_1.csv", "out/revenue.CSV", "out/Sales_3.csv"}) {
     TestFolder::write(name, "");
   }
-  EXPECT_EQ(describe("csv", "", "out/Sales_2.csv", Verdict::Missing),
-            "(the nearest names there are shown below it) [in out] -{Sales_2.csv} Sales_1.csv "
-            "Sales_3.csv ");
-  EXPECT_EQ(describe("csv", "", "out/Revenue.csv", Verdict::Missing),
-            "(a name there differs only in upper and lower case) [in out] -{Revenue.csv} "
-            "revenue.CSV ");
-  EXPECT_EQ(describe("csv", "", "ouT/x/Revenue.csv", Verdict::Missing),
-            "(the folder ouT does not exist) (a name there differs only in upper and lower case) "
-            "[in the working folder] -{ouT} out ");
+  const std::pair<const char*, const char*> kMissing[] = {
+      {"out/Sales_2.csv", "[the nearest names in out] -{Sales_2.csv} Sales_1.csv Sales_3.csv "},
+      {"out/Revenue.csv", "[differs only in case from a name in out] -{Revenue.csv} revenue.CSV "},
+      {"ouT/x/Revenue.csv",
+       "(the folder ouT does not exist) [differs only in case from a name in the working folder] "
+       "-{ouT} out "},
+      {"out/x.html", "[nothing in out has a name like it] -{x.html} "}};
+  for (const auto& [name, expected] : kMissing) {
+    EXPECT_EQ(describe("csv", "", name, Verdict::Missing), expected);
+  }
 }
 
 /// Damage must end in a sentence; with sanitizers, this is where it would show.
