@@ -18,11 +18,13 @@ MIB = 1 << 20
 FULL = {"pages": 1500, "large_text": 64 * MIB, "small_files": 10_000, "numbers": 2_000_000,
         "documents": 500, "large_document": 12_000_000, "reports": (1_000, 10_000, 50_000),
         "checked_file": 256 * MIB, "growth": 500_000, "script_pairs": 40,
-        "night": {"pages": 3_000, "images": 200, "tables": 50}}
+        "night": {"pages": 3_000, "images": 200, "tables": 50},
+        "differing": {"lines": 64 * MIB, "unrelated": 10 * MIB, "words": 170_000}}
 QUICK = {"pages": 8, "large_text": MIB // 4, "small_files": 20, "numbers": 2_000,
          "documents": 5, "large_document": 100_000, "reports": (20, 40, 60),
          "checked_file": MIB, "growth": 1_000, "script_pairs": 1,
-         "night": {"pages": 30, "images": 4, "tables": 4}}
+         "night": {"pages": 30, "images": 4, "tables": 4},
+         "differing": {"lines": MIB // 4, "unrelated": MIB // 8, "words": 2_000}}
 
 
 class Suite:
@@ -236,6 +238,20 @@ class Inputs:
             shutil.copy(folder / "expected", folder / "actual")
         return self._once("checked-file", build)
 
+    def differing_texts(self):
+        """The size of the large texts, and pairs of texts that are hard in different ways."""
+        folder = self._folder / "differing"
+        names = ("lines", "shuffled", "one line", "unrelated", "few words")
+        pairs = {name: (folder / f"{name} 1", folder / f"{name} 2") for name in names}
+        if not folder.exists():
+            self._built_anything = True
+            folder.mkdir(parents=True)
+            for name, texts in differing(self.sizes["differing"]):
+                for path, text in zip(pairs[name], texts):
+                    path.write_text(text)
+        return self.sizes["differing"]["lines"], pairs
+
+
 
 def sized(size, lines):
     text = bytearray()
@@ -273,3 +289,36 @@ def layout_data(size, rng):
             b'        <coord>36,73,555,17</coord>\n' % LAYOUT_NAMESPACE.encode()
             + sized(size, rows)
             + b'      </table>\n    </body>\n  </page>\n</layoutData>\n')
+
+
+def differing(sizes):
+    """Names and both texts of pairs that differ."""
+    chance = random.Random(12)
+    words = ["".join(chance.choices("abcdefghijklmnopqrstuvwxyz", k=chance.randint(2, 9)))
+             for _ in range(20_000)]
+
+    def line():
+        return " ".join(chance.choices(words, k=10)) + "\n"
+
+    def page(size):
+        parts = []
+        while size > 0:
+            text = " ".join(chance.choices(words, k=12))
+            parts.append(f"<tr><td>{text}</td></tr>" if chance.random() < .5 else f"<p>{text}</p>\n")
+            size -= len(parts[-1])
+        return "".join(parts)
+
+    lines = []
+    size = sizes["lines"]
+    while size > 0:
+        lines.append(line())
+        size -= len(lines[-1])
+    changed = [text.replace(" ", " changed ", 1) if number % 100 == 50 else text
+               for number, text in enumerate(lines)]
+    yield "lines", ("".join(lines), "".join(changed))
+    yield "one line", tuple("".join(side).replace("\n", " ") for side in (lines, changed))
+    shuffled = chance.sample(lines, len(lines))
+    yield "shuffled", ("".join(lines), "".join(shuffled))
+    yield "unrelated", (page(sizes["unrelated"]), page(sizes["unrelated"]))
+    few = words[:50]
+    yield "few words", tuple("\n".join(chance.choices(few, k=sizes["words"])) for _ in "12")

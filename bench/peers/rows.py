@@ -98,6 +98,17 @@ class Limit(Row):
 
 
 @dataclasses.dataclass(frozen=True)
+class WorkLimit(Limit):
+    """The same for processor time."""
+
+    def measure(self, runs):
+        times = [sample.cpu for sample in in_turn([self.us], runs)[0]]
+        ratios = [self.ratio_of(time, self.seconds) for time in times]
+        return Figures(statistics.median(times), self.seconds, "s", statistics.median(ratios),
+                       min(ratios), max(ratios))
+
+
+@dataclasses.dataclass(frozen=True)
 class SizeLimit(Row):
     """The size of the largest of several groups of files to the largest that is allowed."""
     groups: list = None
@@ -299,7 +310,29 @@ def merge_rows(programs):
                     groups=[[shard / "run.json", shard / "pairs.jsonl"] for shard in shards])
 
 
+def difference_rows(programs):
+    """What it takes to show how two texts differ."""
+    size, pairs = programs.inputs.differing_texts()
+
+    def show(pair):
+        return Command([programs.tool("orvdiff").argv[0], "diff", "xml", *pair], status=1,
+                       says="more difference")
+
+    work = f"differences of texts of {size / 1e6:.0f} MB, 1 % of the lines"
+    lines = pairs["lines"]
+    for peer in (["diff", "-u"], ["git", "diff", "--no-index"]):
+        yield Race("D1", work, " ".join(peer), 1.5, us=show(lines),
+                   peer=Command([*peer, *lines], status=1))
+    for name in ("shuffled", "one line", "unrelated", "few words"):
+        yield WorkLimit("D2", f"differences of texts: {name}", "a limit", 1, seconds=3,
+                        us=show(pairs[name]))
+    for name in ("lines", "shuffled", "one line"):
+        yield Memory("D3", f"peak memory, differences of texts of {size / 1e6:.0f} MB: {name}",
+                     "size of one", 10, us=show(pairs[name]), size=size)
+
+
 ROWS = {"P1": html_rows, "P2": html_rows, "P3": text_rows, "P4": image_rows, "P5": number_rows,
         "P6": xml_rows, "P7": folder_rows, "P8": growth_rows, "P9": check_rows,
         "P10": memory_rows, "P11a": worker_rows, "P11b": worker_rows, "P11c": worker_rows,
-        "P11d": worker_rows, "P11e": merge_rows, "P11f": merge_rows}
+        "P11d": worker_rows, "P11e": merge_rows, "P11f": merge_rows,
+        "D1": difference_rows, "D2": difference_rows, "D3": difference_rows}

@@ -4,6 +4,7 @@
 #include "cli/commands/CommandLine.h"
 #include "cli/commands/FileCommands.h"
 #include "cli/commands/Verb.h"
+#include "cli/diff/PairDiff.h"
 #include "cli/record/PairResult.h"
 #include "cli/report/ResultPrinter.h"
 #include "cli/suite/ComparisonScript.h"
@@ -19,15 +20,26 @@
 namespace {
 
 struct CompareOptions : PairOptions {
+  DifferenceOptions differences;
   std::string format;
   LayoutDataOptions layoutData;
   double secondsPerPair = kSecondsPerPair;
 };
 
+/// The result of an XML format may name the actual output only, so the files are those asked for.
+void addDifference(const OrvDiffFormat& format, const OrvDiffFileEngine& engine,
+                   const CompareOptions& options, PairRecord& record) {
+  PairRecord named = record;
+  named.master = options.master;
+  named.output = options.actual;
+  record.difference = differenceOf(format, engine, named,
+                                   {options.differences.maxHunks, 0, options.differences.context});
+}
+
 /// The comparison, in a process of its own: engines may crash, and scripts hang.
 class Comparison : public PoolWork {
  public:
-  Comparison(const CompareOptions& options, OrvOutputFormat format, OrvDiffFileEngine& engine)
+  Comparison(const CompareOptions& options, const OrvDiffFormat& format, OrvDiffFileEngine& engine)
       : m_options(options), m_format(format), m_engine(engine) {
     m_pair.master = options.master;
     m_pair.output = options.actual;
@@ -59,17 +71,20 @@ class Comparison : public PoolWork {
       const std::unique_ptr<const OrvDiffResult> result(
           m_engine.performDiff(m_options.master, m_options.actual, nullptr));
       requireStartedScripts();
-      pair = recordOf(*result, m_format);
+      pair = recordOf(*result, m_format.format);
     } catch (const std::exception& error) {
       pair.verdict = Verdict::Error;
       pair.message = causeOf(error, m_options.verbosity);
     }
     pair.printed = capture.take();
+    if (m_options.verbosity != Verbosity::Quiet) {
+      addDifference(m_format, m_engine, m_options, pair);
+    }
     return pair;
   }
 
   const CompareOptions& m_options;
-  const OrvOutputFormat m_format;
+  const OrvDiffFormat& m_format;
   OrvDiffFileEngine& m_engine;
   PairRecord m_pair;
 };
@@ -81,7 +96,7 @@ ExitStatus run(const CompareOptions& options) {
   if (!problem.empty()) {
     throw CommandError(problem);
   }
-  Comparison comparison(options, format.format, *engine);
+  Comparison comparison(options, format, *engine);
   WorkerPool pool(comparison, 1, {1, options.secondsPerPair, 0});
   const InterruptWatch watch;
   if (!pool.run(InterruptWatch::isStopWanted)) {
@@ -92,16 +107,24 @@ ExitStatus run(const CompareOptions& options) {
     printForeign(pair.printed);
     throw CommandError(options.master + " -> " + options.actual + ": " + pair.message);
   }
-  return printPair(pair, options);
+  return printPair(pair, options, viewOf(options.differences));
+}
+
+void add(CLI::App& app, Performer& chosen, const char* name, const char* help) {
+  const auto [verb, options] = addVerb<CompareOptions>(app, chosen, name, help, run);
+  addFormat(verb, options.format);
+  addPair(verb, options);
+  addTimeout(verb, options.secondsPerPair);
+  addDifferences(verb, options.differences);
+  addLayoutData(verb, options.layoutData);
 }
 
 }  // namespace
 
 void addCompare(CLI::App& app, Performer& chosen) {
-  const auto [verb, options] = addVerb<CompareOptions>(
-      app, chosen, "compare", "Compare two files by the rules of a format", run);
-  addFormat(verb, options.format);
-  addPair(verb, options);
-  addTimeout(verb, options.secondsPerPair);
-  addLayoutData(verb, options.layoutData);
+  add(app, chosen, "compare", "The same as diff");
+}
+
+void addDiff(CLI::App& app, Performer& chosen) {
+  add(app, chosen, "diff", "Compare two files by the rules of a format, and show how they differ");
 }

@@ -31,10 +31,15 @@ PairRecord recordOf(const OrvDiffResult& result, std::optional<OrvOutputFormat> 
   return std::move(pair.record);
 }
 
-ExitStatus printPair(const PairRecord& pair, const CommonOptions& options) {
+ExitStatus printPair(const PairRecord& record, const CommonOptions& options,
+                     const DifferenceView& view) {
   const Palette palette(options.color);
-  ResultPrinter(options.verbosity, palette).print(pair);
+  ResultPrinter(options.verbosity, palette, view).print(record);
   RunTotals totals;
-  totals.pairs.add(pair);
+  totals.pairs.add(record);
   return exitStatusOf(totals, {});
+}
+
+DifferenceView viewOf(const DifferenceOptions& options) {
+  return {options.maxHunks, options.width, !options.hidesMasks};
 }

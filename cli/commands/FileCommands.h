@@ -5,6 +5,7 @@
 
 #include "cli/commands/Options.h"
 #include "cli/record/PairRecord.h"
+#include "cli/report/DifferencePrinter.h"
 #include "orvdiff/compare/OrvFileHandle.h"
 #include "orvdiff/compare/OrvTextBuffer.h"
 #include "orvdiff/platform/OrvOutputFormat.h"
@@ -22,9 +23,12 @@ struct InputText {
 /// Reads an open file. Raises `CommandError` naming the file if it cannot be read in full.
 InputText readText(const std::string& fileName, OrvFileHandle& file, Verbosity verbosity);
 
-/// Prints what came of comparing two files, and returns the exit status it stands for.
-ExitStatus printPair(const PairRecord& pair, const CommonOptions& options);
-
-/// What a record says of the result of comparing two files.
+/// What a record says of comparing two files, besides what engine and script have printed.
 PairRecord recordOf(const OrvDiffResult& result,
                     std::optional<OrvOutputFormat> format = std::nullopt);
+
+/// Prints the record of comparing two files, and returns the exit status it stands for.
+ExitStatus printPair(const PairRecord& record, const CommonOptions& options,
+                     const DifferenceView& view = {});
+
+DifferenceView viewOf(const DifferenceOptions& options);

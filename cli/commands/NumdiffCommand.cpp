@@ -1,3 +1,4 @@
+#include <cmath>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -40,6 +41,16 @@ void printMismatch(const Mismatch& mismatch) {
   }
 }
 
+/// Says how narrowly the numbers before a mismatch have passed.
+void printClosest(const Mismatch& closest) {
+  constexpr double kPercent = 100;
+  std::cout << kIndent << "the closest pair that matches uses "
+            << std::lround(kPercent * closest.difference / closest.tolerance)
+            << "% of its tolerance:\n";
+  printNumber("master: ", closest.master);
+  printNumber("actual: ", closest.actual);
+}
+
 bool hasNumber(const char* text) {
   return OrvDiffFloatComparison().findFirstMismatch(text, "").has_value();
 }
@@ -64,19 +75,24 @@ ExitStatus run(const PairOptions& options) {
   std::unique_ptr<const OrvDiffResult> result(
       OrvDiffLib::checkOpenFiles(options.master, options.actual, master, actual));
   std::optional<Mismatch> mismatch;
+  std::optional<Mismatch> closest;
   InputText masterText = {};
   InputText actualText = {};
   if (result == nullptr) {
     masterText = readText(options.master, master, options.verbosity);
     actualText = readText(options.actual, actual, options.verbosity);
-    mismatch =
-        OrvDiffFloatComparison().findFirstMismatch(masterText.text.get(), actualText.text.get());
+    mismatch = OrvDiffFloatComparison().findFirstMismatch(masterText.text.get(),
+                                                          actualText.text.get(), closest);
     result = mismatch ? std::make_unique<OrvDiffResultFailDiff>(options.master, options.actual)
                       : passOf(options, masterText, actualText);
   }
   const ExitStatus status = printPair(recordOf(*result), options);
   if (mismatch && options.verbosity != Verbosity::Quiet) {
     printMismatch(*mismatch);
+  }
+  if (closest && (options.verbosity == Verbosity::Verbose ||
+                  (mismatch && options.verbosity == Verbosity::Normal))) {
+    printClosest(*closest);
   }
   return status;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -15,6 +16,13 @@ struct CommonOptions {
 };
 
 constexpr double kSecondsPerPair = 300;  ///< if the user does not say otherwise
+/// How much of each difference to show.
+struct DifferenceOptions {
+  std::size_t maxHunks = 3;  ///< 0: all
+  std::size_t context = 2;   ///< lines around a change
+  std::size_t width = 0;     ///< of the output, in columns; 0: that of the terminal
+  bool hidesMasks = false;
+};
 
 /// Two files to compare.
 struct PairOptions : CommonOptions {

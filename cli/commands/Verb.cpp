@@ -24,6 +24,25 @@ void addTimeout(CLI::App& verb, double& seconds) {
       ->option_text("SECONDS");
 }
 
+void addDifferences(CLI::App& verb, DifferenceOptions& differences) {
+  constexpr std::size_t kMostContext = 1000;
+  constexpr std::size_t kLeastWidth = 20;
+  constexpr std::size_t kMostWidth = 10'000;
+  verb.add_option("--max-diffs", differences.maxHunks,
+                  "Show N differences of a pair; 0 for all (default: 3)")
+      ->option_text("N");
+  verb.add_option("--context", differences.context,
+                  "Show N lines around each difference (default: 2)")
+      ->check(CLI::Range(std::size_t{0}, kMostContext))
+      ->option_text("N");
+  verb.add_option("--width", differences.width,
+                  "Show differences N columns wide (default: as wide as the terminal, or 100)")
+      ->check(CLI::Range(kLeastWidth, kMostWidth))
+      ->option_text("N");
+  verb.add_flag("--no-masks", differences.hidesMasks,
+                "Leave out of differences what the format's rules mask");
+}
+
 void addLayoutData(CLI::App& verb, LayoutDataOptions& layoutData) {
   verb.add_option("--layout-schema", layoutData.schema,
                   "Layout-data schema (default: as configured)")

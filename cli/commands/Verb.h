@@ -63,5 +63,8 @@ void addPair(CLI::App& verb, PairOptions& pair);
 /// Adds an option for the time that comparing a pair may take; 0 stands for any.
 void addTimeout(CLI::App& verb, double& seconds);
 
+/// Adds options that say how to show differences.
+void addDifferences(CLI::App& verb, DifferenceOptions& differences);
+
 /// Adds options that say where the layout-data schema is.
 void addLayoutData(CLI::App& verb, LayoutDataOptions& layoutData);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <functional>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "cli/commands/FailedRun.h"
+#include "cli/commands/FileCommands.h"
 #include "cli/commands/OutputPlaces.h"
 #include "cli/commands/PairListing.h"
 #include "cli/commands/RunHeader.h"
@@ -69,6 +71,18 @@ PoolLimits limitsOf(const VerifyOptions& options) {
           options.memoryMegabytes * kMegabyte};
 }
 
+/// What workers find out of each difference: more than is printed, for the record's readers.
+std::optional<DiffOptions> differencesFor(const VerifyOptions& options) {
+  constexpr std::size_t kLeastRecorded = 20;
+  constexpr std::size_t kMostBytes = 64 * 1024;
+  if (options.verbosity == Verbosity::Quiet && options.recordFolder.empty()) {
+    return std::nullopt;
+  }
+  const std::size_t asked = options.differences.maxHunks;
+  return DiffOptions{asked == 0 ? 0 : std::max(asked, kLeastRecorded), asked == 0 ? 0 : kMostBytes,
+                     options.differences.context};
+}
+
 ExitStatus verify(const VerifyOptions& options) {
   const std::vector<SelectedFormat> formats = selectFormats(options.formats);
   OutputPlaces places(options);
@@ -94,12 +108,13 @@ ExitStatus verify(const VerifyOptions& options) {
     record.emplace(options.recordFolder, header, EvidenceLimits{});
   }
   const Palette palette(options.color);
-  const ResultPrinter printer(options.verbosity, palette);
+  const ResultPrinter printer(options.verbosity, palette, viewOf(options.differences));
   NormalizedSaver saver;
   const PairOwners owners(plan.found.reports, plan.found.neighbours);
-  PairVerifier verifier(plan.reports, formats, owners,
-                        {options.formats.subFolder, options.verbosity, options.maskLimits,
-                         record.has_value(), plan.onlyPairs ? &*plan.onlyPairs : nullptr});
+  PairVerifier verifier(
+      plan.reports, formats, owners,
+      {options.formats.subFolder, options.verbosity, options.maskLimits, record.has_value(),
+       differencesFor(options), plan.onlyPairs ? &*plan.onlyPairs : nullptr});
   if (harnessLog) {
     harnessLog->start();
   }

@@ -126,6 +126,7 @@ void addVerify(CLI::App& app, Performer& chosen) {
                 "Save the normalised texts of each difference next to the output");
   verb.add_flag("--list", verify.listOnly, "List what would be compared, without comparing it");
   verb.add_flag("--allow-none", verify.allowNone, "Succeed even if there is nothing to verify");
+  addDifferences(verb, verify.differences);
   addWorkers(verb, verify);
   addRecord(verb, verify);
   addMaskLimits(verb, verify.maskLimits);

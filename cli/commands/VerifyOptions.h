@@ -13,6 +13,7 @@
 struct VerifyOptions : CommonOptions {
   std::vector<std::string> locations;
   FormatOptions formats;
+  DifferenceOptions differences;
   std::string summaryFile;  ///< empty: none
   std::string harnessLog;   ///< empty: none
   int harnessLogLevel = MOXLogLevel::Normal;

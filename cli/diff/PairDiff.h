@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
 #include "cli/record/Difference.h"
@@ -11,9 +12,9 @@
 
 /// How much of a difference to keep. What is not kept is counted.
 struct DiffOptions {
-  std::size_t maxHunks = 3;          ///< 0: all
-  std::size_t maxBytes = 64 * 1024;  ///< of text in all hunks, roughly; 0: no limit
-  std::size_t context = 2;           ///< lines around a change
+  std::size_t maxHunks = 3;                       ///< 0: all
+  std::size_t maxBytes = std::size_t{64} * 1024;  ///< of text in all hunks, roughly; 0: no limit
+  std::size_t context = 2;                        ///< lines around a change
 };
 
 /// A pair to explain. Nothing of it is copied.
@@ -28,10 +29,10 @@ struct DiffRequest {
   const OrvPatternList* patterns() const { return engine.getCleansingPatterns(); }
 };
 
-/// How the files of a pair that did not pass differ. `engine` is the one that compared them. Reads
-/// both files; one that cannot be read any more is a note. A difference without notes and hunks has
-/// nothing to say beyond the record.
+/// How the files of a pair differ; nothing if that is no question of its verdict, or if there is
+/// nothing to say beyond the record. `engine` is the one that compared them. Reads both files; one
+/// that cannot be read any more is a note.
 ///
 /// For the one verifying thread. Time and memory are bounded for any content.
-Difference differenceOf(const OrvDiffFormat& format, const OrvDiffFileEngine& engine,
-                        const PairRecord& record, const DiffOptions& options);
+std::optional<Difference> differenceOf(const OrvDiffFormat& format, const OrvDiffFileEngine& engine,
+                                       const PairRecord& record, const DiffOptions& options);

@@ -5,6 +5,8 @@
 #include <limits>
 #include <utility>
 
+#include "cli/diff/MiddleSearch.h"
+
 // Which tokens of two sequences are the same, in bounded time and memory.
 //
 // The shortest script is found by walking the edit graph (Myers, "An O(ND) Difference Algorithm"),
@@ -52,9 +54,7 @@ struct Box {
   Index lengthB() const { return endB - beginB; }
 };
 
-struct Match {
-  Index a, b;
-};
+using Match = SequenceMatch;
 
 /// One of the sequences. Within boxes not yet done, tokens may have been moved to the front.
 struct Side {
@@ -74,136 +74,6 @@ struct Side {
       kept[index[i]] = 0;
     }
   }
-};
-
-/// Finds where a shortest script crosses the middle of a box.
-class MiddleSearch {
- public:
-  struct Result {
-    Match at;  ///< relative to the box
-    bool isWithinBudget;
-  };
-
-  Result find(const Id* a, Index lengthA, const Id* b, Index lengthB, WorkBudget& budget) {
-    m_lengthA = static_cast<Reach>(lengthA);
-    m_lengthB = static_cast<Reach>(lengthB);
-    const Reach delta = m_lengthA - m_lengthB;
-    const Reach cap = capFor(m_lengthA + m_lengthB);
-    m_forward.start(cap);
-    m_backward.start(cap);
-    const auto isEqual = [a, b](Reach x, Reach y) { return a[x] == b[y]; };
-    const auto isEqualFromEnd = [=](Reach x, Reach y) {
-      return a[m_lengthA - 1 - x] == b[m_lengthB - 1 - y];
-    };
-    for (Reach edits = 0; edits <= cap; ++edits) {
-      m_steps = 0;
-      const bool isOdd = delta % 2 != 0;
-      if (advance(m_forward, m_backward, edits, isOdd, edits - 1, isEqual)) {
-        return {{static_cast<Index>(m_x), static_cast<Index>(m_y)}, true};
-      }
-      if (advance(m_backward, m_forward, edits, !isOdd, edits, isEqualFromEnd)) {
-        return {{static_cast<Index>(m_lengthA - m_x), static_cast<Index>(m_lengthB - m_y)}, true};
-      }
-      if (!budget.spend(m_steps)) {
-        return {{0, 0}, false};
-      }
-    }
-    return {furthest(cap), true};
-  }
-
- private:
-  using Reach = std::int64_t;
-  static constexpr Reach kUnreached = std::numeric_limits<Reach>::min() / 2;
-
-  /// How far in `a` each diagonal (place in `a` less place in `b`) was reached from one end.
-  class Front {
-   public:
-    void start(Reach cap) {
-      m_middle = cap + 2;
-      m_reach.assign(static_cast<std::size_t>(2 * m_middle + 1), kUnreached);
-      (*this)[1] = 0;  // so that the first step arrives at 0 on diagonal 0
-    }
-    Reach& operator[](Reach diagonal) {
-      return m_reach[static_cast<std::size_t>(m_middle + diagonal)];
-    }
-
-   private:
-    Reach m_middle = 0;
-    std::vector<Reach> m_reach;
-  };
-
-  static Reach capFor(Reach tokens) {
-    constexpr Reach kLeast = 256;
-    return std::max(kLeast, static_cast<Reach>(std::sqrt(static_cast<double>(tokens))));
-  }
-
-  /// Takes `front` one edit further. Returns whether it met `other`, which has made
-  /// `otherEdits` edits; if so, (m_x, m_y) is the point, seen from the front's own end.
-  template <typename IsEqual>
-  bool advance(Front& front, Front& other, Reach edits, bool canMeet, Reach otherEdits,
-               const IsEqual& isEqual) {
-    const Reach delta = m_lengthA - m_lengthB;
-    const Reach lowest = -(edits - 2 * std::max<Reach>(0, edits - m_lengthB));
-    const Reach highest = edits - 2 * std::max<Reach>(0, edits - m_lengthA);
-    for (Reach diagonal = lowest; diagonal <= highest; diagonal += 2) {
-      const Reach start = firstReach(front, diagonal);
-      Reach x = start;
-      Reach y = x - diagonal;
-      if (x < 0) {
-        front[diagonal] = kUnreached;
-        continue;
-      }
-      while (x < m_lengthA && y < m_lengthB && isEqual(x, y)) {
-        ++x;
-        ++y;
-      }
-      front[diagonal] = x;
-      m_steps += static_cast<std::uint64_t>(x - start + 1);
-      const Reach opposite = delta - diagonal;
-      if (canMeet && std::abs(opposite) <= otherEdits && x + other[opposite] >= m_lengthA) {
-        m_x = x;
-        m_y = y;
-        return true;
-      }
-    }
-    return false;
-  }
-
-  /// Where one more edit arrives on a diagonal, from its neighbours; never outside the box.
-  Reach firstReach(Front& front, Reach diagonal) const {
-    Reach afterDeletion = front[diagonal - 1] + 1;
-    Reach afterInsertion = front[diagonal + 1];
-    if (afterDeletion > m_lengthA) {
-      afterDeletion = kUnreached;
-    }
-    if (afterInsertion - diagonal > m_lengthB) {
-      afterInsertion = kUnreached;
-    }
-    return std::max(afterDeletion, afterInsertion);
-  }
-
-  /// The point furthest from its end, of all that were reached with `edits` edits.
-  Match furthest(Reach edits) {
-    Reach most = 0;
-    Match best = {0, 0};
-    for (Reach diagonal = -edits; diagonal <= edits; diagonal += 2) {
-      for (Front* const front : {&m_forward, &m_backward}) {
-        const Reach x = (*front)[diagonal];
-        if (x >= 0 && 2 * x - diagonal > most) {
-          most = 2 * x - diagonal;
-          const bool isForward = front == &m_forward;
-          best = {static_cast<Index>(isForward ? x : m_lengthA - x),
-                  static_cast<Index>(isForward ? x - diagonal : m_lengthB - x + diagonal)};
-        }
-      }
-    }
-    return best;
-  }
-
-  Front m_forward, m_backward;
-  Reach m_lengthA = 0, m_lengthB = 0;
-  Reach m_x = 0, m_y = 0;
-  std::uint64_t m_steps = 0;
 };
 
 /// Marks what two sequences have in common.
@@ -434,47 +304,6 @@ Id greatest(const std::vector<Id>& ids) {
   return ids.empty() ? 0 : *std::max_element(ids.begin(), ids.end());
 }
 
-/// An insertion or deletion that may slide: the tokens of its side, and how far it may go.
-class Slide {
- public:
-  Slide(const std::vector<Id>& tokens, Index begin, Index end, Index least, Index most)
-      : m_tokens(tokens), m_begin(begin), m_end(end), m_least(least), m_most(most) {}
-
-  /// By how much it has to move, forwards or (negative) backwards, to score best. Takes its steps
-  /// from `steps`.
-  template <typename Score>
-  std::int64_t best(const Score& score, std::uint64_t& steps) const {
-    Index begin = m_begin;
-    Index end = m_end;
-    while (begin > m_least && m_tokens[begin - 1] == m_tokens[end - 1] && steps > 0) {
-      --begin;
-      --end;
-      --steps;
-    }
-    Index best = begin;
-    for (int most = score(begin, end);
-         end < m_most && m_tokens[begin] == m_tokens[end] && steps > 0; --steps) {
-      ++begin;
-      ++end;
-      const int reached = score(begin, end);
-      if (reached >= most) {
-        most = reached;
-        best = begin;
-      }
-    }
-    return std::int64_t{best} - m_begin;
-  }
-
- private:
-  const std::vector<Id>& m_tokens;
-  Index m_begin, m_end;
-  Index m_least, m_most;
-};
-
-Index moved(Index place, std::int64_t by) {
-  return static_cast<Index>(place + by);
-}
-
 }  // namespace
 
 SequenceDiff diffSequences(const std::vector<Id>& a, const std::vector<Id>& b, WorkBudget& budget,
@@ -493,37 +322,4 @@ SequenceDiff diffSequences(const std::vector<Id>& a, const std::vector<Id>& b, W
   const std::size_t idCount = std::size_t{std::max(greatest(a), greatest(b))} + 1;
   const bool isExact = Matcher(sideA, sideB, idCount, budget).match(anchors);
   return {editsFrom(sideA.kept, sideB.kept), !isExact};
-}
-
-void slideEdits(std::vector<SequenceEdit>& edits, const std::vector<Id>& a,
-                const std::vector<Id>& b, const EditScore& score) {
-  // What stands between two edits is passed by both; only periodic texts ask for more.
-  std::uint64_t steps = 8 * (std::uint64_t{a.size()} + b.size());
-  std::vector<SequenceEdit> joined;
-  for (std::size_t i = 0; i < edits.size(); ++i) {
-    SequenceEdit edit = edits[i];
-    const bool isInA = edit.beginB == edit.endB;
-    if (isInA || edit.beginA == edit.endA) {
-      const SequenceEdit before = joined.empty() ? SequenceEdit{0, 0, 0, 0} : joined.back();
-      const bool isLast = i + 1 == edits.size();
-      const Slide slide = isInA
-                              ? Slide(a, edit.beginA, edit.endA, before.endA,
-                                      isLast ? static_cast<Index>(a.size()) : edits[i + 1].beginA)
-                              : Slide(b, edit.beginB, edit.endB, before.endB,
-                                      isLast ? static_cast<Index>(b.size()) : edits[i + 1].beginB);
-      const std::int64_t by =
-          slide.best([&](Index begin, Index end) { return score(isInA, begin, end); }, steps);
-      edit = {moved(edit.beginA, by), moved(edit.endA, by), moved(edit.beginB, by),
-              moved(edit.endB, by)};
-    }
-    const bool meets =
-        !joined.empty() && joined.back().endA == edit.beginA && joined.back().endB == edit.beginB;
-    if (meets) {
-      joined.back().endA = edit.endA;
-      joined.back().endB = edit.endB;
-    } else {
-      joined.push_back(edit);
-    }
-  }
-  edits = std::move(joined);
 }

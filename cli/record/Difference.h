@@ -24,6 +24,7 @@ struct DiffLine {
   std::uint64_t outputLine = 0;  ///< the same for the output
   bool isCutBefore = false;      ///< the file's line has more text before what is shown
   bool isCutAfter = false;
+  std::uint64_t omitted = 0;  ///< lines of this kind that follow and are not shown
   std::vector<DiffSpan> spans;
 };
 

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "cli/record/DifferenceJson.h"
 #include "cli/record/JsonText.h"
 
 using nlohmann::ordered_json;
@@ -42,18 +43,6 @@ FileFacts factsFrom(const ordered_json& json) {
 double inMicroseconds(double seconds) {
   constexpr double kPerSecond = 1e6;
   return std::round(seconds * kPerSecond) / kPerSecond;
-}
-
-ordered_json excerptJson(const Excerpt& excerpt) {
-  return {{"before", excerpt.before},
-          {"first", excerpt.first},
-          {"rest", excerpt.rest},
-          {"columns", excerpt.columns}};
-}
-
-Excerpt excerptFrom(const ordered_json& json) {
-  return {json.at("before").get<std::string>(), json.at("columns").get<std::size_t>(),
-          json.at("first").get<std::string>(), json.at("rest").get<std::string>()};
 }
 
 ordered_json maskJson(const OutsizedMask& mask) {
@@ -107,10 +96,6 @@ std::string toJsonLine(const PairRecord& record) {
     json["at"] = {
         {"byte", record.at->byte}, {"line", record.at->line}, {"column", record.at->column}};
   }
-  if (record.masterExcerpt && record.outputExcerpt) {
-    json["masterExcerpt"] = excerptJson(*record.masterExcerpt);
-    json["outputExcerpt"] = excerptJson(*record.outputExcerpt);
-  }
   json["seconds"] = inMicroseconds(record.seconds);
   json["cpuSeconds"] = inMicroseconds(record.cpuSeconds);
   json["masterFile"] = factsJson(record.masterFile);
@@ -123,6 +108,9 @@ std::string toJsonLine(const PairRecord& record) {
   }
   if (!record.printed.empty()) {
     json["printed"] = textToJson(record.printed);
+  }
+  if (record.difference) {
+    json["difference"] = differenceToJson(*record.difference);
   }
   return json.dump();
 }
@@ -145,10 +133,6 @@ PairRecord pairFromJsonLine(std::string_view line) {
         DifferencePlace{at.at("byte").get<std::uint64_t>(), at.at("line").get<std::uint64_t>(),
                         at.at("column").get<std::uint64_t>()};
   }
-  if (json.contains("masterExcerpt")) {
-    record.masterExcerpt = excerptFrom(json.at("masterExcerpt"));
-    record.outputExcerpt = excerptFrom(json.at("outputExcerpt"));
-  }
   record.seconds = json.value("seconds", 0.0);
   record.cpuSeconds = json.value("cpuSeconds", 0.0);
   record.masterFile = factsFrom(json.at("masterFile"));
@@ -160,5 +144,8 @@ PairRecord pairFromJsonLine(std::string_view line) {
     record.rules = json.at("rules").get<std::vector<std::string>>();
   }
   record.printed = textFrom(json, "printed");
+  if (json.contains("difference")) {
+    record.difference = differenceFromJson(json.at("difference"));
+  }
   return record;
 }

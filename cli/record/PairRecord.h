@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "cli/record/Difference.h"
 #include "cli/record/Verdict.h"
-#include "cli/terminal/Excerpt.h"
 
 /// What a record says of one of the two files of a pair.
 struct FileFacts {
@@ -47,13 +47,12 @@ struct PairRecord {
   Verdict verdict = Verdict::NotRun;
   std::string message;  ///< what a person should know: why the pair did not pass, as a rule
   std::optional<DifferencePlace> at;
-  std::optional<Excerpt> masterExcerpt;  ///< the texts around the difference; both or none
-  std::optional<Excerpt> outputExcerpt;
   double seconds = 0;
   double cpuSeconds = 0;  ///< of the comparison and everything it started
   FileFacts masterFile;
   FileFacts outputFile;
-  std::optional<OutsizedMask> mask;  ///< that a pass rests on
-  std::vector<std::string> rules;    ///< normalisations that changed a text of this pair
-  std::string printed;               ///< by engines and scripts, as they printed it
+  std::optional<OutsizedMask> mask;      ///< that a pass rests on
+  std::vector<std::string> rules;        ///< normalisations that changed a text of this pair
+  std::string printed;                   ///< by engines and scripts, as they printed it
+  std::optional<Difference> difference;  ///< how the files differ; none when nobody asked
 };

@@ -4,6 +4,7 @@
 
 #include "cli/record/Archive.h"
 #include "cli/suite/MissingReason.h"
+#include "cli/terminal/Excerpt.h"
 #include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/registry/OrvDiffListener.h"
 #include "orvdiff/registry/OrvDiffResult.h"
@@ -65,8 +66,6 @@ class Describer : public OrvDiffListener {
     const std::size_t position = startOfCharacter(master, result.getDiffPosition());
     const TextPosition place = locate(master, position);
     m_pair.record.at = DifferencePlace{result.getDiffPosition(), place.line, place.column};
-    m_pair.record.masterExcerpt = excerptAround(master, position);
-    m_pair.record.outputExcerpt = excerptAround(orEmpty(result.getNormalizedActual()), position);
   }
 
   void comparisonNotification(const OrvDiffResultFailFileMissing& result) override {
@@ -110,8 +109,30 @@ void describe(Archive& archive, DifferencePlace& place) {
 }
 
 template <typename Archive>
-void describe(Archive& archive, Excerpt& excerpt) {
-  archive(excerpt.before, excerpt.columns, excerpt.first, excerpt.rest);
+void describe(Archive& archive, DiffSpan& span) {
+  archive(span.kind, span.text, span.rule);
+}
+
+template <typename Archive>
+void describe(Archive& archive, DiffLine& line) {
+  archive(line.kind, line.masterLine, line.outputLine, line.isCutBefore, line.isCutAfter,
+          line.omitted, line.spans);
+}
+
+template <typename Archive>
+void describe(Archive& archive, DiffHunk& hunk) {
+  archive(hunk.place, hunk.group, hunk.lines);
+}
+
+template <typename Archive>
+void describe(Archive& archive, DiffChange& change) {
+  archive(change.group, change.removed, change.added, change.count);
+}
+
+template <typename Archive>
+void describe(Archive& archive, Difference& difference) {
+  archive(difference.kind, difference.notes, difference.hunks, difference.hunkCount,
+          difference.isCoarse, difference.changes);
 }
 
 template <typename Archive>
@@ -123,8 +144,8 @@ template <typename Archive>
 void describe(Archive& archive, PairRecord& record) {
   archive(record.report, record.format, record.subFolder, record.master, record.output,
           record.masterPath, record.outputPath, record.verdict, record.message, record.at,
-          record.masterExcerpt, record.outputExcerpt, record.seconds, record.cpuSeconds,
-          record.masterFile, record.outputFile, record.mask, record.rules, record.printed);
+          record.seconds, record.cpuSeconds, record.masterFile, record.outputFile, record.mask,
+          record.rules, record.printed, record.difference);
 }
 
 template <typename Archive>

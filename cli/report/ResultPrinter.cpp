@@ -35,8 +35,9 @@ void printForeign(std::string_view text) {
   }
 }
 
-ResultPrinter::ResultPrinter(Verbosity verbosity, const Palette& palette)
-    : m_verbosity(verbosity), m_palette(palette) {}
+ResultPrinter::ResultPrinter(Verbosity verbosity, const Palette& palette,
+                             const DifferenceView& view)
+    : m_verbosity(verbosity), m_palette(palette), m_differences(view, palette) {}
 
 void ResultPrinter::print(const PairRecord& pair) const {
   if (!isWorthALine(pair)) {
@@ -46,10 +47,18 @@ void ResultPrinter::print(const PairRecord& pair) const {
   if (pair.mask) {
     printMask(*pair.mask);
   }
-  if (pair.at) {
-    printDifference(pair);
+  const bool isVerbose = m_verbosity == Verbosity::Verbose;
+  const std::string kind = pair.difference ? pair.difference->kind : "";
+  if (pair.difference && !(kind == "script" && isVerbose)) {
+    m_differences.print(*pair.difference, std::cout);
+  } else if (pair.at) {
+    std::cout << kIndent << "at " << pair.at->line << ':' << pair.at->column
+              << " in the normalised text\n";
   }
-  printForeign(pair.printed);
+  // These two kinds have been made of what was printed.
+  if ((kind != "script" && kind != "xml") || isVerbose) {
+    printForeign(pair.printed);
+  }
 }
 
 /// A pass is if somebody asks, if it rests on an outsized mask, or if an engine had something to
@@ -99,20 +108,4 @@ void ResultPrinter::printMask(const OutsizedMask& mask) const {
   std::cout << kIndent << m_palette.paint(Color::Yellow, "outsized mask: ") << text.str()
             << "), where it differs from the " << (mask.isInOutput ? "master" : "actual output")
             << '\n';
-}
-
-void ResultPrinter::printDifference(const PairRecord& pair) const {
-  std::cout << kIndent << "at " << pair.at->line << ':' << pair.at->column
-            << " in the normalised text\n";
-  if (pair.masterExcerpt && pair.outputExcerpt) {
-    const Excerpt& master = *pair.masterExcerpt;
-    printSide("master: ", master);
-    printSide("actual: ", *pair.outputExcerpt);
-    printSide("        ", {std::string(master.columns, ' '), master.columns, "^", ""});
-  }
-}
-
-void ResultPrinter::printSide(std::string_view side, const Excerpt& excerpt) const {
-  std::cout << kIndent << side << excerpt.before << m_palette.paint(Color::Red, excerpt.first)
-            << excerpt.rest << '\n';
 }

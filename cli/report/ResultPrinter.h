@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "cli/record/PairRecord.h"
+#include "cli/report/DifferencePrinter.h"
 #include "cli/terminal/Terminal.h"
 
 /// Tells a person about pairs: a line with verdict, master and output for every pair that did not
@@ -10,7 +11,8 @@
 class ResultPrinter {
  public:
   /// Quiet prints nothing, Verbose also what passed. Prints on `std::cout`.
-  ResultPrinter(Verbosity verbosity, const Palette& palette);
+  /// `palette` must outlive the printer.
+  ResultPrinter(Verbosity verbosity, const Palette& palette, const DifferenceView& view = {});
 
   void print(const PairRecord& pair) const;
 
@@ -18,11 +20,10 @@ class ResultPrinter {
   bool isWorthALine(const PairRecord& pair) const;
   void printVerdict(const PairRecord& pair) const;
   void printMask(const OutsizedMask& mask) const;
-  void printDifference(const PairRecord& pair) const;
-  void printSide(std::string_view side, const Excerpt& excerpt) const;
 
   const Verbosity m_verbosity;
   const Palette& m_palette;
+  const DifferencePrinter m_differences;
 };
 
 /// Prints text of unknown origin on `std::cout`, line by line, indented and escaped, so that none

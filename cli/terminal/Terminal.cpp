@@ -24,10 +24,22 @@ const char* codeOf(Color color) {
       return "\033[32m";
     case Color::Yellow:
       return "\033[33m";
+    case Color::Dim:
+      return "\033[2m";
+    case Color::RedMarked:
+      return "\033[1;4;31m";
+    case Color::GreenMarked:
+      return "\033[1;4;32m";
     case Color::Red:
       break;
   }
   return "\033[31m";
+}
+
+std::optional<std::size_t> widthOf(int descriptor) {
+  winsize size = {};
+  const bool isKnown = ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return isKnown ? std::optional<std::size_t>(size.ws_col) : std::nullopt;
 }
 
 }  // namespace
@@ -47,7 +59,9 @@ bool canShowProgress() {
 
 std::size_t terminalWidth() {
   constexpr std::size_t kUsualWidth = 80;
-  winsize size = {};
-  const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-  return known ? size.ws_col : kUsualWidth;
+  return widthOf(STDERR_FILENO).value_or(kUsualWidth);
+}
+
+std::optional<std::size_t> outputWidth() {
+  return widthOf(STDOUT_FILENO);
 }

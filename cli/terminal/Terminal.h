@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,7 +10,7 @@ enum class Verbosity { Quiet, Normal, Verbose };
 
 enum class ColorChoice { Auto, Always, Never };
 
-enum class Color { Red, Green, Yellow };
+enum class Color { Red, Green, Yellow, Dim, RedMarked, GreenMarked };
 
 /// Colours text, if colours are on.
 class Palette {
@@ -19,6 +20,7 @@ class Palette {
   explicit Palette(ColorChoice choice);
 
   std::string paint(Color color, std::string_view text) const;
+  bool isColored() const { return m_colored; }
 
  private:
   bool m_colored;
@@ -29,3 +31,6 @@ bool canShowProgress();
 
 /// Width in columns of the terminal on standard error; 80 if unknown.
 std::size_t terminalWidth();
+
+/// Width in columns of the terminal on standard output; none if it is no terminal.
+std::optional<std::size_t> outputWidth();

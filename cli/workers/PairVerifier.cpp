@@ -167,6 +167,10 @@ void PairVerifier::compare(const Format& format, const OrvFilePair& pair, PairRe
   if (record.verdict == Verdict::Passed) {
     watch.addMaskTo(record, *format.selected->engine);
   }
+  if (m_settings.differences) {
+    record.difference = differenceOf(*format.selected->format, *format.selected->engine, record,
+                                     *m_settings.differences);
+  }
 }
 
 /// `known` with what came of the comparison.

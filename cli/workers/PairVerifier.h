@@ -3,11 +3,13 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "cli/diff/OutsizedMasks.h"
+#include "cli/diff/PairDiff.h"
 #include "cli/record/PairResult.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/PairOwners.h"
@@ -37,6 +39,7 @@ class PairVerifier {
     MaskLimits maskLimits;
     bool keepFacts =
         false;  ///< sizes, hashes, processor time and rules too, as a record wants them
+    std::optional<DiffOptions> differences;  ///< how pairs differ, too; none: only whether
     const WantedPairs* onlyPairs = nullptr;  ///< null: all
   };
 

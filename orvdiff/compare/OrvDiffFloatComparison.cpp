@@ -9,6 +9,7 @@
 #include <locale>
 #include <sstream>
 #include <system_error>
+#include <utility>
 
 #include "orvdiff/platform/VELAssert.h"
 
@@ -57,22 +58,42 @@ OrvDiffResult* OrvDiffFloatComparison::performStringDiff(const std::string& mast
 
 std::optional<OrvDiffFloatComparison::Mismatch> OrvDiffFloatComparison::findFirstMismatch(
     const char* master, const char* actual) const {
+  std::optional<Mismatch> closest;
+  return findFirstMismatch(master, actual, closest);
+}
+
+std::optional<OrvDiffFloatComparison::Mismatch> OrvDiffFloatComparison::findFirstMismatch(
+    const char* master, const char* actual, std::optional<Mismatch>& closest) const {
   VEL_ASSERT(master && actual);
+  closest.reset();
   Side masterSide(master);
   Side actualSide(actual);
+  double mostUsed = 0;  // of a tolerance
+  std::pair<Side, Side> closestSides = {masterSide, actualSide};
+  std::optional<Mismatch> mismatch;
   for (;;) {
     skipEqualText(masterSide, actualSide);
     const char* masterNext =
         findNextNumber(masterSide.scan, masterSide.end, masterSide.found, masterSide.value);
     const char* actualNext =
         findNextNumber(actualSide.scan, actualSide.end, actualSide.found, actualSide.value);
-    if (!masterSide.found && !actualSide.found) return std::nullopt;
+    if (!masterSide.found && !actualSide.found) break;
     if (masterSide.found != actualSide.found || !compare(masterSide.value, actualSide.value)) {
-      return describe(masterSide, actualSide);
+      mismatch = describe(masterSide, actualSide);
+      break;
+    }
+    const double used = usedTolerance(masterSide.value, actualSide.value);
+    if (used > mostUsed) {
+      mostUsed = used;
+      closestSides = {masterSide, actualSide};
     }
     masterSide.scan = masterNext;
     actualSide.scan = actualNext;
   }
+  if (mostUsed > 0) {
+    closest = describe(closestSides.first, closestSides.second);
+  }
+  return mismatch;
 }
 
 // Moves both sides past equal text, up to a byte that cannot be part of a number: all numbers
@@ -207,6 +228,11 @@ bool OrvDiffFloatComparison::compare(double master, double actual) const {
   if (master == actual) return true;
   if (!my_finite(master)) return false;
   return getTolerance(master) >= std::fabs(master - actual);
+}
+
+// How much of the tolerance two numbers use that match; 1 is all of it.
+double OrvDiffFloatComparison::usedTolerance(double master, double actual) const {
+  return master == actual ? 0 : std::fabs(master - actual) / getTolerance(master);
 }
 
 double OrvDiffFloatComparison::getTolerance(double master) const {

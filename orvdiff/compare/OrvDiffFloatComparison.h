@@ -68,6 +68,11 @@ class ORVDIFF_API OrvDiffFloatComparison {
   /// texts. A null text raises `VELAssertError`.
   std::optional<Mismatch> findFirstMismatch(const char* master, const char* actual) const;
 
+  /// The same, and sets `closest` to the pair that came closest to not matching: of all pairs
+  /// before the mismatch, the one that uses most of its tolerance. Nothing if all were equal.
+  std::optional<Mismatch> findFirstMismatch(const char* master, const char* actual,
+                                            std::optional<Mismatch>& closest) const;
+
  private:
   struct Side;  // how far the comparison has come in one text
 
@@ -86,6 +91,7 @@ class ORVDIFF_API OrvDiffFloatComparison {
 
   bool compare(double master, double actual) const;
   double getTolerance(double master) const;
+  double usedTolerance(double master, double actual) const;
   int getExponent(double f) const;
 
   static bool my_isnan(double value);

@@ -306,9 +306,9 @@ void OrvDiffLib::writeEncodedStringToFile(const char* fname, const char* encodin
 
 OrvDiffResult* OrvDiffLib::vmdCompare(const std::string& masterName, const std::string& actualName,
                                       const char* masterText, const char* actualText) {
-  VmdStatistics master;
-  VmdStatistics actual;
-  if (parseVmdStatistics(master, masterText) && parseVmdStatistics(actual, actualText) &&
+  OrvVmdStatistics master;
+  OrvVmdStatistics actual;
+  if (master.parse(masterText) && actual.parse(actualText) &&
       areWithinAllowances(master, actual)) {
     return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
   }

@@ -12,9 +12,6 @@ constexpr std::string_view kPaging = "Paging Statistics";
 constexpr std::string_view kPageOuts = "Page Outs: ";
 constexpr std::string_view kReferencedObjects = "Total Objects with reference count > 0 : ";
 
-constexpr std::int32_t kVirtualObjectsAllowance = 20;
-constexpr std::int32_t kPageOutsAllowance = 2;
-
 bool startsWith(std::string_view line, std::string_view prefix) {
   return line.substr(0, prefix.size()) == prefix;
 }
@@ -46,7 +43,7 @@ bool readVirtualObjects(std::string_view line, std::uint32_t& value) {
 }
 
 /// `line` has no line feed; `isWhole` says whether one followed it.
-bool parseLine(VmdStatistics& statistics, int number, std::string_view line, bool isWhole) {
+bool parseLine(OrvVmdStatistics& statistics, int number, std::string_view line, bool isWhole) {
   switch (number) {
     case 0:
     case 1:
@@ -78,12 +75,14 @@ bool isWithin(std::uint32_t master, std::uint32_t actual, std::int32_t allowance
 
 }  // namespace
 
-bool parseVmdStatistics(VmdStatistics& statistics, const char* text) {
+bool OrvVmdStatistics::parse(const char* text) {
   std::string_view rest(text != nullptr ? text : "");
+  malformedLine = 0;
   for (int number = 0; !rest.empty(); ++number) {
     const std::size_t end = rest.find('\n');
     const bool isWhole = end != std::string_view::npos;
-    if (!parseLine(statistics, number, rest.substr(0, end), isWhole)) {
+    if (!parseLine(*this, number, rest.substr(0, end), isWhole)) {
+      malformedLine = static_cast<std::size_t>(number) + 1;
       return false;
     }
     rest.remove_prefix(isWhole ? end + 1 : rest.size());
@@ -91,10 +90,10 @@ bool parseVmdStatistics(VmdStatistics& statistics, const char* text) {
   return true;
 }
 
-bool areWithinAllowances(const VmdStatistics& master, const VmdStatistics& actual) {
+bool areWithinAllowances(const OrvVmdStatistics& master, const OrvVmdStatistics& actual) {
   return master.mappingMode == actual.mappingMode &&
          isWithin(master.virtualObjectsCumulative, actual.virtualObjectsCumulative,
-                  kVirtualObjectsAllowance) &&
-         isWithin(master.pageOuts, actual.pageOuts, kPageOutsAllowance) &&
+                  kVmdVirtualObjectsAllowance) &&
+         isWithin(master.pageOuts, actual.pageOuts, kVmdPageOutsAllowance) &&
          master.referencedObjects == actual.referencedObjects;
 }

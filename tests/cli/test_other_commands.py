@@ -8,7 +8,7 @@ class Pairs(SuiteTest):
     def test_one_pair_by_the_rule_of_a_format_or_number_by_number(self):
         rows = [  # command, master, actual, status, what is said
             ("compare html", "<p id=\"a\">x</p>\n", "<p id=\"b\">x</p>", 0),
-            ("compare html", "<p>x</p>", "<p>y</p>", 1, "at 1:4 in the normalised text"),
+            ("compare html", "<p>x</p>", "<p>y</p>", 1, "1   - <p>x</p>\n"),
             ("compare html-png", "a\n", "a\r\n", 1, "differs  one -> other"),
             ("compare html", None, "x", 1, "the master does not exist"),
             ("compare html", "x", None, 1, "the actual output does not exist"),

@@ -35,6 +35,16 @@ std::string firstMismatch(const std::string& master, const std::string& actual) 
   return out.str();
 }
 
+TEST(OrvDiffFloatComparison, FindsThePairThatUsesMostOfItsTolerance) {
+  const std::string master = "1 100\n2 3", actual = "1.000000000000002 100.0000000000008\n2 4";
+  std::optional<OrvDiffFloatComparison::Mismatch> closest;
+  EXPECT_TRUE(OrvDiffFloatComparison().findFirstMismatch(master.c_str(), actual.c_str(), closest));
+  EXPECT_EQ(std::string(closest->master.start, closest->master.end), "100");
+  EXPECT_EQ(closest->actual.column, 19U);
+  EXPECT_FALSE(OrvDiffFloatComparison().findFirstMismatch("1 2", "1 2.0", closest));
+  EXPECT_FALSE(closest);
+}
+
 // Point for grouping and comma for decimals, as in much of Europe.
 class CommaPunctuation : public std::numpunct<char> {
   char do_decimal_point() const override { return ','; }
