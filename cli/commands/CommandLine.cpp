@@ -1,6 +1,8 @@
 #include "cli/commands/CommandLine.h"
 
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 
 #include "cli/commands/Arguments.h"
 #include "cli/commands/Verb.h"
@@ -82,9 +84,12 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& r
   }
   result.workingFolder = values.workingFolder;
   result.verbosity = values.verbosity();
-  result.perform = [chosen, common = CommonOptions{std::vector<std::string>(argv, argv + argc),
-                                                   values.verbosity(), values.color}] {
-    return chosen(common);
-  };
+  CommonOptions common = {
+      std::vector<std::string>(argv, argv + argc), {}, values.verbosity(), values.color};
+  if (!values.workingFolder.empty()) {
+    std::error_code unknown;
+    common.startFolder = std::filesystem::current_path(unknown).string();
+  }
+  result.perform = [chosen, common] { return chosen(common); };
   return std::nullopt;
 }

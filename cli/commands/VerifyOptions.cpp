@@ -90,9 +90,12 @@ void addVerify(CLI::App& app, Performer& chosen) {
       ->allow_extra_args(false)  // the word after the name is a location
       ->delimiter(',')
       ->option_text("NAME");
-  verb.add_option("--sub-folder", verify.formats.subFolder,
-                  "Subfolder of the master and output folders")
-      ->type_name("NAME");
+  verb.add_option("--sub-folder", verify.formats.subFolders,
+                  "Subfolder of the master and output folders; may be repeated")
+      ->allow_extra_args(false)
+      ->option_text("NAME");
+  verb.add_flag("--all-sub-folders", verify.formats.allSubFolders,
+                "Also verify every sub-folder of the master folders that is no format's own");
   verb.add_option("--folder-suffix", verify.formats.folderSuffix,
                   "Text appended to the names of output folders")
       ->type_name("TEXT");
@@ -115,6 +118,20 @@ void addVerify(CLI::App& app, Performer& chosen) {
                 "Save the normalised texts of each difference next to the output");
   verb.add_flag("--list", verify.listOnly, "List what would be compared, without comparing it");
   verb.add_flag("--allow-none", verify.allowNone, "Succeed even if there is nothing to verify");
+  verb.add_flag("--strict{all}", verify.strict,
+                "Make everything that was not accounted for an error, or only what is named: "
+                "--strict=orphans,outputs")
+      ->option_text("[=KINDS]");
+  verb.add_option("--newer-than", verify.newerThan,
+                  "Outputs written before TIME (2026-11-21T23:10, 12h, @SECONDS), or before FILE "
+                  "was, are stale")
+      ->check(notEmpty())
+      ->option_text("TIME|FILE");
+  verb.add_option("--work", verify.workFolder,
+                  "Look for the outputs from the working folder DIR, but leave the paths on the "
+                  "command line relative to the current folder")
+      ->check(notEmpty())
+      ->type_name("DIR");
   addWorkers(verb, verify);
   addRecord(verb, verify);
   addPlaces(verb, verify.formats);

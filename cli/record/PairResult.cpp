@@ -1,5 +1,7 @@
 #include "cli/record/PairResult.h"
 
+#include <sys/stat.h>
+
 #include <fstream>
 
 #include "cli/record/Archive.h"
@@ -29,6 +31,11 @@ bool isWithoutStatistics(const std::string& fileName) {
     ++lines;
   }
   return lines < 3;
+}
+
+bool isEmpty(const std::string& fileName) {
+  struct stat status = {};
+  return stat(fileName.c_str(), &status) == 0 && status.st_size == 0;
 }
 
 /// Fills a pair's result in from the library's.
@@ -124,8 +131,8 @@ void describe(Archive& archive, PairRecord& record) {
 
 template <typename Archive>
 void describe(Archive& archive, PairResult& pair) {
-  archive(pair.record, pair.countsForReport, pair.kind, pair.resultMaster, pair.resultOutput,
-          pair.namedFile, pair.normalizedMaster, pair.normalizedOutput);
+  archive(pair.record, pair.countsForReport, pair.comparedNothing, pair.kind, pair.resultMaster,
+          pair.resultOutput, pair.namedFile, pair.normalizedMaster, pair.normalizedOutput);
 }
 
 PairResult describeResult(const OrvDiffResult& result, std::optional<OrvOutputFormat> format) {
@@ -137,7 +144,10 @@ PairResult describeResult(const OrvDiffResult& result, std::optional<OrvOutputFo
       (isWithoutStatistics(record.master) || isWithoutStatistics(record.output))) {
     record.message =
         "nothing was compared: a VMD report of fewer than three lines has no statistics";
+  } else if (record.verdict == Verdict::Passed && isEmpty(record.output)) {
+    record.message = "nothing was compared: the output is empty, as the master says";
   }
+  pair.comparedNothing = record.verdict == Verdict::Passed && !record.message.empty();
   return pair;
 }
 

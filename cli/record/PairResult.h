@@ -25,7 +25,8 @@ struct PairResult {
   };
 
   PairRecord record;
-  bool countsForReport = true;  ///< false: the pair belongs to a report that is not verified
+  bool countsForReport = true;   ///< false: the pair belongs to a report that is not verified
+  bool comparedNothing = false;  ///< passed, but the files held nothing to compare
   Kind kind = Kind::None;
   std::string resultMaster;  ///< the names in the result, which for XML may both be the output's
   std::string resultOutput;
@@ -36,7 +37,7 @@ struct PairResult {
 
 /// A library's result as a pair's: verdict, message and place for people, and all that
 /// `rebuildResult` needs. Names files as the result does; the rest of the record is the caller's to
-/// fill in. A pass of a format that may have had nothing to compare says so.
+/// fill in. A pass of files with nothing to compare says so.
 PairResult describeResult(const OrvDiffResult& result, std::optional<OrvOutputFormat> format);
 
 /// The library's result again; null where there was none.

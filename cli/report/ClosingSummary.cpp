@@ -5,6 +5,7 @@
 #include <iostream>
 #include <utility>
 
+#include "cli/report/AccountPrinter.h"
 #include "cli/system/Interrupt.h"
 #include "cli/terminal/Printable.h"
 
@@ -49,6 +50,9 @@ void printCounts(const RunTotals& totals) {
   if (!totals.unverified.empty()) {
     std::cout << ", " << countOf(totals.unverified.size(), "report") << " not verified";
   }
+  if (const std::uint64_t count = countAccounted(totals.findings); count > 0) {
+    std::cout << ", " << count << " not accounted for";
+  }
   std::cout << " (" << std::fixed << std::setprecision(2) << totals.time.count() << " s)\n";
 }
 
@@ -90,13 +94,19 @@ void printClosingSummary(const RunTotals& totals, const std::vector<std::string>
   if (!totals.unverified.empty() && verbosity != Verbosity::Quiet) {
     printUnverified(totals.unverified, verbosity);
   }
+  if (verbosity != Verbosity::Quiet) {
+    printAccount(totals.findings);
+  }
   if (totals.interrupted) {
     std::cout << palette.paint(Color::Yellow, "Interrupted") << " after " << totals.done << " of "
               << countOf(totals.reports, "report") << ". ";
   } else if (!totals.pairs.allPassed()) {
     std::cout << palette.paint(Color::Red, "Not all passed.") << ' ';
   } else if (problems.empty() && totals.pairs.pairs() > 0) {
-    std::cout << palette.paint(Color::Green, "All passed.") << ' ';
+    std::cout << (totals.findings.empty()
+                      ? palette.paint(Color::Green, "All passed.")
+                      : palette.paint(Color::Yellow, "Everything compared passed."))
+              << ' ';
   }
   printCounts(totals);
   std::cout.flush();

@@ -118,7 +118,7 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
       continue;
     }
     result = start(task, format, pairs[i]);
-    if (!isWanted(result.record)) {
+    if (!isWanted(*m_formats[format].selected, result.record)) {
       continue;
     }
     result.countsForReport = owner == PairOwners::Owner::Itself;
@@ -128,7 +128,12 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
   }
 }
 
-bool PairVerifier::isWanted(const PairRecord& pair) const {
+bool PairVerifier::isWanted(const SelectedFormat& format, const PairRecord& pair) const {
+  const std::string_view master = pair.master;
+  if (m_settings.pictures != nullptr &&
+      m_settings.pictures->isLeftToAnother(format, master.substr(master.rfind('/') + 1))) {
+    return false;
+  }
   return m_settings.onlyPairs == nullptr ||
          m_settings.onlyPairs->count(pairKey(pair.report, pair.format, pair.master)) != 0;
 }
@@ -139,7 +144,7 @@ PairResult PairVerifier::start(std::uint32_t task, std::uint64_t format,
   PairResult result;
   result.record.report = m_reports[task];
   result.record.format = m_formats[format].selected->format->name;
-  result.record.subFolder = m_settings.subFolder;
+  result.record.subFolder = m_formats[format].selected->subFolder;
   result.record.master = pair.master;
   result.record.output = pair.actual;
   return result;
@@ -156,9 +161,7 @@ void PairVerifier::compare(const Format& format, const OrvFilePair& pair, PairRe
   const auto start = std::chrono::steady_clock::now();
   const double processorStart = m_settings.keepFacts ? processorSeconds() : 0;
   try {
-    const std::unique_ptr<const OrvDiffResult> outcome(engine.comparePair(pair, nullptr));
-    requireStartedScripts();
-    result = describeResult(*outcome, format.selected->format->format);
+    result = outcomeOf(*format.selected, pair);
     result.record.report = known.record.report;
     result.record.format = known.record.format;
     result.record.subFolder = known.record.subFolder;
@@ -177,6 +180,21 @@ void PairVerifier::compare(const Format& format, const OrvFilePair& pair, PairRe
     result.record.cpuSeconds = processorSeconds() - processorStart;
     addFacts(engine, result);
   }
+}
+
+/// The verdict on a pair. That of a stale output does not depend on what it holds.
+PairResult PairVerifier::outcomeOf(const SelectedFormat& format, const OrvFilePair& pair) const {
+  if (m_settings.newerThan) {
+    if (const auto why = whyStale(pair.actual, *m_settings.newerThan)) {
+      PairResult stale = describeResult(OrvDiffResultFail(pair.master, pair.actual), std::nullopt);
+      stale.record.verdict = Verdict::Stale;
+      stale.record.message = *why;
+      return stale;
+    }
+  }
+  const std::unique_ptr<const OrvDiffResult> outcome(format.engine->comparePair(pair, nullptr));
+  requireStartedScripts();
+  return describeResult(*outcome, format.format->format);
 }
 
 /// What only a record wants to know; this reads both files again.

@@ -2,13 +2,16 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
 
 #include "cli/record/PairResult.h"
 #include "cli/suite/FormatSelection.h"
+#include "cli/suite/NewerThan.h"
 #include "cli/suite/PairOwners.h"
+#include "cli/suite/SharedPictures.h"
 #include "cli/system/OutputCapture.h"
 #include "cli/terminal/Terminal.h"
 #include "cli/workers/WorkerPool.h"
@@ -25,12 +28,13 @@ std::string pairKey(const std::string& report, const std::string& format,
 class PairVerifier {
  public:
   struct Settings {
-    std::string subFolder;
     Verbosity verbosity = Verbosity::Normal;
     bool keepFacts =
         false;  ///< sizes, hashes, processor time and rules too, as a record wants them
     /// Keys of the pairs to compare; null: all.
     const std::unordered_set<std::string>* onlyPairs = nullptr;
+    const SharedPictures* pictures = nullptr;  ///< null: none is left to another format
+    std::optional<NewerThan> newerThan;        ///< what outputs must not be older than
   };
 
   /// All arguments but `settings` must outlive the verifier.
@@ -60,9 +64,10 @@ class PairVerifier {
 
   void verifyFormat(std::uint32_t task, std::uint64_t format, std::uint64_t firstStep,
                     WorkerLink& link);
-  bool isWanted(const PairRecord& pair) const;
+  bool isWanted(const SelectedFormat& format, const PairRecord& pair) const;
   PairResult start(std::uint32_t task, std::uint64_t format, const OrvFilePair& pair) const;
   void compare(const Format& format, const OrvFilePair& pair, PairResult& result);
+  PairResult outcomeOf(const SelectedFormat& format, const OrvFilePair& pair) const;
   void addFacts(const OrvDiffFileEngine& engine, PairResult& result) const;
 
   const std::vector<std::string>& m_reports;

@@ -1,0 +1,134 @@
+#include "cli/report/AccountPrinter.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <iostream>
+#include <iterator>
+#include <string_view>
+
+#include "cli/terminal/Printable.h"
+
+namespace {
+
+// What the texts below hold places for. Texts of files are put in as they are and escaped later.
+constexpr std::string_view kDetails = "{details}";  ///< what the findings belong to
+constexpr std::string_view kOptions = "{options}";  ///< that select the formats in the details
+constexpr std::string_view kDetail = "{detail}";    ///< that of the example
+
+/// One row for each kind that has a line. A remedy names only what there is today: when a verb is
+/// added that does away with a kind, its name belongs here.
+struct Wording {
+  FindingKind kind;
+  std::string_view one;  ///< after "1 "
+  std::string_view many;
+  std::string_view ofExample;  ///< after the path of the example
+  std::string_view remedy;
+};
+
+// clang-format off
+constexpr Wording kWordings[] = {
+    {FindingKind::SubFolder, "master in {details} was not read", "masters in {details} were not read", "",
+     "add --all-sub-folders, or choose with --sub-folder"},
+    {FindingKind::Format, "master of {details} was not read", "masters of {details} were not read", "",
+     "add {options}"},
+    {FindingKind::Suffix, "master of another suffix ({details}) was not read", "masters of other suffixes ({details}) were not read", "",
+     "check --folder-suffix and --cgs-suffix"},
+    {FindingKind::Case, "name is not the one looked for, but differs only in case or in its form of Unicode", "names are not those looked for, but differ only in case or in their form of Unicode", " (wanted: {detail})",
+     "rename it"},
+    {FindingKind::Unknown, "file among the masters fits no format", "files among the masters fit no format", "",
+     "correct its name or folder, or move it away"},
+    {FindingKind::Orphan, "master belongs to no report", "masters belong to no report", "",
+     "restore the report, or remove the master"},
+    {FindingKind::Claim, "master is claimed by several reports", "masters are claimed by several reports", " by {detail}",
+     "it counts for the longest name; if it is meant for another, rename one of them"},
+    {FindingKind::Unread, "master was not compared as it should have been", "masters were not compared as they should have been", " ({detail})",
+     "if the suite changed during the run, run again"},
+    {FindingKind::Output, "output has no master", "outputs have no master", "",
+     "if it is right, copy it to the masters"},
+    {FindingKind::Shared, "output is compared for reports of the same name in different folders", "outputs are compared for reports of the same name in different folders", " for {detail}",
+     "rename one of the reports"},
+    {FindingKind::Leftover, "file is left over from an earlier run", "files are left over from earlier runs", "",
+     "remove it; verify --save-normalized removes those that it wrote itself"},
+    {FindingKind::Picture, "picture was not compared as {details}, which has no output folder, but only in another format", "pictures were not compared as {details}, which have no output folder, but only in another format", "",
+     "name the formats that you expect with -f"},
+    {FindingKind::Vacuous, "pair passed although there was nothing to compare", "pairs passed although there was nothing to compare", "",
+     "check that its master is what you mean it to be"},
+    {FindingKind::Mask, "pass rests on outsized masks", "passes rest on outsized masks", "",
+     "look at what the rules take out of its texts"},
+    {FindingKind::Empty, "master is empty", "masters are empty", "",
+     "replace it"},
+    {FindingKind::Large, "master is too large to be compared", "masters are too large to be compared", " ({detail})",
+     "split the report"},
+    {FindingKind::Invalid, "master is not valid in its own format", "masters are not valid in their own formats", " ({detail})",
+     "replace it"},
+    {FindingKind::Identical, "master is the same as that of another report", "masters are the same as those of other reports", " and {detail}",
+     "check that neither was stored under a wrong name"},
+    {FindingKind::Pattern, "normalisation of a format changes no master", "normalisations of formats change no master", "",
+     "nothing, if no output needs it"},
+};
+// clang-format on
+
+const Wording* wordingOf(FindingKind kind) {
+  const auto* const found = std::find_if(std::begin(kWordings), std::end(kWordings),
+                                         [kind](const Wording& row) { return row.kind == kind; });
+  return found != std::end(kWordings) ? found : nullptr;
+}
+
+void fill(std::string& text, std::string_view place, const std::string& value) {
+  const std::size_t start = text.find(place);
+  if (start != std::string::npos) {
+    text.replace(start, place.size(), value);
+  }
+}
+
+std::string listed(const FindingTotal& total, std::string_view before, std::string_view after) {
+  std::string list;
+  for (const std::string& detail : total.details) {
+    list += list.empty() ? "" : ", ";
+    list += before;
+    list += !detail.empty()                        ? detail
+            : total.kind == FindingKind::SubFolder ? "no sub-folder"
+                                                   : "none";
+    list += after;
+  }
+  return list + (total.details.size() == FindingTotal::kMostDetails ? ", ..." : "");
+}
+
+}  // namespace
+
+std::string accountLine(const FindingTotal& total) {
+  const Wording* const wording = wordingOf(total.kind);
+  if (wording == nullptr) {
+    return {};
+  }
+  const bool isOne = total.count == 1;
+  std::string what(isOne ? wording->one : wording->many);
+  fill(what, kDetails, listed(total, "", ""));
+  std::string example(wording->ofExample);
+  fill(example, kDetail, total.example.detail);
+  std::string remedy(wording->remedy);
+  fill(remedy, kOptions, listed(total, "--", "-output-dir NAME"));
+  return std::to_string(total.count) + ' ' + what + (isOne ? ": " : ", such as ") +
+         total.example.path + example + "; " + remedy;
+}
+
+void printAccount(const std::vector<FindingTotal>& totals) {
+  constexpr int kKeyColumns = 13;
+  if (countAccounted(totals) > 0) {
+    std::cout << "Not accounted for:\n";
+  }
+  for (const FindingTotal& total : totals) {
+    if (const std::string line = accountLine(total); !line.empty()) {
+      std::cout << "    " << std::left << std::setw(kKeyColumns) << keyOf(total.kind)
+                << printable(line) << '\n';
+    }
+  }
+}
+
+std::uint64_t countAccounted(const std::vector<FindingTotal>& totals) {
+  std::uint64_t count = 0;
+  for (const FindingTotal& total : totals) {
+    count += wordingOf(total.kind) != nullptr ? total.count : 0;
+  }
+  return count;
+}

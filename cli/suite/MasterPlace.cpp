@@ -1,0 +1,63 @@
+#include "cli/suite/MasterPlace.h"
+
+#include <utility>
+
+#include "cli/suite/PairOwners.h"
+
+namespace {
+
+std::string folderOf(const std::string& path) {
+  return path.substr(0, path.rfind('/') + 1);
+}
+
+}  // namespace
+
+std::string MasterPlace::pathOf(const std::string& folder, std::string_view name) const {
+  std::string path = homes.front().folder + kMasterFolder;
+  for (const std::string_view level : {std::string_view(folder), name}) {
+    if (!level.empty()) {
+      path += '/';
+      path += level;
+    }
+  }
+  return path;
+}
+
+std::optional<std::uint32_t> MasterPlace::ownerOf(std::string_view name) const {
+  const StemIndex::Stem* owner = nullptr;
+  for (const ReportHome& home : homes) {
+    const StemIndex::Stem* const longest = home.stems.longest(name);
+    if (longest != nullptr && (owner == nullptr || longest->text.size() > owner->text.size())) {
+      owner = longest;
+    }
+  }
+  return owner != nullptr ? std::optional(owner->report) : std::nullopt;
+}
+
+std::map<FolderId, MasterPlace> findMasterPlaces(const FoundReports& found) {
+  struct Reports {
+    std::vector<StemIndex::Stem> stems;
+    bool isSearched = false;
+  };
+  std::map<std::string, Reports> homes;
+  for (const std::string& folder : found.masterFolders) {
+    homes[folderOf(folder)].isSearched = true;
+  }
+  std::uint32_t number = 0;
+  for (const auto* const paths : {&found.reports, &found.neighbours}) {
+    for (const std::string& path : *paths) {
+      std::string folder = folderOf(path);
+      homes[folder].stems.push_back({std::string(stemOf(path).substr(folder.size())), number++});
+    }
+  }
+  std::map<FolderId, MasterPlace> places;
+  for (auto& [folder, reports] : homes) {
+    const FolderId id = folderId(folder + kMasterFolder);
+    if (id != FolderId{}) {
+      MasterPlace& place = places[id];
+      place.homes.push_back({folder, StemIndex(std::move(reports.stems))});
+      place.isSearched = place.isSearched || reports.isSearched;
+    }
+  }
+  return places;
+}
