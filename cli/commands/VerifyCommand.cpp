@@ -82,10 +82,12 @@ ExitStatus run(const VerifyOptions& given) {
   VerifyOptions options = given;
   const std::set<FindingKind> strict = Accounting::strictKinds(options.strict);
   const std::optional<NewerThan> newerThan = newerThanOf(options);  // a file of the user's folder
-  enterWorkFolder(options);
+  enterWorkFolder(options.workFolder, options.locations,
+                  {&options.summaryFile, &options.harnessLog, &options.recordFolder,
+                   &options.failedRecord, &options.formats.layoutData.schema});
   std::vector<SelectedFormat> formats = selectFormats(options.formats);
   OutputPlaces places(options);
-  requireLocations(options);
+  requireLocations(options.locations, options.startFolder);
   const RunPlan plan = planRun(options);
   if (addSubFolders(options.formats, formats, plan.found)) {
     formats = selectFormats(options.formats);

@@ -24,44 +24,44 @@ std::string locationFrom(const fs::path& to, const fs::path& from, const std::st
 
 }  // namespace
 
-void enterWorkFolder(VerifyOptions& options) {
-  if (options.workFolder.empty()) {
+void enterWorkFolder(const std::string& workFolder, std::vector<std::string>& locations,
+                     const std::vector<std::string*>& files) {
+  if (workFolder.empty()) {
     return;
   }
   std::error_code error;
   const fs::path from = fs::current_path(error);
   fs::path to;
   if (!error) {
-    to = fs::canonical(options.workFolder, error);
+    to = fs::canonical(workFolder, error);
   }
   if (!error) {
     fs::current_path(to, error);
   }
   if (error) {
-    throw CommandError("--work " + options.workFolder + ": " + error.message());
+    throw CommandError("--work " + workFolder + ": " + error.message());
   }
-  for (std::string& location : options.locations) {
+  for (std::string& location : locations) {
     location = locationFrom(to, from, location);
   }
-  for (std::string* const file : {&options.summaryFile, &options.harnessLog, &options.recordFolder,
-                                  &options.failedRecord, &options.formats.layoutData.schema}) {
+  for (std::string* const file : files) {
     if (!file->empty() && !SummaryFile::isStandardOutput(*file)) {
       *file = from / *file;
     }
   }
 }
 
-void requireLocations(const VerifyOptions& options) {
+void requireLocations(const std::vector<std::string>& locations, const std::string& startFolder) {
   std::error_code error;
-  for (const std::string& location : options.locations) {
+  for (const std::string& location : locations) {
     const fs::path path(location);
-    if (path.empty() || path.is_absolute() || options.startFolder.empty() ||
+    if (path.empty() || path.is_absolute() || startFolder.empty() ||
         fs::symlink_status(path, error).type() != fs::file_type::not_found ||
-        !fs::exists(options.startFolder / path, error)) {
+        !fs::exists(startFolder / path, error)) {
       continue;  // if there is anything wrong with it, the search for reports says so
     }
     throw CommandError(location + " does not exist in " + fs::current_path(error).string() +
-                       ", the folder of -C, but in " + options.startFolder +
+                       ", the folder of -C, but in " + startFolder +
                        "; to leave paths relative to that, use --work instead of -C");
   }
 }

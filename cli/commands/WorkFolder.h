@@ -3,13 +3,13 @@
 #include <string>
 #include <vector>
 
-#include "cli/commands/VerifyOptions.h"
+/// Enters the folder `workFolder` of --work, if any, and rewrites the user's other paths, which are
+/// relative to the folder it leaves, so that they name the same files from there: the `locations`,
+/// and `files`, of which those that are empty or "-" stay as they are. Raises `CommandError` if the
+/// folder cannot be entered.
+void enterWorkFolder(const std::string& workFolder, std::vector<std::string>& locations,
+                     const std::vector<std::string*>& files);
 
-/// Enters the folder that --work names, if any, and rewrites the other paths of `options`, which
-/// are relative to the folder it leaves, so that they name the same files from there. Raises
-/// `CommandError` if it cannot be entered.
-void enterWorkFolder(VerifyOptions& options);
-
-/// Raises `CommandError` for a location that does not exist, which explains what it is relative to:
-/// -C changes that, --work does not.
-void requireLocations(const VerifyOptions& options);
+/// Raises `CommandError` for a location that exists only in `startFolder`, the folder that -C has
+/// left (empty: there was no -C), and explains the difference between -C and --work.
+void requireLocations(const std::vector<std::string>& locations, const std::string& startFolder);

@@ -15,14 +15,16 @@ constexpr std::string_view kDetails = "{details}";  ///< what the findings belon
 constexpr std::string_view kOptions = "{options}";  ///< that select the formats in the details
 constexpr std::string_view kDetail = "{detail}";    ///< that of the example
 
-/// One row for each kind that has a line. A remedy names only what there is today: when a verb is
-/// added that does away with a kind, its name belongs here.
+/// One row for each kind that has a line; `one` is empty for those that only an audit lists. A
+/// remedy names only what there is today: when a verb is added that does away with a kind, its name
+/// belongs here.
 struct Wording {
   FindingKind kind;
   std::string_view one;  ///< after "1 "
   std::string_view many;
   std::string_view ofExample;  ///< after the path of the example
   std::string_view remedy;
+  bool isToldElsewhere = false;  ///< by a run, which has no line for it then
 };
 
 // clang-format off
@@ -55,6 +57,10 @@ constexpr Wording kWordings[] = {
      "check that its master is what you mean it to be"},
     {FindingKind::Mask, "pass rests on outsized masks", "passes rest on outsized masks", "",
      "look at what the rules take out of its texts"},
+    {FindingKind::Unverified, "report has no master in any selected format", "reports have no master in any selected format", "",
+     "store one", true},
+    {FindingKind::Unreadable, "folder or file cannot be read", "folders or files cannot be read", "",
+     "make it readable", true},
     {FindingKind::Empty, "master is empty", "masters are empty", "",
      "replace it"},
     {FindingKind::Large, "master is too large to be compared", "masters are too large to be compared", " ({detail})",
@@ -94,22 +100,35 @@ std::string listed(const FindingTotal& total, std::string_view before, std::stri
   return list + (total.details.size() == FindingTotal::kMostDetails ? ", ..." : "");
 }
 
+std::string whatIsSaid(const Wording& wording, const FindingTotal& total) {
+  std::string what(total.count == 1 ? wording.one : wording.many);
+  fill(what, kDetails, listed(total, "", ""));
+  return std::to_string(total.count) + ' ' + what;
+}
+
+std::string remedyFor(const Wording& wording, const FindingTotal& total) {
+  std::string remedy(wording.remedy);
+  fill(remedy, kOptions, listed(total, "--", "-output-dir NAME"));
+  return remedy;
+}
+
 }  // namespace
 
 std::string accountLine(const FindingTotal& total) {
   const Wording* const wording = wordingOf(total.kind);
-  if (wording == nullptr) {
+  if (wording == nullptr || wording->isToldElsewhere) {
     return {};
   }
-  const bool isOne = total.count == 1;
-  std::string what(isOne ? wording->one : wording->many);
-  fill(what, kDetails, listed(total, "", ""));
   std::string example(wording->ofExample);
   fill(example, kDetail, total.example.detail);
-  std::string remedy(wording->remedy);
-  fill(remedy, kOptions, listed(total, "--", "-output-dir NAME"));
-  return std::to_string(total.count) + ' ' + what + (isOne ? ": " : ", such as ") +
-         total.example.path + example + "; " + remedy;
+  return whatIsSaid(*wording, total) + (total.count == 1 ? ": " : ", such as ") +
+         total.example.path + example + "; " + remedyFor(*wording, total);
+}
+
+std::string accountHeading(const FindingTotal& total) {
+  const Wording* const wording = wordingOf(total.kind);
+  return wording != nullptr ? whatIsSaid(*wording, total) + "; " + remedyFor(*wording, total)
+                            : std::to_string(total.count);
 }
 
 void printAccount(const std::vector<FindingTotal>& totals) {
@@ -128,7 +147,7 @@ void printAccount(const std::vector<FindingTotal>& totals) {
 std::uint64_t countAccounted(const std::vector<FindingTotal>& totals) {
   std::uint64_t count = 0;
   for (const FindingTotal& total : totals) {
-    count += wordingOf(total.kind) != nullptr ? total.count : 0;
+    count += accountLine(total).empty() ? 0 : total.count;
   }
   return count;
 }

@@ -10,6 +10,9 @@
 /// ...: ...". Empty for a kind that is told pair by pair, or elsewhere.
 std::string accountLine(const FindingTotal& total);
 
+/// The same without the example, for every kind that has words: a heading for a list.
+std::string accountHeading(const FindingTotal& total);
+
 /// Prints a line for each total that has one, on `std::cout`.
 void printAccount(const std::vector<FindingTotal>& totals);
 

@@ -109,13 +109,16 @@ void MasterInventory::expect(const ReportHome& home, const MasterRule& rule, con
   if (!m_request.scope.asksFor(report)) {
     return;
   }
+  std::string master = home.folder + kMasterFolder + '/';
+  master += rule.folderAsWritten.empty() ? "" : rule.folderAsWritten + '/';
+  master += file.name;
+  if (m_request.visit) {
+    m_request.visit(rule, master, report);
+  }
   if (m_request.pictures.isLeftToAnother(format, file.name)) {
     m_sink({FindingKind::Picture, file.path(), std::string(rule.format)});
     return;
   }
-  std::string master = home.folder + kMasterFolder + '/';
-  master += rule.folderAsWritten.empty() ? "" : rule.folderAsWritten + '/';
-  master += file.name;
   if (m_request.compared != nullptr && !m_request.compared->holds(rule.format, master)) {
     m_sink({FindingKind::Unread, master, std::string(rule.format)});
   }

@@ -70,4 +70,4 @@ class MasterRules {
 /// that are not formats' own. Hidden ones are none. Raises `CommandError` for a folder that cannot
 /// be read.
 std::set<std::string> findSubFolders(const std::vector<std::string>& masterFolders,
-                                        const MasterRules& rules);
+                                     const MasterRules& rules);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
+#include <string>
 #include <vector>
 
 #include "cli/suite/Finding.h"
@@ -20,6 +23,10 @@ struct InventoryScope {
   bool asksFor(std::uint32_t report) const { return report < isAsked.size() && isAsked[report]; }
 };
 
+/// Hears of each master that belongs to an asked report, once for every format that compares it.
+using MasterVisit =
+    std::function<void(const MasterRule& rule, const std::string& master, std::uint32_t report)>;
+
 /// What to take stock of. Everything must outlive the call.
 struct InventoryRequest {
   const FoundReports& found;
@@ -29,6 +36,7 @@ struct InventoryRequest {
   const InventoryScope& scope;
   const PairLedger* compared = nullptr;  ///< null: nothing was compared
   bool removesLeftovers = false;         ///< normalised texts of pairs that pass now
+  MasterVisit visit{};                   ///< may be empty
 };
 
 /// Reads every folder of masters and every output folder of the selected formats once, and tells

@@ -272,3 +272,56 @@ class WorkFolder(SuiteTest):
         self.expect(self.run_program("-C", "../suite", "verify", "mine"), 2,
                     err=f"orvdiff: mine does not exist in {self.server}/suite, the folder of -C, "
                         f"but in {self.work}; to leave paths relative to that, use --work...")
+
+
+class Audit(SuiteTest):
+    def audit(self, *arguments):
+        run = self.run_program("audit", "--json", *arguments, "../suite")
+        return run, [json.loads(line) for line in run.out.splitlines()]
+
+    def test_masters_that_cannot_be_right(self):
+        chunk = b"\0\0\0\0IEND\xaeB`\x82"
+        png = b"\x89PNG\r\n\x1a\n"
+        for name, content, kind, why in [
+                ("a.html", "", "empty", ""), ("b.html", b"x\0y", "invalid", "NUL byte"),
+                ("c.xml", "<a>\n<b></a>", "invalid", "2:"), ("d.xml", "<a>&b;</a>", "invalid", "1:"),
+                ("JSON/e.json", "{1}", "invalid", "JSON"), ("f.png", "GIF", "invalid", "not a PNG"),
+                ("g.png", png + b"\0\0\0\0IDAT1234" + chunk, "invalid", "checksum"),
+                ("h.png", png, "invalid", "cut short"), ("PDF/i.pdf", "<html>", "invalid", "PDF"),
+                ("XLS2007/j.xlsx", "x", "invalid", "workbook"), ("k.png", png + chunk, None, None),
+                ("l.xml", '<!DOCTYPE a SYSTEM "file:///nowhere"><a/>', None, None)]:
+            with self.subTest(name):
+                self.report("R")
+                folder, base = os.path.split(name)
+                self.write(f"suite/Masters/{folder}/R{base}", content)
+                run, found = self.audit()
+                found = [finding for finding in found if finding["kind"] != "patterns"]
+                self.assertEqual(run.status, 1 if kind else 0, run.out + run.err)
+                self.assertEqual([finding["kind"] for finding in found], [kind] if kind else [])
+                self.assertIn(why or "", str(found))
+                shutil.rmtree(self.server / "suite/Masters")
+                (self.server / "suite/Masters").mkdir()
+
+    def test_what_a_whole_suite_shows(self):
+        for name, master in (("A", "<p>x</p>"), ("B", "<p>x</p>"), ("B_2", None), ("Large", "x")):
+            self.report(name, master)
+        self.write("suite/Masters/B_2.html", "<p>x</p>")
+        os.truncate(self.server / "suite/Masters/Large.html", 1 << 31)
+        self.write("suite/Masters/Gone.html", "<p>gone</p>")
+        self.write("webcontent/bi/v5DebugHTML/New\udcff.html", "x")
+        run, found = self.audit("--fix-list", "fixes")
+        self.assertEqual(run.status, 1)
+        kinds = [finding["kind"] for finding in found]
+        self.assertEqual(kinds[:6], ["orphans", "claims", "outputs", "large", "identical",
+                                     "identical"])
+        self.assertEqual(kinds.count("patterns"), 17)
+        self.assertEqual([json.loads(line) for line in (self.work / "fixes").read_text().splitlines()],
+                         [{"fix": "remove", **found[0]}, {"fix": "accept", **found[2]}])
+        text = self.run_program("audit", "../suite")
+        self.expect(text, 1, "orphans: 1 master belongs to no report; ", "    ../suite/Masters/Gone",
+                    "6 findings. 4 reports, 4 masters\n")
+        self.expect(self.run_program("audit", "-f", "xml", "../suite"), 0, out="Clean. 4 reports, "
+                    "0 masters\n")
+        (self.server / "suite/Masters/locked").mkdir(mode=0)
+        self.assertEqual(self.run_as_nobody("audit", "../suite").status, 2)
+        self.expect(self.run_program("audit", "../webcontent"), 2, err="orvdiff: no reports...")
