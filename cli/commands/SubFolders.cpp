@@ -1,15 +1,30 @@
 #include "cli/commands/SubFolders.h"
 
+#include <filesystem>
 #include <set>
 #include <string>
 
 #include "cli/suite/MasterPlace.h"
 #include "cli/suite/MasterRules.h"
 
+namespace {
+
+/// The name without what makes no difference: "./fr/" is "fr".
+std::string plain(const std::string& subFolder) {
+  const std::string path = std::filesystem::path('/' + subFolder).lexically_normal();
+  const std::size_t end = path.find_last_not_of('/');
+  const std::size_t start = path.find_first_not_of('/');
+  return start == std::string::npos ? "" : path.substr(start, end + 1 - start);
+}
+
+}  // namespace
+
 bool addSubFolders(FormatOptions& options, const std::vector<SelectedFormat>& formats,
                    const FoundReports& found) {
-  std::set<std::string> all(options.subFolders.begin(), options.subFolders.end());
-  const bool isRepeated = all.size() < options.subFolders.size();
+  std::set<std::string> all;
+  for (const std::string& subFolder : options.subFolders) {
+    all.insert(plain(subFolder));
+  }
   if (options.allSubFolders) {
     std::vector<std::string> masterFolders;
     for (const auto& [id, place] : findMasterPlaces(found)) {
@@ -18,9 +33,10 @@ bool addSubFolders(FormatOptions& options, const std::vector<SelectedFormat>& fo
     all.insert("");
     all.merge(findSubFolders(masterFolders, MasterRules(formats, options)));
   }
-  if (all.size() == options.subFolders.size() && !isRepeated) {
+  const std::vector<std::string> complete(all.begin(), all.end());
+  if (complete == options.subFolders) {
     return false;
   }
-  options.subFolders.assign(all.begin(), all.end());
+  options.subFolders = complete;
   return true;
 }

@@ -99,7 +99,8 @@ void MasterInventory::expect(const ReportHome& home, const MasterRule& rule, con
   const auto [output, isNew] =
       m_expected[format.outputFolder].try_emplace(std::string(file.name), own);
   OutputClaim& first = output->second;
-  if (!isNew && first.reportFolder != home.folder && !first.isShared) {
+  if (!isNew && !first.isShared && first.reportFolder != home.folder &&
+      folderId(std::string(first.reportFolder)) != folderId(home.folder)) {
     first.isShared = true;
     if (m_request.scope.asksFor(first.report)) {
       m_sink({FindingKind::Shared, format.outputFolder + '/' + std::string(file.name),
@@ -109,7 +110,7 @@ void MasterInventory::expect(const ReportHome& home, const MasterRule& rule, con
   if (!m_request.scope.asksFor(report)) {
     return;
   }
-  std::string master = home.folder + kMasterFolder + '/';
+  std::string master = mastersBeside(home.folder) + '/';
   master += rule.folderAsWritten.empty() ? "" : rule.folderAsWritten + '/';
   master += file.name;
   if (m_request.visit) {

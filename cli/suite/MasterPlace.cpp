@@ -12,8 +12,13 @@ std::string folderOf(const std::string& path) {
 
 }  // namespace
 
+std::string mastersBeside(const std::string& folder) {
+  const bool hasTwoSlashes = folder.size() > 1 && folder[folder.size() - 2] == '/';
+  return folder.substr(0, folder.size() - (hasTwoSlashes ? 1 : 0)) + kMasterFolder;
+}
+
 std::string MasterPlace::pathOf(const std::string& folder, std::string_view name) const {
-  std::string path = homes.front().folder + kMasterFolder;
+  std::string path = mastersBeside(homes.front().folder);
   for (const std::string_view level : {std::string_view(folder), name}) {
     if (!level.empty()) {
       path += '/';
@@ -52,7 +57,7 @@ std::map<FolderId, MasterPlace> findMasterPlaces(const FoundReports& found) {
   }
   std::map<FolderId, MasterPlace> places;
   for (auto& [folder, reports] : homes) {
-    const FolderId id = folderId(folder + kMasterFolder);
+    const FolderId id = folderId(mastersBeside(folder));
     if (id != FolderId{}) {
       MasterPlace& place = places[id];
       place.homes.push_back({folder, StemIndex(std::move(reports.stems))});

@@ -17,6 +17,9 @@ struct ReportHome {
   StemIndex stems;     ///< names of its reports; those of neighbours are numbered after the others
 };
 
+/// The path of "Masters" beside the reports in `folder`, as engines write it.
+std::string mastersBeside(const std::string& folder);
+
 /// A folder "Masters". Links can make it that of several folders of reports.
 struct MasterPlace {
   std::vector<ReportHome> homes;

@@ -30,6 +30,25 @@ bool hasMastersBelow(const std::string& folder, const Ids& known, int levels) {
   });
 }
 
+/// Whether another location contains this one, so that what is beside it is searched too.
+bool isInside(const std::string& location, const Ids& known) {
+  constexpr int kMostLevels = 64;
+  std::string above = location;
+  for (int level = 0; level < kMostLevels; ++level) {
+    above += "/..";
+    if (std::find(known.begin(), known.end(), folderId(above)) != known.end()) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool hasMastersBeside(const std::string& location, const Ids& known) {
+  const std::string parent = location + "/..";
+  return folderId(parent) != folderId("..") && !isInside(location, known) &&
+         (isThere(parent + '/' + kMasterFolder) || hasMastersBelow(parent, known, kLevels));
+}
+
 }  // namespace
 
 bool areWholeSuite(const std::vector<std::string>& locations) {
@@ -37,11 +56,7 @@ bool areWholeSuite(const std::vector<std::string>& locations) {
   for (const std::string& location : locations) {
     known.push_back(folderId(location));
   }
-  const FolderId server = folderId("..");
-  return std::none_of(locations.begin(), locations.end(), [&](const std::string& location) {
-    const std::string parent = location + "/..";
-    return !isThere(location) ||
-           (folderId(parent) != server &&
-            (isThere(parent + '/' + kMasterFolder) || hasMastersBelow(parent, known, kLevels)));
+  return std::all_of(locations.begin(), locations.end(), [&known](const std::string& location) {
+    return isThere(location) && !hasMastersBeside(location, known);
   });
 }

@@ -156,6 +156,22 @@ class Accounting(SuiteTest):
         self.files("webcontent/bi/v5DebugHTML/Far_2.html")
         self.expect(self.verify(locations=["../suite/far"]), 0, "1 output has no master: ")
 
+    def test_it_makes_no_difference_how_a_place_is_named(self):
+        self.report("Far", "<p>x</p>", "<p>x</p>", folder="suite/far")
+        self.files("suite/Masters/fr/Good.html", "webcontent/bi/v5DebugHTML/fr/Good.html")
+        for arguments, locations in [
+                (("--all-sub-folders",), ["../suite/", "../suite/far", "../suite//Good.xml"]),
+                (("--all-sub-folders",), [str(self.server / "suite")]),
+                (("--sub-folder", "./fr//", "--sub-folder", ""), ["../suite//Good.xml"]),
+                (("-C", "../suite", "--all-sub-folders"), ["."]),
+                (("-C", "../suite", "--all-sub-folders"), ["Good.xml", "./far"])]:
+            with self.subTest(arguments=arguments, locations=locations):
+                run = self.verify("--strict", *arguments, locations=locations)
+                self.expect(run, 0, "All passed. ")
+        self.files("webcontent/bi/v5DebugHTML/Extra.html")
+        for locations in (["../suite", "../suite/far"], [str(self.server / "suite") + "/"]):
+            self.expect(self.verify(locations=locations), 0, "1 output has no master")
+
     def test_shards_say_together_what_one_run_says(self):
         for build in (self.report_deleted, self.extra_output, self.language_skipped,
                       self.prefix_claim, self.shared_output, self.format_needing_options):
