@@ -9,7 +9,7 @@
 #include <string>
 #include <xercesc/util/PlatformUtils.hpp>
 
-#include "tests/support/LiteralXmlParser.h"
+#include "fuzz/LiteralXmlParser.h"
 
 namespace {
 

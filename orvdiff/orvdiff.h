@@ -25,6 +25,7 @@
 #include "orvdiff/formats/OrvDiffTextEngines.h"
 #include "orvdiff/formats/OrvDiffTextFileTypeEngine.h"
 #include "orvdiff/formats/OrvDiffWellFormedXmlFileEngine.h"
+#include "orvdiff/formats/OrvXerces.h"
 #include "orvdiff/harness/MOXTestHarness.h"
 #include "orvdiff/logs/OrvDiffFileLog.h"
 #include "orvdiff/logs/OrvDiffLogNormalized.h"

@@ -11,13 +11,13 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
-#include <xercesc/util/PlatformUtils.hpp>
 
 #include "orvdiff/compare/OrvDiffFloatComparison.h"
 #include "orvdiff/orvdiff.h"
@@ -100,7 +100,7 @@ void checkFile(const char* actual, const char* expected, Tally& tally) {
 int main(int argc, char** argv) {
   const std::string_view work = argc == 4 ? argv[1] : "";
   Tally tally;
-  xercesc::XMLPlatformUtils::Initialize();
+  OrvXerces::initializeOnDemand([](const char*) { std::abort(); });
   try {
     if (work == "suite") {
       verifySuite(argv[2], argv[3], tally);

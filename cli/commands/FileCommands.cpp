@@ -23,13 +23,18 @@ InputText readText(const std::string& fileName, OrvFileHandle& file, Verbosity v
   }
 }
 
-ExitStatus printPair(const OrvDiffResult& result, const PairOptions& options,
-                     std::optional<OrvOutputFormat> format, std::string printed) {
-  PairRecord record = describeResult(result, format).record;
-  record.printed = std::move(printed);
+PairRecord recordOf(const OrvDiffResult& result, std::optional<OrvOutputFormat> format) {
+  PairResult pair;
+  describeResult(result, format, pair);
+  pair.record.master = pair.resultMaster;
+  pair.record.output = pair.resultOutput;
+  return std::move(pair.record);
+}
+
+ExitStatus printPair(const PairRecord& pair, const CommonOptions& options) {
   const Palette palette(options.color);
-  ResultPrinter(options.verbosity, palette).print(record);
+  ResultPrinter(options.verbosity, palette).print(pair);
   RunTotals totals;
-  totals.pairs.add(record);
+  totals.pairs.add(pair);
   return exitStatusOf(totals, {});
 }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "cli/commands/Options.h"
+#include "cli/record/PairRecord.h"
 #include "orvdiff/compare/OrvFileHandle.h"
 #include "orvdiff/compare/OrvTextBuffer.h"
 #include "orvdiff/platform/OrvOutputFormat.h"
@@ -21,8 +22,9 @@ struct InputText {
 /// Reads an open file. Raises `CommandError` naming the file if it cannot be read in full.
 InputText readText(const std::string& fileName, OrvFileHandle& file, Verbosity verbosity);
 
-/// Prints the result of comparing two files, with what engine and script `printed`, and returns the
-/// exit status it stands for.
-ExitStatus printPair(const OrvDiffResult& result, const PairOptions& options,
-                     std::optional<OrvOutputFormat> format = std::nullopt,
-                     std::string printed = {});
+/// Prints what came of comparing two files, and returns the exit status it stands for.
+ExitStatus printPair(const PairRecord& pair, const CommonOptions& options);
+
+/// What a record says of the result of comparing two files.
+PairRecord recordOf(const OrvDiffResult& result,
+                    std::optional<OrvOutputFormat> format = std::nullopt);

@@ -6,7 +6,6 @@
 
 #include "cli/commands/CommandLine.h"
 #include "cli/commands/Verb.h"
-#include "cli/system/XercesStart.h"
 #include "orvdiff/formats/OrvDiffFormats.h"
 
 namespace {
@@ -18,9 +17,6 @@ Row describe(const OrvDiffFormat& format) {
   const std::string option = "--" + name + "-output-dir";
   OrvFormatArguments arguments;
   arguments.outputDirectoryTypeName = option.c_str();
-  if (format.validatesXml) {
-    startXerces();
-  }
   const auto engine = format.createEngine(arguments);
   return {name, engine->getOutputDirectoryTypeName(), engine->getMasterPattern("REPORT"),
           std::string(format.comparison)};

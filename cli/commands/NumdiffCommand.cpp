@@ -74,7 +74,7 @@ ExitStatus run(const PairOptions& options) {
     result = mismatch ? std::make_unique<OrvDiffResultFailDiff>(options.master, options.actual)
                       : passOf(options, masterText, actualText);
   }
-  const ExitStatus status = printPair(*result, options);
+  const ExitStatus status = printPair(recordOf(*result), options);
   if (mismatch && options.verbosity != Verbosity::Quiet) {
     printMismatch(*mismatch);
   }

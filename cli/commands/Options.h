@@ -15,6 +15,8 @@ struct CommonOptions {
   ColorChoice color = ColorChoice::Auto;
 };
 
+constexpr double kSecondsPerPair = 300;  ///< if the user does not say otherwise
+
 /// Two files to compare.
 struct PairOptions : CommonOptions {
   std::string master;

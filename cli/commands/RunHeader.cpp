@@ -47,6 +47,7 @@ RunRecord startedRun(const VerifyOptions& options, const RunPlan& plan) {
   RunRecord run;
   run.program = ORVDIFF_VERSION;
   run.commandLine = commonWords(options.words);
+  run.formats = options.formats;
   std::error_code unknown;
   run.workingFolder = std::filesystem::current_path(unknown).string();
   std::array<char, 256> host = {};

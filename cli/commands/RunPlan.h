@@ -3,19 +3,18 @@
 #include <cstddef>
 #include <optional>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 #include "cli/commands/VerifyOptions.h"
 #include "cli/suite/ReportFinder.h"
+#include "cli/workers/PairVerifier.h"
 
 /// What a run is to verify: everything at its locations, one share of that, or what did not pass
 /// in an earlier run.
 struct RunPlan {
-  FoundReports found;                ///< at the locations
-  std::vector<std::string> reports;  ///< those of `found` to verify, sorted
-  /// Keys (`pairKey`) of the pairs to compare; none: all.
-  std::optional<std::unordered_set<std::string>> onlyPairs;
+  FoundReports found;                    ///< at the locations
+  std::vector<std::string> reports;      ///< those of `found` to verify, sorted
+  std::optional<WantedPairs> onlyPairs;  ///< none: all
   std::string announcement;  ///< what a person should know about the selection; may be empty
 };
 

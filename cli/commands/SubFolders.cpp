@@ -27,7 +27,7 @@ bool addSubFolders(FormatOptions& options, const std::vector<SelectedFormat>& fo
   }
   if (options.allSubFolders) {
     std::vector<std::string> masterFolders;
-    for (const auto& [id, place] : findMasterPlaces(found)) {
+    for (const MasterPlace& place : findMasterPlaces(found)) {
       masterFolders.push_back(place.pathOf(""));
     }
     all.insert("");

@@ -1,16 +1,13 @@
 #include "cli/commands/SuiteRun.h"
 
-#include <sys/wait.h>
-
-#include <cstring>
 #include <exception>
 #include <iostream>
-#include <sstream>
 
 #include "cli/suite/PairOwners.h"
 #include "cli/system/Interrupt.h"
 #include "cli/terminal/ErrorCause.h"
 #include "cli/terminal/Printable.h"
+#include "cli/workers/LostPair.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
 namespace {
@@ -21,15 +18,6 @@ void sendPrinted() {
   if (std::cout.rdbuf()->pubsync() != 0) {
     std::cout.setstate(std::ios::badbit);
   }
-}
-
-/// What became of a worker, such as "signal 11 (Segmentation fault)".
-std::string describeEnd(int waitStatus) {
-  if (WIFSIGNALED(waitStatus)) {
-    const int signal = WTERMSIG(waitStatus);
-    return "signal " + std::to_string(signal) + " (" + strsignal(signal) + ')';
-  }
-  return "the process ended with status " + std::to_string(WEXITSTATUS(waitStatus));
 }
 
 std::string notCompared(std::size_t pairs, const std::string& why) {
@@ -78,17 +66,9 @@ void SuiteRun::received(std::uint32_t task, std::string_view message) {
 }
 
 void SuiteRun::lost(std::uint32_t task, std::string_view description, const WorkerLoss& loss) {
-  PairResult pair = PairVerifier::describeLost(description);
+  PairResult pair = m_verifier.describeLost(description);
   pair.record.report = m_reports[task];
-  pair.record.verdict = loss.timedOut ? Verdict::TimedOut : Verdict::Crashed;
-  if (loss.timedOut) {
-    std::ostringstream words;
-    words << "took longer than " << m_secondsPerPair << " s (--timeout)";
-    pair.record.message = words.str();
-  } else {
-    pair.record.message =
-        "the process that compared the pair died: " + describeEnd(loss.waitStatus);
-  }
+  describeLoss(loss, m_secondsPerPair, pair.record);
   deliver(task, pair);
 }
 

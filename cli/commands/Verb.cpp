@@ -17,6 +17,13 @@ void addPair(CLI::App& verb, PairOptions& pair) {
   verb.add_option("ACTUAL", pair.actual, "The output to check")->required()->type_name("");
 }
 
+void addTimeout(CLI::App& verb, double& seconds) {
+  verb.add_option("--timeout", seconds,
+                  "Give up on a pair after SECONDS; 0 for no limit (default: 300)")
+      ->check(CLI::NonNegativeNumber)
+      ->option_text("SECONDS");
+}
+
 void addLayoutData(CLI::App& verb, LayoutDataOptions& layoutData) {
   verb.add_option("--layout-schema", layoutData.schema,
                   "Layout-data schema (default: as configured)")

@@ -60,5 +60,8 @@ void addFormat(CLI::App& verb, std::string& format);
 /// Adds the arguments MASTER and ACTUAL.
 void addPair(CLI::App& verb, PairOptions& pair);
 
+/// Adds an option for the time that comparing a pair may take; 0 stands for any.
+void addTimeout(CLI::App& verb, double& seconds);
+
 /// Adds options that say where the layout-data schema is.
 void addLayoutData(CLI::App& verb, LayoutDataOptions& layoutData);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cli/commands/Accounting.h"
+#include "cli/commands/FailedRun.h"
 #include "cli/commands/OutputPlaces.h"
 #include "cli/commands/PairListing.h"
 #include "cli/commands/RunHeader.h"
@@ -76,15 +77,8 @@ PoolLimits limitsOf(const VerifyOptions& options) {
           options.memoryMegabytes * kMegabyte};
 }
 
-}  // namespace
-
-ExitStatus run(const VerifyOptions& given) {
-  VerifyOptions options = given;
+ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerThan) {
   const std::set<FindingKind> strict = Accounting::strictKinds(options.strict);
-  const std::optional<NewerThan> newerThan = newerThanOf(options);  // a file of the user's folder
-  enterWorkFolder(options.workFolder, options.locations,
-                  {&options.summaryFile, &options.harnessLog, &options.recordFolder,
-                   &options.failedRecord, &options.formats.layoutData.schema});
   std::vector<SelectedFormat> formats = selectFormats(options.formats);
   OutputPlaces places(options);
   requireLocations(options.locations, options.startFolder);
@@ -148,4 +142,15 @@ ExitStatus run(const VerifyOptions& given) {
   printClosingSummary(totals, problems, options.verbosity, palette);
   printHint(totals);
   return exitStatusOf(totals, problems);
+}
+
+}  // namespace
+
+ExitStatus run(const VerifyOptions& given) {
+  const std::optional<NewerThan> newerThan = newerThanOf(given);  // a file of the user's folder
+  VerifyOptions options = given.failedRecord.empty() ? given : optionsForFailed(given);
+  enterWorkFolder(options.workFolder, options.locations,
+                  {&options.summaryFile, &options.harnessLog, &options.recordFolder,
+                   &options.formats.layoutData.schema});
+  return verify(options, newerThan);
 }

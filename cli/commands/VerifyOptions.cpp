@@ -13,11 +13,7 @@ void addWorkers(CLI::App& verify, VerifyOptions& options) {
                   "Verify in N processes at once (default: one per core)")
       ->check(CLI::Range(std::size_t{1}, kMostJobs))
       ->option_text("N");
-  verify
-      .add_option("--timeout", options.secondsPerPair,
-                  "Give up on a pair after SECONDS; 0 for no limit (default: 300)")
-      ->check(CLI::NonNegativeNumber)
-      ->option_text("SECONDS");
+  addTimeout(verify, options.secondsPerPair);
   verify
       .add_option("--memory", options.memoryMegabytes,
                   "Limit the memory of each process (default: no limit)")

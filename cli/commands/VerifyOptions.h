@@ -15,11 +15,11 @@ struct VerifyOptions : CommonOptions {
   std::string summaryFile;  ///< empty: none
   std::string harnessLog;   ///< empty: none
   int harnessLogLevel = MOXLogLevel::Normal;
-  std::size_t jobs = 0;               ///< worker processes; 0: as many as there are cores
-  double secondsPerPair = 300;        ///< 0: no limit
-  std::uint64_t memoryMegabytes = 0;  ///< of a worker; 0: no limit
-  std::string shard;                  ///< "2/5"; empty: everything
-  std::string recordFolder;           ///< empty: none
+  std::size_t jobs = 0;                     ///< worker processes; 0: as many as there are cores
+  double secondsPerPair = kSecondsPerPair;  ///< 0: no limit
+  std::uint64_t memoryMegabytes = 0;        ///< of a worker; 0: no limit
+  std::string shard;                        ///< "2/5"; empty: everything
+  std::string recordFolder;                 ///< empty: none
   std::string failedRecord;  ///< folder of the record to verify what failed again of; empty: none
   std::string newerThan;     ///< what outputs must not be older than; empty: they may be
   std::string strict;        ///< kinds of findings that are trouble; empty: none

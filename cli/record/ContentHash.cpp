@@ -6,7 +6,6 @@
 #include <xxhash.h>
 
 #include <cerrno>
-#include <memory>
 #include <new>
 #include <vector>
 
@@ -38,31 +37,21 @@ struct Descriptor {
   const int number;
 };
 
-struct FreeState {
-  void operator()(XXH3_state_t* state) const { XXH3_freeState(state); }
-};
-
 /// Hashes what can be read from `descriptor`; nothing after a read error.
 std::optional<FileContent> hashDescriptor(int descriptor) {
   constexpr std::size_t kBlockSize = std::size_t{256} << 10;
   static std::vector<char> block(kBlockSize);
-  static const std::unique_ptr<XXH3_state_t, FreeState> state(XXH3_createState());
-  if (state == nullptr) {
-    throw std::bad_alloc();
-  }
-  XXH3_128bits_reset(state.get());
-  std::uint64_t size = 0;
+  ContentHasher hasher;
   for (;;) {
     const ssize_t count = read(descriptor, block.data(), block.size());
     if (count == 0) {
-      return FileContent{size, hexOf(XXH3_128bits_digest(state.get()))};
+      return hasher.content();
     }
     if (count < 0 && errno != EINTR) {
       return std::nullopt;
     }
     if (count > 0) {
-      XXH3_128bits_update(state.get(), block.data(), static_cast<std::size_t>(count));
-      size += static_cast<std::uint64_t>(count);
+      hasher.add({block.data(), static_cast<std::size_t>(count)});
     }
   }
 }
@@ -80,4 +69,29 @@ std::optional<FileContent> hashFile(const std::string& path) {
     return std::nullopt;
   }
   return hashDescriptor(file.number);
+}
+
+void ContentHasher::FreeState::operator()(XXH3_state_s* state) const {
+  XXH3_freeState(state);
+}
+
+ContentHasher::ContentHasher() : m_state(XXH3_createState()) {
+  if (m_state == nullptr) {
+    throw std::bad_alloc();
+  }
+  reset();
+}
+
+void ContentHasher::reset() {
+  XXH3_128bits_reset(m_state.get());
+  m_size = 0;
+}
+
+void ContentHasher::add(std::string_view block) {
+  XXH3_128bits_update(m_state.get(), block.data(), block.size());
+  m_size += block.size();
+}
+
+FileContent ContentHasher::content() const {
+  return {m_size, hexOf(XXH3_128bits_digest(m_state.get()))};
 }

@@ -89,8 +89,8 @@ class Describer : public OrvDiffListener {
 
  private:
   void set(const OrvDiffResult& result, Verdict verdict, Kind kind) {
-    m_pair.record.master = m_pair.resultMaster = result.getMasterName();
-    m_pair.record.output = m_pair.resultOutput = result.getActualName();
+    m_pair.resultMaster = result.getMasterName();
+    m_pair.resultOutput = result.getActualName();
     m_pair.record.verdict = verdict;
     m_pair.kind = kind;
   }
@@ -135,20 +135,18 @@ void describe(Archive& archive, PairResult& pair) {
           pair.resultOutput, pair.namedFile, pair.normalizedMaster, pair.normalizedOutput);
 }
 
-PairResult describeResult(const OrvDiffResult& result, std::optional<OrvOutputFormat> format) {
-  PairResult pair;
+void describeResult(const OrvDiffResult& result, std::optional<OrvOutputFormat> format,
+                    PairResult& pair) {
   Describer describer(pair);
   result.notifyListener(describer);
-  PairRecord& record = pair.record;
-  if (record.verdict == Verdict::Passed && format == OrvOutputFormat::Vmd &&
-      (isWithoutStatistics(record.master) || isWithoutStatistics(record.output))) {
-    record.message =
+  if (pair.record.verdict == Verdict::Passed && format == OrvOutputFormat::Vmd &&
+      (isWithoutStatistics(pair.resultMaster) || isWithoutStatistics(pair.resultOutput))) {
+    pair.record.message =
         "nothing was compared: a VMD report of fewer than three lines has no statistics";
-  } else if (record.verdict == Verdict::Passed && isEmpty(record.output)) {
-    record.message = "nothing was compared: the output is empty, as the master says";
+  } else if (pair.record.verdict == Verdict::Passed && isEmpty(pair.resultOutput)) {
+    pair.record.message = "nothing was compared: the output is empty, as the master says";
   }
-  pair.comparedNothing = record.verdict == Verdict::Passed && !record.message.empty();
-  return pair;
+  pair.comparedNothing = pair.record.verdict == Verdict::Passed && !pair.record.message.empty();
 }
 
 std::unique_ptr<const OrvDiffResult> rebuildResult(const PairResult& pair) {

@@ -35,10 +35,10 @@ struct PairResult {
   std::optional<std::string> normalizedOutput;
 };
 
-/// A library's result as a pair's: verdict, message and place for people, and all that
-/// `rebuildResult` needs. Names files as the result does; the rest of the record is the caller's to
-/// fill in. A pass of files with nothing to compare says so.
-PairResult describeResult(const OrvDiffResult& result, std::optional<OrvOutputFormat> format);
+/// Adds a library's result to what is known of its pair: verdict, message and place for people, and
+/// all that `rebuildResult` needs. A pass of files with nothing to compare says so.
+void describeResult(const OrvDiffResult& result, std::optional<OrvOutputFormat> format,
+                    PairResult& pair);
 
 /// The library's result again; null where there was none.
 std::unique_ptr<const OrvDiffResult> rebuildResult(const PairResult& pair);

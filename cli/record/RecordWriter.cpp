@@ -121,7 +121,7 @@ void RecordWriter::add(PairRecord pair, const std::string& evidenceFolder) {
 std::string RecordWriter::keep(const std::string& file, const FileFacts& facts,
                                const std::string& folder) {
   if (facts.hash.empty() || !facts.size) {
-    return {};
+    return facts.evidence;  // it may say already why there is nothing to keep
   }
   if (m_kept.count(facts.hash) != 0) {
     return kKept;

@@ -48,6 +48,37 @@ FindingTotal findingFromJson(const ordered_json& json) {
           {details.begin(), details.end()}};
 }
 
+ordered_json formatsToJson(const FormatOptions& formats) {
+  ordered_json json;
+  json["names"] = formats.names;
+  json["subFolders"] = textsToJson(formats.subFolders);
+  json["folderSuffix"] = textToJson(formats.folderSuffix);
+  json["layoutSchema"] = textToJson(formats.layoutData.schema);
+  json["layoutNamespace"] = textToJson(formats.layoutData.namespaceUri);
+  json["places"] = ordered_json::object();
+  for (const auto& [format, places] : formats.places) {
+    json["places"][format] = {{"outputDirectory", textToJson(places.outputDirectory)},
+                              {"masterSubFolder", textToJson(places.masterSubFolder)},
+                              {"fileNameSuffix", textToJson(places.fileNameSuffix)}};
+  }
+  return json;
+}
+
+FormatOptions formatsFromJson(const ordered_json& json) {
+  FormatOptions formats;
+  formats.names = json.at("names").get<std::vector<std::string>>();
+  formats.subFolders = textsFromJson(json.at("subFolders"));
+  formats.folderSuffix = textFromJson(json.at("folderSuffix"));
+  formats.layoutData = {textFromJson(json.at("layoutSchema")),
+                        textFromJson(json.at("layoutNamespace"))};
+  for (const auto& [format, places] : json.at("places").items()) {
+    formats.places[format] = {textFromJson(places.at("outputDirectory")),
+                              textFromJson(places.at("masterSubFolder")),
+                              textFromJson(places.at("fileNameSuffix"))};
+  }
+  return formats;
+}
+
 }  // namespace
 
 std::string toJson(const RunRecord& run) {
@@ -55,6 +86,7 @@ std::string toJson(const RunRecord& run) {
   json["version"] = kVersion;
   json["program"] = run.program;
   json["commandLine"] = textsToJson(run.commandLine);
+  json["formats"] = formatsToJson(run.formats);
   json["workingFolder"] = textToJson(run.workingFolder);
   json["host"] = run.host;
   json["start"] = run.start;
@@ -86,6 +118,7 @@ RunRecord runFromJson(const std::string& text) {
   RunRecord run;
   run.program = json.at("program").get<std::string>();
   run.commandLine = textsFromJson(json.at("commandLine"));
+  run.formats = formatsFromJson(json.at("formats"));
   run.workingFolder = textFromJson(json.at("workingFolder"));
   run.host = json.at("host").get<std::string>();
   run.start = json.at("start").get<std::string>();

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/suite/Finding.h"
+#include "cli/suite/FormatSelection.h"
 
 /// Which shares of a suite a record covers: `indices` of `count`, from 1. A whole run is 1 of 1.
 struct Shards {
@@ -18,7 +19,8 @@ struct Shards {
 struct RunRecord {
   std::string program;                   ///< version of orvdiff
   std::vector<std::string> commandLine;  ///< without what is this run's alone: shard, record, -j
-  std::string workingFolder;
+  FormatOptions formats;
+  std::string workingFolder;  ///< absolute
   std::string host;
   std::string start;  ///< UTC, "2026-11-23T06:12:00Z"
   std::string end;    ///< empty while the run goes on, or when it was cut off

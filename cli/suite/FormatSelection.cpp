@@ -77,7 +77,7 @@ void setLayoutData(OrvFormatArguments& arguments, const LayoutDataOptions& layou
 std::shared_ptr<OrvDiffFileEngine> createLastingEngine(const OrvDiffFormat& format,
                                                        const OrvFormatArguments& arguments) {
   if (format.validatesXml) {
-    startXerces();  // only then: it takes longer than a small run
+    startXercesOnDemand();
   }
   static auto& engines = *new std::vector<std::shared_ptr<OrvDiffFileEngine>>;  // never destroyed
   return engines.emplace_back(format.createEngine(arguments));

@@ -70,7 +70,7 @@ void MasterAudit::inspect(const MasterRule& rule, const std::string& master) {
   }
   m_bytes = std::move(*bytes);
   const bool isText = rule.selected->engine->getCleansingPatterns() != nullptr;
-  if (const auto why = whyInvalid(m_bytes, rule.tail, isText)) {
+  if (const auto why = whyInvalid(master, m_bytes, rule.tail, isText)) {
     m_sink({FindingKind::Invalid, master, *why});
   }
   findSame(master);

@@ -72,13 +72,13 @@ bool endsWith(std::string_view name, std::string_view ending) {
 
 }  // namespace
 
-std::optional<std::string> whyInvalid(std::string_view bytes, std::string_view ending,
-                                      bool isText) {
+std::optional<std::string> whyInvalid(const std::string& master, std::string_view bytes,
+                                      std::string_view ending, bool isText) {
   if (isText && bytes.find('\0') != std::string_view::npos) {
     return "contains a NUL byte; only the text before it is compared";
   }
   if (endsWith(ending, ".xml")) {
-    return whyNotXml(bytes);
+    return whyNotXml(master);
   }
   if (endsWith(ending, ".json") && !nlohmann::json::accept(bytes)) {
     return "not valid JSON";

@@ -4,7 +4,8 @@
 #include <string>
 #include <string_view>
 
-/// Why the bytes of a master cannot be what a report server wrote for a name with this ending;
-/// nothing if they can. `isText`: the format compares text, which ends at its first NUL byte.
+/// Why a master, whose bytes these are, cannot be what a report server wrote for a name with this
+/// ending; nothing if it can. `isText`: the format compares text, which ends at its first NUL byte.
 /// Checks XML, JSON and PNG in full, PDF and XLSX by their first bytes.
-std::optional<std::string> whyInvalid(std::string_view bytes, std::string_view ending, bool isText);
+std::optional<std::string> whyInvalid(const std::string& master, std::string_view bytes,
+                                      std::string_view ending, bool isText);

@@ -6,12 +6,11 @@
 #include <vector>
 
 MasterInventory::MasterInventory(const InventoryRequest& request, const FindingSink& sink,
-                                 const std::map<FolderId, MasterPlace>& places,
-                                 ExpectedOutputs& expected)
+                                 const std::vector<MasterPlace>& places, ExpectedOutputs& expected)
     : m_request(request), m_sink(sink), m_places(places), m_expected(expected), m_unread(request) {}
 
 void MasterInventory::take() {
-  for (const auto& [id, place] : m_places) {
+  for (const MasterPlace& place : m_places) {
     std::set<FolderId> walked;
     walk(place, "", walked);
   }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "cli/suite/ExpectedOutputs.h"
 #include "cli/suite/FolderReader.h"
@@ -16,7 +17,7 @@ class MasterInventory {
  public:
   /// All arguments must outlive the object.
   MasterInventory(const InventoryRequest& request, const FindingSink& sink,
-                  const std::map<FolderId, MasterPlace>& places, ExpectedOutputs& expected);
+                  const std::vector<MasterPlace>& places, ExpectedOutputs& expected);
 
   void take();
 
@@ -32,7 +33,7 @@ class MasterInventory {
 
   const InventoryRequest& m_request;
   const FindingSink& m_sink;
-  const std::map<FolderId, MasterPlace>& m_places;
+  const std::vector<MasterPlace>& m_places;
   ExpectedOutputs& m_expected;
   UnreadMaster m_unread;
 };

@@ -1,7 +1,10 @@
 #include "cli/suite/MasterPlace.h"
 
+#include <algorithm>
+#include <map>
 #include <utility>
 
+#include "cli/suite/FolderReader.h"
 #include "cli/suite/PairOwners.h"
 
 namespace {
@@ -39,7 +42,7 @@ std::optional<std::uint32_t> MasterPlace::ownerOf(std::string_view name) const {
   return owner != nullptr ? std::optional(owner->report) : std::nullopt;
 }
 
-std::map<FolderId, MasterPlace> findMasterPlaces(const FoundReports& found) {
+std::vector<MasterPlace> findMasterPlaces(const FoundReports& found) {
   struct Reports {
     std::vector<StemIndex::Stem> stems;
     bool isSearched = false;
@@ -55,13 +58,15 @@ std::map<FolderId, MasterPlace> findMasterPlaces(const FoundReports& found) {
       homes[folder].stems.push_back({std::string(stemOf(path).substr(folder.size())), number++});
     }
   }
-  std::map<FolderId, MasterPlace> places;
+  std::vector<MasterPlace> places;
+  std::map<FolderId, std::size_t> numbers;
   for (auto& [folder, reports] : homes) {
     const FolderId id = folderId(mastersBeside(folder));
     if (id != FolderId{}) {
-      MasterPlace& place = places[id];
-      place.homes.push_back({folder, StemIndex(std::move(reports.stems))});
-      place.isSearched = place.isSearched || reports.isSearched;
+      const std::size_t place = numbers.try_emplace(id, places.size()).first->second;
+      places.resize(std::max(places.size(), place + 1));
+      places[place].homes.push_back({folder, StemIndex(std::move(reports.stems))});
+      places[place].isSearched = places[place].isSearched || reports.isSearched;
     }
   }
   return places;

@@ -1,13 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "cli/suite/FolderReader.h"
 #include "cli/suite/ReportFinder.h"
 #include "cli/suite/StemIndex.h"
 
@@ -41,5 +39,5 @@ struct MasterFile {
   std::string path() const { return place.pathOf(folder, name); }
 };
 
-/// The folders of masters that belong to what was found.
-std::map<FolderId, MasterPlace> findMasterPlaces(const FoundReports& found);
+/// The folders of masters that belong to what was found, in the order of their paths.
+std::vector<MasterPlace> findMasterPlaces(const FoundReports& found);

@@ -67,7 +67,9 @@ void OutputCapture::stop() {
     return;
   }
   std::cout.rdbuf(m_formerBuffer);
-  std::cout.setstate(m_formerState);  // keeps an earlier write error
+  // Setting a buffer clears the state, and an earlier write error must not be forgotten. So far
+  // nothing is printed before a capture starts; this is for the first caller that does.
+  std::cout.setstate(m_formerState);
   m_formerBuffer = nullptr;
   if (m_capturesScripts) {
     dup2(m_output, STDOUT_FILENO);

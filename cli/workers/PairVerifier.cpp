@@ -4,16 +4,15 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <exception>
-#include <filesystem>
 #include <iostream>
-#include <system_error>
+#include <optional>
 #include <utility>
 
-#include "cli/record/ContentHash.h"
 #include "cli/suite/ComparisonScript.h"
 #include "cli/terminal/ErrorCause.h"
-#include "cli/workers/AppliedRules.h"
+#include "cli/workers/ComparisonNotes.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
 namespace {
@@ -27,24 +26,17 @@ std::uint64_t stepOf(std::uint64_t format, std::uint64_t index) {
   return (format << kFormatShift) + index;
 }
 
-double seconds(const timeval& time) {
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
-}
-
-/// Processor time of this process and of those that it has waited for.
-double processorSeconds() {
-  double total = 0;
-  for (const auto whose : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
-    rusage usage = {};
-    getrusage(whose, &usage);
-    total += seconds(usage.ru_utime) + seconds(usage.ru_stime);
+/// Processor time of this process and, if `withChildren`, of those that it has waited for.
+double processorSeconds(bool withChildren) {
+  timespec own = {};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &own);
+  rusage children = {};
+  if (withChildren) {
+    getrusage(RUSAGE_CHILDREN, &children);
   }
-  return total;
-}
-
-std::string resolve(const std::string& path) {
-  std::error_code notThere;
-  return std::filesystem::canonical(path, notThere);
+  return static_cast<double>(own.tv_sec + children.ru_utime.tv_sec + children.ru_stime.tv_sec) +
+         static_cast<double>(own.tv_nsec) * 1e-9 +
+         static_cast<double>(children.ru_utime.tv_usec + children.ru_stime.tv_usec) * 1e-6;
 }
 
 /// The start of what was printed, if it is very long.
@@ -56,15 +48,6 @@ std::string shortened(std::string printed) {
     printed += more;
   }
   return printed;
-}
-
-FileFacts factsOf(const std::string& path) {
-  FileFacts facts;
-  if (const auto content = hashFile(path)) {
-    facts.size = content->size;
-    facts.hash = content->hash;
-  }
-  return facts;
 }
 
 }  // namespace
@@ -79,7 +62,10 @@ PairVerifier::PairVerifier(const std::vector<std::string>& reports,
                            Settings settings)
     : m_reports(reports), m_owners(owners), m_settings(std::move(settings)) {
   for (const SelectedFormat& selected : formats) {
-    m_formats.push_back({&selected, scriptProblem(*selected.engine)});
+    PairResult unknownPair;
+    unknownPair.record.format = selected.format->name;
+    unknownPair.record.subFolder = selected.subFolder;
+    m_formats.push_back({&selected, scriptProblem(*selected.engine), packPair(unknownPair)});
   }
 }
 
@@ -97,16 +83,16 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
                                 WorkerLink& link) {
   const OrvDiffFileEngine& engine = *m_formats[format].selected->engine;
   const std::string& report = m_reports[task];
-  PairResult result = start(task, format, {});
-  link.begin(std::max(stepOf(format, 0), firstStep), packPair(result));
+  link.begin(std::max(stepOf(format, 0), firstStep), m_formats[format].listing);
   std::vector<OrvFilePair> pairs;
   try {
-    pairs = engine.findPairs(report);
+    pairs = findPairs(report, *m_formats[format].selected);
     link.end();
   } catch (const std::exception& error) {
+    PairResult result = start(task, format, {});
     result.record.verdict = Verdict::Error;
     result.record.message = causeOf(error, m_settings.verbosity);
-    link.begin(stepOf(format, kListingFailed), packPair(result));
+    link.begin(stepOf(format, kListingFailed), m_formats[format].listing);
     link.send(packPair(result));
     return;
   }
@@ -117,10 +103,10 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
     if (owner == PairOwners::Owner::Other) {
       continue;
     }
-    result = start(task, format, pairs[i]);
-    if (!isWanted(*m_formats[format].selected, result.record)) {
+    if (isLeftToAnother(*m_formats[format].selected, pairs[i].master)) {
       continue;
     }
+    PairResult result = start(task, format, pairs[i]);
     result.countsForReport = owner == PairOwners::Owner::Itself;
     link.begin(step, packPair(result));
     compare(m_formats[format], pairs[i], result);
@@ -128,14 +114,26 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
   }
 }
 
-bool PairVerifier::isWanted(const SelectedFormat& format, const PairRecord& pair) const {
-  const std::string_view master = pair.master;
-  if (m_settings.pictures != nullptr &&
-      m_settings.pictures->isLeftToAnother(format, master.substr(master.rfind('/') + 1))) {
-    return false;
+bool PairVerifier::isLeftToAnother(const SelectedFormat& format, const std::string& master) const {
+  return m_settings.pictures != nullptr &&
+         m_settings.pictures->isLeftToAnother(
+             format, std::string_view(master).substr(master.rfind('/') + 1));
+}
+
+/// The pairs to compare. Those that are wanted by name are compared even if they are gone, which is
+/// then what the result says.
+std::vector<OrvFilePair> PairVerifier::findPairs(const std::string& report,
+                                                 const SelectedFormat& format) const {
+  if (m_settings.onlyPairs != nullptr && m_settings.onlyPairs->count({report, {}}) == 0) {
+    const auto wanted = m_settings.onlyPairs->find({report, std::string(format.format->name)});
+    if (wanted == m_settings.onlyPairs->end()) {
+      return {};
+    }
+    if (!wanted->second.front().master.empty()) {
+      return wanted->second;
+    }
   }
-  return m_settings.onlyPairs == nullptr ||
-         m_settings.onlyPairs->count(pairKey(pair.report, pair.format, pair.master)) != 0;
+  return format.engine->findPairs(report);
 }
 
 /// What is known of a pair before it is compared.
@@ -156,63 +154,61 @@ void PairVerifier::compare(const Format& format, const OrvFilePair& pair, PairRe
     result.record.message = format.problem;
     return;
   }
-  OrvDiffFileEngine& engine = *format.selected->engine;
-  const PairResult known = result;
   const auto start = std::chrono::steady_clock::now();
-  const double processorStart = m_settings.keepFacts ? processorSeconds() : 0;
+  const bool hasScript = runsScript(*format.selected->engine);
+  const double processorStart = m_settings.keepFacts ? processorSeconds(hasScript) : 0;
+  std::optional<ComparisonNotes> notes;
+  if (m_settings.keepFacts) {
+    notes.emplace(pair);
+  }
+  result = outcomeOf(format, pair, result);
+  PairRecord& record = result.record;
+  record.printed = shortened(m_capture.take());
+  record.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  if (notes) {
+    record.cpuSeconds = processorSeconds(hasScript) - processorStart;
+    notes->addTo(record);
+  }
+}
+
+/// `known` with what came of the comparison.
+PairResult PairVerifier::outcomeOf(const Format& format, const OrvFilePair& pair,
+                                   const PairResult& known) const {
+  PairResult result = known;
   try {
-    result = outcomeOf(*format.selected, pair);
-    result.record.report = known.record.report;
-    result.record.format = known.record.format;
-    result.record.subFolder = known.record.subFolder;
-    result.countsForReport = known.countsForReport;
+    if (isStale(pair, result)) {
+      return result;
+    }
+    const std::unique_ptr<const OrvDiffResult> outcome(
+        format.selected->engine->comparePair(pair, nullptr));
+    requireStartedScripts();
+    describeResult(*outcome, format.selected->format->format, result);
   } catch (const std::exception& error) {
     result = known;
     result.record.verdict = Verdict::Error;
     result.record.message = causeOf(error, m_settings.verbosity);
   }
-  result.record.master = pair.master;
-  result.record.output = pair.actual;
-  result.record.printed = shortened(m_capture.take());
-  result.record.seconds =
-      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  if (m_settings.keepFacts) {
-    result.record.cpuSeconds = processorSeconds() - processorStart;
-    addFacts(engine, result);
-  }
+  return result;
 }
 
-/// The verdict on a pair. That of a stale output does not depend on what it holds.
-PairResult PairVerifier::outcomeOf(const SelectedFormat& format, const OrvFilePair& pair) const {
-  if (m_settings.newerThan) {
-    if (const auto why = whyStale(pair.actual, *m_settings.newerThan)) {
-      PairResult stale = describeResult(OrvDiffResultFail(pair.master, pair.actual), std::nullopt);
-      stale.record.verdict = Verdict::Stale;
-      stale.record.message = *why;
-      return stale;
-    }
+/// The verdict on a stale output does not depend on what it holds.
+bool PairVerifier::isStale(const OrvFilePair& pair, PairResult& result) const {
+  const auto why =
+      m_settings.newerThan ? whyStale(pair.actual, *m_settings.newerThan) : std::nullopt;
+  if (why) {
+    describeResult(OrvDiffResultFail(pair.master, pair.actual), std::nullopt, result);
+    result.record.verdict = Verdict::Stale;
+    result.record.message = *why;
   }
-  const std::unique_ptr<const OrvDiffResult> outcome(format.engine->comparePair(pair, nullptr));
-  requireStartedScripts();
-  return describeResult(*outcome, format.format->format);
+  return why.has_value();
 }
 
-/// What only a record wants to know; this reads both files again.
-void PairVerifier::addFacts(const OrvDiffFileEngine& engine, PairResult& result) const {
-  PairRecord& record = result.record;
-  record.masterPath = resolve(record.master);
-  record.outputPath = resolve(record.output);
-  record.masterFile = factsOf(record.master);
-  record.outputFile = factsOf(record.output);
-  const bool isCompared = record.verdict == Verdict::Passed || record.verdict == Verdict::Partly ||
-                          record.verdict == Verdict::Differs;
-  if (isCompared && record.masterFile.hash != record.outputFile.hash) {
-    applyRules(engine, record);
+PairResult PairVerifier::describeLost(std::string_view description) const {
+  PairResult pair = description.empty() ? PairResult() : unpackPair(description);
+  if (m_settings.keepFacts && !pair.record.master.empty()) {
+    ComparisonNotes({pair.record.master, pair.record.output}).addTo(pair.record);
   }
-}
-
-PairResult PairVerifier::describeLost(std::string_view description) {
-  return description.empty() ? PairResult() : unpackPair(description);
+  return pair;
 }
 
 std::uint64_t PairVerifier::stepAfter(std::uint64_t step) {

@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "cli/record/PairResult.h"
@@ -15,10 +16,15 @@
 #include "cli/system/OutputCapture.h"
 #include "cli/terminal/Terminal.h"
 #include "cli/workers/WorkerPool.h"
+#include "orvdiff/engine/OrvDiffFileEngine.h"
 
 /// What tells a pair apart from all others of a run.
 std::string pairKey(const std::string& report, const std::string& format,
                     const std::string& master);
+
+/// Pairs to compare, by report and format. A pair without names stands for whatever masters there
+/// are, an empty format for all formats.
+using WantedPairs = std::map<std::pair<std::string, std::string>, std::vector<OrvFilePair>>;
 
 /// The work of a worker process: verifies a report, pair by pair, and sends a packed `PairResult`
 /// of each. What goes wrong with one pair does not keep the others from being compared.
@@ -31,8 +37,7 @@ class PairVerifier {
     Verbosity verbosity = Verbosity::Normal;
     bool keepFacts =
         false;  ///< sizes, hashes, processor time and rules too, as a record wants them
-    /// Keys of the pairs to compare; null: all.
-    const std::unordered_set<std::string>* onlyPairs = nullptr;
+    const WantedPairs* onlyPairs = nullptr;    ///< null: all
     const SharedPictures* pictures = nullptr;  ///< null: none is left to another format
     std::optional<NewerThan> newerThan;        ///< what outputs must not be older than
   };
@@ -46,8 +51,8 @@ class PairVerifier {
   void verify(std::uint32_t task, std::uint64_t firstStep, WorkerLink& link);
 
   /// What is known of a pair whose worker died, from the description of the step. Nothing
-  /// if it died before its first step.
-  static PairResult describeLost(std::string_view description);
+  /// if it died before its first step. The record's facts are of the files as they are now.
+  PairResult describeLost(std::string_view description) const;
 
   /// The step after `step`, whose worker died. A format whose masters could not even be listed is
   /// left.
@@ -60,15 +65,18 @@ class PairVerifier {
   struct Format {
     const SelectedFormat* selected;
     std::string problem;  ///< that keeps its script from running
+    std::string listing;  ///< the description of a step that lists masters, for any report
   };
 
   void verifyFormat(std::uint32_t task, std::uint64_t format, std::uint64_t firstStep,
                     WorkerLink& link);
-  bool isWanted(const SelectedFormat& format, const PairRecord& pair) const;
+  std::vector<OrvFilePair> findPairs(const std::string& report, const SelectedFormat& format) const;
+  bool isLeftToAnother(const SelectedFormat& format, const std::string& master) const;
   PairResult start(std::uint32_t task, std::uint64_t format, const OrvFilePair& pair) const;
   void compare(const Format& format, const OrvFilePair& pair, PairResult& result);
-  PairResult outcomeOf(const SelectedFormat& format, const OrvFilePair& pair) const;
-  void addFacts(const OrvDiffFileEngine& engine, PairResult& result) const;
+  PairResult outcomeOf(const Format& format, const OrvFilePair& pair,
+                       const PairResult& known) const;
+  bool isStale(const OrvFilePair& pair, PairResult& result) const;
 
   const std::vector<std::string>& m_reports;
   std::vector<Format> m_formats;

@@ -18,13 +18,13 @@
 #include <utility>
 #include <vector>
 
+#include "cli/workers/DeliveryOrder.h"
 #include "cli/workers/ProcessTree.h"
 #include "cli/workers/SharedBoard.h"
 #include "cli/workers/WorkerProcess.h"
 
 // The parent never writes to a worker: what there is to do lies in the memory they share, and what
-// a worker found comes back through a pipe of its own, in frames. The parent holds back what comes
-// of a task until all tasks before it are finished.
+// a worker found comes back through a pipe of its own, in frames.
 //
 // What is known of a worker that died is what the parent has read from its pipe to the end, and
 // the step on the board. A step whose message arrived is done, whatever the board says; any other
@@ -43,12 +43,6 @@ constexpr int kMostTries = 3;           ///< workers in a row that a task may co
   throw std::system_error(errno, std::generic_category(), what);
 }
 
-/// What is to be delivered when the task's turn comes.
-struct Event {
-  std::optional<WorkerLoss> loss;  ///< none: `text` is a message
-  std::string text;
-};
-
 struct Worker {
   std::uint32_t id;
   std::size_t slot;
@@ -58,12 +52,6 @@ struct Worker {
   std::uint32_t task = 0;
   std::uint64_t nextStep = 0;  ///< of `task`: the first that has not arrived
   bool timedOut = false;
-};
-
-/// Where a fresh worker takes up what another one left.
-struct Resumption {
-  std::uint32_t task;
-  std::uint64_t step;
 };
 
 }  // namespace
@@ -76,7 +64,7 @@ class WorkerPool::Impl {
         m_limits(limits),
         m_slotCount(std::max<std::size_t>(1, std::min<std::size_t>(limits.workers, taskCount))),
         m_board(taskCount, m_slotCount),
-        m_isFinished(taskCount) {
+        m_order(work, taskCount) {
     for (std::size_t slot = m_slotCount; slot > 0; --slot) {
       m_freeSlots.push_back(slot - 1);
     }
@@ -96,10 +84,10 @@ class WorkerPool::Impl {
 
   bool run(const std::function<bool()>& isStopWanted) {
     startWorkers();
-    while (m_delivered < m_taskCount) {
+    while (m_order.unfinished() > 0) {
       if (isStopWanted()) {
         endWorkers();
-        deliverTheRest();
+        m_order.giveUp();
         return false;
       }
       if (m_workers.empty()) {
@@ -113,7 +101,7 @@ class WorkerPool::Impl {
 
  private:
   void startWorkers() {
-    std::size_t left = m_taskCount - m_finishedCount;
+    std::size_t left = m_order.unfinished();
     while (left-- > 0 && !m_freeSlots.empty() && (m_workers.empty() || m_mayGrow)) {
       start(std::nullopt);
     }
@@ -151,7 +139,8 @@ class WorkerPool::Impl {
       for (const Worker& other : m_workers) {
         close(other.pipe);
       }
-      workInChild({id, slot, parent, ends[1], {}}, resumption);
+      workAsChild(m_work, m_board, {id, slot, parent, ends[1], m_limits.memoryPerWorker},
+                  resumption);
     }
     const int error = errno;
     close(ends[1]);
@@ -180,34 +169,12 @@ class WorkerPool::Impl {
     }
   }
 
-  [[noreturn]] void workInChild(const Worker& self, const std::optional<Resumption>& resumption) {
-    int status = EXIT_FAILURE;
-    try {
-      becomeWorker(self.process, m_limits.memoryPerWorker);
-      PipeLink link(self.pipe, m_board, self.slot);
-      const auto perform = [&](std::uint32_t task, std::uint64_t step) {
-        link.startTask(task);
-        m_work.perform(task, step, link);
-        link.endTask();
-      };
-      if (resumption) {
-        perform(resumption->task, resumption->step);
-      }
-      while (const auto task = m_board.takeTask(self.id)) {
-        perform(*task, 0);
-      }
-      status = EXIT_SUCCESS;
-    } catch (...) {  // NOLINT(bugprone-empty-catch): the parent sees the status
-    }
-    killDescendants();
-    _exit(status);
-  }
-
   void waitForWorkers() {
     std::vector<pollfd> waiting;
     std::vector<std::list<Worker>::iterator> readers;
-    const std::uint32_t neededOwner =
-        m_heldBack > kHeldBackLimit ? m_board.ownerOf(m_delivered) : SharedBoard::kNobody;
+    const std::uint32_t neededOwner = m_order.heldBack() > kHeldBackLimit
+                                          ? m_board.ownerOf(m_order.next())
+                                          : SharedBoard::kNobody;
     const bool isNeededAlive =
         std::any_of(m_workers.begin(), m_workers.end(),
                     [neededOwner](const Worker& worker) { return worker.id == neededOwner; });
@@ -260,12 +227,12 @@ class WorkerPool::Impl {
     worker.task = head.task;
     m_tries.erase(head.task);
     if (head.kind == FrameKind::TaskEnd) {
-      finish(head.task);
+      m_order.finish(head.task);
       worker.nextStep = 0;
       return;
     }
     worker.nextStep = head.step + 1;
-    add(head.task, {std::nullopt, std::string(message)});
+    m_order.receive(head.task, message);
   }
 
   /// Takes note of a worker's end, and has a fresh one go on with what it left.
@@ -288,15 +255,16 @@ class WorkerPool::Impl {
     const std::uint64_t next = *task == worker.task ? worker.nextStep : 0;
     const auto step = m_board.currentStep(worker.slot);
     const bool wasAtStep = step && step->task == *task && step->number >= next;
+    const WorkerLoss loss = {worker.timedOut, status};
     const bool isOut = ++m_tries[*task] >= kMostTries;
     if (wasAtStep && (worker.timedOut || isOut || !m_work.isRepeatable(step->number))) {
       m_tries.erase(*task);
-      add(*task, {WorkerLoss{worker.timedOut, status}, std::string(step->description)});
+      m_order.lose(*task, step->description, loss);
       return Resumption{*task, m_work.stepAfter(step->number)};
     }
     if (isOut) {  // it kills its workers before they are at a step
-      add(*task, {WorkerLoss{worker.timedOut, status}, {}});
-      finish(*task);
+      m_order.lose(*task, {}, loss);
+      m_order.finish(*task);
       return std::nullopt;
     }
     return Resumption{*task, next};
@@ -305,7 +273,7 @@ class WorkerPool::Impl {
   /// The unfinished task that a worker owns. It takes one at a time, in rising order.
   std::optional<std::uint32_t> taskOf(const Worker& worker) const {
     for (std::uint32_t task = 0; task < m_taskCount; ++task) {
-      if (!m_isFinished[task] && m_board.ownerOf(task) == worker.id) {
+      if (!m_order.isFinished(task) && m_board.ownerOf(task) == worker.id) {
         return task;
       }
     }
@@ -346,59 +314,6 @@ class WorkerPool::Impl {
     }
   }
 
-  void add(std::uint32_t task, Event event) {
-    if (task == m_delivered) {
-      deliver(task, event);
-    } else {
-      m_heldBack += event.text.size();
-      m_events[task].push_back(std::move(event));
-    }
-  }
-
-  void finish(std::uint32_t task) {
-    if (m_isFinished[task]) {
-      return;
-    }
-    m_isFinished[task] = true;
-    ++m_finishedCount;
-    while (m_delivered < m_taskCount && m_isFinished[m_delivered]) {
-      m_work.finished(m_delivered);
-      ++m_delivered;
-      deliverHeldBack(m_delivered);
-    }
-  }
-
-  void deliver(std::uint32_t task, const Event& event) {
-    if (event.loss) {
-      m_work.lost(task, event.text, *event.loss);
-    } else {
-      m_work.received(task, event.text);
-    }
-  }
-
-  void deliverHeldBack(std::uint32_t task) {
-    const auto held = m_events.find(task);
-    if (held == m_events.end()) {
-      return;
-    }
-    for (const Event& event : held->second) {
-      m_heldBack -= event.text.size();
-      deliver(task, event);
-    }
-    m_events.erase(held);
-  }
-
-  /// When the run stops early: what has arrived of later tasks still counts.
-  void deliverTheRest() {
-    while (!m_events.empty()) {
-      const std::uint32_t task = m_events.begin()->first;
-      deliverHeldBack(task);
-      if (m_isFinished[task]) {
-        m_work.finished(task);
-      }
-    }
-  }
-
   PoolWork& m_work;
   const std::uint32_t m_taskCount;
   const PoolLimits m_limits;
@@ -410,11 +325,7 @@ class WorkerPool::Impl {
   std::uint32_t m_lastId = 0;
   bool m_mayGrow = true;
   std::map<std::uint32_t, int> m_tries;  ///< workers that a task has cost since it last progressed
-  std::vector<bool> m_isFinished;
-  std::uint32_t m_finishedCount = 0;
-  std::uint32_t m_delivered = 0;  ///< tasks; also the one whose turn it is
-  std::map<std::uint32_t, std::vector<Event>> m_events;
-  std::size_t m_heldBack = 0;  ///< bytes in `m_events`
+  DeliveryOrder m_order;
 };
 
 WorkerPool::WorkerPool(PoolWork& work, std::uint32_t taskCount, const PoolLimits& limits)

@@ -12,18 +12,23 @@
 
 WorkerLink::~WorkerLink() = default;
 
-void PipeLink::write(FrameKind kind, std::string_view message) {
+void PipeLink::addFrame(FrameKind kind, std::string_view message) {
   const FrameHead head = {kind, m_task, m_step, message.size()};
-  m_frame.assign(reinterpret_cast<const char*>(&head), sizeof head);
-  m_frame += message;
+  m_frames.append(reinterpret_cast<const char*>(&head), sizeof head);
+  m_frames += message;
+}
+
+void PipeLink::flush() {
   std::size_t done = 0;
-  while (done < m_frame.size()) {
-    const ssize_t count = ::write(m_pipe, m_frame.data() + done, m_frame.size() - done);
+  while (done < m_frames.size()) {
+    const ssize_t count = ::write(m_pipe, m_frames.data() + done, m_frames.size() - done);
     if (count < 0 && errno != EINTR) {
       _exit(EXIT_FAILURE);
     }
     done += count > 0 ? static_cast<std::size_t>(count) : 0;
   }
+  m_frames.clear();
+  m_board.endStep(m_slot);
 }
 
 namespace {
@@ -31,8 +36,6 @@ namespace {
 void endGroup(int /*signal*/) {
   kill(0, SIGKILL);  // the worker and the scripts it has started
 }
-
-}  // namespace
 
 void becomeWorker(pid_t parent, std::uint64_t memoryLimit) {
   setpgid(0, 0);
@@ -53,4 +56,30 @@ void becomeWorker(pid_t parent, std::uint64_t memoryLimit) {
     const rlimit limit = {memoryLimit, memoryLimit};
     setrlimit(RLIMIT_AS, &limit);
   }
+}
+
+}  // namespace
+
+void workAsChild(PoolWork& work, SharedBoard& board, const WorkerStart& start,
+                 const std::optional<Resumption>& resumption) {
+  int status = EXIT_FAILURE;
+  try {
+    becomeWorker(start.parent, start.memoryLimit);
+    PipeLink link(start.pipe, board, start.slot);
+    const auto perform = [&](std::uint32_t task, std::uint64_t step) {
+      link.startTask(task);
+      work.perform(task, step, link);
+      link.endTask();
+    };
+    if (resumption) {
+      perform(resumption->task, resumption->step);
+    }
+    while (const auto task = board.takeTask(start.id)) {
+      perform(*task, 0);
+    }
+    status = EXIT_SUCCESS;
+  } catch (...) {  // NOLINT(bugprone-empty-catch): the parent sees the status
+  }
+  killDescendants();
+  _exit(status);
 }

@@ -4,8 +4,10 @@
 #include <climits>
 #include <cstring>
 #include <memory>
+#include <string_view>
 
 #include "orvdiff/compare/EqualContents.h"
+#include "orvdiff/compare/OrvComparisonObserver.h"
 #include "orvdiff/compare/VmdStatistics.h"
 #include "orvdiff/compare/WorkingText.h"
 #include "orvdiff/platform/I18N.h"
@@ -50,14 +52,18 @@ struct FileText {
     containsNul = std::strlen(buffer.get()) < length;
   }
 
-  bool equals(const FileText& other) const {
-    return length == other.length && std::memcmp(buffer.get(), other.buffer.get(), length) == 0;
-  }
+  std::string_view bytes() const { return {buffer.get(), length}; }
 
   OrvTextBuffer buffer;
   std::size_t length = 0;  ///< of the file
   bool containsNul = false;
 };
+
+void tellObserver(const FileText& master, const FileText& actual) {
+  if (OrvComparisonObserver* const observer = OrvComparisonObserver::current()) {
+    observer->sawFiles(master.bytes(), actual.bytes());
+  }
+}
 
 /// Returns `result` unless it is a pass although a file contains a NUL, so that not all of it was
 /// compared. `fileWithNul` is that file, or null.
@@ -102,6 +108,7 @@ OrvDiffResult* compareWithFile(const std::string& masterName, const std::string&
   }
   FileText expected(master);
   FileText found(actual);
+  tellObserver(expected, found);
   const std::string* const masterWithNul = expected.containsNul ? &masterName : nullptr;
   return limitPass(OrvDiffLib::textBufferComparison(masterName, actualName, expected.buffer,
                                                     found.buffer, patterns, writeCleansed),
@@ -200,12 +207,19 @@ void OrvDiffLib::cleanse(OrvTextBuffer& masterBuffer, OrvTextBuffer& currentBuff
   VEL_ASSERT(currentBuffer.get());
   orvdiff::WorkingText master(masterBuffer);
   orvdiff::WorkingText current(currentBuffer);
-  master.removeCarriageReturns();
-  current.removeCarriageReturns();
+  OrvComparisonObserver* const observer = OrvComparisonObserver::current();
+  const auto tell = [observer](bool masterChanged, bool currentChanged,
+                               const OrvDiffNormalizationPattern* pattern) {
+    if (observer != nullptr && (masterChanged || currentChanged)) {
+      observer->sawChangeBy(pattern);
+    }
+  };
+  const bool masterHadReturns = master.removeCarriageReturns();
+  tell(masterHadReturns, current.removeCarriageReturns(), nullptr);
   for (const OrvDiffNormalizationPattern* const pattern : patterns) {
     VEL_ASSERT(pattern);
-    master.apply(*pattern);
-    current.apply(*pattern);
+    const bool masterChanged = master.apply(*pattern);
+    tell(masterChanged, current.apply(*pattern), pattern);
   }
 }
 
@@ -249,6 +263,9 @@ OrvDiffResult* OrvDiffLib::textBufferComparison(
     const std::string& masterName, const std::string& actualName, OrvTextBuffer& masterBuffer,
     OrvTextBuffer& currentBuffer, const OrvPatternList& patterns, bool writeCleansed) {
   cleanse(masterBuffer, currentBuffer, patterns);
+  if (OrvComparisonObserver* const observer = OrvComparisonObserver::current()) {
+    observer->sawNormalized(masterBuffer.get(), currentBuffer.get());
+  }
   const std::size_t position = compareStrings(masterBuffer.get(), currentBuffer.get());
   if (writeCleansed) {
     writeCleansedFile(masterName, masterBuffer.get());
@@ -308,7 +325,8 @@ OrvDiffResult* OrvDiffLib::vmdFileComparison(const std::string& masterName,
                      fileWithNul);
   }
   const FileText found(actual);
+  tellObserver(expected, found);
   fileWithNul = found.containsNul ? &actualName : fileWithNul;
   return limitPass(vmdCompare(masterName, actualName, expected.buffer.get(), found.buffer.get()),
-                   found.equals(expected) ? nullptr : fileWithNul);
+                   found.bytes() == expected.bytes() ? nullptr : fileWithNul);
 }

@@ -39,7 +39,7 @@ bool WorkingText::cannotFail(const OrvPatternList& patterns) {
   });
 }
 
-void WorkingText::removeCarriageReturns() {
+bool WorkingText::removeCarriageReturns() {
   char* const text = m_text.get();
   const char* const end = text + m_length;
   const auto nextReturn = [end](char* from) {
@@ -58,27 +58,33 @@ void WorkingText::removeCarriageReturns() {
     *target = '\0';
     m_length = static_cast<std::size_t>(target - text);
   }
+  return target != nullptr;
 }
 
-void WorkingText::apply(const OrvDiffNormalizationPattern& pattern) {
+bool WorkingText::apply(const OrvDiffNormalizationPattern& pattern) {
   if (const orvdiff::pattern::Substitution* const substitution = pattern.substitution()) {
+    bool hasMatched = false;
     velGuardAllocation(VEL_HERE, [&] {
-      run(*substitution);
+      hasMatched = run(*substitution);
       return true;
     });
-    return;
+    return hasMatched;
   }
+  OrvTextBuffer former = velNewArray<char>(VEL_HERE, m_length + 1);
+  std::memcpy(former.get(), m_text.get(), m_length + 1);
   pattern.normalizeText(m_text);
+  const bool isChanged = std::strcmp(former.get(), m_text.get()) != 0;
   m_length = std::strlen(m_text.get());
   m_scratch.reset();  // too small if the new text is longer
+  return isChanged;
 }
 
-void WorkingText::run(const pattern::Substitution& substitution) {
+bool WorkingText::run(const pattern::Substitution& substitution) {
   const std::string_view text(m_text.get(), m_length);
   pattern::LinearMatcher matcher(*substitution.program, text);
   pattern::LinearMatcher::Match match = {};
   if (!matcher.find(0, match)) {
-    return;
+    return false;
   }
   if (m_scratch == nullptr) {
     m_scratch = velNewArray<char>(VEL_HERE, m_length + 1);
@@ -94,6 +100,7 @@ void WorkingText::run(const pattern::Substitution& substitution) {
   m_length = result.size();
   m_scratch[m_length] = '\0';
   m_text.swap(m_scratch);
+  return true;
 }
 
 }  // namespace orvdiff

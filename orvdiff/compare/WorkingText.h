@@ -29,14 +29,17 @@ class WorkingText {
   /// Whether none of these patterns can raise here on any text, short of running out of memory.
   static bool cannotFail(const OrvPatternList& patterns);
 
-  void removeCarriageReturns();
+  // Both return whether they changed the text. (A match that is replaced by itself counts.)
+
+  bool removeCarriageReturns();
 
   /// Replaces every match of `pattern`. A pattern that needs ICU raises what `normalizeText`
   /// raises.
-  void apply(const OrvDiffNormalizationPattern& pattern);
+  bool apply(const OrvDiffNormalizationPattern& pattern);
 
  private:
-  void run(const pattern::Substitution& substitution);
+  /// Returns whether anything matched.
+  bool run(const pattern::Substitution& substitution);
 
   OrvTextBuffer& m_text;
   std::size_t m_length;

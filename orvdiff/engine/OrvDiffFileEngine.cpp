@@ -53,7 +53,7 @@ bool hasSameBytes(VELFmFile& master, std::string_view actual) {
     actual.remove_prefix(done);
     return done;
   };
-  return haveEqualContents(readMaster, readActual, length) && !master.hasFailed();
+  return haveEqualContents(readMaster, readActual, length, nullptr) && !master.hasFailed();
 }
 
 /// The contents of a stream from its start to its end, unless it cannot be sought or read.

@@ -1,20 +1,12 @@
 #include "orvdiff/formats/OrvDiffAuthoredDThroughTargetsXmlFileEngine.h"
 
-#include "orvdiff/formats/XmlValidation.h"
-
-namespace {
-
-class AuthoredDThroughTargetsXmlErrorHandler : public XmlErrorHandler {};
-
-AuthoredDThroughTargetsXmlErrorHandler s_authoredDThroughTargetsXmlErrorHandler;
-
-}  // namespace
+#include "orvdiff/formats/XmlModule.h"
 
 OrvDiffAuthoredDThroughTargetsXmlFileEngine::OrvDiffAuthoredDThroughTargetsXmlFileEngine(
     const char* subFolder)
     : OrvDiffWellFormedXmlFileEngine(
           subFolder, {"v5DebugVirtualDrillTargets", "/VirtualDThroughTargets/", "*.xml"},
-          "OrvDiffAuthoredDThroughTargetsXmlFileEngine", s_authoredDThroughTargetsXmlErrorHandler) {
+          "OrvDiffAuthoredDThroughTargetsXmlFileEngine", XmlDocumentKind::AuthoredDThroughTargets) {
   addCleansingPatterns({OrvDiffNormalizationPatterns::eCoordElement});
 }
 

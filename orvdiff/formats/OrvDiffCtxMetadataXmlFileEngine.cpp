@@ -1,19 +1,11 @@
 #include "orvdiff/formats/OrvDiffCtxMetadataXmlFileEngine.h"
 
-#include "orvdiff/formats/XmlValidation.h"
-
-namespace {
-
-class CtxMetadataXmlErrorHandler : public XmlErrorHandler {};
-
-CtxMetadataXmlErrorHandler s_ctxMetadataXmlErrorHandler;
-
-}  // namespace
+#include "orvdiff/formats/XmlModule.h"
 
 OrvDiffCtxMetadataXmlFileEngine::OrvDiffCtxMetadataXmlFileEngine(const char* subFolder)
     : OrvDiffWellFormedXmlFileEngine(subFolder, {"v5DebugCtxMetadata", "/CtxMetadata/", "*.xml"},
                                      "OrvDiffCtxMetadataXmlFileEngine",
-                                     s_ctxMetadataXmlErrorHandler) {
+                                     XmlDocumentKind::CtxMetadata) {
   addCleansingPatterns({OrvDiffNormalizationPatterns::eCoordElement});
 }
 

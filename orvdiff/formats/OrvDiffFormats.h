@@ -24,10 +24,9 @@ struct OrvDiffFormat {
   OrvOutputFormat format;
   std::string_view comparison;  ///< how its outputs are compared, in a few words
   bool needsArguments;          ///< whether `outputDirectoryTypeName` is required
-  /// Raises `VELAssertError` if a required argument is null, and, if `validatesXml`, when the host
-  /// has not initialised Xerces.
+  /// Raises `VELAssertError` if a required argument is null.
   std::unique_ptr<OrvDiffFileEngine> (*createEngine)(const OrvFormatArguments& arguments);
-  bool validatesXml = false;  ///< whether the engine needs Xerces, initialised by the host
+  bool validatesXml = false;  ///< whether the engine needs Xerces (`OrvXerces`)
 
   /// The `createEngine` of a format whose engine needs no arguments but the sub-folder.
   template <typename Engine>

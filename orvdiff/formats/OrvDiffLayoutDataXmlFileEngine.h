@@ -7,7 +7,7 @@
 #include "orvdiff/orvdiff_export.h"
 
 namespace orvdiff::detail {
-class DOM_ParserImpl;
+class XmlParser;
 }
 
 /// Layout data: the output, in memory or on disk, must be valid against the layout-data schema
@@ -19,7 +19,8 @@ class DOM_ParserImpl;
 /// `VELOutOfMemoryError` or `VELStdExceptionError` instead.
 ///
 /// The host initialises Xerces before it creates the engine and terminates it after the engine is
-/// destroyed. Without that, the constructor raises `VELAssertError`.
+/// destroyed, or calls `OrvXerces::initializeOnDemand`. Without that, `performDiff` raises
+/// `VELAssertError`.
 class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
     : public OrvFixedLayoutEngine<OrvDiffTextFileTypeEngine> {
  public:
@@ -44,10 +45,8 @@ class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
 
  private:
   OrvDiffResult* performSchemaValidation(const std::string& fileName, const char* inMemoryText);
-  void loadSchema();
-  void reportUnusableSchema(const std::string& reason);
 
   const std::string m_namespaceUri;
   const std::string m_schemaPath;
-  std::shared_ptr<orvdiff::detail::DOM_ParserImpl> m_parser;
+  std::shared_ptr<orvdiff::detail::XmlParser> m_parser;  ///< from the first document on
 };

@@ -1,6 +1,6 @@
 #include "orvdiff/formats/OrvDiffWellFormedXmlFileEngine.h"
 
-#include "orvdiff/formats/XmlValidation.h"
+#include "orvdiff/formats/XmlFault.h"
 #include "orvdiff/platform/VELDowncastSize.h"
 
 namespace {
@@ -13,10 +13,8 @@ constexpr int kTextTooLongLine = 139;
 OrvDiffWellFormedXmlFileEngine::OrvDiffWellFormedXmlFileEngine(const char* subFolder,
                                                                const OrvFormatLayout& layout,
                                                                const char* unit,
-                                                               XmlErrorHandler& errorHandler)
-    : OrvDiffTextFormatEngine(subFolder, layout),
-      m_unit(unit),
-      m_parser(DOM_ParserImpl::create(errorHandler, DOM_ParserImpl::Val_Never)) {}
+                                                               XmlDocumentKind kind)
+    : OrvDiffTextFormatEngine(subFolder, layout), m_unit(unit), m_kind(kind) {}
 
 OrvDiffWellFormedXmlFileEngine::~OrvDiffWellFormedXmlFileEngine() = default;
 
@@ -30,7 +28,8 @@ OrvDiffResult* OrvDiffWellFormedXmlFileEngine::performDiff(const std::string& ma
 }
 
 OrvDiffResult* OrvDiffWellFormedXmlFileEngine::performValidation(const std::string& fileName) {
-  return findXmlFault(m_parser, fileName, nullptr, [this](const char* text, std::uint64_t length) {
-    m_parser->parseText(text, VELDowncastSize::uint32(length, m_unit, kTextTooLongLine));
-  });
+  return findXmlFault(
+      m_parser, m_kind, fileName, nullptr, [this](const char* text, std::uint64_t length) {
+        m_parser->parseText(text, VELDowncastSize::uint32(length, m_unit, kTextTooLongLine));
+      });
 }

@@ -7,13 +7,14 @@
 #include "orvdiff/orvdiff_export.h"
 
 namespace orvdiff::detail {
-class DOM_ParserImpl;
-}
-class XmlErrorHandler;
+class XmlParser;
+enum class XmlDocumentKind;
+}  // namespace orvdiff::detail
 
 /// Base of the engines whose output on disk must be well-formed XML before it is compared as
 /// normalised text. The host initialises Xerces before it creates such an engine and terminates it
-/// after destroying the engine; without that, the constructor raises `VELAssertError`.
+/// after destroying the engine, or calls `OrvXerces::initializeOnDemand`; without that,
+/// `performDiff` raises `VELAssertError`.
 class ORVDIFF_API OrvDiffWellFormedXmlFileEngine : public OrvDiffTextFormatEngine {
  public:
   ~OrvDiffWellFormedXmlFileEngine() override;
@@ -25,14 +26,14 @@ class ORVDIFF_API OrvDiffWellFormedXmlFileEngine : public OrvDiffTextFormatEngin
                              std::strstream* inMemoryOutput) override;
 
  protected:
-  /// `unit` is the class that errors name as their source. Both it and `errorHandler` must outlive
-  /// the engine.
+  /// `unit` is the class that errors name as their source; the text must outlive the engine.
   OrvDiffWellFormedXmlFileEngine(const char* subFolder, const OrvFormatLayout& layout,
-                                 const char* unit, XmlErrorHandler& errorHandler);
+                                 const char* unit, orvdiff::detail::XmlDocumentKind kind);
 
  private:
   OrvDiffResult* performValidation(const std::string& fileName);
 
   const char* m_unit;
-  std::shared_ptr<orvdiff::detail::DOM_ParserImpl> m_parser;
+  const orvdiff::detail::XmlDocumentKind m_kind;
+  std::shared_ptr<orvdiff::detail::XmlParser> m_parser;  ///< from the first document on
 };

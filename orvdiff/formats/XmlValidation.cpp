@@ -1,7 +1,6 @@
 #include "orvdiff/formats/XmlValidation.h"
 
 #include <algorithm>
-#include <cstring>
 #include <initializer_list>
 #include <iostream>
 #include <new>
@@ -14,14 +13,15 @@
 #include <xercesc/util/BinMemInputStream.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/TransService.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
+#include <xercesc/validators/common/Grammar.hpp>
 
-#include "orvdiff/compare/OrvDiffLib.h"
 #include "orvdiff/platform/I18N.h"
 #include "orvdiff/platform/VELAssert.h"
-#include "orvdiff/registry/OrvDiffResult.h"
+#include "orvdiff/platform/VELFmFile.h"
 
 namespace {
 
@@ -61,6 +61,12 @@ class ClosedWorldResolver : public xercesc::XMLEntityResolver {
 
 ClosedWorldResolver s_closedWorldResolver;
 
+/// Prints a line about a failure on standard output and flushes it, so that it keeps its place
+/// among the output of the host and its scripts.
+void printXmlFailure(const std::string& line) {
+  std::cout << line << std::endl;
+}
+
 /// Prints a failure block; `position` holds the lines before its closing separator.
 void printBlock(const std::string& kind, const std::string& fileName, const XMLCh* message,
                 std::initializer_list<std::string> position) {
@@ -88,29 +94,6 @@ bool passesParse(const std::string& fileName, const std::function<void()>& parse
     printBlock("DOM Exception", fileName, exception.getMessage(), {});
   }
   return false;
-}
-
-/// The same, and afterwards `parser` is either reset or marked as unusable.
-///
-/// The two errors that are passed on come from outside the parse: from narrowing a message and from
-/// loading a schema. The machine failed there, and the document is not to blame. A parse that runs
-/// out of memory throws other types; like any unknown exception it fails the document.
-bool passesParseAndResets(DOM_ParserImpl& parser, const std::string& fileName,
-                          const std::function<void()>& parse) {
-  try {
-    const bool result = passesParse(fileName, parse);
-    parser.resetParser();
-    return result;
-  } catch (const VELOutOfMemoryError&) {
-    parser.giveUp();
-    throw;
-  } catch (const VELStdExceptionError&) {
-    parser.giveUp();
-    throw;
-  } catch (...) {
-    parser.giveUp();
-    return false;
-  }
 }
 
 /// A document in memory that reports to a budget every piece the parser reads.
@@ -168,7 +151,7 @@ std::shared_ptr<DOM_ParserImpl> DOM_ParserImpl::create(xercesc::ErrorHandler& ha
   // Checked first, because even the parser's own memory comes from Xerces.
   const bool isXercesInitialized = xercesc::XMLPlatformUtils::fgMemoryManager != nullptr;
   VEL_ASSERT_NAMED(isXercesInitialized,
-                   "Call XMLPlatformUtils::Initialize before creating an engine that reads XML");
+                   "Call XMLPlatformUtils::Initialize before validating XML");
   const auto destroy = [](DOM_ParserImpl* parser) {
     if (parser->isUsable()) {
       delete parser;
@@ -188,9 +171,7 @@ std::shared_ptr<DOM_ParserImpl> DOM_ParserImpl::create(xercesc::ErrorHandler& ha
 }
 
 DOM_ParserImpl::DOM_ParserImpl(xercesc::ErrorHandler& handler, ValSchemes validation)
-    : m_handler(handler),
-      m_validation(validation),
-      m_lookupBudget(*getScanner()->getLocator()),
+    : m_lookupBudget(*getScanner()->getLocator()),
       m_treeSkipper(*this, *getScanner(), m_lookupBudget) {
   cacheGrammarFromParse(true);
   useCachedGrammarInParse(true);
@@ -207,14 +188,80 @@ DOM_ParserImpl::DOM_ParserImpl(xercesc::ErrorHandler& handler, ValSchemes valida
 
 DOM_ParserImpl::~DOM_ParserImpl() = default;
 
-std::shared_ptr<DOM_ParserImpl> DOM_ParserImpl::createAnother() const {
-  return create(m_handler, m_validation);
+/// The two errors that are passed on come from outside the parse: from narrowing a message and from
+/// loading a schema. The machine failed there, and the document is not to blame. A parse that runs
+/// out of memory throws other types; like any unknown exception it fails the document.
+bool DOM_ParserImpl::passes(const std::string& fileName, const std::function<void()>& parse) {
+  try {
+    const bool result = passesParse(fileName, parse);
+    resetParser();
+    return result;
+  } catch (const VELOutOfMemoryError&) {
+    giveUp();
+    throw;
+  } catch (const VELStdExceptionError&) {
+    giveUp();
+    throw;
+  } catch (...) {
+    giveUp();
+    return false;
+  }
 }
 
 void DOM_ParserImpl::parseText(const char* bytes, std::uint32_t length) {
   const auto* const text = reinterpret_cast<const XMLByte*>(bytes);
   m_lookupBudget.startDocument(text, length);
   parse(WatchedText(text, length, m_lookupBudget));
+}
+
+void DOM_ParserImpl::loadSchema(const std::string& path, const std::string& namespaceUri) {
+  if (getExternalSchemaLocation() == nullptr) {
+    guardXmlMemory(VEL_HERE, [&] { readSchema(path, namespaceUri); });
+  }
+}
+
+void DOM_ParserImpl::readSchema(const std::string& path, const std::string& namespaceUri) {
+  VELFmFile file;
+  if (file.open(path.c_str(), VELFmFile::eOpenExisting, 1) == 0) {
+    reportUnusableSchema(path, "the file cannot be opened");
+    return;  // without a grammar, the document's first element is an error
+  }
+  const auto text = velNewArray<char>(VEL_HERE, file.getLength());
+  const std::size_t length = file.read(text.get(), file.getLength());
+  if (file.hasFailed()) {
+    reportUnusableSchema(path, "the file cannot be read to its end");
+    return;
+  }
+  useSchema(text.get(), length, path, namespaceUri);
+}
+
+void DOM_ParserImpl::useSchema(const char* bytes, std::size_t length, const std::string& path,
+                               const std::string& namespaceUri) {
+  const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes), length,
+                                          path.c_str(), false);
+  const xercesc::Grammar* grammar = nullptr;
+  try {
+    grammar = loadGrammar(source, xercesc::Grammar::SchemaGrammarType, true);
+  } catch (const xercesc::SAXParseException& exception) {
+    reportUnusableSchema(path, narrowXmlText(exception.getMessage()));
+    throw;
+  }
+  if (grammar == nullptr || narrowXmlText(grammar->getTargetNamespace()) != namespaceUri) {
+    reportUnusableSchema(path, "it does not describe the namespace " + namespaceUri);
+    return;
+  }
+  // Validates every document against the schema, whatever its root element. The grammar is loaded
+  // by now, so nothing opens the path; it must only be free of blanks.
+  const std::string location = namespaceUri + " layoutData.xsd";
+  setExternalSchemaLocation(
+      xercesc::TranscodeFromStr(reinterpret_cast<const XMLByte*>(location.c_str()), location.size(),
+                                "UTF-8")
+          .str());
+}
+
+void DOM_ParserImpl::reportUnusableSchema(const std::string& path, const std::string& reason) {
+  resetCachedGrammarPool();  // or what was read so far would pass for the whole schema
+  printXmlFailure("Layout-data schema " + path + " cannot be used: " + reason);
 }
 
 void DOM_ParserImpl::resetParser() {
@@ -243,36 +290,4 @@ std::string narrowXmlText(const XMLCh* message) {
     });
   }
   return narrow;
-}
-
-void printXmlFailure(const std::string& line) {
-  std::cout << line << std::endl;
-}
-
-OrvDiffResult* findXmlFault(
-    std::shared_ptr<DOM_ParserImpl>& parser, const std::string& fileName, const char* inMemoryText,
-    const std::function<void(const char* bytes, std::uint64_t length)>& parse) {
-  if (!parser->isUsable()) {
-    parser = parser->createAnother();
-  }
-  OrvTextBuffer buffer;
-  std::uint64_t length = 0;
-  if (inMemoryText == nullptr) {
-    OrvFileHandle file(fileName.c_str(), "rt");
-    OrvDiffResult* const missing = OrvDiffLib::checkOpenFiles(fileName, fileName, file, file);
-    if (missing != nullptr) {
-      return missing;
-    }
-    buffer = OrvDiffLib::slurpFile(file);
-    const long end = std::ftell(file);  // the file may have grown since: only what was read counts
-    VEL_ASSERT_NAMED(end >= 0, "Unable to read all of the contents of file ");
-    length = static_cast<std::uint64_t>(end);
-  } else {
-    length = std::strlen(inMemoryText);
-  }
-  const char* const bytes = inMemoryText != nullptr ? inMemoryText : buffer.get();
-  if (passesParseAndResets(*parser, fileName, [&] { parse(bytes, length); })) {
-    return nullptr;
-  }
-  return velNew<OrvDiffResultFail>(VEL_HERE, fileName, fileName);
 }

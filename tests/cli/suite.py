@@ -5,6 +5,7 @@ import pathlib
 import shutil
 import subprocess
 import tempfile
+import time
 import unittest
 
 PROGRAM = os.path.join(os.environ["ORVDIFF_BIN_DIR"], "orvdiff")
@@ -96,6 +97,14 @@ class SuiteTest(unittest.TestCase):
 
     def verify(self, *arguments, locations=("../suite",), **environment):
         return self.run_program("verify", *arguments, *locations, **environment)
+
+    def wait_until(self, condition):
+        """Waits for what is to happen soon."""
+        for _ in range(2000):
+            if condition():
+                return
+            time.sleep(0.01)
+        self.fail("waited in vain")
 
     def harness_log(self, name="h.mxr"):
         return (self.work / name).read_bytes().decode()

@@ -102,16 +102,6 @@ class Places(FilesTest):
         self.expect(self.run_as_nobody("verify", "--summary", "s.xml", "../suite"), 0)
         self.assertRegex(self.summary.read_text(), WHOLE_SUMMARY)
 
-    def test_processes_that_write_the_same_files_at_once(self):
-        self.report("R", "<p>a</p>" * 5000, "<p>b</p>" * 5000)
-        for _ in range(3):
-            for process in [self.popen("verify", "--summary", "s.xml", "--save-normalized",
-                                       "../suite") for _ in range(12)]:
-                self.expect(self.finished(process), 1)
-            self.assertEqual((self.outputs / "R.html.normalized_actual").stat().st_size, 40000)
-            self.assertIn("</TestSummary>", self.summary.read_text())
-        self.assertFalse([path for path in self.tree() if path.name.startswith(".")])
-
 
 class Incomplete(FilesTest):
     def test_what_cannot_be_written_to_its_end(self):

@@ -91,8 +91,40 @@ class Content(RecordsTest):
         self.expect(again, 1, "7 of 24 pairs, those that did not pass in the run of ",
                     "7 pairs: 0 passed, 5 differ, 1 missing, 1 failed")
         self.assertEqual(self.verify("-q", "--failed", "r", locations=()).out.count("\n"), 1)
-        self.refused("", "verify", "--failed", "r", "../suite")
-        self.refused("name it with -C", "-C", "..", "verify", "--failed", "work/r")
+
+    def test_failed_pairs_are_verified_as_they_were_from_anywhere(self):
+        for i in range(3):
+            self.pair("R", "charts", f"R_{i}.cgs", "x", "y")
+        self.write("suite/Masters/charts/R_3.cgs", "x")
+        run = self.record("r", "--cgs-output-dir", "v5Debugcharts", "--cgs-master-sub-folder",
+                          "charts", "-f", "cgs,html")
+        self.expect(run, 1, "4 pairs: 0 passed, 3 differ, 1 missing")
+        self.pair("R", "charts", "R_0.cgs", "x", "x")
+        (self.server / "suite/Masters/charts/R_1.cgs").unlink()
+        again = self.run_program("-C", "..", "verify", "--failed", "work/r", "--record", "again")
+        self.expect(again, 1, "4 of 4 pairs", "4 pairs: 1 passed, 1 differ, 2 missing")
+        self.assertTrue((self.server / "again/run.json").exists())
+        third = self.verify("--failed", "../again", locations=())
+        self.expect(third, 1, "3 of 4 pairs", "3 pairs: 0 passed, 1 differ, 2 missing")
+        for options in (["../suite"], ["--shard", "1/2"], ["-f", "html"]):
+            self.refused("--failed takes reports, formats and the working", "verify",
+                         "--failed", "r", *options)
+        path = self.work / "r/run.json"
+        path.write_text(path.read_text().replace(str(self.work), "/gone"))
+        self.refused("worked in the folder /gone, which cannot be entered: No such file",
+                     "verify", "--failed", "r")
+
+    def test_failed_takes_all_pairs_where_none_could_be_listed(self):
+        self.suite(4)
+        self.record("r")
+        path = self.work / "r/pairs.jsonl"
+        pairs = self.pairs("r")
+        for pair in pairs:  # as a record of a format whose masters could not be listed
+            if "R1" in str(pair["master"]):
+                pair.update(master="", output="", verdict="error")
+        path.write_text("".join(json.dumps(pair) + "\n" for pair in pairs))
+        self.expect(self.verify("-v", "--failed", "r", locations=()), 1, "5 of 7 pairs",
+                    "passed   ../suite/b/Masters/R1.html")
 
 
 class Shards(RecordsTest):
@@ -189,8 +221,7 @@ class Damage(RecordsTest):
         self.pair("S", "PDF", "S.pdf", "x", "y")
         running = self.popen("verify", "--record", "busy", "../suite", stdout=subprocess.DEVNULL,
                              stderr=None, env={"PATH": self.interpreter("sleep 5\n")})
-        while not (self.work / "busy/run.json").exists():
-            pass
+        self.wait_until((self.work / "busy/run.json").exists)
         self.assertIn("another run is writing there", self.verify("--record", "busy").err)
         running.kill()
         running.wait()

@@ -8,18 +8,12 @@ import re
 import shutil
 import signal
 import subprocess
-import time
 import unittest
 
 from suite import SuiteTest
 
 COUNTS = (1, 2, 7)
 SANITIZED = bool(os.environ.get("ORVDIFF_SANITIZE"))
-# A schema whose pattern Xerces matches by recursion: a long text overflows the stack.
-DEEP_SCHEMA = """<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema" targetNamespace="urn:deep">
-<xs:element name="a"><xs:simpleType><xs:restriction base="xs:string">
-<xs:pattern value="([a-z]|[0-9])*x"/></xs:restriction></xs:simpleType></xs:element></xs:schema>"""
-
 
 def timeless(text):
     """A text of the program without the times in it."""
@@ -55,16 +49,6 @@ class WorkersTest(SuiteTest):
         self.assertNotIn("orvdiff:", run.err)
         return run.status, timeless(run.out), kept
 
-    def dying(self):
-        """A suite in which one output kills the XML parser, and options to verify it."""
-        self.suite(4)
-        schema = self.write("work/deep.xsd", DEEP_SCHEMA)
-        text = '<a xmlns="urn:deep">' + "y" * 400_000 + "x</a>"
-        self.pair("R2", "DataXML", "R2.xml", text, text)
-        text = '<a xmlns="urn:deep">yx</a>'
-        self.pair("R2", "DataXML", "R2_next.xml", text, text)
-        return ("--layout-schema", os.fsdecode(schema), "--layout-namespace", "urn:deep")
-
 
 class Order(WorkersTest):
     def test_any_number_of_workers_gives_the_same_bytes(self):
@@ -74,14 +58,32 @@ class Order(WorkersTest):
         for other in others:
             self.assertEqual(other, one)
 
+    def test_the_demo_too(self):
+        demo = pathlib.Path(os.environ["ORVDIFF_SOURCE_DIR"]) / "examples/demo"
+        shutil.copytree(demo, self.server.parent, dirs_exist_ok=True)
+        (self.work / "README.md").unlink()
+        one, *others = (self.outcome("-j", str(count)) for count in COUNTS)
+        self.assertIn("61 pairs", one[1])
+        for other in others:
+            self.assertEqual(other, one)
+
 
 class Losses(WorkersTest):
-    @unittest.skipIf(SANITIZED, "a sanitizer turns the signal into an exit status")
     def test_a_crash_costs_its_pair(self):
-        options = self.dying()
+        self.suite(4)
+        for name in ("R2", "R2_next"):
+            self.pair("R2", "PDF", name + ".pdf")
+        path = self.interpreter("""case "$3" in
+            *R2.pdf) kill -SEGV $(cut -d' ' -f4 /proc/$PPID/stat);;  # the worker: parent's parent
+            esac
+            """)
         for count in COUNTS:
-            run = self.verify("-v", "-j", str(count), *options)
+            record = self.work / f"r{count}"
+            run = self.verify("-v", "-j", str(count), "--record", record, PATH=path)
             self.expect(run, 2, "signal 11", err="...")
+            pairs = map(json.loads, (record / "pairs.jsonl").read_text().splitlines())
+            self.assertEqual([pair["outputFile"]["evidence"] for pair in pairs
+                              if pair["verdict"] == "crashed"], ["kept"])
             self.assertEqual(len(run.lines("crashed")), 1, run.out)
             self.assertEqual(len(run.lines("passed", "differs")), 6, run.out)
 
@@ -96,6 +98,10 @@ class Losses(WorkersTest):
             "timed-out ../suite/Masters/PDF/R1.pdf -> ../webcontent/bi/v5DebugPDF/R1.pdf"])
         self.assertEqual(len(run.lines("passed", "differs")), 4)
         self.assertFalse(is_running(int((self.work / "pid").read_text())), "a process is left")
+        for options in ("verify", "-j", "1", "../suite"), ("compare", "pdf", "pid", "pid"):
+            run = self.run_program(*options, "--timeout", "0.5", PATH=path)
+            self.expect(run, 2, "took longer than 0.5 s (--timeout)", err="...")
+            self.assertFalse(is_running(int((self.work / "pid").read_text())), "a process is left")
 
     @unittest.skipIf(SANITIZED, "a sanitizer's own memory breaks the limit")
     def test_memory_is_limited(self):
@@ -113,24 +119,15 @@ class Losses(WorkersTest):
             process = self.popen("verify", "-j", "1", "--record", f"r{number}", "../suite",
                                  stderr=None, stdout=subprocess.DEVNULL,
                                  env={**os.environ, "PATH": path})
-            pid = self.work / "pid"
-            while not pid.exists() or not pid.read_text():
-                time.sleep(0.01)
-            for _ in range(500):  # until the pair before it is recorded
-                if (self.server / f"work/r{number}/pairs.jsonl").stat().st_size:
-                    break
-                time.sleep(0.01)
-            script = int(pid.read_text())
+            pid, pairs = self.work / "pid", self.work / f"r{number}/pairs.jsonl"
+            # Until the pair before it is recorded.
+            self.wait_until(lambda: pid.exists() and pid.read_text() and pairs.stat().st_size)
             children = pathlib.Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text()
-            worker = int(children.split()[0])
+            started = int(pid.read_text()), int(children.split()[0])
             pid.unlink()
             process.send_signal(number)
             self.assertEqual(process.wait(timeout=20), status)
-            tries = 200
-            while any(map(is_running, (worker, script))) and tries:
-                time.sleep(0.01)
-                tries -= 1
-            self.assertGreater(tries, 0, "a process is left")
+            self.wait_until(lambda: not any(map(is_running, started)))
             record = json.loads((self.work / f"r{number}/run.json").read_text())
             self.assertFalse(record["complete"])
             self.assertRegex(self.run_program("show", f"r{number}").out,

@@ -4,9 +4,6 @@ import contextlib
 import os
 import pathlib
 import shutil
-import signal
-import subprocess
-import sys
 import time
 
 from running import DATA, DIFFERENT, EQUAL, SCRIPTS, TROUBLE, ScriptTest
@@ -49,7 +46,7 @@ class DiffPdfTest(ScriptTest):
             *(([*options, PDF / f"{master}.pdf", PDF / f"{actual}.pdf"], status, words)
               for options, master, actual, status, words in rows)])
 
-    def test_damaged_files(self):
+    def test_damaged_files_and_awkward_names(self):
         whole = (PDF / "cairo_report.pdf").read_bytes()
         table = whole.rindex(b"startxref")
         rows = [
@@ -64,19 +61,17 @@ class DiffPdfTest(ScriptTest):
              "structure\n  master: sound\n  actual: Syntax Error"),
             (b"From: server\n\n" + whole + b"\n" * 2000, EQUAL, "")]
         os.mkfifo(self.folder / "pipe")
+        names = ("two words.pdf", "-dpi", "-", "Umsätze.pdf", "fd:/0")
+        (self.folder / "fd:").mkdir()
+        for name in names:
+            shutil.copy(PDF / "cairo_report.pdf", self.folder / name)
+        shutil.copy(PDF / "cairo_reworded.pdf", self.folder / "-r")
         self.check_all([
+            *(([name, "-r"], DIFFERENT, "text, page 2") for name in names),
             ([self.put("a", b"text"), self.put("b", b"text")], TROUBLE, "not a PDF"),
             ([PDF / "cairo_report.pdf", "pipe"], TROUBLE, "not a regular file"),
             *(([PDF / "cairo_report.pdf", self.put(f"{number}.pdf", content)], status, words)
               for number, (content, status, words) in enumerate(rows))])
-
-    def test_awkward_names(self):
-        (self.folder / "fd:").mkdir()
-        names = ("two words.pdf", "-dpi", "-", "Umsätze.pdf", "fd:/0")
-        for name in names:
-            shutil.copy(PDF / "cairo_report.pdf", self.folder / name)
-        shutil.copy(PDF / "cairo_reworded.pdf", self.folder / "-r")
-        self.check_all([([name, "-r"], DIFFERENT, "text, page 2") for name in names])
 
     def fake(self, program, action):
         """Puts a program of this name before poppler's own; returns the environment to run in."""
@@ -109,15 +104,3 @@ class DiffPdfTest(ScriptTest):
             self.assert_gone(process)
         self.check(["--timeout", "1", "--ignore-text", "((.+)+)+#", *pair], TROUBLE, "gave up")
         self.check(pair, TROUBLE, "install the Debian package poppler-utils", PATH=str(self.folder))
-
-    def test_terminated(self):
-        environment = self.fake("pdfinfo", "echo $$ >child; exec sleep 50")
-        script = subprocess.Popen(
-            [sys.executable, self.script, PDF / "cairo_report.pdf", PDF / "cairo_redated.pdf"],
-            cwd=self.folder, env={**os.environ, **environment})
-        child = self.folder / "child"
-        while not child.exists() or not child.read_text():
-            self.assertIsNone(script.poll())
-        script.terminate()
-        self.assertEqual(-signal.SIGTERM, script.wait())
-        self.assert_gone(child.read_text().strip())

@@ -22,20 +22,6 @@ TEST(CompareStrings, PositionOfTheFirstDifference) {
   }
 }
 
-TEST(ComparisonResult, OnlyANormalisedDifferenceTakesTheTexts) {
-  const std::tuple<std::size_t, bool, const char*> kRows[] = {
-      {std::string::npos, true, "pass m a"},
-      {3, false, "diff m a"},
-      {3, true, "normalized m a at 3 abcX|abcY"}};
-  for (const auto& [position, isNormalized, expected] : kRows) {
-    OrvTextBuffer master = OrvDiffLib::strdupnew("abcX"), actual = OrvDiffLib::strdupnew("abcY");
-    EXPECT_EQ(described(OrvDiffLib::createComparisonResult("m", "a", master, actual, position,
-                                                           isNormalized)),
-              expected);
-    EXPECT_EQ(master == nullptr && actual == nullptr, *expected == 'n');
-  }
-}
-
 TEST(TextFileComparison, FromDiskAndFromMemory) {
   const OrvDiffNormalizationPattern letters("[a-z]", nullptr);
   const OrvDiffNormalizationPattern digits("(?:[0-9])", nullptr);  // which only ICU runs

@@ -70,17 +70,17 @@ TEST_F(Driver, ComparesEachMasterWithItsOutputInOrderOfName) {
                                             diff("R_1.pdf"), diff("R_2.pdf")));
   EXPECT_EQ(second.heard, m_recorder.heard);
   EXPECT_EQ(m_compared, "R.pdf R_1.pdf R_2.pdf ");
-  second.heard.clear();
+  std::vector<std::string> oneByOne;
   for (const OrvFilePair& pair : m_engine.findPairs("R.xml")) {
-    second.heard.push_back(described(m_engine.comparePair(pair, nullptr)));
+    oneByOne.push_back(described(m_engine.comparePair(pair, nullptr)));
   }
-  EXPECT_EQ(second.heard, m_recorder.heard);
+  EXPECT_EQ(oneByOne, m_recorder.heard);
   std::filesystem::create_symlink("nowhere", "Masters/T.pdf");  // reported before the output
+  Recorder others;
   for (const char* const location : {"none/Unknown.xml", "S.xml", "T.xml"}) {
-    m_engine.verifyOutput({&second}, location, nullptr);
+    m_engine.verifyOutput({&others}, location, nullptr);
   }
-  second.heard.erase(second.heard.begin(), second.heard.begin() + 4);
-  EXPECT_THAT(second.heard, ElementsAre(missing("S.pdf", kBi + "S.pdf"),  // which is a folder
+  EXPECT_THAT(others.heard, ElementsAre(missing("S.pdf", kBi + "S.pdf"),  // which is a folder
                                         missing("T.pdf", "Masters/T.pdf")));
 }
 
@@ -88,10 +88,7 @@ TEST_F(Driver, AnExceptionEndsTheVerificationAndDeletesTheResult) {
   RaisingListener raising;
   EXPECT_THROW(m_engine.verifyOutput({&raising}, "R.xml", nullptr), std::runtime_error);
   EXPECT_EQ(m_compared, "R.pdf R_1.pdf ");
-  EXPECT_EQ(raisedBy([&] {
-              m_engine.verifyOutput({nullptr, &m_recorder}, "R.xml", nullptr);
-            }),
-            "OrvDiffFileEngine: VEL_ASSERT(listener);");
+  EXPECT_THROW(m_engine.verifyOutput({nullptr, &m_recorder}, "R.xml", nullptr), VELAssertError);
   EXPECT_THAT(m_recorder.heard, ElementsAre());
   m_compared.clear();
   m_raisesFor = "Masters/R_1.pdf";
@@ -103,20 +100,17 @@ TEST_F(Driver, AnExceptionEndsTheVerificationAndDeletesTheResult) {
 
 TEST(Layout, MastersAndOutputs) {
   const std::tuple<const char*, const char*, const char*, const char*, const char*> kRows[] = {
-      {"s/t/R.xml", nullptr, "", "s/t/Masters/R*.pdf", "type"},
-      {"s/t/R.xml", "", "_b", "s/t/Masters/R*.pdf", "type_b"},
-      {"s/t/R.xml", "fr/x", "_b", "s/t/Masters/fr/x/R*.pdf", "type_b/fr/x"},
-      {"R.xml", nullptr, "", "Masters/R*.pdf", "type"},
-      {"/R.xml", "fr", "", "/Masters/fr/R*.pdf", "type/fr"},
-      {"a.b/R.2024.xml", nullptr, "", "a.b/Masters/R.2024*.pdf", "type"},
+      {"s/t/R.xml", "", "_b", "s/t/Masters/R*.pdf", "type_b/R_2.pdf"},
+      {"s/t/R.xml", "fr/x", "_b", "s/t/Masters/fr/x/R*.pdf", "type_b/fr/x/R_2.pdf"},
+      {"/R.xml", "fr", "", "/Masters/fr/R*.pdf", "type/fr/R_2.pdf"},
+      {"R.2024.xml", nullptr, "", "Masters/R.2024*.pdf", "type/R_2.pdf"},
   };
-  for (const auto& [location, subFolder, suffix, glob, outputs] : kRows) {
+  for (const auto& [location, subFolder, suffix, glob, output] : kRows) {
     TestEngine engine(subFolder);
     engine.setMasterAndOutputFoldersSuffix("replaced");
     engine.setMasterAndOutputFoldersSuffix(suffix);
     EXPECT_EQ(engine.getMasterFileGlobExpression(location), glob);
-    EXPECT_EQ(engine.getActualFile("any/where/R_2.pdf"),
-              std::string("../webcontent/bi/") + outputs + "/R_2.pdf");
+    EXPECT_EQ(engine.getActualFile("any/where/R_2.pdf"), "../webcontent/bi/"s + output);
   }
 }
 

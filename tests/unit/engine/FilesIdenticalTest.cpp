@@ -28,6 +28,11 @@ TEST(FilesIdentical, OnDiskAndInMemory) {
       {kLong, kLong, "pass m a"},     {kLong + "y", kLong + "z", "diff m a"},
   };
   const TestFolder folder;
+  TestFolder::write("m", "xx");
+  std::strstream rewritten;  // goes on behind its put position, so it is not that short
+  rewritten << std::string(20, 'x');
+  rewritten.seekp(2);
+  EXPECT_EQ(described(TestEngine::areFilesIdentical("m", "a", &rewritten)), "diff m a");
   TestEngine engine(nullptr, [](const auto& m, const auto& a, auto* stream) {
     return TestEngine::areFilesIdentical(m, a, stream);
   });
@@ -36,23 +41,9 @@ TEST(FilesIdentical, OnDiskAndInMemory) {
     std::filesystem::remove("a");
     std::strstream output;  // what engines are given
     expectInMemory(output, actual, expected);
-    output.seekg(0, std::ios::end);
-    expectInMemory(output, "", expected);
     std::stringstream stream;
     expectInMemory(stream, actual, expected);
-    std::string finished = actual;  // a text that the host did not write through the stream
-    std::strstream reading(finished.data(), static_cast<int>(finished.size()), std::ios::in);
-    expectInMemory(reading, "", expected);
   }
-}
-
-TEST(FilesIdentical, AnOutputWrittenBeyondItsPutPositionIsNotThatShort) {
-  const TestFolder folder;
-  TestFolder::write("m", "xx");
-  std::strstream output;
-  output << std::string(20, 'x');
-  output.seekp(2);
-  EXPECT_EQ(described(TestEngine::areFilesIdentical("m", "a", &output)), "diff m a");
 }
 
 TEST(FilesIdentical, ReportsWhatCannotBeRead) {

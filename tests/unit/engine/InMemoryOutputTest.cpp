@@ -42,7 +42,6 @@ TEST(InMemoryOutput, AFailingOneIsOnDiskBeforeAnyoneIsNotified) {
     TestFolder::write(kActual, "stale");
     OrvTestInfo info;
     std::strstream& output = info.addOutput(kActual, binary);
-    EXPECT_EQ(output.pcount(), 0);
     output << written;
     TestEngine engine(nullptr, [&, isPass = passes](const auto& m, const auto& a, auto* stream) {
       EXPECT_EQ(stream, &output);
@@ -51,20 +50,17 @@ TEST(InMemoryOutput, AFailingOneIsOnDiskBeforeAnyoneIsNotified) {
                     : new OrvDiffResultFailDiff(m, a);
     });
     DiskWitness witness;
-    {
-      const LimitedTo smallDisk(RLIMIT_FSIZE, 5000);
-      engine.verifyOutput({&witness}, "R.xml", &info);
-    }
+    const LimitedTo smallDisk(RLIMIT_FSIZE, 5000);
+    engine.verifyOutput({&witness}, "R.xml", &info);
     EXPECT_EQ(witness.onDisk, onDisk) << written;
     EXPECT_EQ(std::filesystem::is_empty("../webcontent/bi/type"), onDisk == "(missing)");
-    expectUnfrozen(output);
     if (onDisk == "(missing)" && !binary) {
       std::filesystem::remove("../webcontent/bi/type");
       EXPECT_EQ(raisedBy([&] { engine.verifyOutput({}, "R.xml", &info); }),
                 "OrvDiffLib: VEL_ASSERT(bFileOpened);");
-      expectUnfrozen(output);
-      output.str();  // freezes it; its memory is freed nevertheless
     }
+    expectUnfrozen(output);
+    output.str();  // freezes it; its memory is freed nevertheless
   }
 }
 
@@ -77,7 +73,6 @@ void expectHeld(std::strstream& output, const std::string& text, const std::stri
     EXPECT_EQ(std::string(held.bytes()) + (held.isWhole() ? "" : "..."), bytes);
     held.rewind();
   }
-  expectUnfrozen(output);
 }
 
 TEST(InMemoryOutput, OfAHostThatWrites) {
@@ -101,16 +96,12 @@ TEST(InMemoryOutput, OfAHostThatWrites) {
     { const InMemoryOutput held(output); }
     EXPECT_EQ(output.tellp(), position);
     expectHeld(output, text, bytes);
+    expectUnfrozen(output);
   }
-  std::strstream fresh;
-  EXPECT_EQ(InMemoryOutput(fresh).bytes(), "");
   std::strstream measured;  // by a host that learns what is reserved
   measured << "text\0"s;
   measured.seekg(0, std::ios::end);
   expectHeld(measured, "text", "text\0"s);
-  std::strstream gone(std::move(measured));
-  EXPECT_STREQ(InMemoryOutput(measured).text(), "");
-  EXPECT_EQ(InMemoryOutput(measured).bytes(), "");
 }
 
 /// On an array without a byte to spare, so that the address sanitizer sees a byte too many.
@@ -129,12 +120,7 @@ TEST(InMemoryOutput, OfAHostThatHasABufferOfItsOwn) {
     buffer.copy(array.get(), buffer.size());
     std::strstream output(array.get(), static_cast<int>(buffer.size()), mode);
     output << written;
-    for (int time = 0; time < 2; ++time) {
-      InMemoryOutput held(output);
-      EXPECT_STREQ(held.text(), text);
-      EXPECT_EQ(held.bytes(), bytes);
-      EXPECT_TRUE(held.isWhole());
-    }
+    expectHeld(output, text, bytes);
   }
   char endless[] = "of unknown size";
   std::strstream output(endless, -1, std::ios::in);

@@ -113,10 +113,12 @@ TEST_F(LayoutDataEngine, NamesASchemaThatCannotBeUsed) {
       EXPECT_EQ(compared(foreign, foreign), "fail a a") << reason;
     }
   }
+  TestFolder::write("my schemas/http:/host.invalid/far.xsd", "what an address must not open");
   TestFolder::write("my schemas/parts/cell.xsd", schema(kCell));  // repaired, of two files
-  TestFolder::write(kPath, schema("<xs:include schemaLocation='parts/cell.xsd'/><xs:import "
-                                  "namespace='urn:far' schemaLocation='http://host.invalid/'/>" +
-                                  kLayout));
+  TestFolder::write(kPath,
+                    schema("<xs:include schemaLocation='parts/cell.xsd'/><xs:import "
+                           "namespace='urn:far' schemaLocation='http://host.invalid/far.xsd'/>" +
+                           kLayout));
   EXPECT_EQ(compared(kValid, kValid), "pass m a");
   TestFolder::write(kPath, "no longer a schema");  // nor read again
   EXPECT_EQ(compared(kValid, kValid), "pass m a");

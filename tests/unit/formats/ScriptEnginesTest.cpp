@@ -8,8 +8,6 @@ namespace {
 class FakePython {
  public:
   explicit FakePython(const std::string& body) {
-    const char* const path = getenv("PATH");
-    m_before = path != nullptr ? path : "";
     std::filesystem::remove("arguments");
     TestFolder::write("bin/python", "#!/bin/sh\nprintf '%s\\n' \"$@\" > arguments\n" + body + "\n");
     std::filesystem::permissions("bin/python", std::filesystem::perms::owner_all);
@@ -20,7 +18,7 @@ class FakePython {
   FakePython& operator=(const FakePython&) = delete;
 
  private:
-  std::string m_before;
+  const std::string m_before = getenv("PATH");
 };
 
 TEST(ScriptEngines, TheExitStatusIsTheVerdict) {

@@ -64,14 +64,6 @@ TEST_F(FileCheckTest, WhatCannotBeReadNeverPasses) {
 
 TEST_F(FileCheckTest, OffsetsPassTwoGigabytes) {
   startTest(MOXLogLevel::Normal);
-  const std::pair<std::int64_t, const char*> kRows[] = {
-      {2147483648, "Offset: 0X80000000 (2147483648)\n"},
-      {5000000000, "Offset: 0X12A05F200 (5000000000)\n"},
-      {-16, "Offset: 0XFFFFFFF0 (-16)\n"}};
-  for (const auto& row : kRows) {
-    EXPECT_THAT(logOf([&row] { harness().dumpDifferences("a", "b", 1, row.first); }),
-                StartsWith(row.second));
-  }
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "reads 4 GB, which takes minutes when every byte is instrumented";
 #endif

@@ -29,34 +29,26 @@ namespace {
 using namespace std::string_literals;
 
 TEST(Paths, SplitJoinAndBasename) {
-  const char* const kSplits[][3] = {{"a/b/c.xml", "a/b", "c.xml"},
-                                    {"c.xml", "", "c.xml"},
-                                    {"/c.xml", "/", "c.xml"},
-                                    {"a/", "a", ""},
-                                    {"", "", ""}};
-  for (const auto& [path, folder, file] : kSplits) {
-    std::string gotFolder = "untouched";
-    std::string gotFile = "untouched";
-    VELFmDir::splitPath(path, &gotFolder, &gotFile);
+  // A folder, a name in it, the path of both, and the path's base and extension.
+  const char* const kRows[][5] = {{"a/b", "c.xml", "a/b/c.xml", "c", "xml"},
+                                  {"", "R.a.xml", "R.a.xml", "R.a", "xml"},
+                                  {"/", ".a.xml", "/.a.xml", ".a", "xml"},
+                                  {"a", ".profile", "a/.profile", ".profile", ""},
+                                  {"a", "R.", "a/R.", "R", ""},
+                                  {"a", "R", "a/R", "R", ""}};
+  for (const auto& [folder, name, path, base, extension] : kRows) {
+    std::string joined = folder, gotFolder = "untouched", gotName, gotBase, gotExtension = "?";
+    VELFmDir::joinPath(joined, name);
+    VELFmDir::splitPath(path, &gotFolder, &gotName);
     VELFmDir::splitPath(path, nullptr, nullptr);
-    EXPECT_EQ(gotFolder + '|' + gotFile, folder + "|"s + file);
-  }
-  const char* const kJoins[][3] = {
-      {"a", "b", "a/b"}, {"a/", "b", "a/b"}, {"", "b", "b"}, {"/", "b", "/b"}};
-  for (const auto& [path, component, joined] : kJoins) {
-    std::string got = path;
-    VELFmDir::joinPath(got, component);
-    EXPECT_EQ(got, joined);
-  }
-  const char* const kNames[][3] = {{"R.xml", "R", "xml"},   {"R.a.xml", "R.a", "xml"},
-                                   {"R", "R", ""},          {".profile", ".profile", ""},
-                                   {".a.xml", ".a", "xml"}, {"R.", "R", ""}};
-  for (const auto& [name, base, extension] : kNames) {
-    std::string gotBase;
-    std::string gotExtension = "untouched";
     OrvHelper::fileBasename(name, gotBase, gotExtension);
+    EXPECT_EQ(joined + '|' + gotFolder + '|' + gotName, path + "|"s + folder + '|' + name);
     EXPECT_EQ(gotBase + '|' + gotExtension, base + "|"s + extension);
   }
+  std::string slashed = "a/", folder, name = "untouched";
+  VELFmDir::splitPath("a/", &folder, &name);
+  VELFmDir::joinPath(slashed, "b");
+  EXPECT_EQ(folder + '|' + name + '|' + slashed, "a||a/b");
 }
 
 TEST(Glob, OnlyTheStarOfTheNamePartIsSpecial) {

@@ -64,8 +64,7 @@ struct RecordingEngine : OrvDiffEngine {
   void verifyOutput(const OrvDiffListenerSet& listeners, const char* location,
                     OrvTestInfo* testInfo) override {
     calls += m_name;
-    EXPECT_EQ(listeners.size(), 1U);
-    EXPECT_EQ(reinterpret_cast<OrvDiffListener*>(testInfo), *listeners.begin());
+    EXPECT_EQ(listeners, OrvDiffListenerSet{reinterpret_cast<OrvDiffListener*>(testInfo)});
     EXPECT_STREQ(location, "suite/R.xml");
     if (m_name == '!') {
       throw std::runtime_error("engine");
@@ -78,33 +77,27 @@ struct RecordingEngine : OrvDiffEngine {
 };
 
 TEST(EngineRegistry, RunsTheEnginesOfAFormatInOrderUntilOneRaises) {
-  OrvDiffListener kept;
-  OrvDiffListener removed;
+  OrvDiffListener kept, removed;
   auto* const info = reinterpret_cast<OrvTestInfo*>(&kept);  // only handed on
-  const std::string& calls = RecordingEngine::calls;
-  RecordingEngine a('a');
-  RecordingEngine b('b');
-  RecordingEngine raising('!');
+  RecordingEngine a('a'), b('b'), raising('!');
   constexpr auto kHtml = OrvOutputFormat::Html;
   constexpr auto kOfAHost = static_cast<OrvOutputFormat>(-1);
   OrvDiffEngineRegistry registry;
-  registry.registerDiffEngine(kHtml, &b);
-  for (RecordingEngine* const engine : {&a, &raising, &b}) {
-    registry.registerDiffEngine(kOfAHost, engine);
+  const std::pair<OrvOutputFormat, OrvDiffEngine*> kRegistered[] = {
+      {kHtml, &b}, {kOfAHost, &a}, {kOfAHost, &raising}, {kOfAHost, &b}, {kHtml, &a}, {kHtml, &b}};
+  for (const auto& [format, engine] : kRegistered) {
+    registry.registerDiffEngine(format, engine);
   }
-  registry.registerDiffEngine(kHtml, &a);
-  registry.registerDiffEngine(kHtml, &b);
   registry.removeListener(&removed);
-  registry.addListener(&removed);
-  registry.addListener(&kept);
-  registry.addListener(&kept);
+  for (OrvDiffListener* const listener : {&removed, &kept, &kept}) {
+    registry.addListener(listener);
+  }
   registry.removeListener(&removed);
   registry.verifyOutput(OrvOutputFormat::Csv, "suite/R.xml", info);
-  EXPECT_EQ(calls, "");
   registry.verifyOutput(kHtml, "suite/R.xml", info);
-  EXPECT_EQ(calls, "bab");
+  EXPECT_EQ(RecordingEngine::calls, "bab");
   EXPECT_THROW(registry.verifyOutput(kOfAHost, "suite/R.xml", info), std::runtime_error);
-  EXPECT_EQ(calls, "baba!");
+  EXPECT_EQ(RecordingEngine::calls, "baba!");
 }
 
 }  // namespace

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string_view>
+
+#include "orvdiff/orvdiff_export.h"
+
+class OrvDiffNormalizationPattern;
+
+/// Told what a comparison of two files reads and does, so that a record can describe the very bytes
+/// that were compared without reading them again. Exported for the orvdiff program; not part of the
+/// public interface, so this header is not installed.
+///
+/// Comparisons by bytes, as text and of VMD statistics are observed, outputs in memory and scripts
+/// are not. What is passed is valid during the call. An exception ends the comparison.
+class ORVDIFF_API OrvComparisonObserver {
+ public:
+  virtual ~OrvComparisonObserver();
+
+  /// The next block of both files, which are equal up to its end.
+  virtual void sawEqualBlock(std::string_view block) = 0;
+
+  /// The blocks until now are all of both files.
+  virtual void sawEqualFiles() = 0;
+
+  /// The files, as they were read to their ends. Takes the place of blocks seen before.
+  virtual void sawFiles(std::string_view master, std::string_view actual) = 0;
+
+  /// `pattern` changed one of the texts; null stands for the removal of carriage returns.
+  virtual void sawChangeBy(const OrvDiffNormalizationPattern* pattern) = 0;
+
+  /// The normalised texts, about to be compared.
+  virtual void sawNormalized(std::string_view master, std::string_view actual) = 0;
+
+  /// Who observes the comparisons of this process; null, as at the start, for nobody.
+  static OrvComparisonObserver* current();
+  static void setCurrent(OrvComparisonObserver* observer);
+};
