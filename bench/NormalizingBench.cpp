@@ -6,6 +6,7 @@
 
 #include "bench/BenchInputs.h"
 #include "orvdiff/compare/OrvDiffLib.h"
+#include "orvdiff/compare/OrvOriginMap.h"
 #include "orvdiff/compare/pattern/FindLiteral.h"
 #include "tests/support/PlainNormalizer.h"
 
@@ -32,6 +33,17 @@ void cleanseHtml(benchmark::State& state) {
   setBytes(state, master.size() + actual.size());
 }
 BENCHMARK(cleanseHtml);
+
+/// The same text as in `cleanseHtml`, but one, and with its origins.
+void mapHtml(benchmark::State& state) {
+  const std::string page = makePage(kPageSize, 1);
+  const OrvSharedPatternList patterns = htmlPatterns();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(OrvOriginMap(page, patterns.list()).masks().data());
+  }
+  setBytes(state, page.size());
+}
+BENCHMARK(mapHtml);
 
 void cleanseHtmlThroughIcu(benchmark::State& state) {
   const std::string page = makePage(kPageSize, 1);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "orvdiff/platform/VELErrors.h"
+#include "tests/support/OriginMapCheck.h"
 #include "tests/support/PatternPieces.h"
 #include "tests/support/PlainNormalizer.h"
 
@@ -28,7 +29,8 @@ std::string textOf(const std::uint8_t* data, std::size_t size) {
 }  // namespace
 
 /// The first byte selects a pattern list; the rest is a text. The library must agree with ICU,
-/// unless ICU reaches its stack limit: then there is nothing to compare with.
+/// unless ICU reaches its stack limit: then there is nothing to compare with. The origin map, which
+/// gets the text with any NUL in it, must lead to the same text.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const std::vector<NamedPatterns> lists = patternListsToTry();
   if (size == 0) {
@@ -44,6 +46,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   if (plain != normalize(text.c_str(), patterns)) {
     std::cerr << "the library differs from ICU\n";
+    std::abort();
+  }
+  const std::string fault = findOriginMapFault(OrvOriginMap(text, patterns), plain);
+  if (!fault.empty()) {
+    std::cerr << "origin map: " << fault << '\n';
     std::abort();
   }
   return 0;

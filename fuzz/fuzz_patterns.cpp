@@ -1,10 +1,12 @@
 // Applies random lists of patterns to random texts: the library must leave the same text as ICU
-// does, applied pattern by pattern. The input's bytes drive a grammar of ICU's expressions, so most
-// expressions are valid, and half are in the subset that the library runs itself. Each list is
-// tried on many texts made of the literals that occur in its expressions.
+// does, applied pattern by pattern, and its origin map must lead there. The input's bytes drive a
+// grammar of ICU's expressions, so most expressions are valid, and half are in the subset that the
+// library runs itself. Each list is tried on many texts made of the literals that occur in its
+// expressions.
 
 #include <unicode/uregex.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -19,6 +21,7 @@
 #include "orvdiff/compare/WorkingText.h"
 #include "orvdiff/platform/I18N.h"
 #include "orvdiff/platform/VELErrors.h"
+#include "tests/support/OriginMapCheck.h"
 
 namespace {
 
@@ -285,6 +288,35 @@ std::string quoted(std::string_view text) {
   return result + "\"";
 }
 
+void show(const std::vector<Substitution>& list, const std::string& text) {
+  for (const Substitution& substitution : list) {
+    std::cerr << quoted(substitution.expression) << " -> "
+              << (substitution.replacement ? quoted(*substitution.replacement) : "nothing")
+              << (orvdiff::WorkingText::cannotFail({substitution.pattern.get()}) ? "" : " (ICU's)")
+              << '\n';
+  }
+  std::cerr << "text " << quoted(text) << '\n';
+}
+
+/// Aborts if the origin map of `text` does not lead to what the patterns make of it.
+void checkOriginMap(const std::vector<Substitution>& list, const std::string& text) {
+  OrvPatternList patterns;
+  for (const Substitution& substitution : list) {
+    patterns.push_back(substitution.pattern.get());
+  }
+  std::string expected = text;
+  expected.erase(std::remove(expected.begin(), expected.end(), '\r'), expected.end());
+  if (replacePlainly(list, expected) != Outcome::Replaced) {
+    return;
+  }
+  const std::string fault = findOriginMapFault(OrvOriginMap(text, patterns), expected);
+  if (!fault.empty()) {
+    show(list, text);
+    std::cerr << "origin map: " << fault << '\n';
+    std::abort();
+  }
+}
+
 /// Compares library and ICU; aborts if they differ. If ICU gives up there is nothing to compare
 /// with, but a list that the library runs without ICU must still terminate.
 bool compareOn(const std::vector<Substitution>& list, bool needsNoIcu, const std::string& text) {
@@ -299,17 +331,11 @@ bool compareOn(const std::vector<Substitution>& list, bool needsNoIcu, const std
     return false;
   }
   if (outcome != expectedOutcome || actual != expected) {
-    for (const Substitution& substitution : list) {
-      std::cerr << quoted(substitution.expression) << " -> "
-                << (substitution.replacement ? quoted(*substitution.replacement) : "nothing")
-                << (orvdiff::WorkingText::cannotFail({substitution.pattern.get()}) ? ""
-                                                                                   : " (ICU's)")
-                << '\n';
-    }
-    std::cerr << "text " << quoted(text) << "\nICU  " << quoted(expected) << "\nhere "
-              << quoted(actual) << '\n';
+    show(list, text);
+    std::cerr << "ICU  " << quoted(expected) << "\nhere " << quoted(actual) << '\n';
     std::abort();
   }
+  checkOriginMap(list, text);
   return true;
 }
 

@@ -13,6 +13,7 @@
 #include "orvdiff/compare/OrvDiffNormalizationPattern.h"
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
 #include "orvdiff/compare/OrvFileHandle.h"
+#include "orvdiff/compare/OrvOriginMap.h"
 #include "orvdiff/compare/OrvTextBuffer.h"
 #include "orvdiff/engine/OrvDiffFileEngine.h"
 #include "orvdiff/formats/OrvDiffAuthoredDThroughTargetsXmlFileEngine.h"

@@ -62,6 +62,9 @@ void Accounting::note(const PairResult& pair) {
   if (pair.comparedNothing) {
     m_findings.add({FindingKind::Vacuous, record.master, record.format});
   }
+  if (record.mask) {
+    m_findings.add({FindingKind::Mask, record.master, record.format});
+  }
   if (record.verdict == Verdict::Stale) {
     m_findings.add({FindingKind::Stale, record.output, {}});
   } else if (record.verdict == Verdict::Partly) {

@@ -12,7 +12,8 @@ namespace {
 
 /// In the order of the help text.
 constexpr void (*kVerbs[])(CLI::App& app, Performer& chosen) = {
-    addVerify, addAudit, addCompare, addNumdiff, addShow, addMerge, addNormalize, addFormats};
+    addVerify, addAudit,     addCompare, addNumdiff, addShow,
+    addMerge,  addNormalize, addExplain, addFormats};
 
 /// What comes before the choice of a verb, or with any.
 struct Common {

@@ -112,7 +112,7 @@ ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerT
   NormalizedSaver saver;
   const PairOwners owners(plan.found.reports, plan.found.neighbours);
   PairVerifier verifier(plan.reports, formats, owners,
-                        {options.verbosity, record.has_value(),
+                        {options.verbosity, options.maskLimits, record.has_value(),
                          plan.onlyPairs ? &*plan.onlyPairs : nullptr, &pictures, newerThan});
   Accounting accounting;
   if (harnessLog) {

@@ -21,6 +21,21 @@ void addWorkers(CLI::App& verify, VerifyOptions& options) {
       ->option_text("MB");
 }
 
+void addMaskLimits(CLI::App& verify, MaskLimits& limits) {
+  constexpr double kAll = 100;
+  verify
+      .add_option(
+          "--mask-limit", limits.match,
+          "Warn of a pass if one match hides a difference in more than PERCENT of a file; 0: "
+          "never (default: 20)")
+      ->check(CLI::Range(0.0, kAll))
+      ->option_text("PERCENT");
+  verify
+      .add_option("--mask-sum-limit", limits.sum, "The same for all matches together (default: 80)")
+      ->check(CLI::Range(0.0, kAll))
+      ->option_text("PERCENT");
+}
+
 void addRecord(CLI::App& verify, VerifyOptions& options) {
   verify
       .add_option("--record", options.recordFolder,
@@ -81,5 +96,6 @@ void addVerify(CLI::App& app, Performer& chosen) {
   addWork(verb, verify.workFolder);
   addWorkers(verb, verify);
   addRecord(verb, verify);
+  addMaskLimits(verb, verify.maskLimits);
   addLayoutData(verb, verify.formats.layoutData);
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/commands/Options.h"
+#include "cli/diff/OutsizedMasks.h"
 #include "cli/suite/FormatSelection.h"
 #include "orvdiff/harness/MOXTestHarness.h"
 
@@ -24,6 +25,7 @@ struct VerifyOptions : CommonOptions {
   std::string newerThan;     ///< what outputs must not be older than; empty: they may be
   std::string strict;        ///< kinds of findings that are trouble; empty: none
   std::string workFolder;    ///< to change to, all paths on the command line aside; empty: none
+  MaskLimits maskLimits;
   bool saveNormalized = false;
   bool listOnly = false;
   bool allowNone = false;

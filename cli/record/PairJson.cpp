@@ -56,6 +56,25 @@ Excerpt excerptFrom(const ordered_json& json) {
           json.at("first").get<std::string>(), json.at("rest").get<std::string>()};
 }
 
+ordered_json maskJson(const OutsizedMask& mask) {
+  ordered_json json;
+  json["file"] = mask.isInOutput ? "output" : "master";
+  if (!mask.rule.empty()) {
+    json["rule"] = mask.rule;
+  }
+  json["bytes"] = mask.bytes;
+  json["percent"] = mask.percent;
+  json["firstLine"] = mask.firstLine;
+  json["lastLine"] = mask.lastLine;
+  return json;
+}
+
+OutsizedMask maskFrom(const ordered_json& json) {
+  return {json.at("file").get<std::string>() == "output", json.value("rule", ""),
+          json.at("bytes").get<std::uint64_t>(),          json.at("percent").get<double>(),
+          json.at("firstLine").get<std::uint64_t>(),      json.at("lastLine").get<std::uint64_t>()};
+}
+
 std::string textFrom(const ordered_json& json, const char* member) {
   return json.contains(member) ? textFromJson(json.at(member)) : std::string();
 }
@@ -96,6 +115,9 @@ std::string toJsonLine(const PairRecord& record) {
   json["cpuSeconds"] = inMicroseconds(record.cpuSeconds);
   json["masterFile"] = factsJson(record.masterFile);
   json["outputFile"] = factsJson(record.outputFile);
+  if (record.mask) {
+    json["mask"] = maskJson(*record.mask);
+  }
   if (!record.rules.empty()) {
     json["rules"] = record.rules;
   }
@@ -131,6 +153,9 @@ PairRecord pairFromJsonLine(std::string_view line) {
   record.cpuSeconds = json.value("cpuSeconds", 0.0);
   record.masterFile = factsFrom(json.at("masterFile"));
   record.outputFile = factsFrom(json.at("outputFile"));
+  if (json.contains("mask")) {
+    record.mask = maskFrom(json.at("mask"));
+  }
   if (json.contains("rules")) {
     record.rules = json.at("rules").get<std::vector<std::string>>();
   }

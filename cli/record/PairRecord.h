@@ -23,6 +23,17 @@ struct DifferencePlace {
   std::uint64_t column = 0;  ///< from 1, in characters
 };
 
+/// A part of a file that rules keep out of the comparison, large enough to be told: what the pass
+/// of the pair says nothing about. It differs between the two files.
+struct OutsizedMask {
+  bool isInOutput = false;  ///< else in the master
+  std::string rule;         ///< of the one match; empty: all masks that differ together
+  std::uint64_t bytes = 0;
+  double percent = 0;           ///< of the file, to one digit behind the point
+  std::uint64_t firstLine = 0;  ///< from 1; where it begins, or the first mask
+  std::uint64_t lastLine = 0;
+};
+
 /// What a run found out about one pair: the unit that workers send, records keep and reports show.
 /// Paths are bytes as the file system knows them, not necessarily UTF-8.
 struct PairRecord {
@@ -42,6 +53,7 @@ struct PairRecord {
   double cpuSeconds = 0;  ///< of the comparison and everything it started
   FileFacts masterFile;
   FileFacts outputFile;
-  std::vector<std::string> rules;  ///< normalisations that changed a text of this pair
-  std::string printed;             ///< by engines and scripts, as they printed it
+  std::optional<OutsizedMask> mask;  ///< that a pass rests on
+  std::vector<std::string> rules;    ///< normalisations that changed a text of this pair
+  std::string printed;               ///< by engines and scripts, as they printed it
 };

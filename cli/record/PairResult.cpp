@@ -122,11 +122,16 @@ void describe(Archive& archive, Excerpt& excerpt) {
 }
 
 template <typename Archive>
+void describe(Archive& archive, OutsizedMask& mask) {
+  archive(mask.isInOutput, mask.rule, mask.bytes, mask.percent, mask.firstLine, mask.lastLine);
+}
+
+template <typename Archive>
 void describe(Archive& archive, PairRecord& record) {
   archive(record.report, record.format, record.subFolder, record.master, record.output,
           record.masterPath, record.outputPath, record.verdict, record.message, record.at,
           record.masterExcerpt, record.outputExcerpt, record.seconds, record.cpuSeconds,
-          record.masterFile, record.outputFile, record.rules, record.printed);
+          record.masterFile, record.outputFile, record.mask, record.rules, record.printed);
 }
 
 template <typename Archive>

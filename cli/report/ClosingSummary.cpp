@@ -8,6 +8,7 @@
 #include "cli/report/AccountPrinter.h"
 #include "cli/system/Interrupt.h"
 #include "cli/terminal/Printable.h"
+#include "cli/terminal/Table.h"
 
 namespace {
 
@@ -21,6 +22,25 @@ void printUnverified(const std::vector<std::string>& reports, Verbosity verbosit
   }
   if (shown < reports.size()) {
     std::cout << "    ... and " << reports.size() - shown << " more (-v lists all)\n";
+  }
+}
+
+/// Most helpful first.
+void printPassesByRule(const Tally& pairs) {
+  std::vector<std::pair<std::size_t, std::string>> rules;
+  for (const auto& [rule, passes] : pairs.passesByRule()) {
+    rules.emplace_back(passes, rule);
+  }
+  std::sort(rules.begin(), rules.end(), [](const auto& left, const auto& right) {
+    return left.first != right.first ? left.first > right.first : left.second < right.second;
+  });
+  Table table;
+  for (const auto& [passes, rule] : rules) {
+    table.add({"    " + printable(rule), std::to_string(passes)});
+  }
+  if (!rules.empty()) {
+    std::cout << "Pairs that passed with the help of a rule:\n";
+    table.print();
   }
 }
 
@@ -52,6 +72,11 @@ void printCounts(const RunTotals& totals) {
   }
   if (const std::uint64_t count = countAccounted(totals.findings); count > 0) {
     std::cout << ", " << count << " not accounted for";
+  }
+  if (const std::size_t masks = pairs.outsizedMasks(); masks > 0) {
+    std::cout << ", "
+              << (masks == 1 ? "1 pass rests on an outsized mask"
+                             : std::to_string(masks) + " passes rest on outsized masks");
   }
   std::cout << " (" << std::fixed << std::setprecision(2) << totals.time.count() << " s)\n";
 }
@@ -96,6 +121,9 @@ void printClosingSummary(const RunTotals& totals, const std::vector<std::string>
   }
   if (verbosity != Verbosity::Quiet) {
     printAccount(totals.findings);
+  }
+  if (verbosity == Verbosity::Verbose) {
+    printPassesByRule(totals.pairs);
   }
   if (totals.interrupted) {
     std::cout << palette.paint(Color::Yellow, "Interrupted") << " after " << totals.done << " of "

@@ -1,7 +1,9 @@
 #include "cli/report/ResultPrinter.h"
 
 #include <algorithm>
+#include <iomanip>
 #include <iostream>
+#include <sstream>
 #include <string>
 
 #include "cli/terminal/Printable.h"
@@ -41,19 +43,25 @@ void ResultPrinter::print(const PairRecord& pair) const {
     return;
   }
   printVerdict(pair);
+  if (pair.mask) {
+    printMask(*pair.mask);
+  }
   if (pair.at) {
     printDifference(pair);
   }
   printForeign(pair.printed);
 }
 
-/// A pass is if somebody asks, or if an engine had something to say about it. What a whole format
-/// could not run for is said once, at the end.
+/// A pass is if somebody asks, if it rests on an outsized mask, or if an engine had something to
+/// say about it. What a whole format could not run for is said once, at the end.
 bool ResultPrinter::isWorthALine(const PairRecord& pair) const {
   if (m_verbosity != Verbosity::Normal) {
     return m_verbosity == Verbosity::Verbose;
   }
-  return pair.verdict == Verdict::Passed ? !pair.printed.empty() : pair.verdict != Verdict::NotRun;
+  if (pair.verdict == Verdict::Passed) {
+    return pair.mask.has_value() || !pair.printed.empty();
+  }
+  return pair.verdict != Verdict::NotRun;
 }
 
 void ResultPrinter::printVerdict(const PairRecord& pair) const {
@@ -76,6 +84,21 @@ void ResultPrinter::printVerdict(const PairRecord& pair) const {
   if (!pair.message.empty()) {
     std::cout << kIndent << printable(pair.message) << '\n';
   }
+}
+
+void ResultPrinter::printMask(const OutsizedMask& mask) const {
+  std::ostringstream text;
+  text << (mask.rule.empty() ? "all rules together hide " : printable(mask.rule) + " hides ")
+       << std::fixed << std::setprecision(1) << mask.percent << " % of the "
+       << (mask.isInOutput ? "actual output" : "master") << " (line";
+  if (mask.lastLine > mask.firstLine) {
+    text << "s " << mask.firstLine << '-' << mask.lastLine;
+  } else {
+    text << ' ' << mask.firstLine;
+  }
+  std::cout << kIndent << m_palette.paint(Color::Yellow, "outsized mask: ") << text.str()
+            << "), where it differs from the " << (mask.isInOutput ? "master" : "actual output")
+            << '\n';
 }
 
 void ResultPrinter::printDifference(const PairRecord& pair) const {

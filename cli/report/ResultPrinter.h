@@ -17,6 +17,7 @@ class ResultPrinter {
  private:
   bool isWorthALine(const PairRecord& pair) const;
   void printVerdict(const PairRecord& pair) const;
+  void printMask(const OutsizedMask& mask) const;
   void printDifference(const PairRecord& pair) const;
   void printSide(std::string_view side, const Excerpt& excerpt) const;
 

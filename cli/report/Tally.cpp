@@ -5,6 +5,12 @@
 void Tally::add(const PairRecord& record) {
   ++m_counts[static_cast<std::size_t>(record.verdict)];
   m_pairs += record.master.empty() ? 0 : 1;
+  m_outsizedMasks += record.mask ? 1 : 0;
+  if (record.verdict == Verdict::Passed) {
+    for (const std::string& rule : record.rules) {
+      ++m_passesByRule[rule];
+    }
+  }
 }
 
 bool Tally::allPassed() const {

@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstddef>
+#include <map>
+#include <string>
 
 #include "cli/record/PairRecord.h"
 
@@ -15,6 +17,12 @@ class Tally {
   /// All pairs. A format whose masters could not be listed counts as an error, but is no pair.
   std::size_t pairs() const { return m_pairs; }
 
+  /// Passes that rest on an outsized mask.
+  std::size_t outsizedMasks() const { return m_outsizedMasks; }
+
+  /// By rule, how many pairs passed with its help. Only of pairs whose records name their rules.
+  const std::map<std::string, std::size_t>& passesByRule() const { return m_passesByRule; }
+
   bool allPassed() const;
 
   /// Whether a pair was not compared, or not to its end.
@@ -23,4 +31,6 @@ class Tally {
  private:
   std::array<std::size_t, static_cast<std::size_t>(Verdict::NotRun) + 1> m_counts = {};
   std::size_t m_pairs = 0;
+  std::size_t m_outsizedMasks = 0;
+  std::map<std::string, std::size_t> m_passesByRule;
 };

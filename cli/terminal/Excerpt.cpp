@@ -113,3 +113,21 @@ Excerpt excerptAround(const char* text, std::size_t position) {
   }
   return excerpt;
 }
+
+std::string shortened(std::string_view text, std::size_t columns) {
+  const std::size_t tailColumns = columns / 3;
+  std::string head;
+  std::size_t shown = 0;
+  std::size_t position = 0;
+  while (position < text.size() && shown < columns - tailColumns) {
+    const PrintableCharacter character = firstPrintable(text.substr(position));
+    head += character.shown;
+    shown += character.columns;
+    position += character.length;
+  }
+  if (text.size() - position <= tailColumns) {
+    return head + printable(text.substr(position));
+  }
+  return head + kCut +
+         printable(text.substr(startOfCharacter(text.data(), text.size() - tailColumns)));
+}

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 /// A position in a text. Both count from 1; columns are characters.
 struct TextPosition {
@@ -28,3 +29,7 @@ TextPosition locate(const char* text, std::size_t position);
 /// An excerpt around byte `position`, which must be the start of a character. Its cost does not
 /// depend on the length of the text.
 Excerpt excerptAround(const char* text, std::size_t position);
+
+/// All of `text`, escaped, as one line; its middle is left out if it has many more columns than
+/// `columns`. The cost does not depend on the length of the text.
+std::string shortened(std::string_view text, std::size_t columns);

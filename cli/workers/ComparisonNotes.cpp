@@ -4,11 +4,9 @@
 #include <memory>
 #include <unordered_map>
 
-#include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
+#include "orvdiff/compare/OrvOriginMap.h"
 
 namespace {
-
-constexpr const char* kCarriageReturns = "CarriageReturn";
 
 bool isUnchanged(const struct stat& before, const struct stat& after) {
   const auto isSameTime = [](const timespec& one, const timespec& other) {
@@ -40,11 +38,6 @@ const std::string& realFolder(const std::string& folder) {
 
 FileContent contentOf(std::string_view bytes) {
   return {bytes.size(), contentHash(bytes)};
-}
-
-std::string nameOf(const OrvDiffNormalizationPattern& pattern) {
-  const char* const name = OrvDiffNormalizationPatterns::getName(pattern);
-  return name != nullptr ? name : pattern.getExpression();
 }
 
 }  // namespace
@@ -102,7 +95,7 @@ void ComparisonNotes::sawFiles(std::string_view master, std::string_view actual)
 }
 
 void ComparisonNotes::sawChangeBy(const OrvDiffNormalizationPattern* pattern) {
-  m_rules.push_back(pattern != nullptr ? nameOf(*pattern) : kCarriageReturns);
+  m_rules.push_back(OrvOriginMap::nameOf(pattern));
 }
 
 void ComparisonNotes::sawNormalized(std::string_view master, std::string_view actual) {

@@ -13,6 +13,7 @@
 #include "cli/suite/ComparisonScript.h"
 #include "cli/terminal/ErrorCause.h"
 #include "cli/workers/ComparisonNotes.h"
+#include "cli/workers/MaskWatch.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
 namespace {
@@ -161,6 +162,7 @@ void PairVerifier::compare(const Format& format, const OrvFilePair& pair, PairRe
   if (m_settings.keepFacts) {
     notes.emplace(pair);
   }
+  const MaskWatch watch(m_settings.maskLimits);
   result = outcomeOf(format, pair, result);
   PairRecord& record = result.record;
   record.printed = shortened(m_capture.take());
@@ -168,6 +170,11 @@ void PairVerifier::compare(const Format& format, const OrvFilePair& pair, PairRe
   if (notes) {
     record.cpuSeconds = processorSeconds(hasScript) - processorStart;
     notes->addTo(record);
+  } else if (m_settings.verbosity == Verbosity::Verbose) {
+    record.rules = watch.rules();
+  }
+  if (record.verdict == Verdict::Passed) {
+    watch.addMaskTo(record, *format.selected->engine);
   }
 }
 

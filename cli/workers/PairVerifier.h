@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli/diff/OutsizedMasks.h"
 #include "cli/record/PairResult.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/NewerThan.h"
@@ -35,6 +36,7 @@ class PairVerifier {
  public:
   struct Settings {
     Verbosity verbosity = Verbosity::Normal;
+    MaskLimits maskLimits;
     bool keepFacts =
         false;  ///< sizes, hashes, processor time and rules too, as a record wants them
     const WantedPairs* onlyPairs = nullptr;    ///< null: all

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 #include "orvdiff/orvdiff_export.h"
@@ -14,6 +16,14 @@ class OrvDiffNormalizationPattern;
 /// are not. What is passed is valid during the call. An exception ends the comparison.
 class ORVDIFF_API OrvComparisonObserver {
  public:
+  /// How much of a text was matched by patterns, whatever took the place of the matches.
+  struct MatchSizes {
+    std::size_t textLength = 0;  ///< before anything was removed
+    std::size_t matched = 0;     ///< bytes in all matches; more than the text if chains match again
+    std::size_t longMatches = 0;    ///< matches longer than `longestUsualMatch`
+    std::size_t longMatchHash = 0;  ///< of all of these
+  };
+
   virtual ~OrvComparisonObserver();
 
   /// The next block of both files, which are equal up to its end.
@@ -30,6 +40,13 @@ class ORVDIFF_API OrvComparisonObserver {
 
   /// The normalised texts, about to be compared.
   virtual void sawNormalized(std::string_view master, std::string_view actual) = 0;
+
+  /// Matches longer than this, in a text of `textLength` bytes, count as long. Asked before the
+  /// patterns are applied.
+  virtual std::size_t longestUsualMatch(std::size_t textLength) const;
+
+  /// All patterns have been applied to both texts.
+  virtual void sawMatches(const MatchSizes& master, const MatchSizes& actual);
 
   /// Who observes the comparisons of this process; null, as at the start, for nobody.
   static OrvComparisonObserver* current();

@@ -214,12 +214,19 @@ void OrvDiffLib::cleanse(OrvTextBuffer& masterBuffer, OrvTextBuffer& currentBuff
       observer->sawChangeBy(pattern);
     }
   };
+  if (observer != nullptr) {
+    master.setLongestUsualMatch(observer->longestUsualMatch(master.length()));
+    current.setLongestUsualMatch(observer->longestUsualMatch(current.length()));
+  }
   const bool masterHadReturns = master.removeCarriageReturns();
   tell(masterHadReturns, current.removeCarriageReturns(), nullptr);
   for (const OrvDiffNormalizationPattern* const pattern : patterns) {
     VEL_ASSERT(pattern);
     const bool masterChanged = master.apply(*pattern);
     tell(masterChanged, current.apply(*pattern), pattern);
+  }
+  if (observer != nullptr) {
+    observer->sawMatches(master.matchSizes(), current.matchSizes());
   }
 }
 

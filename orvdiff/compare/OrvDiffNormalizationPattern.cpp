@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string>
 
+#include "orvdiff/compare/pattern/IcuEdits.h"
 #include "orvdiff/compare/pattern/PatternCompiler.h"
 #include "orvdiff/compare/pattern/Substitution.h"
 #include "orvdiff/compare/pattern/TextCharacters.h"
@@ -52,6 +53,7 @@ class OrvDiffNormalizationPattern::Impl {
   void setReplacementText(const char* replacement);
   void normalizeText(OrvTextBuffer& buffer) const;
   const orvdiff::pattern::Substitution* substitution() const;
+  orvdiff::pattern::Edits findIcuEdits(const char* text, const char* result) const;
   const std::string& getExpression() const { return m_expression; }
 
  private:
@@ -136,6 +138,17 @@ void OrvDiffNormalizationPattern::Impl::normalizeText(OrvTextBuffer& buffer) con
   buffer.reset(normalized);
 }
 
+orvdiff::pattern::Edits OrvDiffNormalizationPattern::Impl::findIcuEdits(const char* text,
+                                                                        const char* result) const {
+  const Utf16Text input = toUtf16(m_converter, text);
+  const OrvReplacementText& replacement = *m_replacementStringObj;
+  return orvdiff::pattern::findIcuEdits({m_regEx.get(),
+                                         replacement.text,
+                                         {input.text, static_cast<std::size_t>(input.length)},
+                                         text,
+                                         result});
+}
+
 OrvDiffNormalizationPattern::OrvDiffNormalizationPattern(const char* pattern,
                                                          const char* replacement)
     : m_impl(velNew<Impl>(VEL_HERE)) {
@@ -151,6 +164,11 @@ const std::string& OrvDiffNormalizationPattern::getExpression() const {
 
 void OrvDiffNormalizationPattern::setReplacementText(const char* replacement) {
   m_impl->setReplacementText(replacement);
+}
+
+orvdiff::pattern::Edits OrvDiffNormalizationPattern::findIcuEdits(const char* text,
+                                                                  const char* result) const {
+  return m_impl->findIcuEdits(text, result);
 }
 
 void OrvDiffNormalizationPattern::normalizeText(OrvTextBuffer& buffer) const {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "orvdiff/compare/OrvTextBuffer.h"
 #include "orvdiff/orvdiff_export.h"
@@ -8,8 +10,9 @@
 namespace orvdiff {
 class WorkingText;
 namespace pattern {
+struct Edit;
 struct Substitution;
-}
+}  // namespace pattern
 }  // namespace orvdiff
 
 /// One regular-expression substitution, applied to every match in a text.
@@ -54,6 +57,9 @@ class ORVDIFF_API OrvDiffNormalizationPattern {
   /// The pattern in the form that runs without ICU and cannot fail: wherever ICU has a result, this
   /// has the same. Null if only ICU can run the pattern.
   const orvdiff::pattern::Substitution* substitution() const;
+
+  /// What `normalizeText` changed when it made `result` of `text`.
+  std::vector<orvdiff::pattern::Edit> findIcuEdits(const char* text, const char* result) const;
 
   std::unique_ptr<Impl> m_impl;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <string_view>
 
 #include "orvdiff/compare/pattern/LinearMatcher.h"
@@ -28,10 +29,21 @@ class Appender {
   char* m_end;
 };
 
+/// Adds the removal of the carriage return at `position`.
+void addReturn(std::size_t position, pattern::Edits& edits) {
+  if (!edits.empty() && edits.back().end == position) {
+    ++edits.back().end;
+  } else {
+    edits.push_back({position, position + 1, 0});
+  }
+}
+
 }  // namespace
 
 WorkingText::WorkingText(OrvTextBuffer& buffer)
-    : m_text(buffer), m_length(std::strlen(buffer.get())) {}
+    : m_text(buffer), m_length(std::strlen(buffer.get())) {
+  m_sizes.textLength = m_length;
+}
 
 bool WorkingText::cannotFail(const OrvPatternList& patterns) {
   return std::all_of(patterns.begin(), patterns.end(), [](const auto* pattern) {
@@ -39,7 +51,7 @@ bool WorkingText::cannotFail(const OrvPatternList& patterns) {
   });
 }
 
-bool WorkingText::removeCarriageReturns() {
+bool WorkingText::removeCarriageReturns(pattern::Edits* edits) {
   char* const text = m_text.get();
   const char* const end = text + m_length;
   const auto nextReturn = [end](char* from) {
@@ -49,6 +61,9 @@ bool WorkingText::removeCarriageReturns() {
   char* target = nextReturn(text);
   for (char* source = target; source != nullptr;) {
     char* const piece = source + 1;
+    if (edits != nullptr) {
+      addReturn(static_cast<std::size_t>(source - text), *edits);
+    }
     source = nextReturn(piece);
     const auto count = static_cast<std::size_t>((source != nullptr ? source : end) - piece);
     std::memmove(target, piece, count);
@@ -57,29 +72,51 @@ bool WorkingText::removeCarriageReturns() {
   if (target != nullptr) {
     *target = '\0';
     m_length = static_cast<std::size_t>(target - text);
+    m_sizes.matched += m_sizes.textLength - m_length;
   }
   return target != nullptr;
 }
 
-bool WorkingText::apply(const OrvDiffNormalizationPattern& pattern) {
+bool WorkingText::apply(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits) {
   if (const orvdiff::pattern::Substitution* const substitution = pattern.substitution()) {
     bool hasMatched = false;
     velGuardAllocation(VEL_HERE, [&] {
-      hasMatched = run(*substitution);
+      hasMatched = run(*substitution, edits);
       return true;
     });
     return hasMatched;
   }
+  return runIcu(pattern, edits);
+}
+
+bool WorkingText::runIcu(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits) {
   OrvTextBuffer former = velNewArray<char>(VEL_HERE, m_length + 1);
   std::memcpy(former.get(), m_text.get(), m_length + 1);
   pattern.normalizeText(m_text);
   const bool isChanged = std::strcmp(former.get(), m_text.get()) != 0;
+  if (edits != nullptr) {
+    velGuardAllocation(VEL_HERE, [&] {
+      *edits = pattern.findIcuEdits(former.get(), m_text.get());
+      return true;
+    });
+  }
   m_length = std::strlen(m_text.get());
+  if (isChanged) {
+    countMatch(former.get());  // ICU does not tell its matches: no more than the whole text
+  }
   m_scratch.reset();  // too small if the new text is longer
   return isChanged;
 }
 
-bool WorkingText::run(const pattern::Substitution& substitution) {
+void WorkingText::countMatch(std::string_view match) {
+  m_sizes.matched += match.size();
+  if (match.size() > m_longestUsualMatch) {
+    ++m_sizes.longMatches;
+    m_sizes.longMatchHash = m_sizes.longMatchHash * 31 + std::hash<std::string_view>()(match);
+  }
+}
+
+bool WorkingText::run(const pattern::Substitution& substitution, pattern::Edits* edits) {
   const std::string_view text(m_text.get(), m_length);
   pattern::LinearMatcher matcher(*substitution.program, text);
   pattern::LinearMatcher::Match match = {};
@@ -89,12 +126,18 @@ bool WorkingText::run(const pattern::Substitution& substitution) {
   if (m_scratch == nullptr) {
     m_scratch = velNewArray<char>(VEL_HERE, m_length + 1);
   }
+  const std::string_view replacement = substitution.replacement;
   Appender result(m_scratch.get());
   std::size_t copied = 0;
   do {
     result.append(text.substr(copied, match.begin - copied));
-    result.append(substitution.replacement);
+    result.append(replacement);
     copied = match.end;
+    const std::string_view matched = text.substr(match.begin, match.end - match.begin);
+    countMatch(matched);
+    if (edits != nullptr && matched != replacement) {
+      edits->push_back({match.begin, match.end, replacement.size()});
+    }
   } while (matcher.find(copied, match));
   result.append(text.substr(copied));
   m_length = result.size();

@@ -1,9 +1,13 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <string_view>
 
+#include "orvdiff/compare/OrvComparisonObserver.h"
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
 #include "orvdiff/compare/OrvTextBuffer.h"
+#include "orvdiff/compare/pattern/Edit.h"
 
 namespace orvdiff {
 
@@ -29,20 +33,33 @@ class WorkingText {
   /// Whether none of these patterns can raise here on any text, short of running out of memory.
   static bool cannotFail(const OrvPatternList& patterns);
 
+  std::size_t length() const { return m_length; }
+
+  /// Has matches longer than this counted as long from now on; until then, none is.
+  void setLongestUsualMatch(std::size_t length) { m_longestUsualMatch = length; }
+
+  const OrvComparisonObserver::MatchSizes& matchSizes() const { return m_sizes; }
+
   // Both return whether they changed the text. (A match that is replaced by itself counts.)
 
-  bool removeCarriageReturns();
+  /// `edits`, unless null, gets what was changed; a run of carriage returns is one edit.
+  bool removeCarriageReturns(pattern::Edits* edits = nullptr);
 
   /// Replaces every match of `pattern`. A pattern that needs ICU raises what `normalizeText`
-  /// raises.
-  bool apply(const OrvDiffNormalizationPattern& pattern);
+  /// raises. `edits`, unless null, gets one edit for each match that was not replaced by itself.
+  bool apply(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits = nullptr);
 
  private:
   /// Returns whether anything matched.
-  bool run(const pattern::Substitution& substitution);
+  bool run(const pattern::Substitution& substitution, pattern::Edits* edits);
+  bool runIcu(const OrvDiffNormalizationPattern& pattern, pattern::Edits* edits);
+
+  void countMatch(std::string_view match);
 
   OrvTextBuffer& m_text;
   std::size_t m_length;
+  std::size_t m_longestUsualMatch = SIZE_MAX;
+  OrvComparisonObserver::MatchSizes m_sizes;
   OrvTextBuffer m_scratch;  ///< the second buffer; null until a pattern matches
 };
 

@@ -21,8 +21,8 @@ SHORTAGES = ("ENOMEM", "EMFILE", "ENFILE")
 TOLERATED = (
     ("says 'failed' .* ends with 1", "worker-alloc", "Xml",
      "documented: a parse that runs out of memory fails the document without a word"),
-    ("status -6", "alloc", "(PairJson|JsonText|RunRecord).cpp",
-     "nlohmann-json 3.11 allocates in its destructors"),
+    ("status -(6|11)", "alloc", "(PairJson|JsonText|RunRecord).cpp",
+     "nlohmann-json 3.11 does not survive every failed allocation: its destructors allocate too"),
     ("status -11", "alloc", r"^OrvDiffNormalizationPattern.cpp:\d+ ",
      "ICU 72 reads through a null pointer when it clears up a pattern that it had no memory for"),
     ("no word why", "alloc", r"^main.cpp:\d+ < main.cpp:\d+$",

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "orvdiff/compare/WorkingText.h"
+#include "tests/support/OriginMapCheck.h"
 #include "tests/support/PatternPieces.h"
 #include "tests/support/PlainNormalizer.h"
 
@@ -31,7 +32,9 @@ TEST(NormalizationDifferential, SharedPathEqualsIcuOnGeneratedTexts) {
   for (int round = 0; round < 3000; ++round) {
     const std::string text = generateText(random, round % 2 != 0);
     for (const auto& [name, patterns] : lists) {
-      ASSERT_EQ(normalizePlainly(text, patterns.list()), normalize(text, patterns.list()))
+      const std::string normalized = normalize(text, patterns.list());
+      ASSERT_EQ(normalizePlainly(text, patterns.list()), normalized) << name << ", text:\n" << text;
+      ASSERT_EQ(findOriginMapFault(OrvOriginMap(text, patterns.list()), normalized), "")
           << name << ", text:\n"
           << text;
     }

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "cli/record/Difference.h"
+#include "cli/record/PairRecord.h"
+#include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
+#include "orvdiff/engine/OrvDiffFileEngine.h"
+#include "orvdiff/formats/OrvDiffFormats.h"
+
+/// How much of a difference to keep. What is not kept is counted.
+struct DiffOptions {
+  std::size_t maxHunks = 3;          ///< 0: all
+  std::size_t maxBytes = 64 * 1024;  ///< of text in all hunks, roughly; 0: no limit
+  std::size_t context = 2;           ///< lines around a change
+};
+
+/// A pair to explain. Nothing of it is copied.
+struct DiffRequest {
+  const OrvDiffFormat& format;
+  const OrvDiffFileEngine& engine;
+  const PairRecord& record;  ///< verdict, message and what was printed
+  std::string_view master;   ///< the bytes of the file; empty for kinds that read no files
+  std::string_view output;
+  DiffOptions options;
+
+  const OrvPatternList* patterns() const { return engine.getCleansingPatterns(); }
+};
+
+/// How the files of a pair that did not pass differ. `engine` is the one that compared them. Reads
+/// both files; one that cannot be read any more is a note. A difference without notes and hunks has
+/// nothing to say beyond the record.
+///
+/// For the one verifying thread. Time and memory are bounded for any content.
+Difference differenceOf(const OrvDiffFormat& format, const OrvDiffFileEngine& engine,
+                        const PairRecord& record, const DiffOptions& options);
