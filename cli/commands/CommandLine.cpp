@@ -1,6 +1,8 @@
 #include "cli/commands/CommandLine.h"
 
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 
 #include "cli/commands/Arguments.h"
 #include "cli/commands/Verb.h"
@@ -10,8 +12,8 @@ namespace {
 
 /// In the order of the help text.
 constexpr void (*kVerbs[])(CLI::App& app, Performer& chosen) = {
-    addVerify, addDiff,      addCompare, addNumdiff, addShow,
-    addMerge,  addNormalize, addExplain, addFormats};
+    addVerify, addAudit, addDiff,      addCompare, addNumdiff,
+    addShow,   addMerge, addNormalize, addExplain, addFormats};
 
 /// What comes before the choice of a verb, or with any.
 struct Common {
@@ -83,9 +85,12 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& r
   }
   result.workingFolder = values.workingFolder;
   result.verbosity = values.verbosity();
-  result.perform = [chosen, common = CommonOptions{std::vector<std::string>(argv, argv + argc),
-                                                   values.verbosity(), values.color}] {
-    return chosen(common);
-  };
+  CommonOptions common = {
+      std::vector<std::string>(argv, argv + argc), {}, values.verbosity(), values.color};
+  if (!values.workingFolder.empty()) {
+    std::error_code unknown;
+    common.startFolder = std::filesystem::current_path(unknown).string();
+  }
+  result.perform = [chosen, common] { return chosen(common); };
   return std::nullopt;
 }

@@ -22,6 +22,7 @@ struct CommandLine {
 std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& result);
 
 // Each adds one verb to `app`. Each is defined in the file that performs the verb.
+void addAudit(CLI::App& app, Performer& chosen);
 void addCompare(CLI::App& app, Performer& chosen);
 void addDiff(CLI::App& app, Performer& chosen);
 void addExplain(CLI::App& app, Performer& chosen);

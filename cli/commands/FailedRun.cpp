@@ -13,9 +13,9 @@ namespace {
 
 bool isAnyGiven(const FormatOptions& formats) {
   const LayoutDataOptions& layoutData = formats.layoutData;
-  return !formats.names.empty() || !formats.places.empty() || !formats.subFolder.empty() ||
-         !formats.folderSuffix.empty() || !layoutData.schema.empty() ||
-         !layoutData.namespaceUri.empty();
+  return !formats.names.empty() || !formats.places.empty() || formats.allSubFolders ||
+         formats.subFolders != FormatOptions().subFolders || !formats.folderSuffix.empty() ||
+         !layoutData.schema.empty() || !layoutData.namespaceUri.empty();
 }
 
 void makeAbsolute(std::string& path) {
@@ -27,10 +27,11 @@ void makeAbsolute(std::string& path) {
 }  // namespace
 
 VerifyOptions optionsForFailed(VerifyOptions options) {
-  if (!options.locations.empty() || !options.shard.empty() || isAnyGiven(options.formats)) {
+  if (!options.locations.empty() || !options.shard.empty() || isAnyGiven(options.formats) ||
+      !options.workFolder.empty()) {
     throw CommandError(
-        "--failed takes reports and formats from the record; give it no location, --shard, or "
-        "option for formats");
+        "--failed takes reports, formats and the working folder from the record; give it no "
+        "location, --shard, --work, or option for formats");
   }
   makeAbsolute(options.failedRecord);
   makeAbsolute(options.recordFolder);

@@ -11,6 +11,7 @@
 /// Options that every verb takes.
 struct CommonOptions {
   std::vector<std::string> words;  ///< of the whole command line
+  std::string startFolder;         ///< that the user was in before -C; empty without -C
   Verbosity verbosity = Verbosity::Normal;
   ColorChoice color = ColorChoice::Auto;
 };

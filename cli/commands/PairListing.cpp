@@ -11,11 +11,13 @@ namespace {
 
 /// Prints the pairs that `report` is compared for; returns how many.
 std::size_t printPairs(const std::string& report, const std::vector<SelectedFormat>& formats,
-                       const PairOwners& owners) {
+                       const PairOwners& owners, const SharedPictures& pictures) {
   std::size_t count = 0;
   for (const SelectedFormat& selected : formats) {
     for (const OrvFilePair& pair : selected.engine->findPairs(report)) {
-      if (owners.ownerOf(report, pair.master, *selected.engine) != PairOwners::Owner::Other) {
+      const std::string_view master = pair.master;
+      if (owners.ownerOf(report, pair.master, *selected.engine) != PairOwners::Owner::Other &&
+          !pictures.isLeftToAnother(selected, master.substr(master.rfind('/') + 1))) {
         std::cout << printable(report) << "  " << selected.format->name << "  "
                   << printable(pair.master) << " -> " << printable(pair.actual) << '\n';
         ++count;
@@ -31,13 +33,14 @@ std::size_t printPairs(const std::string& report, const std::vector<SelectedForm
 }  // namespace
 
 ExitStatus listPairs(const std::vector<std::string>& reports, const FoundReports& found,
-                     const std::vector<SelectedFormat>& formats, bool allowNone) {
+                     const std::vector<SelectedFormat>& formats, const SharedPictures& pictures,
+                     bool allowNone) {
   const PairOwners owners(found.reports, found.neighbours);
   RunTotals totals;
   totals.emptyLocations = found.emptyLocations;
   std::size_t pairs = 0;
   for (const std::string& report : reports) {
-    pairs += printPairs(report, formats, owners);
+    pairs += printPairs(report, formats, owners, pictures);
   }
   std::cout << countOf(reports.size(), "report") << ", " << countOf(pairs, "pair") << '\n';
   std::vector<std::string> problems = findProblems(totals, allowNone || pairs > 0);

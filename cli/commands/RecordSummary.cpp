@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "cli/record/Verdict.h"
+#include "cli/report/AccountPrinter.h"
 #include "cli/report/ClosingSummary.h"
 #include "cli/terminal/Printable.h"
 
@@ -20,6 +21,7 @@ void printRecordSummary(const RunRecord& run, const Palette& palette) {
   for (const std::string& report : run.unverified) {
     std::cout << "not verified  " << printable(report) << '\n';
   }
+  printAccount(run.findings);
   for (const std::string& note : run.notes) {
     std::cout << printable(note) << '\n';
   }
@@ -27,8 +29,10 @@ void printRecordSummary(const RunRecord& run, const Palette& palette) {
     std::cout << palette.paint(Color::Yellow, "Interrupted.") << ' ';
   } else if (countOf(run, Verdict::Passed) != run.pairs || run.status != 0) {
     std::cout << palette.paint(Color::Red, "Not all passed.") << ' ';
-  } else {
+  } else if (run.findings.empty()) {
     std::cout << palette.paint(Color::Green, "All passed.") << ' ';
+  } else {
+    std::cout << palette.paint(Color::Yellow, "Everything compared passed.") << ' ';
   }
   std::cout << "Run of " << printable(run.start) << " on " << printable(run.host) << ": "
             << countOf(run.reports, "report") << ", " << countOf(run.pairs, "pair");
@@ -36,6 +40,9 @@ void printRecordSummary(const RunRecord& run, const Palette& palette) {
   for (const auto& [word, count] : run.totals) {
     std::cout << separator << count << ' ' << printable(word);
     separator = ", ";
+  }
+  if (const std::uint64_t count = countAccounted(run.findings); count > 0) {
+    std::cout << separator << count << " not accounted for";
   }
   std::cout << '\n';
 }

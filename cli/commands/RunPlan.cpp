@@ -77,6 +77,8 @@ std::string suiteHash(const FoundReports& found, const FormatOptions& formats) {
     text += name + kSeparator + places.outputDirectory + kSeparator + places.masterSubFolder +
             kSeparator + places.fileNameSuffix + kSeparator;
   }
-  return contentHash(text + formats.subFolder + kSeparator + formats.folderSuffix + kSeparator +
-                     formats.layoutData.namespaceUri);
+  for (const std::string& subFolder : formats.subFolders) {
+    text += subFolder + kSeparator;
+  }
+  return contentHash(text + formats.folderSuffix + kSeparator + formats.layoutData.namespaceUri);
 }

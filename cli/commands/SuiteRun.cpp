@@ -77,6 +77,9 @@ void SuiteRun::deliver(std::uint32_t task, const PairResult& pair) {
   m_hasPairs = true;
   m_isVerified = m_isVerified || pair.countsForReport;
   m_totals.pairs.add(pair.record);
+  if (m_logs.account != nullptr) {
+    m_logs.account->note(pair);
+  }
   if (pair.record.verdict == Verdict::NotRun) {
     ++m_notRun[" of format " + pair.record.format + " not compared: " + pair.record.message];
   }

@@ -8,6 +8,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "cli/commands/Accounting.h"
 #include "cli/record/RecordWriter.h"
 #include "cli/report/ClosingSummary.h"
 #include "cli/report/HarnessLog.h"
@@ -25,6 +26,7 @@ struct RunLogs {
   NormalizedSaver* saver = nullptr;
   HarnessLog* harness = nullptr;
   RecordWriter* record = nullptr;
+  Accounting* account = nullptr;
 };
 
 /// Verifies reports in worker processes, and tells of their pairs in the order of the reports.

@@ -4,32 +4,34 @@
 #include <functional>
 #include <iostream>
 #include <optional>
+#include <set>
 #include <string>
 #include <system_error>
 #include <vector>
 
+#include "cli/commands/Accounting.h"
 #include "cli/commands/FailedRun.h"
 #include "cli/commands/FileCommands.h"
 #include "cli/commands/OutputPlaces.h"
 #include "cli/commands/PairListing.h"
 #include "cli/commands/RunHeader.h"
 #include "cli/commands/RunPlan.h"
+#include "cli/commands/SubFolders.h"
 #include "cli/commands/SuiteRun.h"
 #include "cli/commands/VerifyOptions.h"
+#include "cli/commands/WorkFolder.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/system/Cores.h"
 #include "cli/terminal/ErrorCause.h"
 
 namespace {
 
-constexpr const char* kOutputRoot = "../webcontent/bi";
-
 void printHint(const RunTotals& totals) {
   std::error_code ignored;
   if (totals.pairs.of(Verdict::Missing) > 0 &&
       !std::filesystem::is_directory(kOutputRoot, ignored)) {
     std::cerr << "orvdiff: folder " << kOutputRoot
-              << " not found; use -C to set the working folder\n";
+              << " not found; use -C or --work to set the working folder\n";
   }
 }
 
@@ -59,10 +61,16 @@ void finishRecord(RecordWriter& record, RunRecord header, const RunTotals& total
                   std::vector<std::string>& problems) {
   header.end = timeStamp();
   header.unverified = totals.unverified;
+  header.findings = totals.findings;
   header.notes = problems;
   header.status = exitStatusOf(totals, problems);
   header.complete = !totals.interrupted && totals.incomplete.empty();
   finishOrSayWhy([&] { record.finish(header); }, problems);
+}
+
+std::optional<NewerThan> newerThanOf(const VerifyOptions& options) {
+  return options.newerThan.empty() ? std::nullopt
+                                   : std::optional(parseNewerThan(options.newerThan));
 }
 
 PoolLimits limitsOf(const VerifyOptions& options) {
@@ -83,15 +91,21 @@ std::optional<DiffOptions> differencesFor(const VerifyOptions& options) {
                      options.differences.context};
 }
 
-ExitStatus verify(const VerifyOptions& options) {
-  const std::vector<SelectedFormat> formats = selectFormats(options.formats);
+ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerThan) {
+  const std::set<FindingKind> strict = Accounting::strictKinds(options.strict);
+  std::vector<SelectedFormat> formats = selectFormats(options.formats);
   OutputPlaces places(options);
+  requireLocations(options.locations, options.startFolder);
   const RunPlan plan = planRun(options);
+  if (addSubFolders(options.formats, formats, plan.found)) {
+    formats = selectFormats(options.formats);
+  }
+  const SharedPictures pictures(formats, options.formats.names);
   if (!plan.announcement.empty() && options.verbosity != Verbosity::Quiet) {
     std::cout << plan.announcement << '\n';
   }
   if (options.listOnly) {
-    return listPairs(plan.reports, plan.found, formats, options.allowNone);
+    return listPairs(plan.reports, plan.found, formats, pictures, options.allowNone);
   }
   places.requireFree(options, plan.found, formats);
   std::optional<HarnessLog> harnessLog;
@@ -113,21 +127,29 @@ ExitStatus verify(const VerifyOptions& options) {
   const PairOwners owners(plan.found.reports, plan.found.neighbours);
   PairVerifier verifier(
       plan.reports, formats, owners,
-      {options.formats.subFolder, options.verbosity, options.maskLimits, record.has_value(),
-       differencesFor(options), plan.onlyPairs ? &*plan.onlyPairs : nullptr});
+      {options.verbosity, options.maskLimits, record.has_value(), differencesFor(options),
+       plan.onlyPairs ? &*plan.onlyPairs : nullptr, &pictures, newerThan});
+  Accounting accounting;
   if (harnessLog) {
     harnessLog->start();
   }
-  SuiteRun suiteRun(plan.reports, verifier, printer,
-                    {summary ? &*summary : nullptr, options.saveNormalized ? &saver : nullptr,
-                     harnessLog ? &*harnessLog : nullptr, record ? &*record : nullptr});
+  SuiteRun suiteRun(
+      plan.reports, verifier, printer,
+      {summary ? &*summary : nullptr, options.saveNormalized ? &saver : nullptr,
+       harnessLog ? &*harnessLog : nullptr, record ? &*record : nullptr, &accounting});
   suiteRun.verify(limitsOf(options), options.verbosity != Verbosity::Quiet && canShowProgress());
   RunTotals& totals = suiteRun.totals();
   totals.emptyLocations = plan.found.emptyLocations;
   totals.unsaved = saver.unsavedFiles();
+  if (!totals.interrupted) {
+    accounting.close(options, plan, formats, pictures, totals);
+  }
   // A share may well be empty; whether the whole is, merging will show.
   const bool mayBeEmpty = options.allowNone || plan.onlyPairs || !options.shard.empty();
   std::vector<std::string> problems = findProblems(totals, mayBeEmpty);
+  if (const std::string strictly = strictProblem(totals.findings, strict); !strictly.empty()) {
+    problems.push_back(strictly);
+  }
   finishFiles(summary, harnessLog, suiteRun, totals.interrupted, problems);
   if (record) {
     finishRecord(*record, header, totals, problems);
@@ -139,6 +161,11 @@ ExitStatus verify(const VerifyOptions& options) {
 
 }  // namespace
 
-ExitStatus run(const VerifyOptions& options) {
-  return verify(options.failedRecord.empty() ? options : optionsForFailed(options));
+ExitStatus run(const VerifyOptions& given) {
+  const std::optional<NewerThan> newerThan = newerThanOf(given);  // a file of the user's folder
+  VerifyOptions options = given.failedRecord.empty() ? given : optionsForFailed(given);
+  enterWorkFolder(options.workFolder, options.locations,
+                  {&options.summaryFile, &options.harnessLog, &options.recordFolder,
+                   &options.formats.layoutData.schema});
+  return verify(options, newerThan);
 }

@@ -1,41 +1,10 @@
 #include "cli/commands/VerifyOptions.h"
 
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/SelectionOptions.h"
 #include "cli/commands/Verb.h"
-#include "orvdiff/formats/OrvDiffFormats.h"
 
 namespace {
-
-void addPlaces(CLI::App& verify, FormatOptions& formats) {
-  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
-    if (!format.needsArguments) {
-      continue;
-    }
-    const std::string name(format.name);
-    const auto add = [&](const char* what, std::string FormatPlaces::*member, const char* help) {
-      return verify
-          .add_option_function<std::string>(
-              "--" + name + what,
-              [&formats, name, member](const std::string& text) {
-                formats.places[name].*member = text;
-              },
-              help)
-          ->group("Location of " + name + " files");
-    };
-    CLI::Option* const output =
-        add("-output-dir", &FormatPlaces::outputDirectory,
-            "Output folder below ../webcontent/bi; also selects the format");
-    output->type_name("NAME");
-    add("-master-sub-folder", &FormatPlaces::masterSubFolder, "Subfolder of the master folder")
-        ->needs(output)
-        ->type_name("NAME");
-    if (format.format == OrvOutputFormat::Cgs) {
-      add("-suffix", &FormatPlaces::fileNameSuffix, "Only masters whose names end in _TEXT")
-          ->needs(output)
-          ->type_name("TEXT");
-    }
-  }
-}
 
 void addWorkers(CLI::App& verify, VerifyOptions& options) {
   constexpr std::size_t kMostJobs = 1024;
@@ -95,18 +64,7 @@ void addVerify(CLI::App& app, Performer& chosen) {
                   "A report file, or a folder to search for reports (files next to a folder "
                   "named \"Masters\"); required unless --failed names a record")
       ->option_text("...");
-  verb.add_option("-f,--format", verify.formats.names,
-                  "Verify only this format; repeat it or separate names with commas "
-                  "(default: all that need no further options)")
-      ->allow_extra_args(false)  // the word after the name is a location
-      ->delimiter(',')
-      ->option_text("NAME");
-  verb.add_option("--sub-folder", verify.formats.subFolder,
-                  "Subfolder of the master and output folders")
-      ->type_name("NAME");
-  verb.add_option("--folder-suffix", verify.formats.folderSuffix,
-                  "Text appended to the names of output folders")
-      ->type_name("TEXT");
+  addSelection(verb, verify.formats);
   verb.add_option("--summary", verify.summaryFile,
                   "Write a test summary to FILE (-: standard output)")
       ->check(notEmpty())
@@ -127,9 +85,18 @@ void addVerify(CLI::App& app, Performer& chosen) {
   verb.add_flag("--list", verify.listOnly, "List what would be compared, without comparing it");
   verb.add_flag("--allow-none", verify.allowNone, "Succeed even if there is nothing to verify");
   addDifferences(verb, verify.differences);
+  verb.add_flag("--strict{all}", verify.strict,
+                "Make everything that was not accounted for an error, or only what is named: "
+                "--strict=orphans,outputs")
+      ->option_text("[=KINDS]");
+  verb.add_option("--newer-than", verify.newerThan,
+                  "Outputs written before TIME (2026-11-21T23:10, 12h, @SECONDS), or before FILE "
+                  "was, are stale")
+      ->check(notEmpty())
+      ->option_text("TIME|FILE");
+  addWork(verb, verify.workFolder);
   addWorkers(verb, verify);
   addRecord(verb, verify);
   addMaskLimits(verb, verify.maskLimits);
-  addPlaces(verb, verify.formats);
   addLayoutData(verb, verify.formats.layoutData);
 }

@@ -23,6 +23,9 @@ struct VerifyOptions : CommonOptions {
   std::string shard;                        ///< "2/5"; empty: everything
   std::string recordFolder;                 ///< empty: none
   std::string failedRecord;  ///< folder of the record to verify what failed again of; empty: none
+  std::string newerThan;     ///< what outputs must not be older than; empty: they may be
+  std::string strict;        ///< kinds of findings that are trouble; empty: none
+  std::string workFolder;    ///< to change to, all paths on the command line aside; empty: none
   MaskLimits maskLimits;
   bool saveNormalized = false;
   bool listOnly = false;

@@ -66,6 +66,7 @@ RunRecord joinRuns(const Sources& sources, bool mustBeWhole) {
   const std::vector<std::uint32_t> all = missing;
   merged.reports = 0;
   merged.unverified.clear();
+  FindingTally findings;  // every shard accounts for its own reports, so nothing is there twice
   merged.notes.clear();
   merged.status = kExitPassed;
   for (const auto& source : sources) {
@@ -81,11 +82,15 @@ RunRecord joinRuns(const Sources& sources, bool mustBeWhole) {
     merged.status = std::max({merged.status, run.status, leastStatus});
     merged.unverified.insert(merged.unverified.end(), run.unverified.begin(), run.unverified.end());
     merged.notes.insert(merged.notes.end(), run.notes.begin(), run.notes.end());
+    for (const FindingTotal& total : run.findings) {
+      findings.add(total);
+    }
   }
   if (mustBeWhole && !missing.empty()) {
     throw CommandError("of " + std::to_string(merged.shards.count) +
                        " shards these are missing: " + listed(missing));
   }
+  merged.findings = findings.totals();
   std::sort(merged.unverified.begin(), merged.unverified.end());
   std::sort(merged.notes.begin(), merged.notes.end());
   merged.notes.erase(std::unique(merged.notes.begin(), merged.notes.end()), merged.notes.end());

@@ -1,5 +1,7 @@
 #include "cli/record/PairResult.h"
 
+#include <sys/stat.h>
+
 #include <fstream>
 
 #include "cli/record/Archive.h"
@@ -30,6 +32,11 @@ bool isWithoutStatistics(const std::string& fileName) {
     ++lines;
   }
   return lines < 3;
+}
+
+bool isEmpty(const std::string& fileName) {
+  struct stat status = {};
+  return stat(fileName.c_str(), &status) == 0 && status.st_size == 0;
 }
 
 /// Fills a pair's result in from the library's.
@@ -150,8 +157,8 @@ void describe(Archive& archive, PairRecord& record) {
 
 template <typename Archive>
 void describe(Archive& archive, PairResult& pair) {
-  archive(pair.record, pair.countsForReport, pair.kind, pair.resultMaster, pair.resultOutput,
-          pair.namedFile, pair.normalizedMaster, pair.normalizedOutput);
+  archive(pair.record, pair.countsForReport, pair.comparedNothing, pair.kind, pair.resultMaster,
+          pair.resultOutput, pair.namedFile, pair.normalizedMaster, pair.normalizedOutput);
 }
 
 void describeResult(const OrvDiffResult& result, std::optional<OrvOutputFormat> format,
@@ -162,7 +169,10 @@ void describeResult(const OrvDiffResult& result, std::optional<OrvOutputFormat> 
       (isWithoutStatistics(pair.resultMaster) || isWithoutStatistics(pair.resultOutput))) {
     pair.record.message =
         "nothing was compared: a VMD report of fewer than three lines has no statistics";
+  } else if (pair.record.verdict == Verdict::Passed && isEmpty(pair.resultOutput)) {
+    pair.record.message = "nothing was compared: the output is empty, as the master says";
   }
+  pair.comparedNothing = pair.record.verdict == Verdict::Passed && !pair.record.message.empty();
 }
 
 std::unique_ptr<const OrvDiffResult> rebuildResult(const PairResult& pair) {

@@ -25,7 +25,8 @@ struct PairResult {
   };
 
   PairRecord record;
-  bool countsForReport = true;  ///< false: the pair belongs to a report that is not verified
+  bool countsForReport = true;   ///< false: the pair belongs to a report that is not verified
+  bool comparedNothing = false;  ///< passed, but the files held nothing to compare
   Kind kind = Kind::None;
   std::string resultMaster;  ///< the names in the result, which for XML may both be the output's
   std::string resultOutput;
@@ -35,7 +36,7 @@ struct PairResult {
 };
 
 /// Adds a library's result to what is known of its pair: verdict, message and place for people, and
-/// all that `rebuildResult` needs. A pass of a format that may have had nothing to compare says so.
+/// all that `rebuildResult` needs. A pass of files with nothing to compare says so.
 void describeResult(const OrvDiffResult& result, std::optional<OrvOutputFormat> format,
                     PairResult& pair);
 

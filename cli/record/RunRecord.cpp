@@ -27,10 +27,31 @@ std::vector<std::string> textsFromJson(const ordered_json& json) {
   return texts;
 }
 
+ordered_json findingToJson(const FindingTotal& total) {
+  return {{"kind", std::string(keyOf(total.kind))},
+          {"count", total.count},
+          {"example", textToJson(total.example.path)},
+          {"detail", textToJson(total.example.detail)},
+          {"details", textsToJson({total.details.begin(), total.details.end()})}};
+}
+
+FindingTotal findingFromJson(const ordered_json& json) {
+  const std::string key = json.at("kind").get<std::string>();
+  const std::optional<FindingKind> kind = kindFor(key);
+  if (!kind) {
+    throw std::runtime_error("\"" + key + "\" is no kind of finding");
+  }
+  const std::vector<std::string> details = textsFromJson(json.at("details"));
+  return {*kind,
+          json.at("count").get<std::uint64_t>(),
+          {*kind, textFromJson(json.at("example")), textFromJson(json.at("detail"))},
+          {details.begin(), details.end()}};
+}
+
 ordered_json formatsToJson(const FormatOptions& formats) {
   ordered_json json;
   json["names"] = formats.names;
-  json["subFolder"] = textToJson(formats.subFolder);
+  json["subFolders"] = textsToJson(formats.subFolders);
   json["folderSuffix"] = textToJson(formats.folderSuffix);
   json["layoutSchema"] = textToJson(formats.layoutData.schema);
   json["layoutNamespace"] = textToJson(formats.layoutData.namespaceUri);
@@ -46,7 +67,7 @@ ordered_json formatsToJson(const FormatOptions& formats) {
 FormatOptions formatsFromJson(const ordered_json& json) {
   FormatOptions formats;
   formats.names = json.at("names").get<std::vector<std::string>>();
-  formats.subFolder = textFromJson(json.at("subFolder"));
+  formats.subFolders = textsFromJson(json.at("subFolders"));
   formats.folderSuffix = textFromJson(json.at("folderSuffix"));
   formats.layoutData = {textFromJson(json.at("layoutSchema")),
                         textFromJson(json.at("layoutNamespace"))};
@@ -76,6 +97,10 @@ std::string toJson(const RunRecord& run) {
   json["pairs"] = run.pairs;
   json["totals"] = run.totals;
   json["unverified"] = textsToJson(run.unverified);
+  json["findings"] = ordered_json::array();
+  for (const FindingTotal& total : run.findings) {
+    json["findings"].push_back(findingToJson(total));
+  }
   json["notes"] = textsToJson(run.notes);
   json["mayBeEmpty"] = run.mayBeEmpty;
   json["status"] = run.status;
@@ -105,6 +130,9 @@ RunRecord runFromJson(const std::string& text) {
   run.pairs = json.at("pairs").get<std::uint64_t>();
   run.totals = json.at("totals").get<std::map<std::string, std::uint64_t>>();
   run.unverified = textsFromJson(json.at("unverified"));
+  for (const ordered_json& finding : json.at("findings")) {
+    run.findings.push_back(findingFromJson(finding));
+  }
   run.notes = textsFromJson(json.at("notes"));
   run.mayBeEmpty = json.at("mayBeEmpty").get<bool>();
   run.status = json.at("status").get<int>();

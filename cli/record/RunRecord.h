@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/suite/Finding.h"
 #include "cli/suite/FormatSelection.h"
 
 /// Which shares of a suite a record covers: `indices` of `count`, from 1. A whole run is 1 of 1.
@@ -29,6 +30,7 @@ struct RunRecord {
   std::uint64_t pairs = 0;                      ///< records in pairs.jsonl
   std::map<std::string, std::uint64_t> totals;  ///< pairs by verdict word
   std::vector<std::string> unverified;  ///< reports without a master in any format that was run
+  std::vector<FindingTotal> findings;   ///< what else it has to account for
   std::vector<std::string> notes;       ///< what else kept the run from verifying everything
   bool mayBeEmpty = false;              ///< having nothing to verify is no trouble
   int status = 0;                       ///< that the run ended with

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <utility>
 
+#include "cli/report/AccountPrinter.h"
 #include "cli/system/Interrupt.h"
 #include "cli/terminal/Printable.h"
 #include "cli/terminal/Table.h"
@@ -69,6 +70,9 @@ void printCounts(const RunTotals& totals) {
   if (!totals.unverified.empty()) {
     std::cout << ", " << countOf(totals.unverified.size(), "report") << " not verified";
   }
+  if (const std::uint64_t count = countAccounted(totals.findings); count > 0) {
+    std::cout << ", " << count << " not accounted for";
+  }
   if (const std::size_t masks = pairs.outsizedMasks(); masks > 0) {
     std::cout << ", "
               << (masks == 1 ? "1 pass rests on an outsized mask"
@@ -115,6 +119,9 @@ void printClosingSummary(const RunTotals& totals, const std::vector<std::string>
   if (!totals.unverified.empty() && verbosity != Verbosity::Quiet) {
     printUnverified(totals.unverified, verbosity);
   }
+  if (verbosity != Verbosity::Quiet) {
+    printAccount(totals.findings);
+  }
   if (verbosity == Verbosity::Verbose) {
     printPassesByRule(totals.pairs);
   }
@@ -124,7 +131,10 @@ void printClosingSummary(const RunTotals& totals, const std::vector<std::string>
   } else if (!totals.pairs.allPassed()) {
     std::cout << palette.paint(Color::Red, "Not all passed.") << ' ';
   } else if (problems.empty() && totals.pairs.pairs() > 0) {
-    std::cout << palette.paint(Color::Green, "All passed.") << ' ';
+    std::cout << (totals.findings.empty()
+                      ? palette.paint(Color::Green, "All passed.")
+                      : palette.paint(Color::Yellow, "Everything compared passed."))
+              << ' ';
   }
   printCounts(totals);
   std::cout.flush();

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/report/Tally.h"
+#include "cli/suite/Finding.h"
 #include "cli/system/ExitStatus.h"
 #include "cli/terminal/Terminal.h"
 
@@ -19,6 +20,7 @@ struct RunTotals {
   std::vector<std::string> uncompared;  ///< what kept pairs from being compared, a sentence each
   std::vector<std::string> unsaved;     ///< files that could not be saved
   std::vector<std::string> incomplete;  ///< logs that miss a result, a sentence each
+  std::vector<FindingTotal> findings;   ///< what else the run has to account for
   bool interrupted = false;
   std::chrono::duration<double> time{};
 };
@@ -34,7 +36,8 @@ std::vector<std::string> findProblems(const RunTotals& totals, bool allowNone);
 void printProblems(const std::vector<std::string>& problems);
 
 /// Prints the counts as one line on `std::cout`, and before it, unless quiet, which reports no
-/// format has a master for. The problems follow.
+/// format has a master for and what else there is to account for. Says that all passed only if
+/// there is nothing. The problems follow.
 void printClosingSummary(const RunTotals& totals, const std::vector<std::string>& problems,
                          Verbosity verbosity, const Palette& palette);
 

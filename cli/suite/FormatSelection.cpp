@@ -83,9 +83,10 @@ std::shared_ptr<OrvDiffFileEngine> createLastingEngine(const OrvDiffFormat& form
   return engines.emplace_back(format.createEngine(arguments));
 }
 
-SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options) {
+SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options,
+                      const std::string& subFolder) {
   OrvFormatArguments arguments;
-  arguments.subFolder = nullIfEmpty(options.subFolder);
+  arguments.subFolder = nullIfEmpty(subFolder);
   setLayoutData(arguments, options.layoutData);
   const auto places = options.places.find(std::string(format.name));
   if (places != options.places.end()) {
@@ -96,9 +97,13 @@ SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options)
     const std::string name(format.name);
     throw CommandError("format " + name + " needs --" + name + "-output-dir");
   }
-  SelectedFormat selected = {&format, createLastingEngine(format, arguments), false};
+  SelectedFormat selected = {&format, createLastingEngine(format, arguments), false, subFolder, {},
+                             {}};
   selected.runsScript = runsScript(*selected.engine);
   selected.engine->setMasterAndOutputFoldersSuffix(options.folderSuffix);
+  selected.outputRoot = std::string(kOutputRoot) + '/' +
+                        selected.engine->getOutputDirectoryTypeName() + options.folderSuffix;
+  selected.outputFolder = selected.outputRoot + (subFolder.empty() ? "" : '/' + subFolder);
   return selected;
 }
 
@@ -132,7 +137,9 @@ std::vector<SelectedFormat> selectFormats(const FormatOptions& options) {
   for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
     const bool byName = options.names.empty() ? !format.needsArguments : wanted.count(format.name);
     if (byName || options.places.count(std::string(format.name)) > 0) {
-      selected.push_back(select(format, options));
+      for (const std::string& subFolder : options.subFolders) {
+        selected.push_back(select(format, options, subFolder));
+      }
     }
   }
   return selected;

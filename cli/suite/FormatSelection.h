@@ -25,17 +25,26 @@ struct LayoutDataOptions {
 struct FormatOptions {
   std::vector<std::string> names;              ///< empty: all that need no arguments
   std::map<std::string, FormatPlaces> places;  ///< by format name; an entry selects the format
-  std::string subFolder;
+  /// Each is verified by itself; an empty name stands for the files in no sub-folder. Never empty
+  /// once the options are complete.
+  std::vector<std::string> subFolders = {""};
+  bool allSubFolders = false;  ///< every sub-folder that the suite has, besides `subFolders`
   std::string folderSuffix;
   LayoutDataOptions layoutData;
 };
 
-/// A format to verify, and its engine.
+/// A format to verify in one sub-folder, and its engine.
 struct SelectedFormat {
   const OrvDiffFormat* format;
   std::shared_ptr<OrvDiffFileEngine> engine;
   bool runsScript;  ///< the engine compares by running a script
+  std::string subFolder;
+  std::string outputRoot;    ///< the format's output folder, all sub-folders included
+  std::string outputFolder;  ///< where the outputs are that the engine reads
 };
+
+/// Below it are the output folders of all formats; relative to the working folder.
+inline constexpr const char* kOutputRoot = "../webcontent/bi";
 
 /// The format called `name`. Otherwise raises `CommandError`, which suggests similar names.
 const OrvDiffFormat& formatNamed(const std::string& name);
@@ -47,7 +56,7 @@ const OrvDiffFormat& formatNamed(const std::string& name);
 std::shared_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
                                                     const LayoutDataOptions& layoutData = {});
 
-/// The formats that `options` asks for, without duplicates, in the order of `OrvDiffFormats::all`.
-/// The engines borrow strings from `options`. Raises `CommandError` for an unknown name, and for a
-/// format that lacks a required argument.
+/// The formats that `options` asks for, each once in every sub-folder, in the order of
+/// `OrvDiffFormats::all`. The engines borrow strings from `options`. Raises `CommandError` for an
+/// unknown name, and for a format that lacks a required argument.
 std::vector<SelectedFormat> selectFormats(const FormatOptions& options);

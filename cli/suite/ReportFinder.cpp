@@ -15,15 +15,16 @@
 #include <tuple>
 #include <utility>
 
+#include "cli/suite/FoldedName.h"
+#include "cli/suite/FolderReader.h"
 #include "cli/suite/MissingReason.h"
 #include "cli/suite/PairOwners.h"
+#include "cli/suite/SuiteBounds.h"
 #include "cli/system/CommandError.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr const char* kMasterFolder = "Masters";
 
 [[noreturn]] void raiseSystemError(const fs::path& path, int error) {
   throw CommandError(path.string() + ": " + std::generic_category().message(error));
@@ -42,9 +43,6 @@ void requireReadable(const fs::path& path) {
     raiseSystemError(path, errno);
   }
 }
-
-/// Identifies a folder regardless of the path that leads to it.
-using FolderId = std::pair<dev_t, ino_t>;
 
 FolderId identify(const fs::path& folder) {
   const struct stat status = statusOf(folder.empty() ? "." : folder);
@@ -147,6 +145,7 @@ class Finder {
     const FolderContents contents = readFolder(folder);
     if (contents.hasMasters) {
       requireReadable(folder / kMasterFolder);
+      m_found.masterFolders.push_back(folder / kMasterFolder);
       const std::string prefix = folder / "";
       for (const std::string& file : contents.files) {
         const std::string report = prefix + file;
@@ -155,6 +154,9 @@ class Finder {
     }
     bool hasReports = contents.hasMasters && !contents.files.empty();
     for (const std::string& subFolder : contents.folders) {
+      if (foldedName(subFolder) == m_foldedMasterFolder) {
+        m_found.misnamedMasterFolders.push_back(folder / subFolder);
+      }
       hasReports = search(folder / subFolder) || hasReports;
     }
     return hasReports;
@@ -192,6 +194,7 @@ class Finder {
     m_reports.erase(end, m_reports.end());
   }
 
+  const std::string m_foldedMasterFolder = foldedName(kMasterFolder);
   std::size_t m_prefixLength = 0;  ///< of the paths of reports in the current location
   std::set<FolderId> m_searched;
   std::vector<Report> m_reports;
@@ -207,5 +210,7 @@ FoundReports findReports(const std::vector<std::string>& locations) {
   for (const std::string& location : locations) {
     finder.add(location);
   }
-  return std::move(finder).finish();
+  FoundReports found = std::move(finder).finish();
+  found.isWholeSuite = areWholeSuite(locations);
+  return found;
 }

@@ -13,7 +13,15 @@ struct FoundReports {
   /// they are in its folder and their names start with its name.
   std::vector<std::string> neighbours;
   std::vector<std::string> emptyLocations;  ///< folders without a report
+  std::vector<std::string> masterFolders;  ///< every folder "Masters" in a location, reports or not
+  /// Folders that would be called "Masters" if it were not for the case of their names.
+  std::vector<std::string> misnamedMasterFolders;
+  bool isWholeSuite =
+      true;  ///< the locations are folders, and not obviously part of a larger suite
 };
+
+/// The name of the folders that hold masters.
+inline constexpr const char* kMasterFolder = "Masters";
 
 /// Finds the reports at `locations`.
 ///

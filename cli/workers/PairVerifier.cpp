@@ -65,7 +65,7 @@ PairVerifier::PairVerifier(const std::vector<std::string>& reports,
   for (const SelectedFormat& selected : formats) {
     PairResult unknownPair;
     unknownPair.record.format = selected.format->name;
-    unknownPair.record.subFolder = m_settings.subFolder;
+    unknownPair.record.subFolder = selected.subFolder;
     m_formats.push_back({&selected, scriptProblem(*selected.engine), packPair(unknownPair)});
   }
 }
@@ -104,12 +104,21 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
     if (owner == PairOwners::Owner::Other) {
       continue;
     }
+    if (isLeftToAnother(*m_formats[format].selected, pairs[i].master)) {
+      continue;
+    }
     PairResult result = start(task, format, pairs[i]);
     result.countsForReport = owner == PairOwners::Owner::Itself;
     link.begin(step, packPair(result));
     compare(m_formats[format], pairs[i], result);
     link.send(packPair(result));
   }
+}
+
+bool PairVerifier::isLeftToAnother(const SelectedFormat& format, const std::string& master) const {
+  return m_settings.pictures != nullptr &&
+         m_settings.pictures->isLeftToAnother(
+             format, std::string_view(master).substr(master.rfind('/') + 1));
 }
 
 /// The pairs to compare. Those that are wanted by name are compared even if they are gone, which is
@@ -134,7 +143,7 @@ PairResult PairVerifier::start(std::uint32_t task, std::uint64_t format,
   PairResult result;
   result.record.report = m_reports[task];
   result.record.format = m_formats[format].selected->format->name;
-  result.record.subFolder = m_settings.subFolder;
+  result.record.subFolder = m_formats[format].selected->subFolder;
   result.record.master = pair.master;
   result.record.output = pair.actual;
   return result;
@@ -178,6 +187,9 @@ PairResult PairVerifier::outcomeOf(const Format& format, const OrvFilePair& pair
                                    const PairResult& known) const {
   PairResult result = known;
   try {
+    if (isStale(pair, result)) {
+      return result;
+    }
     const std::unique_ptr<const OrvDiffResult> outcome(
         format.selected->engine->comparePair(pair, nullptr));
     requireStartedScripts();
@@ -188,6 +200,18 @@ PairResult PairVerifier::outcomeOf(const Format& format, const OrvFilePair& pair
     result.record.message = causeOf(error, m_settings.verbosity);
   }
   return result;
+}
+
+/// The verdict on a stale output does not depend on what it holds.
+bool PairVerifier::isStale(const OrvFilePair& pair, PairResult& result) const {
+  const auto why =
+      m_settings.newerThan ? whyStale(pair.actual, *m_settings.newerThan) : std::nullopt;
+  if (why) {
+    describeResult(OrvDiffResultFail(pair.master, pair.actual), std::nullopt, result);
+    result.record.verdict = Verdict::Stale;
+    result.record.message = *why;
+  }
+  return why.has_value();
 }
 
 PairResult PairVerifier::describeLost(std::string_view description) const {

@@ -12,7 +12,9 @@
 #include "cli/diff/PairDiff.h"
 #include "cli/record/PairResult.h"
 #include "cli/suite/FormatSelection.h"
+#include "cli/suite/NewerThan.h"
 #include "cli/suite/PairOwners.h"
+#include "cli/suite/SharedPictures.h"
 #include "cli/system/OutputCapture.h"
 #include "cli/terminal/Terminal.h"
 #include "cli/workers/WorkerPool.h"
@@ -34,13 +36,14 @@ using WantedPairs = std::map<std::pair<std::string, std::string>, std::vector<Or
 class PairVerifier {
  public:
   struct Settings {
-    std::string subFolder;
     Verbosity verbosity = Verbosity::Normal;
     MaskLimits maskLimits;
     bool keepFacts =
         false;  ///< sizes, hashes, processor time and rules too, as a record wants them
     std::optional<DiffOptions> differences;  ///< how pairs differ, too; none: only whether
-    const WantedPairs* onlyPairs = nullptr;  ///< null: all
+    const WantedPairs* onlyPairs = nullptr;    ///< null: all
+    const SharedPictures* pictures = nullptr;  ///< null: none is left to another format
+    std::optional<NewerThan> newerThan;        ///< what outputs must not be older than
   };
 
   /// All arguments but `settings` must outlive the verifier.
@@ -72,10 +75,12 @@ class PairVerifier {
   void verifyFormat(std::uint32_t task, std::uint64_t format, std::uint64_t firstStep,
                     WorkerLink& link);
   std::vector<OrvFilePair> findPairs(const std::string& report, const SelectedFormat& format) const;
+  bool isLeftToAnother(const SelectedFormat& format, const std::string& master) const;
   PairResult start(std::uint32_t task, std::uint64_t format, const OrvFilePair& pair) const;
   void compare(const Format& format, const OrvFilePair& pair, PairResult& result);
   PairResult outcomeOf(const Format& format, const OrvFilePair& pair,
                        const PairResult& known) const;
+  bool isStale(const OrvFilePair& pair, PairResult& result) const;
 
   const std::vector<std::string>& m_reports;
   std::vector<Format> m_formats;

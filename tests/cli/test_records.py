@@ -107,7 +107,7 @@ class Content(RecordsTest):
         third = self.verify("--failed", "../again", locations=())
         self.expect(third, 1, "3 of 4 pairs", "3 pairs: 0 passed, 1 differ, 2 missing")
         for options in (["../suite"], ["--shard", "1/2"], ["-f", "html"]):
-            self.refused("--failed takes reports and formats from the record", "verify",
+            self.refused("--failed takes reports, formats and the working", "verify",
                          "--failed", "r", *options)
         path = self.work / "r/run.json"
         path.write_text(path.read_text().replace(str(self.work), "/gone"))

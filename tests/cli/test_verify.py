@@ -6,7 +6,8 @@ from suite import SuiteTest
 
 COUNTS = re.compile(
     r"(\d+) reports?, (\d+) pairs?: (\d+) passed, (?:(\d+) partly, )?(\d+) differ, (\d+) missing, "
-    r"(\d+) failed, (\d+) errors?(?:, (\d+) reports? not verified)? \(\d+\.\d\d s\)")
+    r"(\d+) failed, (\d+) errors?(?:, (\d+) reports? not verified)?"
+    r"(?:, \d+ not accounted for)? \(\d+\.\d\d s\)")
 HTML = "../webcontent/bi/v5DebugHTML/"
 
 

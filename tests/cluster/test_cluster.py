@@ -61,7 +61,7 @@ class Recipes(unittest.TestCase):
             "timeout", "90",  # with a signal that stops the cluster, too
             RECIPES / "slurm/one_node_cluster.sh", RECIPES / "slurm/submit.sh", str(SHARDS),
             "records", "../suite"], 1)
-        self.assertIn("9 reports", said)
+        self.assertIn("11 reports", said)
         self.assert_is_whole(self.work / "records/merged", self.work)
 
     def check_jobs(self, verify, merge, shard, shards):

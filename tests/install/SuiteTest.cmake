@@ -40,8 +40,10 @@ run all/finance/CashFlow.xml
 run all/hr/Absence.xml
 run all/hr/${odd}.xml
 run all/operations/Deliveries.xml
+run all/operations/Deliveries_late.xml
 run all/operations/StockLevels.xml
 run all/sales/Revenue.xml
+run all/sales/StockLevels.xml
 run all/sales/TopCustomers.xml
 run two(semicolon) (opening)formats/Absence.xml")
 outcome("${failing}" --rerun-failed)

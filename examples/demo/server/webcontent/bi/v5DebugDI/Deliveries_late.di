@@ -1,0 +1,4 @@
+data items of report Deliveries_late
++ qLate
+  + dimension carrier
+    - Polar Freight
