@@ -15,12 +15,20 @@ bool isThere(const std::string& path) {
   return stat(path.empty() ? "." : path.c_str(), &status) == 0;
 }
 
-DiffLine lineOf(DiffLine::Kind kind, const std::string& text) {
-  DiffLine line;
-  line.kind = kind;
-  line.spans = {
-      {kind == DiffLine::Kind::Removed ? DiffSpan::Kind::Changed : DiffSpan::Kind::Same, text, {}}};
-  return line;
+/// What may stand there instead.
+std::string describe(const NearestNames& nearest, const std::string& folder) {
+  const std::string where = folder.empty() ? "the working folder" : folder;
+  if (nearest.names.empty()) {
+    return "no name in " + where + " is like it";
+  }
+  if (nearest.differsOnlyInCase) {
+    return nearest.names.front() + " in " + where + " differs only in case";
+  }
+  std::string names;
+  for (const std::string& name : nearest.names) {
+    names += (names.empty() ? "" : ", ") + name;
+  }
+  return "similar names in " + where + ": " + names;
 }
 
 }  // namespace
@@ -46,14 +54,7 @@ Difference missingDifference(const DiffRequest& request) {
     builder.note("the folder has too many names to look at all of them");
   }
   DiffHunk hunk;
-  const std::string where = folder.empty() ? "the working folder" : folder;
-  hunk.place = nearest.names.empty()       ? "nothing in " + where + " has a name like it"
-               : nearest.differsOnlyInCase ? "differs only in case from a name in " + where
-                                           : "the nearest names in " + where;
-  hunk.lines = {lineOf(DiffLine::Kind::Removed, name)};
-  for (const std::string& other : nearest.names) {
-    hunk.lines.push_back(lineOf(DiffLine::Kind::Context, other));
-  }
+  hunk.place = describe(nearest, folder);
   const std::string wholeFolder = std::filesystem::path(file).parent_path().string();
   builder.add(std::move(hunk), "files in " + wholeFolder, {}, wholeFolder);
   return builder.take();

@@ -22,8 +22,7 @@ class Kinds(SuiteTest):
             ("ctx-metadata", "<a/>", "<a>\n<\u8868>x</b>\n",
              "          line 2, column 7\n           1   <a>\n           2 + <\u8868>x</b>\n"
              + " " * 22 + "^\n"),
-            ("csv", "1\n", None, "          differs only in case from a name in there\n"
-                                 "          - A.csv\n            a.csv\n"),
+            ("csv", "1\n", None, "          a.csv in there differs only in case\n"),
         )
         for format_name, master, output, expected in rows:
             with self.subTest(format_name, output=output):

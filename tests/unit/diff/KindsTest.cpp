@@ -223,12 +223,11 @@ TEST(Kinds, WhatIsKnownWithoutComparing) {
     TestFolder::write(name, "");
   }
   const std::pair<const char*, const char*> kMissing[] = {
-      {"out/Sales_2.csv", "[the nearest names in out] -{Sales_2.csv} Sales_1.csv Sales_3.csv "},
-      {"out/Revenue.csv", "[differs only in case from a name in out] -{Revenue.csv} revenue.CSV "},
+      {"out/Sales_2.csv", "[similar names in out: Sales_1.csv, Sales_3.csv] "},
+      {"out/Revenue.csv", "[revenue.CSV in out differs only in case] "},
       {"ouT/x/Revenue.csv",
-       "(the folder ouT does not exist) [differs only in case from a name in the working folder] "
-       "-{ouT} out "},
-      {"out/x.html", "[nothing in out has a name like it] -{x.html} "}};
+       "(the folder ouT does not exist) [out in the working folder differs only in case] "},
+      {"out/x.html", "[no name in out is like it] "}};
   for (const auto& [name, expected] : kMissing) {
     EXPECT_EQ(describe("csv", "", name, Verdict::Missing), expected);
   }
