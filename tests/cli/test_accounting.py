@@ -65,6 +65,10 @@ class Accounting(SuiteTest):
     def empty_master(self):
         self.report("Void", "", "")
 
+    def page_swallowed_by_a_mask(self):
+        page = "<p>x</p><script src='a.js'/>%s<script></script>"
+        self.report("Page", page % ("right " * 500), page % ("wrong " * 500))
+
     def text_cut_at_a_nul(self):
         self.report("Null", b"same\0one", b"same\0other")
 
@@ -118,6 +122,7 @@ class Accounting(SuiteTest):
                  "--cgs-output-dir NAME", "formats"),
                 (self.prefix_claim, "Goods.html by Goods and Good", "claims"),
                 (self.empty_master, "1 pair passed with nothing to compare", "vacuous"),
+                (self.page_swallowed_by_a_mask, "1 pass rests on outsized masks", "masks"),
                 (self.text_cut_at_a_nul, "1 partly", "partly"),
                 (self.script_missing, "diffPdfFiles.py does not exist", None),
                 (self.numbers_absent, "1 pair passed with nothing to compare", "vacuous"),
