@@ -10,7 +10,7 @@ namespace {
 
 /// In the order of the help text.
 constexpr void (*kVerbs[])(CLI::App& app, Performer& chosen) = {
-    addVerify, addCompare, addNumdiff, addShow, addMerge, addNormalize, addFormats};
+    addVerify, addCompare, addNumdiff, addShow, addReport, addMerge, addNormalize, addFormats};
 
 /// What comes before the choice of a verb, or with any.
 struct Common {

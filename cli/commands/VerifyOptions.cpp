@@ -1,6 +1,7 @@
 #include "cli/commands/VerifyOptions.h"
 
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/ReportOptions.h"
 #include "cli/commands/Verb.h"
 #include "orvdiff/formats/OrvDiffFormats.h"
 
@@ -117,6 +118,7 @@ void addVerify(CLI::App& app, Performer& chosen) {
   verb.add_flag("--allow-none", verify.allowNone, "Succeed even if there is nothing to verify");
   addWorkers(verb, verify);
   addRecord(verb, verify);
+  addReportOptions(verb, verify.reports);
   addPlaces(verb, verify.formats);
   addLayoutData(verb, verify.formats.layoutData);
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/commands/Options.h"
+#include "cli/report/ReportKinds.h"
 #include "cli/suite/FormatSelection.h"
 #include "orvdiff/harness/MOXTestHarness.h"
 
@@ -20,6 +21,7 @@ struct VerifyOptions : CommonOptions {
   std::uint64_t memoryMegabytes = 0;  ///< of a worker; 0: no limit
   std::string shard;                  ///< "2/5"; empty: everything
   std::string recordFolder;           ///< empty: none
+  std::vector<ReportRequest> reports;
   std::string failedRecord;  ///< folder of the record to verify what failed again of; empty: none
   bool saveNormalized = false;
   bool listOnly = false;

@@ -1,0 +1,20 @@
+#include "cli/report/ReportKinds.h"
+
+#include "cli/report/JsonReport.h"
+
+namespace {
+
+template <typename Renderer>
+std::unique_ptr<ReportRenderer> make() {
+  return std::make_unique<Renderer>();
+}
+
+}  // namespace
+
+const std::vector<ReportKind>& reportKinds() {
+  static const std::vector<ReportKind> kinds = {
+      {"--json", "JSON report", "Write the run, its groups and its pairs to FILE as JSON",
+       make<JsonReport>},
+  };
+  return kinds;
+}
