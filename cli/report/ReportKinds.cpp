@@ -1,5 +1,6 @@
 #include "cli/report/ReportKinds.h"
 
+#include "cli/report/HtmlReport.h"
 #include "cli/report/JsonReport.h"
 
 namespace {
@@ -13,6 +14,7 @@ std::unique_ptr<ReportRenderer> make() {
 
 const std::vector<ReportKind>& reportKinds() {
   static const std::vector<ReportKind> kinds = {
+      {"--html", "HTML report", "Write the run to FILE as a page for browsers", make<HtmlReport>},
       {"--json", "JSON report", "Write the run, its groups and its pairs to FILE as JSON",
        make<JsonReport>},
   };

@@ -1,0 +1,149 @@
+import { loadPair, loadPictures } from "./data.js";
+import { button, copyLine, el, shown } from "./dom.js";
+import { hiddenHunks, hunkView, maskCounts } from "./hunks.js";
+import { pictureViewer } from "./pictures.js";
+import { bytesText, countOf, decodeText, secondsText, shellWord } from "./text.js";
+import { badge } from "./verdicts.js";
+
+const MOST_PRINTED = 20_000; // characters of what was printed that are shown at first
+
+function commands(model, pair) {
+  const [master, output, report] = [pair.master, pair.output, pair.report].map((t) => shellWord(decodeText(t)));
+  const folder = `cd ${shellWord(decodeText(model.run.workingFolder))}`;
+  const lines = [];
+  if (pair.master !== "") {
+    lines.push(copyLine("Show the difference", `${folder} && orvdiff diff ${pair.format} ${master} ${output}`));
+  }
+  lines.push(copyLine("Verify it again", `${folder} && orvdiff verify -f ${pair.format} ${report}`));
+  if (model.record !== "") {
+    lines.push(copyLine("Verify again all that did not pass", `orvdiff verify --failed ${shellWord(model.record)}`));
+  }
+  return el("section.commands", { "aria-labelledby": "commands" }, el("h2", { id: "commands" }, "Commands"), lines);
+}
+
+function fileRow(label, name, facts) {
+  const size = facts.size === undefined ? "" : bytesText(facts.size);
+  const evidence = facts.evidence && facts.evidence !== "kept" ? ` (not kept: ${facts.evidence})` : "";
+  return [el("dt", {}, label), el("dd", {}, el("code", {}, shown(decodeText(name))), ` ${size}${evidence}`)];
+}
+
+function facts(pair) {
+  const times = pair.cpuSeconds > 0 ? `${secondsText(pair.seconds)}, processor ${secondsText(pair.cpuSeconds)}` : secondsText(pair.seconds);
+  const rules = pair.rules ?? [];
+  return el("dl.facts", {}, fileRow("Master", pair.master, pair.masterFile), fileRow("Output", pair.output, pair.outputFile),
+    el("dt", {}, "Report"), el("dd", {}, el("code", {}, shown(decodeText(pair.report)))),
+    el("dt", {}, "Format"), el("dd", {}, pair.format, pair.subFolder ? [", sub-folder ", shown(decodeText(pair.subFolder))] : null),
+    el("dt", {}, "Time"), el("dd", {}, times),
+    rules.length > 0 ? [el("dt", {}, "Rules that changed the text"), el("dd", {}, rules.join(", "))] : null);
+}
+
+function printed(pair) {
+  const text = decodeText(pair.printed ?? "");
+  if (text === "") {
+    return null;
+  }
+  const pre = el("pre", { tabindex: 0, "aria-label": "What was printed" }, shown(text.slice(0, MOST_PRINTED)));
+  const more = text.length <= MOST_PRINTED ? null
+    : button(`Show ${countOf(text.length - MOST_PRINTED, "more character")}`, () => {
+        pre.append(shown(text.slice(MOST_PRINTED)));
+        more.remove();
+      });
+  return el("section", { "aria-labelledby": "printed" }, el("h2", { id: "printed" }, "Printed by the comparison"), pre, more);
+}
+
+function excerpts(pair) {
+  if (!pair.masterExcerpt) {
+    return null;
+  }
+  const side = (label, kind, excerpt) => el("tr", {}, el("th", { scope: "row" }, label),
+    el(`td.value.${kind}`, {}, el("span.code", {}, excerpt.before, el(kind === "removed" ? "del" : "ins", {}, excerpt.first), excerpt.rest)));
+  return el("div.scroll", { tabindex: 0, role: "region", "aria-label": "The first difference" },
+    el("table.values", {}, el("tbody", {}, side("Master", "removed", pair.masterExcerpt), side("Output", "added", pair.outputExcerpt))),
+    pair.at ? el("p.note", {}, `At ${pair.at.line}:${pair.at.column} of the normalised text`) : null);
+}
+
+/** The difference of one pair, with the switches for how to see it. */
+class DifferenceSection {
+  constructor(model, pair, pictures, view, onState) {
+    Object.assign(this, { model, pair, pictures, view, onState });
+    this.difference = pair.difference ?? { hunks: [], notes: [], hunkCount: 0 };
+    this.place = el("div", {});
+    this.masks = maskCounts(this.difference.hunks);
+  }
+
+  switches() {
+    const { hunks } = this.difference;
+    const isText = hunks.some((hunk) => hunk.place === "" || hunk.lines.length > 2);
+    const split = button("Side by side", () => this.onState({ view: this.isSplit() ? "unified" : "split" }),
+      { id: "split-switch", "aria-pressed": String(this.isSplit()) });
+    const masks = button("Hide masked text", () => {
+      const isHidden = this.place.classList.toggle("masks-hidden");
+      masks.setAttribute("aria-pressed", String(isHidden));
+    }, { id: "mask-switch", "aria-pressed": "false" });
+    return el("div.switches", {}, isText ? split : null, this.masks.length > 0 ? masks : null);
+  }
+
+  isSplit() {
+    return this.view ? this.view === "split" : innerWidth >= 1100;
+  }
+
+  element() {
+    const { difference, pair } = this;
+    const message = decodeText(pair.message ?? "");
+    const hidden = hiddenHunks(difference);
+    const notes = difference.notes.map((note) => el("p.note", {}, shown(decodeText(note))));
+    const masked = this.masks.map(([rule, count]) => `${rule} (${count})`).join(", ");
+    if (difference.hunks.length > 0) {
+      this.place.append(hunkView(difference.hunks, this.isSplit()));
+    } else {
+      this.place.append(excerpts(pair) ?? "");
+    }
+    return el("section.differences", { "aria-labelledby": "differences" },
+      el("div.heading", {}, el("h2", { id: "differences" }, "Difference"), this.switches()),
+      message ? el("p.message", {}, shown(message)) : null, notes,
+      difference.coarse ? el("p.note", {}, "Shown coarsely: the files are too large or too different for more detail.") : null,
+      this.pictures ? pictureViewer(this.pictures) : null, this.place,
+      masked ? el("p.note", {}, `Not compared, because a rule masks it: ${masked}.`) : null,
+      hidden ? el("p.note", {}, `${hidden}; the command below shows all of them.`) : null);
+  }
+}
+
+function navigation(table, row, onState) {
+  const index = table.rows.indexOf(row);
+  const neighbour = (step, id, label, sign) => {
+    const other = index < 0 ? undefined : table.rows[index + step];
+    const attributes = { id, "aria-label": label };
+    return other ? el("a.step", { ...attributes, href: table.addressOf(other) }, sign)
+      : el("a.step", { ...attributes, role: "link", "aria-disabled": "true" }, sign);
+  };
+  return el("nav.steps", { "aria-label": "Pairs" },
+    button("← All pairs", () => onState({ pair: undefined, view: undefined }), { id: "back" }),
+    index >= 0 ? el("span.position", {}, `${index + 1} of ${table.rows.length}`) : null,
+    neighbour(-1, "previous", "Previous pair", "‹ Previous"), neighbour(1, "next", "Next pair", "Next ›"));
+}
+
+function groupLinks(row, actions) {
+  if (row.groups.length === 0) {
+    return null;
+  }
+  const links = row.groups.slice(0, 10).map((group) => {
+    const others = group.pairs.length - 1;
+    return el("li", {}, button(others > 0 ? `Same change in ${countOf(others, "other pair")}` : "This pair only",
+      () => actions.showGroup(group), { class: "link" }), " ", el("code.id", {}, group.id));
+  });
+  return el("ul.same", {}, links);
+}
+
+/** The page of one pair. */
+export async function pairPage(model, table, row, view, actions) {
+  const [pair, pictures] = await Promise.all([loadPair(model.blocks, row.number), loadPictures(row.number)]);
+  const differs = pair.verdict !== "passed" || pair.message || pair.difference;
+  return [
+    navigation(table, row, actions.setState),
+    el("header.pair", {}, badge(row.verdict), el("h1", {}, shown(row.name || row.folder)), el("span.folder", {}, shown(row.folder)),
+      groupLinks(row, actions)),
+    differs ? new DifferenceSection(model, pair, pictures, view, actions.setState).element() : null,
+    printed(pair), commands(model, pair),
+    el("section", { "aria-labelledby": "facts" }, el("h2", { id: "facts" }, "About this pair"), facts(pair)),
+  ];
+}
