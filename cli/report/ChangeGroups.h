@@ -15,6 +15,7 @@ struct ChangeGroup {
   std::string added;
   std::vector<std::size_t> pairs;  ///< their numbers, from 0, in the order of the run
   std::uint64_t places = 0;        ///< at which these pairs show it
+  bool hasWords = true;            ///< false for pictures and bytes, which have to be looked at
 };
 
 /// Gathers equal changes of different pairs.
@@ -24,7 +25,8 @@ class ChangeGroups {
   void add(const PairRecord& pair);
 
   /// The groups, those of the fewest pairs first: a change seen once is the likeliest regression.
-  /// Groups of equally many pairs keep the order of their first pairs.
+  /// Of equally many pairs, those come first whose change can be told in words, then those whose
+  /// first pair does.
   std::vector<ChangeGroup> rarestFirst() const;
 
  private:

@@ -58,7 +58,8 @@ void ReportFiles::Report::write(const std::string& document) const {
 
 ReportFiles::ReportFiles(const std::vector<ReportRequest>& requests,
                          const std::vector<std::string>& records)
-    : m_record(records.size() == 1 ? records.front() : std::string()) {
+    : m_record(records.size() == 1 ? fs::absolute(records.front()).lexically_normal().string()
+                                   : std::string()) {
   for (const ReportRequest& request : requests) {
     for (const std::string& record : records) {
       if (liesIn(request.file, record)) {

@@ -42,14 +42,30 @@ function rowsOf(index, groups) {
   return rows;
 }
 
-/** Reads what the overview needs: the run, its groups, and a row for each pair. */
+/**
+ * Puts groups together that the same pairs show, in the order of the groups: a page with a hundred
+ * changes of its own is one thing to look at. Each is {groups, pairs}.
+ */
+function bundlesOf(groups) {
+  const bundles = new Map();
+  for (const group of groups) {
+    const key = group.pairs.join();
+    if (!bundles.has(key)) {
+      bundles.set(key, { groups: [], pairs: group.pairs });
+    }
+    bundles.get(key).groups.push(group);
+  }
+  return [...bundles.values()];
+}
+
+/** Reads what the overview needs: the run, its bundles of groups, and a row for each pair. */
 export async function loadOverview() {
   const [head, index] = await Promise.all([unpack("head"), unpack("index")]);
   index.folderNames = index.folderNames.map(decodeText);
   const groups = head.groups.map(decodeGroup);
   const rows = rowsOf(index, groups);
   const byId = new Map(rows.map((row) => [row.id, row]));
-  return { run: head.run, record: decodeText(head.record), groups, rows, byId, blocks: index.blocks };
+  return { run: head.run, record: decodeText(head.record), bundles: bundlesOf(groups), rows, byId, blocks: index.blocks };
 }
 
 const loadedBlocks = new Map();

@@ -3,11 +3,11 @@ import { button, el, shown } from "./dom.js";
 import { hunkView } from "./hunks.js";
 import { countOf, grouped, shortened } from "./text.js";
 
-const FEW_GROUPS = 4; // so many are shown open
-const MOST_GROUPS = 60; // so many are listed before the reader asks for more
+const FEW_BUNDLES = 4; // so many are shown open
+const MOST_BUNDLES = 60; // so many are listed before the reader asks for more
 
 /** A change as "removed → added", cut to what fits a line. */
-export function changeText(group) {
+function changeText(group) {
   const most = 120;
   const side = (kind, label, text) =>
     text === "" ? null : el(kind, { "aria-label": label }, shown(shortened(text, most)));
@@ -19,57 +19,61 @@ export function changeText(group) {
   return el("span.change", {}, removed, removed && added ? el("span.arrow", {}, " → ") : null, added);
 }
 
-/** One sentence that tells whether many failures are one change. */
-function gist(groups, rows) {
+/** The first of several changes, and how many more there are. */
+export function changesText(groups) {
+  const more = groups.length - 1;
+  return el("span.changes", {}, changeText(groups[0]), more > 0 ? el("span.more", {}, ` and ${grouped(more)} more`) : null);
+}
+
+/** A sentence that tells whether many failures are one change. */
+function gist(bundles, rows, actions) {
   const failing = rows.filter((row) => row.verdict !== "passed").length;
-  const largest = groups[groups.length - 1];
+  const largest = bundles[bundles.length - 1];
   const count = largest.pairs.length;
-  const others = groups.length - 1;
-  if (groups.length === 1 && count === failing) {
-    return count === 1 ? "One change, in one pair." : `All ${countOf(count, "pair")} show one and the same change.`;
-  }
+  const others = bundles.length - 1;
   if (count < 3 || count * 5 < failing) {
-    return `${countOf(groups.length, "different change")}, rarest first.`;
+    return el("p.gist", {}, `${countOf(bundles.length, "different change")}, rarest first.`);
   }
-  return `${grouped(count)} of ${countOf(failing, "pair")} that did not pass show one and the same change. ` +
-    (others === 1 ? "There is 1 other change." : `There are ${grouped(others)} other changes, rarest first.`);
+  const same = count === failing ? `All ${countOf(count, "pair")}` : `${grouped(count)} of ${countOf(failing, "pair")}`;
+  const rest = others === 0 ? null : others === 1 ? "There is one other change:" : `The other ${grouped(others)} changes, rarest first:`;
+  return el("p.gist", {}, `${same} that did not pass show the same change: `,
+    button(changesText(largest.groups), () => actions.showGroup(largest.groups[0]), { class: "link" }), ". ", rest);
 }
 
-/** The first hunk of the first pair of a group. */
-async function firstHunk(model, group) {
-  const pair = await loadPair(model.blocks, group.pairs[0]);
+/** The first hunks of the first pair, one for each of its changes, up to a few. */
+async function firstHunks(model, { groups, pairs }) {
+  const most = 3;
+  const pair = await loadPair(model.blocks, pairs[0]);
   const hunks = pair.difference?.hunks ?? [];
-  const hunk = hunks.find((each) => each.group === group.id);
-  return hunk ? hunkView([hunk], false) : null;
+  const found = groups.map((group) => hunks.find((hunk) => hunk.group === group.id)).filter(Boolean);
+  return found.length > 0 ? hunkView(found.slice(0, most), false) : null;
 }
 
-function pairLinks(model, group, actions) {
+function pairLinks(model, { groups, pairs }, actions) {
   const most = 5;
-  const links = group.pairs.slice(0, most).map((number) => {
+  const links = pairs.slice(0, most).map((number) => {
     const row = model.rows[number];
     return el("li", {}, el("a", { href: actions.pairAddress(row) }, shown(row.name)), " ",
       el("span.folder", {}, shown(row.folder)));
   });
-  const all = group.pairs.length > most
-    ? button(`Show all ${grouped(group.pairs.length)} pairs`, () => actions.showGroup(group)) : null;
+  const all = pairs.length > most
+    ? button(`Show all ${grouped(pairs.length)} pairs`, () => actions.showGroup(groups[0])) : null;
   return [el("ul.pairs", {}, links), all];
 }
 
-function groupItem(model, group, actions, isOpen) {
-  const first = model.rows[group.pairs[0]];
+function bundleItem(model, bundle, actions, isOpen) {
+  const first = model.rows[bundle.pairs[0]];
   const body = el("div.body", {});
-  const item = el("details.group", { id: `group-${group.id}` },
+  const item = el("details.group", {},
     el("summary", { "data-item": true },
-      el("span.count", {}, countOf(group.pairs.length, "pair")),
-      changeText(group),
+      el("span.count", {}, countOf(bundle.pairs.length, "pair")),
+      changesText(bundle.groups),
       el("span.example", {}, el("span.format", {}, first.format), " ", shown(first.name))),
     body);
   const fill = async () => {
     if (item.open && body.childElementCount === 0) {
-      const links = pairLinks(model, group, actions);
-      body.append(...links.filter(Boolean));
-      const hunk = await firstHunk(model, group);
-      body.prepend(hunk ?? "");
+      body.append(...pairLinks(model, bundle, actions).filter(Boolean));
+      body.prepend((await firstHunks(model, bundle)) ?? "");
     }
   };
   item.addEventListener("toggle", fill);
@@ -87,16 +91,17 @@ function ungrouped(model, actions) {
 
 /** The section of all changes, rarest first; null when there are none. */
 export function groupsSection(model, actions) {
-  const { groups, rows } = model;
-  if (groups.length === 0) {
+  const { bundles, rows } = model;
+  if (bundles.length === 0) {
     return null;
   }
+  const isFew = bundles.length <= FEW_BUNDLES;
   const list = el("div.groups", {});
-  const add = (from, to) => list.append(...groups.slice(from, to).map((g) => groupItem(model, g, actions, groups.length <= FEW_GROUPS)));
-  add(0, MOST_GROUPS);
-  const more = groups.length <= MOST_GROUPS ? null
-    : button(`Show ${grouped(groups.length - MOST_GROUPS)} more changes`, () => {
-        add(MOST_GROUPS, groups.length);
+  const add = (from, to) => list.append(...bundles.slice(from, to).map((each) => bundleItem(model, each, actions, isFew)));
+  add(0, MOST_BUNDLES);
+  const more = bundles.length <= MOST_BUNDLES ? null
+    : button(`Show ${grouped(bundles.length - MOST_BUNDLES)} more changes`, () => {
+        add(MOST_BUNDLES, bundles.length);
         more.remove();
       });
   let isOpening = true;
@@ -105,8 +110,8 @@ export function groupsSection(model, actions) {
     isOpening = !isOpening;
     toggle.textContent = isOpening ? "Open all" : "Close all";
   };
-  const toggle = groups.length <= FEW_GROUPS ? null : button("Open all", toggleAll);
+  const toggle = isFew ? null : button("Open all", toggleAll);
   return el("section", { "aria-labelledby": "changes" },
     el("div.heading", {}, el("h2", { id: "changes" }, "Changes"), toggle),
-    el("p.gist", {}, gist(groups, rows)), list, more, ungrouped(model, actions));
+    gist(bundles, rows, actions), list, more, ungrouped(model, actions));
 }

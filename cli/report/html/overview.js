@@ -84,7 +84,7 @@ function accounting(run) {
     lines.push(listDetails(`${countOf(reports.length, "report")} not verified: no selected format has a master`, reports));
   }
   return lines.length === 0 ? null
-    : el("section.accounting", { "aria-labelledby": "accounting" }, el("h2", { id: "accounting" }, "Not compared"), lines);
+    : el("section.accounting", { "aria-labelledby": "accounting" }, el("h2", { id: "accounting" }, "Also to know"), lines);
 }
 
 function findingLine(finding) {

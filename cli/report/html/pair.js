@@ -1,5 +1,6 @@
 import { loadPair, loadPictures } from "./data.js";
 import { button, copyLine, el, shown } from "./dom.js";
+import { changesText } from "./groups.js";
 import { hiddenHunks, hunkView, maskCounts } from "./hunks.js";
 import { pictureViewer } from "./pictures.js";
 import { bytesText, countOf, decodeText, secondsText, shellWord } from "./text.js";
@@ -14,9 +15,9 @@ function commands(model, pair) {
   if (pair.master !== "") {
     lines.push(copyLine("Show the difference", `${folder} && orvdiff diff ${pair.format} ${master} ${output}`));
   }
-  lines.push(copyLine("Verify it again", `${folder} && orvdiff verify -f ${pair.format} ${report}`));
+  lines.push(copyLine("Verify this report", `${folder} && orvdiff verify -f ${pair.format} ${report}`));
   if (model.record !== "") {
-    lines.push(copyLine("Verify again all that did not pass", `orvdiff verify --failed ${shellWord(model.record)}`));
+    lines.push(copyLine("Verify what did not pass", `${folder} && orvdiff verify --failed ${shellWord(model.record)}`));
   }
   return el("section.commands", { "aria-labelledby": "commands" }, el("h2", { id: "commands" }, "Commands"), lines);
 }
@@ -122,15 +123,15 @@ function navigation(table, row, onState) {
     neighbour(-1, "previous", "Previous pair", "‹ Previous"), neighbour(1, "next", "Next pair", "Next ›"));
 }
 
+/** Where else the changes of this pair are seen. */
 function groupLinks(row, actions) {
-  if (row.groups.length === 0) {
-    return null;
+  const shared = row.groups.filter((group) => group.pairs.length > 1);
+  if (shared.length === 0) {
+    return row.groups.length === 0 ? null : el("p.same", {}, "No other pair shows this change.");
   }
-  const links = row.groups.slice(0, 10).map((group) => {
-    const others = group.pairs.length - 1;
-    return el("li", {}, button(others > 0 ? `Same change in ${countOf(others, "other pair")}` : "This pair only",
-      () => actions.showGroup(group), { class: "link" }), " ", el("code.id", {}, group.id));
-  });
+  const links = shared.slice(0, 10).map((group) =>
+    el("li", {}, button(`Same change in ${countOf(group.pairs.length - 1, "other pair")}`, () => actions.showGroup(group), { class: "link" }),
+      " ", changesText([group])));
   return el("ul.same", {}, links);
 }
 

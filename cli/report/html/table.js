@@ -1,5 +1,5 @@
 import { button, el, shown } from "./dom.js";
-import { changeText } from "./groups.js";
+import { changesText } from "./groups.js";
 import { addressOf, matching, sorted, valuesOf, withField } from "./query.js";
 import { countOf, grouped, secondsText, visible } from "./text.js";
 import { badge, VERDICT_NAMES } from "./verdicts.js";
@@ -27,11 +27,7 @@ const COLUMNS = [
 ];
 
 function changesOf(row) {
-  if (row.groups.length === 0) {
-    return row.places > 0 ? countOf(row.places, "place") : "";
-  }
-  const more = row.groups.length - 1;
-  return [changeText(row.groups[0]), more > 0 ? el("span.more", {}, ` and ${grouped(more)} more`) : null];
+  return row.groups.length > 0 ? changesText(row.groups) : row.places > 0 ? countOf(row.places, "place") : "";
 }
 
 /** The section of all pairs. */
@@ -54,7 +50,7 @@ export class PairTable {
 
   heading(order, label) {
     const sort = () => this.onState({ sort: this.order === order ? `-${order}` : this.order === `-${order}` ? undefined : order });
-    const head = el(`th.${order}`, { scope: "col" }, button(label, sort));
+    const head = el(`th.by-${order}`, { scope: "col" }, button(label, sort));
     head.dataset.order = order;
     return head;
   }
@@ -121,7 +117,7 @@ export class PairTable {
     const link = el("a", { href: this.addressOf(row), "data-item": true }, shown(row.name || row.folder));
     return el("tr", {}, el("td", {}, badge(row.verdict)),
       el("td.name", {}, link, el("span.folder", {}, shown(row.folder))),
-      el("td.format", {}, row.format), el("td.changes", {}, changesOf(row)),
+      el("td.format", {}, row.format), el("td.what", {}, changesOf(row)),
       el("td.time", {}, secondsText(row.seconds)));
   }
 }
