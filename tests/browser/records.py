@@ -18,6 +18,15 @@ def png(width, height, pixels=()):
             + chunk(b"IEND", b""))
 
 
+def pdf(text):
+    """A page with a text; its cross-reference table is left for the reader to make."""
+    drawing = f"BT /F 20 Tf 20 50 Td ({text}) Tj ET"
+    font = "<</Font<</F<</Type/Font/Subtype/Type1/BaseFont/Helvetica>>>>>>"
+    return (f"%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n2 0 obj<</Type/Pages/Kids[3 0 R]/Count 1>>endobj\n"
+            f"3 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 200 100]/Contents 4 0 R/Resources{font}>>endobj\n"
+            f"4 0 obj<</Length {len(drawing)}>>stream\n{drawing}\nendstream endobj\ntrailer<</Root 1 0 R>>\n")
+
+
 def span(text, kind="same", **more):
     return {"kind": kind, "text": text, **more}
 

@@ -1,6 +1,9 @@
-import { visiblePieces } from "./text.js";
+import { visible, visiblePieces } from "./text.js";
 
-// Elements are made one by one, never from markup: nothing that comes from an output is parsed.
+// Elements are made one by one, never from markup: nothing that comes from an output is parsed, and
+// whatever text goes into one has its hidden characters made visible.
+
+const READ_ALOUD = ["title", "aria-label"];
 
 function setAttribute(element, name, value) {
   if (value === undefined || value === null || value === false) {
@@ -9,8 +12,24 @@ function setAttribute(element, name, value) {
   if (name.startsWith("on")) {
     element.addEventListener(name.slice(2), value);
   } else {
-    element.setAttribute(name, value === true ? "" : value);
+    element.setAttribute(name, value === true ? "" : READ_ALOUD.includes(name) ? visible(value) : value);
   }
+}
+
+/** Text for an element, with what cannot be seen as marked escapes. */
+export function shown(text) {
+  const fragment = document.createDocumentFragment();
+  for (const [piece, isEscape] of visiblePieces(text)) {
+    if (isEscape) {
+      const escape = document.createElement("span");
+      escape.className = "escape";
+      escape.textContent = piece;
+      fragment.append(escape);
+    } else {
+      fragment.append(piece);
+    }
+  }
+  return fragment;
 }
 
 /** Makes an element: el("p.note", {title: "x"}, "text", node, [nodes]); null children are left out. */
@@ -23,17 +42,9 @@ export function el(kind, attributes = {}, ...children) {
   for (const [name, value] of Object.entries(attributes)) {
     setAttribute(element, name, value);
   }
-  element.append(...children.flat().filter((child) => child !== null && child !== undefined));
+  const given = children.flat(Infinity).filter((child) => child !== null && child !== undefined);
+  element.append(...given.map((child) => (typeof child === "string" ? shown(child) : child)));
   return element;
-}
-
-/** Text from outside, with what cannot be seen as marked escapes. */
-export function shown(text) {
-  const fragment = document.createDocumentFragment();
-  for (const [piece, isEscape] of visiblePieces(text)) {
-    fragment.append(isEscape ? el("span.escape", {}, piece) : piece);
-  }
-  return fragment;
 }
 
 export function button(label, onclick, attributes = {}) {

@@ -1,5 +1,5 @@
 import { loadPair } from "./data.js";
-import { button, el, shown } from "./dom.js";
+import { button, el } from "./dom.js";
 import { hunkView } from "./hunks.js";
 import { countOf, grouped, shortened } from "./text.js";
 
@@ -10,7 +10,7 @@ const MOST_BUNDLES = 60; // so many are listed before the reader asks for more
 function changeText(group) {
   const most = 120;
   const side = (kind, label, text) =>
-    text === "" ? null : el(kind, { "aria-label": label }, shown(shortened(text, most)));
+    text === "" ? null : el(kind, { "aria-label": label }, shortened(text, most));
   const removed = side("del", "removed", group.removed);
   const added = side("ins", "added", group.added);
   if (!removed && !added) {
@@ -53,8 +53,8 @@ function pairLinks(model, { groups, pairs }, actions) {
   const most = 5;
   const links = pairs.slice(0, most).map((number) => {
     const row = model.rows[number];
-    return el("li", {}, el("a", { href: actions.pairAddress(row) }, shown(row.name)), " ",
-      el("span.folder", {}, shown(row.folder)));
+    return el("li", {}, el("a", { href: actions.pairAddress(row) }, row.name), " ",
+      el("span.folder", {}, row.folder));
   });
   const all = pairs.length > most
     ? button(`Show all ${grouped(pairs.length)} pairs`, () => actions.showGroup(groups[0])) : null;
@@ -68,7 +68,7 @@ function bundleItem(model, bundle, actions, isOpen) {
     el("summary", { "data-item": true },
       el("span.count", {}, countOf(bundle.pairs.length, "pair")),
       changesText(bundle.groups),
-      el("span.example", {}, el("span.format", {}, first.format), " ", shown(first.name))),
+      el("span.example", {}, el("span.format", {}, first.format), " ", first.name)),
     body);
   const fill = async () => {
     if (item.open && body.childElementCount === 0) {

@@ -1,4 +1,4 @@
-import { el, shown } from "./dom.js";
+import { el } from "./dom.js";
 import { countOf, decodeText, grouped } from "./text.js";
 
 // Hunks as tables: unified, or master and output side by side.
@@ -12,10 +12,10 @@ function changedText(text) {
   let from = 0;
   for (const match of text.matchAll(INVISIBLE)) {
     const standIn = STAND_INS[match[0]] ?? "·".repeat(match[0].length);
-    parts.push(shown(text.slice(from, match.index)), el("span.escape", {}, standIn));
+    parts.push(text.slice(from, match.index), el("span.escape", {}, standIn));
     from = match.index + match[0].length;
   }
-  parts.push(shown(text.slice(from)));
+  parts.push(text.slice(from));
   return parts;
 }
 
@@ -27,9 +27,9 @@ function spanNode(span, lineKind) {
   if (span.kind === "masked") {
     const rule = span.rule || "a rule";
     return el("span.masked", { title: `not compared: ${rule}` },
-      el("span.text", {}, shown(text)), el("span.rule", {}, `⟨${rule}⟩`));
+      el("span.text", {}, text), el("span.rule", {}, `⟨${rule}⟩`));
   }
-  return shown(text);
+  return text;
 }
 
 function lineText(line) {
@@ -112,12 +112,12 @@ function textTable(hunks, isSplit) {
   table.append(el("thead", {}, el("tr", {}, heads.map((text) => text ? el("th", { scope: "col" }, text) : el("td", {})))));
   hunks.forEach((hunk, index) => {
     const fold = hunk.place ? null : foldText(hunks[index - 1], hunk);
-    const heading = hunk.place ? shown(decodeText(hunk.place)) : fold;
+    const heading = hunk.place ? decodeText(hunk.place) : fold;
     table.append(el("tbody", {},
       heading ? el(`tr.${hunk.place ? "place" : "fold"}`, {}, el("td", { colspan: columns }, heading)) : null,
       isSplit ? splitRows(hunk.lines) : unifiedRows(hunk.lines)));
   });
-  return el("div.scroll", { tabindex: 0, role: "region", "aria-label": "Differences, line by line" }, table);
+  return el("div.scroll", { tabindex: 0, role: "group", "aria-label": "Differences, line by line" }, table);
 }
 
 /** Whether a hunk is one value at a place that it names, in master, output or both. */
@@ -140,12 +140,12 @@ function valueTable(hunks) {
     const cell = place.match(/^(row \d[^,]*), (.*)$/s);
     const isSameRow = cell !== null && cell[1] === lastRow;
     lastRow = cell?.[1] ?? null;
-    const where = cell === null ? shown(place)
-      : [el("span.row", isSameRow ? { class: "row again" } : {}, cell[1]), " ", el("strong", {}, shown(cell[2]))];
+    const where = cell === null ? place
+      : [el("span.row", isSameRow ? { class: "row again" } : {}, cell[1]), " ", el("strong", {}, cell[2])];
     return el("tr", {}, el("th", { scope: "row" }, where), valueCell(hunk, "removed"), valueCell(hunk, "added"));
   });
   const head = el("tr", {}, ["Where", "Master", "Output"].map((text) => el("th", { scope: "col" }, text)));
-  return el("div.scroll", { tabindex: 0, role: "region", "aria-label": "Differences, by place" },
+  return el("div.scroll", { tabindex: 0, role: "group", "aria-label": "Differences, by place" },
     el("table.values", {}, el("thead", {}, head), el("tbody", {}, rows)));
 }
 

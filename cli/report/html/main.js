@@ -1,5 +1,5 @@
 import { loadOverview } from "./data.js";
-import { el, shown } from "./dom.js";
+import { el } from "./dom.js";
 import { groupsSection } from "./groups.js";
 import { watchKeys } from "./keys.js";
 import { overview } from "./overview.js";
@@ -62,10 +62,20 @@ class Report {
       this.showHome();
       return;
     }
-    const content = row ? await pairPage(this.model, this.table, row, state.view, this.actions)
-      : [el("p.notice", {}, "This report holds no pair ", shown(state.pair), ".")];
+    const content = await this.pairContent(row, state);
     if (readAddress().pair === state.pair) {
       this.showPage(content, state.pair);
+    }
+  }
+
+  async pairContent(row, state) {
+    if (!row) {
+      return [el("p.notice", {}, "This report holds no pair ", state.pair, ".")];
+    }
+    try {
+      return await pairPage(this.model, this.table, row, state.view, this.actions);
+    } catch (error) {
+      return [el("p.notice", {}, `This pair cannot be shown: ${error.message}. The file may be cut short.`)];
     }
   }
 

@@ -1,4 +1,4 @@
-import { el, shown } from "./dom.js";
+import { el } from "./dom.js";
 import { countOf, decodeText, grouped, secondsText, shellWord } from "./text.js";
 import { VERDICT_NAMES, verdictOf } from "./verdicts.js";
 
@@ -55,7 +55,7 @@ function totalsBar(run, onVerdict) {
 
 function listDetails(summary, texts) {
   const most = 500;
-  const items = texts.slice(0, most).map((text) => el("li", {}, shown(text)));
+  const items = texts.slice(0, most).map((text) => el("li", {}, text));
   if (texts.length > most) {
     items.push(el("li", {}, `… and ${grouped(texts.length - most)} more`));
   }
@@ -75,7 +75,7 @@ function accounting(run) {
   if (missing.length > 0) {
     lines.push(el("p", {}, `Missing from this report: shard ${missing.join(", ")} of ${run.shards.count}.`));
   }
-  lines.push(...run.notes.map((note) => el("p", {}, shown(decodeText(note)))));
+  lines.push(...run.notes.map((note) => el("p", {}, decodeText(note))));
   for (const finding of run.accounting ?? []) {
     lines.push(findingLine(finding));
   }
@@ -90,15 +90,15 @@ function accounting(run) {
 function findingLine(finding) {
   const text = decodeText(finding.message ?? finding.text ?? finding);
   const names = (finding.names ?? finding.files ?? []).map(decodeText);
-  return names.length > 0 ? listDetails(shown(text), names) : el("p", {}, shown(text));
+  return names.length > 0 ? listDetails(text, names) : el("p", {}, text);
 }
 
 function about(run) {
   const command = run.commandLine.map((word) => shellWord(decodeText(word))).join(" ");
   const rows = [
     ["Command", el("code", {}, command)],
-    ["Working folder", el("code", {}, shown(decodeText(run.workingFolder)))],
-    ["Machine", shown(run.host)],
+    ["Working folder", el("code", {}, decodeText(run.workingFolder))],
+    ["Machine", run.host],
     ["Started", run.start],
     ["Ended", run.end || "did not end"],
     ["Reports", grouped(run.reports)],
@@ -111,7 +111,7 @@ function about(run) {
 /** The top of the page: verdict, when, where and what, totals, and what was not compared. */
 export function overview(run, onVerdict) {
   const outcome = outcomeOf(run);
-  const where = el("p.where", {}, timeOf(run), run.host ? [" on ", shown(run.host)] : null, ` · orvdiff ${run.program}`);
+  const where = el("p.where", {}, timeOf(run), run.host ? [" on ", run.host] : null, ` · orvdiff ${run.program}`);
   return [
     el("header.top", {},
       el("div.verdict", {},

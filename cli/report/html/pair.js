@@ -25,15 +25,15 @@ function commands(model, pair) {
 function fileRow(label, name, facts) {
   const size = facts.size === undefined ? "" : bytesText(facts.size);
   const evidence = facts.evidence && facts.evidence !== "kept" ? ` (not kept: ${facts.evidence})` : "";
-  return [el("dt", {}, label), el("dd", {}, el("code", {}, shown(decodeText(name))), ` ${size}${evidence}`)];
+  return [el("dt", {}, label), el("dd", {}, el("code", {}, decodeText(name)), ` ${size}${evidence}`)];
 }
 
 function facts(pair) {
   const times = pair.cpuSeconds > 0 ? `${secondsText(pair.seconds)}, processor ${secondsText(pair.cpuSeconds)}` : secondsText(pair.seconds);
   const rules = pair.rules ?? [];
   return el("dl.facts", {}, fileRow("Master", pair.master, pair.masterFile), fileRow("Output", pair.output, pair.outputFile),
-    el("dt", {}, "Report"), el("dd", {}, el("code", {}, shown(decodeText(pair.report)))),
-    el("dt", {}, "Format"), el("dd", {}, pair.format, pair.subFolder ? [", sub-folder ", shown(decodeText(pair.subFolder))] : null),
+    el("dt", {}, "Report"), el("dd", {}, el("code", {}, decodeText(pair.report))),
+    el("dt", {}, "Format"), el("dd", {}, pair.format, pair.subFolder ? [", sub-folder ", decodeText(pair.subFolder)] : null),
     el("dt", {}, "Time"), el("dd", {}, times),
     rules.length > 0 ? [el("dt", {}, "Rules that changed the text"), el("dd", {}, rules.join(", "))] : null);
 }
@@ -43,7 +43,7 @@ function printed(pair) {
   if (text === "") {
     return null;
   }
-  const pre = el("pre", { tabindex: 0, "aria-label": "What was printed" }, shown(text.slice(0, MOST_PRINTED)));
+  const pre = el("pre", { tabindex: 0, "aria-label": "What was printed" }, text.slice(0, MOST_PRINTED));
   const more = text.length <= MOST_PRINTED ? null
     : button(`Show ${countOf(text.length - MOST_PRINTED, "more character")}`, () => {
         pre.append(shown(text.slice(MOST_PRINTED)));
@@ -58,7 +58,7 @@ function excerpts(pair) {
   }
   const side = (label, kind, excerpt) => el("tr", {}, el("th", { scope: "row" }, label),
     el(`td.value.${kind}`, {}, el("span.code", {}, excerpt.before, el(kind === "removed" ? "del" : "ins", {}, excerpt.first), excerpt.rest)));
-  return el("div.scroll", { tabindex: 0, role: "region", "aria-label": "The first difference" },
+  return el("div.scroll", { tabindex: 0, role: "group", "aria-label": "The first difference" },
     el("table.values", {}, el("tbody", {}, side("Master", "removed", pair.masterExcerpt), side("Output", "added", pair.outputExcerpt))),
     pair.at ? el("p.note", {}, `At ${pair.at.line}:${pair.at.column} of the normalised text`) : null);
 }
@@ -92,7 +92,7 @@ class DifferenceSection {
     const { difference, pair } = this;
     const message = decodeText(pair.message ?? "");
     const hidden = hiddenHunks(difference);
-    const notes = difference.notes.map((note) => el("p.note", {}, shown(decodeText(note))));
+    const notes = difference.notes.map((note) => el("p.note", {}, decodeText(note)));
     const masked = this.masks.map(([rule, count]) => `${rule} (${count})`).join(", ");
     if (difference.hunks.length > 0) {
       this.place.append(hunkView(difference.hunks, this.isSplit()));
@@ -101,7 +101,7 @@ class DifferenceSection {
     }
     return el("section.differences", { "aria-labelledby": "differences" },
       el("div.heading", {}, el("h2", { id: "differences" }, "Difference"), this.switches()),
-      message ? el("p.message", {}, shown(message)) : null, notes,
+      message ? el("p.message", {}, message) : null, notes,
       difference.coarse ? el("p.note", {}, "Shown coarsely: the files are too large or too different for more detail.") : null,
       this.pictures ? pictureViewer(this.pictures) : null, this.place,
       masked ? el("p.note", {}, `Not compared, because a rule masks it: ${masked}.`) : null,
@@ -141,7 +141,7 @@ export async function pairPage(model, table, row, view, actions) {
   const differs = pair.verdict !== "passed" || pair.message || pair.difference;
   return [
     navigation(table, row, actions.setState),
-    el("header.pair", {}, badge(row.verdict), el("h1", {}, shown(row.name || row.folder)), el("span.folder", {}, shown(row.folder)),
+    el("header.pair", {}, badge(row.verdict), el("h1", {}, row.name || row.folder), el("span.folder", {}, row.folder),
       groupLinks(row, actions)),
     differs ? new DifferenceSection(model, pair, pictures, view, actions.setState).element() : null,
     printed(pair), commands(model, pair),

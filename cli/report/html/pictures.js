@@ -1,5 +1,5 @@
 import { pictureFile } from "./data.js";
-import { button, el, shown } from "./dom.js";
+import { button, el } from "./dom.js";
 import { countOf, decodeText, grouped } from "./text.js";
 
 const MOST_PIXELS = 40_000_000; // of a picture that is decoded: 160 MB
@@ -131,7 +131,7 @@ const MODES = {
 class PicturePair {
   constructor(view) {
     this.view = view;
-    this.stage = el("div.stage", { tabindex: 0, role: "region", "aria-label": "Pictures" });
+    this.stage = el("div.stage", { tabindex: 0, role: "group", "aria-label": "Pictures" });
     this.caption = el("p.note", {}, "Decoding …");
     this.zoom = 1;
     this.modes = Object.keys(MODES).map((name) => button(name, () => this.show(name), { "aria-pressed": "false" }));
@@ -141,7 +141,7 @@ class PicturePair {
   element() {
     const zoom = (factor) => () => this.setZoom(factor ? this.zoom * factor : 1);
     const label = decodeText(this.view.label);
-    const root = el("div.pictures", {}, label ? el("h3", {}, shown(label)) : null,
+    const root = el("div.pictures", {}, label ? el("h3", {}, label) : null,
       el("div.switches", { role: "group", "aria-label": "How to compare the pictures" }, this.modes,
         el("span.zoom", {}, button("−", zoom(0.5), { "aria-label": "Smaller" }), this.zoomText,
           button("+", zoom(2), { "aria-label": "Larger" }), button("1:1", zoom(0), { "aria-label": "Original size" }))),
@@ -183,5 +183,5 @@ class PicturePair {
 
 /** The pictures of a pair: one, or the pages of a document. */
 export function pictureViewer({ views, notes }) {
-  return el("div", {}, views.map((view) => new PicturePair(view).element()), notes.map((note) => el("p.note", {}, shown(decodeText(note)))));
+  return el("div", {}, views.map((view) => new PicturePair(view).element()), notes.map((note) => el("p.note", {}, decodeText(note))));
 }

@@ -1,4 +1,4 @@
-import { button, el, shown } from "./dom.js";
+import { button, el } from "./dom.js";
 import { changesText } from "./groups.js";
 import { addressOf, matching, sorted, valuesOf, withField } from "./query.js";
 import { countOf, grouped, secondsText, visible } from "./text.js";
@@ -114,9 +114,9 @@ export class PairTable {
   }
 
   rowElement(row) {
-    const link = el("a", { href: this.addressOf(row), "data-item": true }, shown(row.name || row.folder));
+    const link = el("a", { href: this.addressOf(row), "data-item": true }, row.name || row.folder);
     return el("tr", {}, el("td", {}, badge(row.verdict)),
-      el("td.name", {}, link, el("span.folder", {}, shown(row.folder))),
+      el("td.name", {}, link, el("span.folder", {}, row.folder)),
       el("td.format", {}, row.format), el("td.what", {}, changesOf(row)),
       el("td.time", {}, secondsText(row.seconds)));
   }
