@@ -9,7 +9,7 @@
 #include <sstream>
 #include <utility>
 
-#include "cli/record/ContentHash.h"
+#include "cli/record/UnchangedFile.h"
 #include "cli/suite/PairOwners.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Interrupt.h"

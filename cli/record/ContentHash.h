@@ -17,7 +17,3 @@ struct FileContent {
 
 /// The content of the regular file `path`, or nothing when it cannot be read to its end.
 std::optional<FileContent> hashFile(const std::string& path);
-
-/// The bytes of the regular file `path`. Nothing when they cannot all be read, or when `hash` is
-/// not theirs; an empty `hash` is anybody's.
-std::optional<std::string> readUnchanged(const std::string& path, const std::string& hash);

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <string_view>
 #include <system_error>
@@ -17,6 +16,7 @@
 #include "cli/record/ContentHash.h"
 #include "cli/record/PairJson.h"
 #include "cli/record/RecordFolder.h"
+#include "cli/record/UnchangedFile.h"
 #include "cli/system/CommandError.h"
 #include "orvdiff/platform/OrvWholeFile.h"
 

@@ -16,7 +16,7 @@ namespace {
 /// Whether `file`, which need not exist, lies in `folder` or below.
 bool liesIn(const std::string& file, const std::string& folder) {
   std::error_code unknown;
-  const fs::path top = fs::weakly_canonical(folder, unknown);
+  const fs::path top = fs::weakly_canonical(fs::absolute(folder), unknown);
   if (unknown || top.empty()) {
     return false;
   }

@@ -52,17 +52,6 @@ function printed(pair) {
   return el("section", { "aria-labelledby": "printed" }, el("h2", { id: "printed" }, "Printed by the comparison"), pre, more);
 }
 
-function excerpts(pair) {
-  if (!pair.masterExcerpt) {
-    return null;
-  }
-  const side = (label, kind, excerpt) => el("tr", {}, el("th", { scope: "row" }, label),
-    el(`td.value.${kind}`, {}, el("span.code", {}, excerpt.before, el(kind === "removed" ? "del" : "ins", {}, excerpt.first), excerpt.rest)));
-  return el("div.scroll", { tabindex: 0, role: "group", "aria-label": "The first difference" },
-    el("table.values", {}, el("tbody", {}, side("Master", "removed", pair.masterExcerpt), side("Output", "added", pair.outputExcerpt))),
-    pair.at ? el("p.note", {}, `At ${pair.at.line}:${pair.at.column} of the normalised text`) : null);
-}
-
 /** The difference of one pair, with the switches for how to see it. */
 class DifferenceSection {
   constructor(model, pair, pictures, view, onState) {
@@ -96,8 +85,6 @@ class DifferenceSection {
     const masked = this.masks.map(([rule, count]) => `${rule} (${count})`).join(", ");
     if (difference.hunks.length > 0) {
       this.place.append(hunkView(difference.hunks, this.isSplit()));
-    } else {
-      this.place.append(excerpts(pair) ?? "");
     }
     return el("section.differences", { "aria-labelledby": "differences" },
       el("div.heading", {}, el("h2", { id: "differences" }, "Difference"), this.switches()),
