@@ -52,7 +52,7 @@ class Page(SuiteTest):
     def visit(self, name, fragment=""):
         browser.get("about:blank")
         browser.get(f"file://{self.work}/{name}{fragment}")
-        self.wait(lambda: self.script("return document.getElementById('app').childElementCount") > 0)
+        self.wait(lambda: self.script("return document.querySelector('table.list tbody tr, .notice, .status:not(:empty)')"))
 
     def tearDown(self):
         self.assertEqual(browser.get_log("browser"), [])  # errors, and what the policy refused

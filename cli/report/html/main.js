@@ -23,6 +23,8 @@ class Report {
     this.page = el("main.page", { hidden: true });
     this.keys = watchKeys(() => !this.page.hidden, () => this.focusFilter());
     document.getElementById("app").replaceChildren(this.home, this.page, el("footer", {}, this.keys));
+    // The table comes after the first frame: nobody reads it before the verdict.
+    this.isPainted = new Promise((resolve) => requestAnimationFrame(() => setTimeout(resolve)));
     addEventListener("hashchange", () => this.show());
   }
 
@@ -55,6 +57,7 @@ class Report {
   }
 
   async show() {
+    await this.isPainted;
     const state = readAddress();
     this.showTable(state);
     const row = this.model.byId.get(state.pair);

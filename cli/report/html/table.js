@@ -76,7 +76,7 @@ export class PairTable {
 
   element() {
     const head = el("thead", {}, el("tr", {}, this.headings));
-    return el("section", { "aria-labelledby": "pairs" }, el("h2", { id: "pairs" }, "Pairs"),
+    return el("section.all-pairs", { "aria-labelledby": "pairs" }, el("h2", { id: "pairs" }, "Pairs"),
       el("div.filter", { role: "search" }, this.input, this.selects,
         button("All pairs", () => this.onState({ q: "" })), button("Not passed", () => this.onState({ q: "-verdict:passed" }))),
       this.status, el("table.list", {}, head, this.body), this.more);
