@@ -4,7 +4,7 @@ import { addressOf, matching, sorted, valuesOf, withField } from "./query.js";
 import { countOf, grouped, secondsText, visible } from "./text.js";
 import { badge, VERDICT_NAMES } from "./verdicts.js";
 
-const BATCH = 100; // rows that are added at a time
+const BATCH = 60; // rows that are added at a time
 
 /** The query that a reader starts with. */
 export function firstQuery(rows) {
@@ -76,10 +76,10 @@ export class PairTable {
 
   element() {
     const head = el("thead", {}, el("tr", {}, this.headings));
-    return el("section.all-pairs", { "aria-labelledby": "pairs" }, el("h2", { id: "pairs" }, "Pairs"),
+    return el("section", { "aria-labelledby": "pairs" }, el("h2", { id: "pairs" }, "Pairs"),
       el("div.filter", { role: "search" }, this.input, this.selects,
         button("All pairs", () => this.onState({ q: "" })), button("Not passed", () => this.onState({ q: "-verdict:passed" }))),
-      this.status, el("table.list", {}, head, this.body), this.more);
+      this.status, el("div.all-pairs", {}, el("table.list", {}, head, this.body)), this.more);
   }
 
   /** Shows the rows that a query and an order ask for. */
