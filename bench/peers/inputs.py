@@ -265,6 +265,17 @@ class Inputs:
         folder = self._once("morning" if differs else "morning-equal", build)
         return Suite(folder), sum(sizes.values()) + sizes["tables"]
 
+    def large_pair(self):
+        """One page of a megabyte, of which one line in a hundred has changed."""
+        def build(folder):
+            suite = Suite(folder)
+            suite.create("", "v5DebugHTML")
+            lines = sized(MIB, html_lines(1)).splitlines(keepends=True)
+            changed = [line.replace(b"Revenue", b"Turnover") if number % 100 == 50 else line
+                       for number, line in enumerate(lines)]
+            suite.add("Large", ".html", b"".join(lines), b"".join(changed))
+        return Suite(self._once("large-pair", build))
+
     def _pages_between(self, least, most):
         """The bytes of real pages of such sizes, or of any size if there are none."""
         texts = [file.read_bytes() for folder in self._page_folders()

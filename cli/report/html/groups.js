@@ -112,6 +112,5 @@ export function groupsSection(model, actions) {
   };
   const toggle = isFew ? null : button("Open all", toggleAll);
   return el("section", { "aria-labelledby": "changes" },
-    el("div.heading", {}, el("h2", { id: "changes" }, "Changes"), toggle),
-    gist(bundles, rows, actions), list, more, ungrouped(model, actions));
+    el("div.heading", {}, el("h2", { id: "changes" }, "Changes"), gist(bundles, rows, actions), toggle), list, more, ungrouped(model, actions));
 }

@@ -50,7 +50,7 @@ function totalsBar(run, onVerdict) {
         el(`span.sign.${kind}`, { "aria-hidden": "true" }, sign), el("strong", {}, grouped(count)), ` ${words}`)),
     );
   }
-  return [bar, legend];
+  return [bar, el("div.totals", {}, legend, about(run))];
 }
 
 function listDetails(summary, texts) {
@@ -117,7 +117,7 @@ export function overview(run, onVerdict) {
       el("div.verdict", {},
         el(`span.stamp.${outcome.kind}`, {}, el("span.sign", { "aria-hidden": "true" }, outcome.sign), outcome.words),
         el("h1", {}, headline(run))),
-      where, totalsBar(run, onVerdict), about(run)),
+      where, totalsBar(run, onVerdict)),
     accounting(run),
   ];
 }
