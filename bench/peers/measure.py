@@ -58,7 +58,7 @@ def proportional_memory(pid):
     """Bytes that a process holds, of shared pages its share; 0 for one that has ended."""
     try:
         with open(f"/proc/{pid}/smaps_rollup") as rollup:
-            return next((int(line.split()[1]) * 1024 for line in rollup if line.startswith("Pss:")), 0)
+            return sum(int(line.split()[1]) * 1024 for line in rollup if line.startswith("Pss:"))
     except OSError:
         return 0
 

@@ -17,7 +17,9 @@ from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 
 RUNS = 9
-PAINT = "return performance.getEntriesByType('paint').find((e) => e.name === 'first-paint')?.startTime"
+PAINT = (
+    "return performance.getEntriesByType('paint').find((e) => e.name === 'first-paint')?.startTime"
+)
 NODES = "return document.getElementsByTagName('*').length"
 REQUESTS = "return performance.getEntriesByType('resource').length"
 # Until the next frame has been made: what the reader sees then is the answer.
@@ -26,7 +28,7 @@ field.value = "footer"; field.dispatchEvent(new Event("input"));
 requestAnimationFrame(() => setTimeout(() => done(performance.now() - start)));"""
 OPEN = """const done = arguments[0], start = performance.now();
 document.querySelector("table.list a").click();
-const look = () => document.querySelector("main.page .hunks") ? setTimeout(() => done(performance.now() - start))
+const look = () => document.querySelector("main.page:not([hidden]) h1") ? setTimeout(() => done(performance.now() - start))
   : requestAnimationFrame(look);
 look();"""
 
@@ -34,7 +36,10 @@ look();"""
 def visit(browser, file):
     browser.get("about:blank")
     browser.get(pathlib.Path(file).resolve().as_uri())
-    while not (browser.execute_script("return document.querySelector('table.list a')") and browser.execute_script(PAINT)):
+    while not (
+        browser.execute_script("return document.querySelector('table.list a')")
+        and browser.execute_script(PAINT)
+    ):
         time.sleep(0.01)
 
 
@@ -54,8 +59,17 @@ def main():
         visit(browser, large)
         opens.append(browser.execute_async_script(OPEN) / 1e3)
     browser.quit()
-    print(json.dumps({"paint": statistics.median(paints), "nodes": nodes, "requests": requests,
-                      "key": statistics.median(keys), "open": statistics.median(opens)}))
+    print(
+        json.dumps(
+            {
+                "paint": statistics.median(paints),
+                "nodes": nodes,
+                "requests": requests,
+                "key": statistics.median(keys),
+                "open": statistics.median(opens),
+            }
+        )
+    )
 
 
 if __name__ == "__main__":

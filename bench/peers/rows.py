@@ -323,7 +323,8 @@ class PageFigures:
     def of(self, name):
         if self._figures is None:
             script = SOURCE / "bench/peers/page_figures.py"
-            self._figures = json.loads(run(Command(["/usr/bin/python3", script, *self._reports])).output)
+            command = Command(["/usr/bin/python3", script, *self._reports])
+            self._figures = json.loads(run(command).output)
         return self._figures[name]
 
 
@@ -358,14 +359,19 @@ def report_rows(programs):
                f"diff -ru '{suite.masters}/JSON' '{suite.outputs}/v5DebugJSON' >/dev/null; true")
     yield Race("P14a", f"compare {differing}", "diff -ru", 5, us=us,
                peer=Command(["sh", "-c", by_hand]))
-    yield Race("P14b", f"compare {differing}", "the same with none different", 1.2, us=us, peer=none)
-    yield TreeMemory("P14c", "peak memory of that, all processes", "a limit", 1, us=us, size=250 * 10 ** 6)
+    yield Race("P14b", f"compare {differing}", "the same with none different", 1.2, us=us,
+               peer=none)
+    yield TreeMemory("P14c", "peak memory of that, all processes", "a limit", 1, us=us,
+                     size=250 * 10 ** 6)
     yield SizeLimit("P14d", "the page", "a limit", 1, groups=[[page]], size=1_500_000)
     figures = PageFigures([page, large.work / "report.html"])
-    yield PageFigure("P14e", "first paint of the page in Chromium", "a limit", 1, figures=figures, figure="paint", most=0.25)
-    yield PageFigure("P14e", "nodes of the page", "a limit", 1, figures=figures, figure="nodes", most=3000, unit="")
-    yield PageFigure("P14f", "answering a key in the page's filter", "a limit", 1, figures=figures, figure="key", most=0.1)
-    yield PageFigure("P14g", "opening a pair of two texts of 1 MB", "a limit", 1, figures=figures, figure="open", most=0.5)
+    for name, work, figure, most, unit in (
+            ("P14e", "first paint of the page in Chromium", "paint", 0.25, "s"),
+            ("P14e", "nodes of the page", "nodes", 3000, ""),
+            ("P14f", "answering a key in the page's filter", "key", 0.1, "s"),
+            ("P14g", "opening a pair of two texts of 1 MB", "open", 0.5, "s")):
+        yield PageFigure(name, work, "a limit", 1, figures=figures, figure=figure, most=most,
+                         unit=unit)
 
 
 ROWS = {"P1": html_rows, "P2": html_rows, "P3": text_rows, "P4": image_rows, "P5": number_rows,

@@ -52,7 +52,7 @@ class Page(SuiteTest):
     def visit(self, name, fragment=""):
         browser.get("about:blank")
         browser.get(f"file://{self.work}/{name}{fragment}")
-        self.wait(lambda: self.script("return document.querySelector('table.list tbody tr, .notice, .status:not(:empty)')"))
+        self.wait(lambda: self.all("table.list tbody tr, .notice, .status:not(:empty)"))
 
     def tearDown(self):
         self.assertEqual(browser.get_log("browser"), [])  # errors, and what the policy refused
@@ -90,8 +90,10 @@ def mixed():
     cells = [value_hunk("b1", "row 17, Price", "15.20", "16.20"), value_hunk("b2", "row 17, Name", "a", "b"),
              value_hunk("b3", "row 40, only in the output", None, "x;y")]
     return [pair("Ada"), pair("Ben", verdict="differs", difference=difference("text", texts, count=7)),
-            pair("Cid", "csv", "differs", "a b", difference=difference("csv", cells, ["another separator"]), seconds=3),
-            pair("Dan", "json", "differs", difference=difference("json", [value_hunk("d1", "$.rows[3].total", "1", "2")])),
+            pair("Cid", "csv", "differs", "a b", seconds=3,
+                 difference=difference("csv", cells, ["another separator"])),
+            pair("Dan", "json", "differs",
+                 difference=difference("json", [value_hunk("d1", "$.rows[3].total", "1", "2")])),
             pair("Eva", verdict="missing", message="the actual output does not exist"),
             pair("Fay", "xml", "failed", message="no valid document", printed="at 3:9: " + "wrong tag " * 5000)]
 
@@ -127,7 +129,7 @@ class Table(Page):
         self.assertEqual(len(self.names()), 3)
         self.press(Keys.ESCAPE)
         for _ in range(6):  # past the changes
-            browser.find_element(By.TAG_NAME, "body").send_keys("j") if browser.switch_to.active_element.tag_name == "body" else self.press("j")
+            self.press("j")
         self.press("j", "k", Keys.ENTER)
         self.wait(lambda: self.all("main.page h1"))
         first = self.text("main.page h1")
@@ -158,9 +160,11 @@ class Pairs(Page):
     def test_each_kind_of_difference(self):
         self.open(mixed())
         rows = [("Ben.html", ["31 lines without a difference", "54 lines without a difference", "net", "gross→",
-                              "IdAttribute (2)", "5 more places differ", "orvdiff diff html ../suite/sales/Masters/Ben.html",
+                              "IdAttribute (2)", "5 more places differ",
+                              "orvdiff diff html ../suite/sales/Masters/Ben.html",
                               f"orvdiff verify --failed {self.work}/record"]),
-                ("Cid.csv", ["another separator", "row 17 Price", "15.20", "16.20", "Name", "absent", "x;y", "'../suite/a b/Masters/Cid.csv'"]),
+                ("Cid.csv", ["another separator", "row 17 Price", "15.20", "16.20", "Name", "absent",
+                             "x;y", "'../suite/a b/Masters/Cid.csv'"]),
                 ("Dan.json", ["$.rows[3].total"]),
                 ("Eva.html", ["the actual output does not exist"]),
                 ("Fay.html", ["no valid document", "wrong tag", "Show 30,008 more characters"])]
@@ -183,7 +187,8 @@ class Pairs(Page):
 
     def test_pictures(self):
         wide = b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR" + struct.pack(">IIBBBBB", 30_000, 30_000, 8, 2, 0, 0, 0)
-        rows = {"Dots": (png(40, 20), png(40, 20, [(3, 4), (5, 9)]), "2 pixels of 40 × 20 pixels differ (0.25 %), between 3,4 and 5,9."),
+        rows = {"Dots": (png(40, 20), png(40, 20, [(3, 4), (5, 9)]),
+                         "2 pixels of 40 × 20 pixels differ (0.25 %), between 3,4 and 5,9."),
                 "Grown": (png(40, 20), png(40, 21), "40 pixels of master 40 × 20, output 40 × 21"),
                 "Bytes": (png(9, 9), png(9, 9) + b"\0", "the pixels are the same"),
                 "Wide": (wide, wide + b"x", "it declares 30,000 × 30,000 pixels"),
@@ -205,8 +210,9 @@ class Pairs(Page):
             self.wait(lambda: self.all(".stage canvas"))
             self.button(mode).click()
             self.assertEqual(len(self.all(".stage canvas")), pictures)
-        red = "const c = document.querySelectorAll('.stage canvas')[1]; return [...c.getContext('2d').getImageData(3, 4, 1, 1).data]"
-        self.assertEqual(self.script(red), [255, 0, 0, 255])
+        pixel = self.script("const output = document.querySelectorAll('.stage canvas')[1];"
+                            "return [...output.getContext('2d').getImageData(3, 4, 1, 1).data]")
+        self.assertEqual(pixel, [255, 0, 0, 255])
         self.button("+").click()
         self.assertEqual(self.all(".stage canvas")[0].size["width"], 80)
 
@@ -219,10 +225,12 @@ class Pairs(Page):
             self.write(f"webcontent/bi/v5DebugHTML/{name}.png", png(9, 8 + len(name)))
         self.run_program("verify", "--record", "record", "../suite", PATH=self.interpreter("exit 1\n"))
         records = [json.loads(text) for text in (self.work / "record/pairs.jsonl").read_text().splitlines()]
-        outputs = {pathlib.Path(each["output"]).stem: each["outputFile"]["hash"] for each in records if each["format"] == "html-png"}
+        outputs = {pathlib.Path(each["output"]).stem: each["outputFile"]["hash"]
+                   for each in records if each["format"] == "html-png"}
         (self.work / "record/evidence" / outputs["Gone"]).unlink()
         (self.work / "record/evidence" / outputs["Changed"]).write_bytes(b"changed")
-        rows = [("Bad.pdf", "pdftoppm could not render the document"), ("Gone.png", "of the output is not in this report"),
+        rows = [("Bad.pdf", "pdftoppm could not render the document"),
+                ("Gone.png", "of the output is not in this report"),
                 ("Changed.png", "is not what was recorded")]
         if shutil.which("pdftoppm") or REQUIRED:
             rows.append(("Doc.pdf", "Page 1"))
@@ -236,7 +244,8 @@ class Pairs(Page):
                 self.wait(lambda: not self.all("main.page:not([hidden])"))
 
 
-HOSTILE = "</script><script>window.hacked = 1</script><img src=x onerror='window.hacked = 1'>&lt;\u202e\x1b[31m\0 @title@"
+HOSTILE = ("</script><script>window.hacked = 1</script><img src=x onerror='window.hacked = 1'>"
+           "&lt;\u202e\x1b[31m\0 @title@")
 
 
 class Hostile(Page):
@@ -246,7 +255,8 @@ class Hostile(Page):
             line("added", 0, 1, span({"hex": "ff41"}, "changed")), line("context", 2, 2, span(HOSTILE))]}]
         change = difference("text", hunks, [HOSTILE])
         change["changes"] = [{"group": "g", "removed": HOSTILE, "added": {"hex": "ff41"}, "count": 1}]
-        self.open([pair(HOSTILE, verdict="differs", folder=HOSTILE, message=HOSTILE, printed=HOSTILE, rules=[HOSTILE], difference=change),
+        self.open([pair(HOSTILE, verdict="differs", folder=HOSTILE, message=HOSTILE, printed=HOSTILE,
+                        rules=[HOSTILE], difference=change),
                    pair({"hex": "ff3c623e"}, verdict="missing")], notes=[HOSTILE], unverified=[HOSTILE], host=HOSTILE,
                   workingFolder=HOSTILE, commandLine=[HOSTILE])
         self.assertIn("\\xFF", self.text("table.list"))
@@ -260,8 +270,9 @@ class Hostile(Page):
             for shown in ("<script>window.hacked", "\\u{202E}\\x1B[31m\\x00", "\\xFFA", "&lt;"):
                 self.assertIn(shown, page)
             self.press("s")
-        everything = self.script("return document.body.innerText + [...document.querySelectorAll('[title], [aria-label], option')]"
-                                 ".map((each) => each.title + each.ariaLabel + each.text).join()")
+        everything = self.script(
+            "const told = [...document.querySelectorAll('[title], [aria-label], option')];"
+            "return document.body.innerText + told.map((e) => e.title + e.ariaLabel + e.text).join()")
         self.assertNotRegex(everything.replace("\n", "").replace("\t", ""), "[\x00-\x1f\u202e]")
         self.assertIsNone(self.script("return window.hacked ?? null"))
         self.assertEqual(self.all("img"), [])
@@ -287,7 +298,8 @@ class Hostile(Page):
 
     def test_long_texts_are_cut_with_a_note(self):
         hunk = text_hunk("g", 5, "x" * 3_000_000, "y")
-        self.open([pair("Long", verdict="differs", printed="p" * 2_000_000, difference=difference("text", [hunk] * 3))])
+        self.open([pair("Long", verdict="differs", printed="p" * 2_000_000,
+                        difference=difference("text", [hunk] * 3))])
         self.assertLess((self.work / "report.html").stat().st_size, 200_000)
         self.open_pair("Long.html")
         for text in ("bytes more are not in this report", "more characters"):
@@ -302,13 +314,14 @@ class Night(Page):
         self.many = []
         for i in range(3000):
             footer, other = i % 10 == 3, i % 187 == 4
-            hunks = [text_hunk("f0", 120, "11.1", "11.2")] if footer else [text_hunk(f"o{i}", 9, f"old{i}", "new")] if other else []
-            self.many.append(pair(f"Page{i:04}", verdict="differs" if hunks else "passed",
-                                  **({"difference": difference("text", hunks)} if hunks else {})))
+            change = ("f0", 120, "11.1", "11.2") if footer else (f"o{i}", 9, f"old{i}", "new")
+            found = {"verdict": "differs", "difference": difference("text", [text_hunk(*change)])}
+            self.many.append(pair(f"Page{i:04}", **(found if footer or other else {})))
 
     def test_one_change_of_many_pairs_and_the_others(self):
         self.open(self.many)
-        self.assertIn("300 of 316 pairs that did not pass show the same change: 11.1 → 11.2. The other 16 changes", self.text())
+        self.assertIn("300 of 316 pairs that did not pass show the same change: 11.1 → 11.2. "
+                      "The other 16 changes", self.text())
         self.assertLess((self.work / "report.html").stat().st_size, 1_500_000)
         self.assertLess(self.script("return document.querySelectorAll('*').length"), 3000)
         items = self.all("details.group")
@@ -325,11 +338,13 @@ class Night(Page):
     @unittest.skipUnless(AXE.exists() or REQUIRED, "needs axe-core")
     def test_nothing_serious_for_those_who_see_or_point_otherwise(self):
         self.open(mixed() + self.many[:20])
-        ids = ["", *(f"#pair={link.get_attribute('href').partition('pair=')[2].partition('&')[0]}" for link in self.all("table.list a")[:4])]
-        run = "const done = arguments[0]; axe.run().then((r) => done(r.violations.map((v) => [v.impact, v.id, v.nodes[0].html])))"
+        links = [link.get_attribute("href") for link in self.all("table.list a")[:4]]
+        run = ("const done = arguments[0]; axe.run().then((result) =>"
+               "done(result.violations.map((each) => [each.id, each.nodes[0].html])))")
         for scheme in ("light", "dark"):
-            browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
-            for fragment in ids:
+            feature = {"name": "prefers-color-scheme", "value": scheme}
+            browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [feature]})
+            for fragment in ["", *("#" + link.partition("#")[2] for link in links)]:
                 with self.subTest(scheme + fragment):
                     self.visit("report.html", fragment)
                     self.wait(lambda: not fragment or self.all("main.page h1"))

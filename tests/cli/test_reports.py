@@ -41,36 +41,43 @@ class Reports(SuiteTest):
             for side in ("masterFile", "outputFile"):
                 pair[side].pop("evidence", None)  # of a record only
         self.assertEqual(self.written("run.json"), record)
-        schemas = [json.loads((DOCS / name).read_text()) for name in ("report.schema.json", "pair-record.schema.json")]
+        schemas = [
+            json.loads((DOCS / name).read_text()) for name in ("report.schema.json", "pair-record.schema.json")
+        ]
         resolver = jsonschema.RefResolver("file:///", schemas[0], {"file:///pair-record.schema.json": schemas[1]})
         jsonschema.Draft202012Validator(schemas[0], resolver=resolver).validate(json.loads(piped.out))
 
     def test_files_that_cannot_be_reports(self):
         self.verify("--record", "r")
         os.symlink("x", self.work / "link")
-        rows = [("report r --json r/x", "cannot be written into the record r"),
-                ("report r --html r/evidence/x", "cannot be written into the record r"),
-                ("report r --html x --json link", "the HTML report and the JSON report cannot both be link"),
-                ("report r --html - --json -", "only one report can go to standard output"),
-                ("report r --html nowhere/x", "No such file or directory"),
-                ("report r", "report needs at least one report to write"),
-                ("report r r --html x", "shard 1 is there twice"),
-                ("verify ../suite --html x --summary x", "the summary and the HTML report cannot both be x"),
-                ("verify ../suite --json -", "name a file for --json"),
-                ("verify ../suite --json ../suite/Masters/R1.html", "R1.html is a master of this run"),
-                ("verify ../suite --record new --html new/x", "cannot be written into the record new")]
+        rows = [
+            ("report r --json r/x", "cannot be written into the record r"),
+            ("report r --html r/evidence/x", "cannot be written into the record r"),
+            ("report r --html x --json link", "the HTML report and the JSON report cannot both be link"),
+            ("report r --html - --json -", "only one report can go to standard output"),
+            ("report r --html nowhere/x", "No such file or directory"),
+            ("report r", "report needs at least one report to write"),
+            ("report r r --html x", "shard 1 is there twice"),
+            ("verify ../suite --html x --summary x", "the summary and the HTML report cannot both be x"),
+            ("verify ../suite --json -", "name a file for --json"),
+            ("verify ../suite --json ../suite/Masters/R1.html", "R1.html is a master of this run"),
+            ("verify ../suite --record new --html new/x", "cannot be written into the record new"),
+        ]
         for command, reason in rows:
             with self.subTest(command):
                 run = self.run_program(*command.split())
                 self.assertEqual(run.status, 2)
                 self.assertIn(reason, run.err)
-                self.assertFalse((self.work / "x").exists() or (self.work / "r/x").exists() or (self.work / "new").exists())
+                self.assertFalse(
+                    (self.work / "x").exists() or (self.work / "r/x").exists() or (self.work / "new").exists()
+                )
 
     def test_a_full_disk_leaves_no_half_report(self):
         self.verify("--record", "r")
 
         def limit():
             resource.setrlimit(resource.RLIMIT_FSIZE, (700, 700))
+
         for command in (["report", "r"], ["verify", "../suite"]):
             with self.subTest(command[0]):
                 run = self.run_program(*command, "--html", "x", "--json", "y", preexec_fn=limit)
