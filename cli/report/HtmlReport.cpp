@@ -43,8 +43,12 @@ std::string headJson(const ReportSummary& summary) {
                                          {"pairs", group.pairs}};
     groups += (groups.empty() ? "" : ",\n") + json.dump();
   }
-  return "{\"run\":" + toJson(summary.run) + ",\"record\":" + textToJson(summary.record).dump() +
-         ",\"groups\":[" + groups + "]}";
+  nlohmann::ordered_json account = nlohmann::ordered_json::array();
+  for (const std::string& sentence : summary.account) {
+    account.push_back(textToJson(sentence));
+  }
+  return "{\"account\":" + account.dump() + ",\"run\":" + toJson(summary.run) +
+         ",\"record\":" + textToJson(summary.record).dump() + ",\"groups\":[" + groups + "]}";
 }
 
 /// `page` with each "@name@" replaced, once.

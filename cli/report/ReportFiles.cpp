@@ -107,7 +107,9 @@ void ReportFiles::add(const PairRecord& pair, const FileReader& read) {
 std::vector<std::string> ReportFiles::finish(RunRecord run) {
   run.pairs = m_pairs;
   run.totals = m_totals;
-  const ReportSummary summary = {std::move(run), m_groups.rarestFirst(), m_record};
+  std::vector<std::string> account = run.notes;
+  const ReportSummary summary = {std::move(run), m_groups.rarestFirst(), std::move(account),
+                                 m_record};
   std::vector<std::string> problems;
   for (Report& report : m_reports) {
     try {

@@ -15,8 +15,9 @@ using FileReader = std::function<std::string(const std::string& name, const File
 /// What a report says of the run as a whole.
 struct ReportSummary {
   RunRecord run;  ///< `pairs` and `totals` are those of the pairs added, also after an interruption
-  std::vector<ChangeGroup> groups;  ///< rarest first
-  std::string record;               ///< folder of the record, for commands; empty: none was kept
+  std::vector<ChangeGroup> groups;   ///< rarest first
+  std::vector<std::string> account;  ///< what was not compared, and why: a sentence each
+  std::string record;                ///< folder of the record, for commands; empty: none was kept
 };
 
 /// Turns a run into one document for people or programs. One class for each kind of document; the

@@ -276,6 +276,11 @@ class Hostile(Page):
         self.assertNotRegex(everything.replace("\n", "").replace("\t", ""), "[\x00-\x1f\u202e]")
         self.assertIsNone(self.script("return window.hacked ?? null"))
         self.assertEqual(self.all("img"), [])
+        self.script("const script = document.createElement('script');"
+                    "script.textContent = 'window.hacked = 1'; document.body.append(script)")
+        self.assertIsNone(self.script("return window.hacked ?? null"))
+        refused = [each["message"] for each in browser.get_log("browser")]
+        self.assertEqual(["Content Security Policy" in each for each in refused], [True], refused)
 
     def test_records_that_are_not_whole(self):
         rows = [({"complete": False, "end": ""}, "Incomplete"),

@@ -18,7 +18,7 @@ class Report {
       showUngrouped: () => this.setState({ pair: undefined, q: "-verdict:passed group:none" }, true),
     };
     this.table = new PairTable(model, this.actions.setState);
-    this.home = el("main", {}, overview(model.run, (verdict) => this.filter("verdict", verdict)),
+    this.home = el("main", {}, overview(model, (verdict) => this.filter("verdict", verdict)),
       groupsSection(model, this.actions), this.table.element());
     this.page = el("main.page", { hidden: true });
     this.keys = watchKeys(() => !this.page.hidden, () => this.focusFilter());

@@ -69,28 +69,19 @@ function missingShards(run) {
 }
 
 /** What was not compared, and what else a reader must know; null if nothing. */
-function accounting(run) {
+function accounting({ run, account }) {
   const lines = [];
   const missing = missingShards(run);
   if (missing.length > 0) {
     lines.push(el("p", {}, `Missing from this report: shard ${missing.join(", ")} of ${run.shards.count}.`));
   }
-  lines.push(...run.notes.map((note) => el("p", {}, decodeText(note))));
-  for (const finding of run.accounting ?? []) {
-    lines.push(findingLine(finding));
-  }
+  lines.push(...account.map((sentence) => el("p", {}, sentence)));
   if (run.unverified.length > 0) {
     const reports = run.unverified.map(decodeText).sort();
     lines.push(listDetails(`${countOf(reports.length, "report")} not verified: no selected format has a master`, reports));
   }
   return lines.length === 0 ? null
     : el("section.accounting", { "aria-labelledby": "accounting" }, el("h2", { id: "accounting" }, "Also to know"), lines);
-}
-
-function findingLine(finding) {
-  const text = decodeText(finding.message ?? finding.text ?? finding);
-  const names = (finding.names ?? finding.files ?? []).map(decodeText);
-  return names.length > 0 ? listDetails(text, names) : el("p", {}, text);
 }
 
 function about(run) {
@@ -109,7 +100,8 @@ function about(run) {
 }
 
 /** The top of the page: verdict, when, where and what, totals, and what was not compared. */
-export function overview(run, onVerdict) {
+export function overview(model, onVerdict) {
+  const { run } = model;
   const outcome = outcomeOf(run);
   const where = el("p.where", {}, timeOf(run), run.host ? [" on ", run.host] : null, ` · orvdiff ${run.program}`);
   return [
@@ -118,6 +110,6 @@ export function overview(run, onVerdict) {
         el(`span.stamp.${outcome.kind}`, {}, el("span.sign", { "aria-hidden": "true" }, outcome.sign), outcome.words),
         el("h1", {}, headline(run))),
       where, totalsBar(run, onVerdict)),
-    accounting(run),
+    accounting(model),
   ];
 }
