@@ -3,7 +3,7 @@ import { button, copyLine, el, shown } from "./dom.js";
 import { changesText } from "./groups.js";
 import { hiddenHunks, hunkView, maskCounts } from "./hunks.js";
 import { pictureViewer } from "./pictures.js";
-import { bytesText, countOf, decodeText, secondsText, shellWord } from "./text.js";
+import { bytesText, countOf, decodeText, grouped, secondsText, shellWord } from "./text.js";
 import { badge } from "./verdicts.js";
 
 const MOST_PRINTED = 20_000; // characters of what was printed that are shown at first
@@ -36,6 +36,16 @@ function facts(pair) {
     el("dt", {}, "Format"), el("dd", {}, pair.format, pair.subFolder ? [", sub-folder ", decodeText(pair.subFolder)] : null),
     el("dt", {}, "Time"), el("dd", {}, times),
     rules.length > 0 ? [el("dt", {}, "Rules that changed the text"), el("dd", {}, rules.join(", "))] : null);
+}
+
+/** A warning that a pass rests on a mask that hides a large part of a file. */
+function maskWarning({ mask }) {
+  if (!mask) {
+    return null;
+  }
+  const what = mask.rule ? `One match of ${mask.rule} masks` : "The rules together mask";
+  return el("p.notice.odd", {}, `${what} ${mask.percent} % of the ${mask.file} (lines ${grouped(mask.firstLine)} to ` +
+    `${grouped(mask.lastLine)}), and the files differ there: nothing there was compared.`);
 }
 
 function printed(pair) {
@@ -130,6 +140,7 @@ export async function pairPage(model, table, row, view, actions) {
     navigation(table, row, actions.setState),
     el("header.pair", {}, badge(row.verdict), el("h1", {}, row.name || row.folder), el("span.folder", {}, row.folder),
       groupLinks(row, actions)),
+    maskWarning(pair),
     differs ? new DifferenceSection(model, pair, pictures, view, actions.setState).element() : null,
     printed(pair), commands(model, pair),
     el("section", { "aria-labelledby": "facts" }, el("h2", { id: "facts" }, "About this pair"), facts(pair)),
