@@ -65,14 +65,25 @@ export async function loadOverview() {
   const groups = head.groups.map(decodeGroup);
   const rows = rowsOf(index, groups);
   const byId = new Map(rows.map((row) => [row.id, row]));
-  return { run: head.run, account: head.account.map(decodeText), record: decodeText(head.record), bundles: bundlesOf(groups), rows, byId, blocks: index.blocks };
+  return {
+    run: head.run,
+    account: head.account.map(decodeText),
+    record: decodeText(head.record),
+    bundles: bundlesOf(groups),
+    rows,
+    byId,
+    blocks: index.blocks,
+  };
 }
 
 const loadedBlocks = new Map();
 
 function load(id) {
   if (!loadedBlocks.has(id)) {
-    loadedBlocks.set(id, whenLoaded.then(() => unpack(id)));
+    loadedBlocks.set(
+      id,
+      whenLoaded.then(() => unpack(id)),
+    );
   }
   return loadedBlocks.get(id);
 }

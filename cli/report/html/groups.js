@@ -22,7 +22,12 @@ function changeText(group) {
 /** The first of several changes, and how many more there are. */
 export function changesText(groups) {
   const more = groups.length - 1;
-  return el("span.changes", {}, changeText(groups[0]), more > 0 ? el("span.more", {}, ` and ${grouped(more)} more`) : null);
+  return el(
+    "span.changes",
+    {},
+    changeText(groups[0]),
+    more > 0 ? el("span.more", {}, ` and ${grouped(more)} more`) : null,
+  );
 }
 
 /** A sentence that tells whether many failures are one change. */
@@ -34,10 +39,24 @@ function gist(bundles, rows, actions) {
   if (count < 3 || count * 5 < failing) {
     return el("p.gist", {}, `${countOf(bundles.length, "different change")}, rarest first.`);
   }
-  const same = count === failing ? `All ${countOf(count, "pair")}` : `${grouped(count)} of ${countOf(failing, "pair")}`;
-  const rest = others === 0 ? null : others === 1 ? "There is one other change:" : `The other ${grouped(others)} changes, rarest first:`;
-  return el("p.gist", {}, `${same} that did not pass show the same change: `,
-    button(changesText(largest.groups), () => actions.showGroup(largest.groups[0]), { class: "link" }), ". ", rest);
+  const same =
+    count === failing
+      ? `All ${countOf(count, "pair")}`
+      : `${grouped(count)} of ${countOf(failing, "pair")}`;
+  const rest =
+    others === 0
+      ? null
+      : others === 1
+        ? "There is one other change:"
+        : `The other ${grouped(others)} changes, rarest first:`;
+  return el(
+    "p.gist",
+    {},
+    `${same} that did not pass show the same change: `,
+    button(changesText(largest.groups), () => actions.showGroup(largest.groups[0]), { class: "link" }),
+    ". ",
+    rest,
+  );
 }
 
 /** The first hunks of the first pair, one for each of its changes, up to a few. */
@@ -53,23 +72,36 @@ function pairLinks(model, { groups, pairs }, actions) {
   const most = 5;
   const links = pairs.slice(0, most).map((number) => {
     const row = model.rows[number];
-    return el("li", {}, el("a", { href: actions.pairAddress(row) }, row.name), " ",
-      el("span.folder", {}, row.folder));
+    return el(
+      "li",
+      {},
+      el("a", { href: actions.pairAddress(row) }, row.name),
+      " ",
+      el("span.folder", {}, row.folder),
+    );
   });
-  const all = pairs.length > most
-    ? button(`Show all ${grouped(pairs.length)} pairs`, () => actions.showGroup(groups[0])) : null;
+  const all =
+    pairs.length > most
+      ? button(`Show all ${grouped(pairs.length)} pairs`, () => actions.showGroup(groups[0]))
+      : null;
   return [el("ul.pairs", {}, links), all];
 }
 
 function bundleItem(model, bundle, actions, isOpen) {
   const first = model.rows[bundle.pairs[0]];
   const body = el("div.body", {});
-  const item = el("details.group", {},
-    el("summary", { "data-item": true },
+  const item = el(
+    "details.group",
+    {},
+    el(
+      "summary",
+      { "data-item": true },
       el("span.count", {}, countOf(bundle.pairs.length, "pair")),
       changesText(bundle.groups),
-      el("span.example", {}, el("span.format", {}, first.format), " ", first.name)),
-    body);
+      el("span.example", {}, el("span.format", {}, first.format), " ", first.name),
+    ),
+    body,
+  );
   const fill = async () => {
     if (item.open && body.childElementCount === 0) {
       body.append(...pairLinks(model, bundle, actions).filter(Boolean));
@@ -84,9 +116,15 @@ function bundleItem(model, bundle, actions, isOpen) {
 /** Pairs that did not pass and are in no group must not go unseen. */
 function ungrouped(model, actions) {
   const count = model.rows.filter((row) => row.verdict !== "passed" && row.groups.length === 0).length;
-  return count === 0 ? null
-    : el("p.ungrouped", {}, button(`${countOf(count, "pair")} that did not pass for other reasons`,
-        actions.showUngrouped, { class: "link" }));
+  return count === 0
+    ? null
+    : el(
+        "p.ungrouped",
+        {},
+        button(`${countOf(count, "pair")} that did not pass for other reasons`, actions.showUngrouped, {
+          class: "link",
+        }),
+      );
 }
 
 /** The section of all changes, rarest first; null when there are none. */
@@ -97,13 +135,16 @@ export function groupsSection(model, actions) {
   }
   const isFew = bundles.length <= FEW_BUNDLES;
   const list = el("div.groups", {});
-  const add = (from, to) => list.append(...bundles.slice(from, to).map((each) => bundleItem(model, each, actions, isFew)));
+  const add = (from, to) =>
+    list.append(...bundles.slice(from, to).map((each) => bundleItem(model, each, actions, isFew)));
   add(0, MOST_BUNDLES);
-  const more = bundles.length <= MOST_BUNDLES ? null
-    : button(`Show ${grouped(bundles.length - MOST_BUNDLES)} more changes`, () => {
-        add(MOST_BUNDLES, bundles.length);
-        more.remove();
-      });
+  const more =
+    bundles.length <= MOST_BUNDLES
+      ? null
+      : button(`Show ${grouped(bundles.length - MOST_BUNDLES)} more changes`, () => {
+          add(MOST_BUNDLES, bundles.length);
+          more.remove();
+        });
   let isOpening = true;
   const toggleAll = () => {
     list.querySelectorAll("details.group").forEach((item) => (item.open = isOpening));
@@ -111,6 +152,12 @@ export function groupsSection(model, actions) {
     toggle.textContent = isOpening ? "Open all" : "Close all";
   };
   const toggle = isFew ? null : button("Open all", toggleAll);
-  return el("section", { "aria-labelledby": "changes" },
-    el("div.heading", {}, el("h2", { id: "changes" }, "Changes"), gist(bundles, rows, actions), toggle), list, more, ungrouped(model, actions));
+  return el(
+    "section",
+    { "aria-labelledby": "changes" },
+    el("div.heading", {}, el("h2", { id: "changes" }, "Changes"), gist(bundles, rows, actions), toggle),
+    list,
+    more,
+    ungrouped(model, actions),
+  );
 }

@@ -26,8 +26,12 @@ function spanNode(span, lineKind) {
   }
   if (span.kind === "masked") {
     const rule = span.rule || "a rule";
-    return el("span.masked", { title: `not compared: ${rule}` },
-      el("span.text", {}, text), el("span.rule", {}, `⟨${rule}⟩`));
+    return el(
+      "span.masked",
+      { title: `not compared: ${rule}` },
+      el("span.text", {}, text),
+      el("span.rule", {}, `⟨${rule}⟩`),
+    );
   }
   return text;
 }
@@ -47,13 +51,24 @@ function numberCell(number) {
 }
 
 function textCell(line, columns = 1) {
-  return el(`td.line.${line.kind}`, columns > 1 ? { colspan: columns } : {},
-    el("span.sign", {}, SIGNS[line.kind]), el("span.code", {}, lineText(line)));
+  return el(
+    `td.line.${line.kind}`,
+    columns > 1 ? { colspan: columns } : {},
+    el("span.sign", {}, SIGNS[line.kind]),
+    el("span.code", {}, lineText(line)),
+  );
 }
 
 function omittedRow(line, columns) {
   return line.omitted
-    ? [el("tr.fold", {}, el("td", { colspan: columns }, `… ${countOf(line.omitted, `more ${line.kind} line`)}`))] : [];
+    ? [
+        el(
+          "tr.fold",
+          {},
+          el("td", { colspan: columns }, `… ${countOf(line.omitted, `more ${line.kind} line`)}`),
+        ),
+      ]
+    : [];
 }
 
 function unifiedRows(lines) {
@@ -68,10 +83,19 @@ const NO_CELLS = () => [numberCell(0), el("td.line.absent", {})];
 /** Removed lines stand beside the added ones that follow them. */
 function splitRows(lines) {
   const rows = [];
-  for (let i = 0; i < lines.length; ) {
+  for (let i = 0; i < lines.length;) {
     if (lines[i].kind === "context") {
       const line = lines[i++];
-      rows.push(el("tr", {}, numberCell(line.masterLine), textCell(line), numberCell(line.outputLine), textCell(line)));
+      rows.push(
+        el(
+          "tr",
+          {},
+          numberCell(line.masterLine),
+          textCell(line),
+          numberCell(line.outputLine),
+          textCell(line),
+        ),
+      );
       continue;
     }
     const changed = [];
@@ -109,13 +133,30 @@ function textTable(hunks, isSplit) {
   const columns = isSplit ? 4 : 3;
   const table = el(`table.hunks.${isSplit ? "split" : "unified"}`, {});
   const heads = isSplit ? ["", "Master", "", "Output"] : ["Master", "Output", ""];
-  table.append(el("thead", {}, el("tr", {}, heads.map((text) => text ? el("th", { scope: "col" }, text) : el("td", {})))));
+  table.append(
+    el(
+      "thead",
+      {},
+      el(
+        "tr",
+        {},
+        heads.map((text) => (text ? el("th", { scope: "col" }, text) : el("td", {}))),
+      ),
+    ),
+  );
   hunks.forEach((hunk, index) => {
     const fold = hunk.place ? null : foldText(hunks[index - 1], hunk);
     const heading = hunk.place ? decodeText(hunk.place) : fold;
-    table.append(el("tbody", {},
-      heading ? el(`tr.${hunk.place ? "place" : "fold"}`, {}, el("td", { colspan: columns }, heading)) : null,
-      isSplit ? splitRows(hunk.lines) : unifiedRows(hunk.lines)));
+    table.append(
+      el(
+        "tbody",
+        {},
+        heading
+          ? el(`tr.${hunk.place ? "place" : "fold"}`, {}, el("td", { colspan: columns }, heading))
+          : null,
+        isSplit ? splitRows(hunk.lines) : unifiedRows(hunk.lines),
+      ),
+    );
   });
   return el("div.scroll", { tabindex: 0, role: "group", "aria-label": "Differences, line by line" }, table);
 }
@@ -128,7 +169,8 @@ function isValue(hunk) {
 
 function valueCell(hunk, kind) {
   const line = hunk.lines.find((each) => each.kind === kind);
-  return line ? el(`td.value.${kind}`, {}, el("span.sign", {}, SIGNS[kind]), el("span.code", {}, lineText(line)))
+  return line
+    ? el(`td.value.${kind}`, {}, el("span.sign", {}, SIGNS[kind]), el("span.code", {}, lineText(line)))
     : el("td.value.absent", {}, "absent");
 }
 
@@ -140,19 +182,38 @@ function valueTable(hunks) {
     const cell = place.match(/^(row \d[^,]*), (.*)$/s);
     const isSameRow = cell !== null && cell[1] === lastRow;
     lastRow = cell?.[1] ?? null;
-    const where = cell === null ? place
-      : [el("span.row", isSameRow ? { class: "row again" } : {}, cell[1]), " ", el("strong", {}, cell[2])];
-    return el("tr", {}, el("th", { scope: "row" }, where), valueCell(hunk, "removed"), valueCell(hunk, "added"));
+    const where =
+      cell === null
+        ? place
+        : [
+            el("span.row", isSameRow ? { class: "row again" } : {}, cell[1]),
+            " ",
+            el("strong", {}, cell[2]),
+          ];
+    return el(
+      "tr",
+      {},
+      el("th", { scope: "row" }, where),
+      valueCell(hunk, "removed"),
+      valueCell(hunk, "added"),
+    );
   });
-  const head = el("tr", {}, ["Where", "Master", "Output"].map((text) => el("th", { scope: "col" }, text)));
-  return el("div.scroll", { tabindex: 0, role: "group", "aria-label": "Differences, by place" },
-    el("table.values", {}, el("thead", {}, head), el("tbody", {}, rows)));
+  const head = el(
+    "tr",
+    {},
+    ["Where", "Master", "Output"].map((text) => el("th", { scope: "col" }, text)),
+  );
+  return el(
+    "div.scroll",
+    { tabindex: 0, role: "group", "aria-label": "Differences, by place" },
+    el("table.values", {}, el("thead", {}, head), el("tbody", {}, rows)),
+  );
 }
 
 /** How hunks look: values by their place, everything else line by line. */
 export function hunkView(hunks, isSplit) {
   const views = [];
-  for (let i = 0; i < hunks.length; ) {
+  for (let i = 0; i < hunks.length;) {
     const isTable = isValue(hunks[i]);
     const run = [];
     while (i < hunks.length && isValue(hunks[i]) === isTable) {

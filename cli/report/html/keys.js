@@ -11,9 +11,17 @@ const HELP = [
 ];
 
 function helpDialog() {
-  const dialog = el("dialog.help", { "aria-labelledby": "help" }, el("h2", { id: "help" }, "Keys"),
-    el("dl", {}, HELP.map(([keys, text]) => [el("dt", {}, el("kbd", {}, keys)), el("dd", {}, text)])),
-    button("Close", () => dialog.close()));
+  const dialog = el(
+    "dialog.help",
+    { "aria-labelledby": "help" },
+    el("h2", { id: "help" }, "Keys"),
+    el(
+      "dl",
+      {},
+      HELP.map(([keys, text]) => [el("dt", {}, el("kbd", {}, keys)), el("dd", {}, text)]),
+    ),
+    button("Close", () => dialog.close()),
+  );
   return dialog;
 }
 

@@ -18,10 +18,18 @@ class Report {
       showUngrouped: () => this.setState({ pair: undefined, q: "-verdict:passed group:none" }, true),
     };
     this.table = new PairTable(model, this.actions.setState);
-    this.home = el("main", {}, overview(model, (verdict) => this.filter("verdict", verdict)),
-      groupsSection(model, this.actions), this.table.element());
+    this.home = el(
+      "main",
+      {},
+      overview(model, (verdict) => this.filter("verdict", verdict)),
+      groupsSection(model, this.actions),
+      this.table.element(),
+    );
     this.page = el("main.page", { hidden: true });
-    this.keys = watchKeys(() => !this.page.hidden, () => this.focusFilter());
+    this.keys = watchKeys(
+      () => !this.page.hidden,
+      () => this.focusFilter(),
+    );
     document.getElementById("app").replaceChildren(this.home, this.page, el("footer", {}, this.keys));
     // The table comes after the first frame: nobody reads it before the verdict.
     this.isPainted = new Promise((resolve) => requestAnimationFrame(() => setTimeout(resolve)));
@@ -78,7 +86,9 @@ class Report {
     try {
       return await pairPage(this.model, this.table, row, state.view, this.actions);
     } catch (error) {
-      return [el("p.notice", {}, `This pair cannot be shown: ${error.message}. The file may be cut short.`)];
+      return [
+        el("p.notice", {}, `This pair cannot be shown: ${error.message}. The file may be cut short.`),
+      ];
     }
   }
 
@@ -89,7 +99,9 @@ class Report {
     this.shownPair = undefined;
     if (wasAt !== undefined) {
       scrollTo(0, this.scrolledTo ?? 0);
-      [...this.home.querySelectorAll("table.list a")].find((link) => link.hash.includes(`pair=${wasAt}`))?.focus({ preventScroll: true });
+      [...this.home.querySelectorAll("table.list a")]
+        .find((link) => link.hash.includes(`pair=${wasAt}`))
+        ?.focus({ preventScroll: true });
     }
   }
 
@@ -110,5 +122,9 @@ class Report {
 loadOverview()
   .then((model) => new Report(model).show())
   .catch((error) => {
-    document.getElementById("app").replaceChildren(el("p.notice", {}, `This report cannot be shown: ${error.message}. It may be cut short.`));
+    document
+      .getElementById("app")
+      .replaceChildren(
+        el("p.notice", {}, `This report cannot be shown: ${error.message}. It may be cut short.`),
+      );
   });

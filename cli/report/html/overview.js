@@ -29,7 +29,11 @@ function timeOf(run) {
   if (Number.isNaN(start.valueOf())) {
     return null;
   }
-  const text = new Intl.DateTimeFormat("en-GB", { dateStyle: "medium", timeStyle: "short", timeZone: "UTC" }).format(start);
+  const text = new Intl.DateTimeFormat("en-GB", {
+    dateStyle: "medium",
+    timeStyle: "short",
+    timeZone: "UTC",
+  }).format(start);
   const seconds = (new Date(run.end) - start) / 1000;
   const duration = seconds >= 1 ? `, ${secondsText(seconds)}` : "";
   return el("time", { datetime: run.start }, `${text} UTC${duration}`);
@@ -46,8 +50,17 @@ function totalsBar(run, onVerdict) {
     part.style.flexGrow = count;
     bar.append(part);
     legend.append(
-      el("li", {}, el("button.link", { type: "button", onclick: () => onVerdict(name) },
-        el(`span.sign.${kind}`, { "aria-hidden": "true" }, sign), el("strong", {}, grouped(count)), ` ${words}`)),
+      el(
+        "li",
+        {},
+        el(
+          "button.link",
+          { type: "button", onclick: () => onVerdict(name) },
+          el(`span.sign.${kind}`, { "aria-hidden": "true" }, sign),
+          el("strong", {}, grouped(count)),
+          ` ${words}`,
+        ),
+      ),
     );
   }
   return [bar, el("div.totals", {}, legend, about(run))];
@@ -73,15 +86,28 @@ function accounting({ run, account }) {
   const lines = [];
   const missing = missingShards(run);
   if (missing.length > 0) {
-    lines.push(el("p", {}, `Missing from this report: shard ${missing.join(", ")} of ${run.shards.count}.`));
+    lines.push(
+      el("p", {}, `Missing from this report: shard ${missing.join(", ")} of ${run.shards.count}.`),
+    );
   }
   lines.push(...account.map((sentence) => el("p", {}, sentence)));
   if (run.unverified.length > 0) {
     const reports = run.unverified.map(decodeText).sort();
-    lines.push(listDetails(`${countOf(reports.length, "report")} not verified: no selected format has a master`, reports));
+    lines.push(
+      listDetails(
+        `${countOf(reports.length, "report")} not verified: no selected format has a master`,
+        reports,
+      ),
+    );
   }
-  return lines.length === 0 ? null
-    : el("section.accounting", { "aria-labelledby": "accounting" }, el("h2", { id: "accounting" }, "Also to know"), lines);
+  return lines.length === 0
+    ? null
+    : el(
+        "section.accounting",
+        { "aria-labelledby": "accounting" },
+        el("h2", { id: "accounting" }, "Also to know"),
+        lines,
+      );
 }
 
 function about(run) {
@@ -95,21 +121,47 @@ function about(run) {
     ["Reports", grouped(run.reports)],
     ["Program", `orvdiff ${run.program}`],
   ];
-  return el("details.about", {}, el("summary", {}, "About this run"),
-    el("dl", {}, rows.map(([term, text]) => [el("dt", {}, term), el("dd", {}, text)])));
+  return el(
+    "details.about",
+    {},
+    el("summary", {}, "About this run"),
+    el(
+      "dl",
+      {},
+      rows.map(([term, text]) => [el("dt", {}, term), el("dd", {}, text)]),
+    ),
+  );
 }
 
 /** The top of the page: verdict, when, where and what, totals, and what was not compared. */
 export function overview(model, onVerdict) {
   const { run } = model;
   const outcome = outcomeOf(run);
-  const where = el("p.where", {}, timeOf(run), run.host ? [" on ", run.host] : null, ` · orvdiff ${run.program}`);
+  const where = el(
+    "p.where",
+    {},
+    timeOf(run),
+    run.host ? [" on ", run.host] : null,
+    ` · orvdiff ${run.program}`,
+  );
   return [
-    el("header.top", {},
-      el("div.verdict", {},
-        el(`span.stamp.${outcome.kind}`, {}, el("span.sign", { "aria-hidden": "true" }, outcome.sign), outcome.words),
-        el("h1", {}, headline(run))),
-      where, totalsBar(run, onVerdict)),
+    el(
+      "header.top",
+      {},
+      el(
+        "div.verdict",
+        {},
+        el(
+          `span.stamp.${outcome.kind}`,
+          {},
+          el("span.sign", { "aria-hidden": "true" }, outcome.sign),
+          outcome.words,
+        ),
+        el("h1", {}, headline(run)),
+      ),
+      where,
+      totalsBar(run, onVerdict),
+    ),
     accounting(model),
   ];
 }

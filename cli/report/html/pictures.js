@@ -80,31 +80,46 @@ function drawn(picture, label) {
 }
 
 function countText(master, output, found) {
-  const sizes = master.width === output.width && master.height === output.height
-    ? `${grouped(master.width)} × ${grouped(master.height)} pixels`
-    : `master ${grouped(master.width)} × ${grouped(master.height)}, output ${grouped(output.width)} × ${grouped(output.height)} pixels`;
+  const sizes =
+    master.width === output.width && master.height === output.height
+      ? `${grouped(master.width)} × ${grouped(master.height)} pixels`
+      : `master ${grouped(master.width)} × ${grouped(master.height)}, output ${grouped(output.width)} × ${grouped(output.height)} pixels`;
   if (found.count === 0) {
     return `${sizes}; the pixels are the same, only the bytes of the files differ.`;
   }
   const share = (100 * found.count) / (found.width * found.height);
   const { left, top, right, bottom } = found.box;
-  return `${countOf(found.count, "pixel")} of ${sizes} ${found.count === 1 ? "differs" : "differ"} (${share < 0.01 ? "less than 0.01" : share.toFixed(2)} %), ` +
-    `between ${left},${top} and ${right},${bottom}.`;
+  return (
+    `${countOf(found.count, "pixel")} of ${sizes} ${found.count === 1 ? "differs" : "differ"} (${share < 0.01 ? "less than 0.01" : share.toFixed(2)} %), ` +
+    `between ${left},${top} and ${right},${bottom}.`
+  );
 }
 
 /** One way of looking at two pictures: makes the elements, and says what to do when it is left. */
 const MODES = {
   "Side by side": ({ master, output }) => ({
-    nodes: [el("figure", {}, el("figcaption", {}, "Master"), drawn(master, "Master")),
-      el("figure", {}, el("figcaption", {}, "Output"), drawn(output, "Output"))],
+    nodes: [
+      el("figure", {}, el("figcaption", {}, "Master"), drawn(master, "Master")),
+      el("figure", {}, el("figcaption", {}, "Output"), drawn(output, "Output")),
+    ],
   }),
   Overlay: ({ master, output }) => {
     const top = drawn(output, "Output");
     const stack = el("div.stack", {}, drawn(master, "Master"), top);
-    const slide = el("input", { type: "range", min: 0, max: 100, value: 50, "aria-label": "Share of the output",
-      oninput: () => (top.style.clipPath = `inset(0 0 0 ${100 - slide.value}%)`) });
+    const slide = el("input", {
+      type: "range",
+      min: 0,
+      max: 100,
+      value: 50,
+      "aria-label": "Share of the output",
+      oninput: () => (top.style.clipPath = `inset(0 0 0 ${100 - slide.value}%)`),
+    });
     top.style.clipPath = "inset(0 0 0 50%)";
-    return { nodes: [el("figure", {}, el("figcaption", {}, "Master left, output right of the edge ", slide), stack)] };
+    return {
+      nodes: [
+        el("figure", {}, el("figcaption", {}, "Master left, output right of the edge ", slide), stack),
+      ],
+    };
   },
   Blink: ({ master, output }) => {
     const top = drawn(output, "Output");
@@ -120,10 +135,27 @@ const MODES = {
       stop();
       swap();
     });
-    return { nodes: [el("figure", {}, el("figcaption", {}, caption, " ", step), el("div.stack", {}, drawn(master, "Master"), top))], leave: stop };
+    return {
+      nodes: [
+        el(
+          "figure",
+          {},
+          el("figcaption", {}, caption, " ", step),
+          el("div.stack", {}, drawn(master, "Master"), top),
+        ),
+      ],
+      leave: stop,
+    };
   },
   Difference: ({ output, found }) => ({
-    nodes: [el("figure", {}, el("figcaption", {}, "Pixels that differ, in magenta"), differenceCanvas(output, found))],
+    nodes: [
+      el(
+        "figure",
+        {},
+        el("figcaption", {}, "Pixels that differ, in magenta"),
+        differenceCanvas(output, found),
+      ),
+    ],
   }),
 };
 
@@ -134,18 +166,35 @@ class PicturePair {
     this.stage = el("div.stage", { tabindex: 0, role: "group", "aria-label": "Pictures" });
     this.caption = el("p.note", {}, "Decoding …");
     this.zoom = 1;
-    this.modes = Object.keys(MODES).map((name) => button(name, () => this.show(name), { "aria-pressed": "false" }));
+    this.modes = Object.keys(MODES).map((name) =>
+      button(name, () => this.show(name), { "aria-pressed": "false" }),
+    );
     this.zoomText = el("output", {}, "100 %");
   }
 
   element() {
     const zoom = (factor) => () => this.setZoom(factor ? this.zoom * factor : 1);
     const label = decodeText(this.view.label);
-    const root = el("div.pictures", {}, label ? el("h3", {}, label) : null,
-      el("div.switches", { role: "group", "aria-label": "How to compare the pictures" }, this.modes,
-        el("span.zoom", {}, button("−", zoom(0.5), { "aria-label": "Smaller" }), this.zoomText,
-          button("+", zoom(2), { "aria-label": "Larger" }), button("1:1", zoom(0), { "aria-label": "Original size" }))),
-      this.caption, this.stage);
+    const root = el(
+      "div.pictures",
+      {},
+      label ? el("h3", {}, label) : null,
+      el(
+        "div.switches",
+        { role: "group", "aria-label": "How to compare the pictures" },
+        this.modes,
+        el(
+          "span.zoom",
+          {},
+          button("−", zoom(0.5), { "aria-label": "Smaller" }),
+          this.zoomText,
+          button("+", zoom(2), { "aria-label": "Larger" }),
+          button("1:1", zoom(0), { "aria-label": "Original size" }),
+        ),
+      ),
+      this.caption,
+      this.stage,
+    );
     this.load();
     return root;
   }
@@ -183,5 +232,10 @@ class PicturePair {
 
 /** The pictures of a pair: one, or the pages of a document. */
 export function pictureViewer({ views, notes }) {
-  return el("div", {}, views.map((view) => new PicturePair(view).element()), notes.map((note) => el("p.note", {}, decodeText(note))));
+  return el(
+    "div",
+    {},
+    views.map((view) => new PicturePair(view).element()),
+    notes.map((note) => el("p.note", {}, decodeText(note))),
+  );
 }

@@ -41,7 +41,13 @@ export function valuesOf(query, field) {
 }
 
 function haystackOf(row) {
-  row.haystack ??= [row.folder, row.name, row.format, row.verdict, ...row.groups.flatMap((g) => [g.removed, g.added])]
+  row.haystack ??= [
+    row.folder,
+    row.name,
+    row.format,
+    row.verdict,
+    ...row.groups.flatMap((g) => [g.removed, g.added]),
+  ]
     .join("\n")
     .toLowerCase();
   return row.haystack;

@@ -12,8 +12,12 @@ export function firstQuery(rows) {
 }
 
 function selectOf(label, name, values, words, onchange) {
-  const select = el("select", { "aria-label": label, onchange: () => onchange(select.value) },
-    el("option", { value: "" }, words), values.map((value) => el("option", { value }, visible(value))));
+  const select = el(
+    "select",
+    { "aria-label": label, onchange: () => onchange(select.value) },
+    el("option", { value: "" }, words),
+    values.map((value) => el("option", { value }, visible(value))),
+  );
   select.dataset.field = name;
   return select;
 }
@@ -27,7 +31,11 @@ const COLUMNS = [
 ];
 
 function changesOf(row) {
-  return row.groups.length > 0 ? changesText(row.groups) : row.places > 0 ? countOf(row.places, "place") : "";
+  return row.groups.length > 0
+    ? changesText(row.groups)
+    : row.places > 0
+      ? countOf(row.places, "place")
+      : "";
 }
 
 /** The section of all pairs. */
@@ -37,8 +45,13 @@ export class PairTable {
     this.onState = onState;
     this.rows = [];
     this.input = el("input", {
-      type: "search", id: "query", placeholder: "text, verdict:differs, format:html …", autocomplete: "off",
-      spellcheck: "false", "aria-label": "Filter pairs", oninput: () => this.onState({ q: this.input.value }),
+      type: "search",
+      id: "query",
+      placeholder: "text, verdict:differs, format:html …",
+      autocomplete: "off",
+      spellcheck: "false",
+      "aria-label": "Filter pairs",
+      oninput: () => this.onState({ q: this.input.value }),
     });
     this.body = el("tbody", {});
     this.status = el("p.status", { role: "status" });
@@ -49,7 +62,10 @@ export class PairTable {
   }
 
   heading(order, label) {
-    const sort = () => this.onState({ sort: this.order === order ? `-${order}` : this.order === `-${order}` ? undefined : order });
+    const sort = () =>
+      this.onState({
+        sort: this.order === order ? `-${order}` : this.order === `-${order}` ? undefined : order,
+      });
     const head = el(`th.by-${order}`, { scope: "col" }, button(label, sort));
     head.dataset.order = order;
     return head;
@@ -58,7 +74,8 @@ export class PairTable {
   makeSelects() {
     const { rows } = this.model;
     const values = (field) => [...new Set(rows.map((row) => row[field]))].sort();
-    const choose = (field) => (value) => this.onState({ q: withField(this.input.value, field, value ? [value] : []) });
+    const choose = (field) => (value) =>
+      this.onState({ q: withField(this.input.value, field, value ? [value] : []) });
     const verdicts = VERDICT_NAMES.filter((name) => rows.some((row) => row.verdict === name));
     return [
       selectOf("Verdict", "verdict", verdicts, "Any verdict", choose("verdict")),
@@ -69,17 +86,31 @@ export class PairTable {
 
   /** Adds rows when the reader comes near the end of those that are there. */
   watchEnd() {
-    const observer = new IntersectionObserver((entries) => entries.some((e) => e.isIntersecting) && this.addBatch(),
-      { rootMargin: "400px" });
+    const observer = new IntersectionObserver(
+      (entries) => entries.some((e) => e.isIntersecting) && this.addBatch(),
+      { rootMargin: "400px" },
+    );
     observer.observe(this.more);
   }
 
   element() {
     const head = el("thead", {}, el("tr", {}, this.headings));
-    return el("section", { "aria-labelledby": "pairs" }, el("h2", { id: "pairs" }, "Pairs"),
-      el("div.filter", { role: "search" }, this.input, this.selects,
-        button("All pairs", () => this.onState({ q: "" })), button("Not passed", () => this.onState({ q: "-verdict:passed" }))),
-      this.status, el("div.all-pairs", {}, el("table.list", {}, head, this.body)), this.more);
+    return el(
+      "section",
+      { "aria-labelledby": "pairs" },
+      el("h2", { id: "pairs" }, "Pairs"),
+      el(
+        "div.filter",
+        { role: "search" },
+        this.input,
+        this.selects,
+        button("All pairs", () => this.onState({ q: "" })),
+        button("Not passed", () => this.onState({ q: "-verdict:passed" })),
+      ),
+      this.status,
+      el("div.all-pairs", {}, el("table.list", {}, head, this.body)),
+      this.more,
+    );
   }
 
   /** Shows the rows that a query and an order ask for. */
@@ -93,12 +124,20 @@ export class PairTable {
       select.value = valuesOf(query, select.dataset.field)[0] ?? "";
     }
     for (const head of this.headings) {
-      const direction = order === head.dataset.order ? "ascending" : order === `-${head.dataset.order}` ? "descending" : null;
+      const direction =
+        order === head.dataset.order
+          ? "ascending"
+          : order === `-${head.dataset.order}`
+            ? "descending"
+            : null;
       direction ? head.setAttribute("aria-sort", direction) : head.removeAttribute("aria-sort");
     }
     this.rows = sorted(matching(this.model.rows, query), order);
     const all = this.model.rows.length;
-    this.status.textContent = this.rows.length === all ? countOf(all, "pair") : `${grouped(this.rows.length)} of ${countOf(all, "pair")}`;
+    this.status.textContent =
+      this.rows.length === all
+        ? countOf(all, "pair")
+        : `${grouped(this.rows.length)} of ${countOf(all, "pair")}`;
     this.body.replaceChildren();
     this.addBatch();
   }
@@ -115,9 +154,14 @@ export class PairTable {
 
   rowElement(row) {
     const link = el("a", { href: this.addressOf(row), "data-item": true }, row.name || row.folder);
-    return el("tr", {}, el("td", {}, badge(row.verdict)),
+    return el(
+      "tr",
+      {},
+      el("td", {}, badge(row.verdict)),
       el("td.name", {}, link, el("span.folder", {}, row.folder)),
-      el("td.format", {}, row.format), el("td.what", {}, changesOf(row)),
-      el("td.time", {}, secondsText(row.seconds)));
+      el("td.format", {}, row.format),
+      el("td.what", {}, changesOf(row)),
+      el("td.time", {}, secondsText(row.seconds)),
+    );
   }
 }

@@ -8,7 +8,7 @@ const INVALID_BYTE = 0xdc00; // + the byte: a lone surrogate, which no valid tex
 function decodeBytes(bytes) {
   const decoder = new TextDecoder("utf-8", { fatal: true, ignoreBOM: true });
   let text = "";
-  for (let i = 0; i < bytes.length; ) {
+  for (let i = 0; i < bytes.length;) {
     const lead = bytes[i];
     const length = lead < 0x80 ? 1 : lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : 4;
     try {
@@ -75,7 +75,11 @@ export function shellWord(word) {
     return code >= 0xdc80 && code <= 0xdcff ? [code - INVALID_BYTE] : [...encoder.encode(c)];
   };
   const bytes = Array.from(word, (c) =>
-    /[\w@%+=:,./ -]/.test(c) ? c : bytesOf(c).map((b) => `\\x${b.toString(16).padStart(2, "0")}`).join("")
+    /[\w@%+=:,./ -]/.test(c)
+      ? c
+      : bytesOf(c)
+          .map((b) => `\\x${b.toString(16).padStart(2, "0")}`)
+          .join(""),
   );
   return `$'${bytes.join("")}'`;
 }
@@ -92,12 +96,18 @@ export function countOf(count, noun) {
 }
 
 export function bytesText(size) {
-  return size < 10_000 ? countOf(size, "byte") : size < 1e6 ? `${(size / 1e3).toFixed(1)} kB` : `${(size / 1e6).toFixed(1)} MB`;
+  return size < 10_000
+    ? countOf(size, "byte")
+    : size < 1e6
+      ? `${(size / 1e3).toFixed(1)} kB`
+      : `${(size / 1e6).toFixed(1)} MB`;
 }
 
 export function secondsText(seconds) {
   if (seconds < 1) {
     return `${(seconds * 1000).toFixed(seconds < 0.01 ? 1 : 0)} ms`;
   }
-  return seconds < 120 ? `${seconds.toFixed(1)} s` : `${Math.floor(seconds / 60)} min ${Math.round(seconds % 60)} s`;
+  return seconds < 120
+    ? `${seconds.toFixed(1)} s`
+    : `${Math.floor(seconds / 60)} min ${Math.round(seconds % 60)} s`;
 }
