@@ -15,7 +15,7 @@ class Report {
       setState: (change) => this.setState(change),
       pairAddress: (row) => addressOf({ ...readAddress(), pair: row.id }),
       showGroup: (group) => this.filter("group", group.id),
-      showUngrouped: () => this.setState({ pair: undefined, q: "-verdict:passed group:none" }, true),
+      showUngrouped: () => this.search("-verdict:passed group:none"),
     };
     this.table = new PairTable(model, this.actions.setState);
     this.home = el(
@@ -36,21 +36,26 @@ class Report {
     addEventListener("hashchange", () => this.show());
   }
 
-  /** Changes the address, and with it what is shown. Typing makes no history. */
+  /** Changes the address, and with it what is shown; returns when it is. Typing makes no history. */
   setState(change, isNewEntry = "pair" in change) {
     const address = addressOf({ ...readAddress(), ...change });
     history[isNewEntry ? "pushState" : "replaceState"](null, "", address);
-    this.show();
+    return this.show();
   }
 
   filter(field, value) {
-    this.setState({ pair: undefined, view: undefined, q: withField("", field, [value]) }, true);
+    return this.search(withField("", field, [value]));
+  }
+
+  /** Shows the table with a query, from wherever the reader is. */
+  async search(q) {
+    await this.setState({ pair: undefined, view: undefined, q }, true);
     document.getElementById("pairs").scrollIntoView();
   }
 
-  focusFilter() {
+  async focusFilter() {
     if (!this.page.hidden) {
-      this.setState({ pair: undefined, view: undefined });
+      await this.setState({ pair: undefined, view: undefined });
     }
     this.table.input.focus();
     this.table.input.select();

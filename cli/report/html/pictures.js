@@ -125,6 +125,9 @@ const MODES = {
     const top = drawn(output, "Output");
     const caption = el("span", {}, "Output");
     const swap = () => {
+      if (!top.isConnected) {
+        stop(); // the reader has left
+      }
       top.hidden = !top.hidden;
       caption.textContent = top.hidden ? "Master" : "Output";
     };
