@@ -45,6 +45,7 @@ struct TemporaryFolder {
 /// Runs a program of the search path without input and output. Returns its exit status, or -1.
 int runQuietly(std::vector<std::string> words) {
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) {
     arguments.push_back(word.data());
   }
