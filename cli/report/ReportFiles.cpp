@@ -6,6 +6,7 @@
 #include <iostream>
 #include <system_error>
 
+#include "cli/report/AccountPrinter.h"
 #include "cli/system/CommandError.h"
 #include "cli/terminal/ErrorCause.h"
 
@@ -28,6 +29,18 @@ bool liesIn(const std::string& file, const std::string& folder) {
     }
   }
   return false;
+}
+
+/// What the run did not compare, and what kept it from being whole: a sentence each.
+std::vector<std::string> accountOf(const RunRecord& run) {
+  std::vector<std::string> account;
+  for (const FindingTotal& total : run.findings) {
+    if (std::string line = accountLine(total); !line.empty()) {
+      account.push_back(std::move(line));
+    }
+  }
+  account.insert(account.end(), run.notes.begin(), run.notes.end());
+  return account;
 }
 
 }  // namespace
@@ -107,7 +120,7 @@ void ReportFiles::add(const PairRecord& pair, const FileReader& read) {
 std::vector<std::string> ReportFiles::finish(RunRecord run) {
   run.pairs = m_pairs;
   run.totals = m_totals;
-  std::vector<std::string> account = run.notes;
+  std::vector<std::string> account = accountOf(run);
   const ReportSummary summary = {std::move(run), m_groups.rarestFirst(), std::move(account),
                                  m_record};
   std::vector<std::string> problems;
