@@ -83,7 +83,8 @@ PoolLimits limitsOf(const VerifyOptions& options) {
 std::optional<DiffOptions> differencesFor(const VerifyOptions& options) {
   constexpr std::size_t kLeastRecorded = 20;
   constexpr std::size_t kMostBytes = 64 * 1024;
-  if (options.verbosity == Verbosity::Quiet && options.recordFolder.empty()) {
+  if (options.verbosity == Verbosity::Quiet && options.recordFolder.empty() &&
+      options.reports.empty()) {
     return std::nullopt;
   }
   const std::size_t asked = options.differences.maxHunks;
