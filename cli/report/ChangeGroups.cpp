@@ -3,6 +3,24 @@
 #include <algorithm>
 #include <tuple>
 
+#include "cli/record/JsonText.h"
+
+std::string toJson(const std::vector<ChangeGroup>& groups) {
+  std::string json;
+  for (const ChangeGroup& group : groups) {
+    std::string pairs;
+    for (const std::size_t pair : group.pairs) {
+      pairs += (pairs.empty() ? "" : ",") + std::to_string(pair);
+    }
+    json += (json.empty() ? "\n" : ",\n");
+    json += "{\"id\":" + textToJson(group.id).dump() +
+            ",\"removed\":" + textToJson(group.removed).dump() +
+            ",\"added\":" + textToJson(group.added).dump() +
+            ",\"places\":" + std::to_string(group.places) + ",\"pairs\":[" + pairs + "]}";
+  }
+  return '[' + json + ']';
+}
+
 void ChangeGroups::add(const PairRecord& pair) {
   const std::size_t number = m_pairs++;
   if (!pair.difference) {

@@ -18,6 +18,10 @@ struct ChangeGroup {
   bool hasWords = true;            ///< false for pictures and bytes, which have to be looked at
 };
 
+/// Groups as a JSON array. Put together by hand: nlohmann's arrays allocate in their destructors,
+/// which ends the program when it lacks memory.
+std::string toJson(const std::vector<ChangeGroup>& groups);
+
 /// Gathers equal changes of different pairs.
 class ChangeGroups {
  public:

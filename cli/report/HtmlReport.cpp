@@ -35,20 +35,13 @@ std::string title(const RunRecord& run) {
 }
 
 std::string headJson(const ReportSummary& summary) {
-  std::string groups;
-  for (const ChangeGroup& group : summary.groups) {
-    const nlohmann::ordered_json json = {{"id", group.id},
-                                         {"removed", textToJson(group.removed)},
-                                         {"added", textToJson(group.added)},
-                                         {"pairs", group.pairs}};
-    groups += (groups.empty() ? "" : ",\n") + json.dump();
-  }
-  nlohmann::ordered_json account = nlohmann::ordered_json::array();
+  std::string account;
   for (const std::string& sentence : summary.account) {
-    account.push_back(textToJson(sentence));
+    account += (account.empty() ? "" : ",") + textToJson(sentence).dump();
   }
-  return "{\"account\":" + account.dump() + ",\"run\":" + toJson(summary.run) +
-         ",\"record\":" + textToJson(summary.record).dump() + ",\"groups\":[" + groups + "]}";
+  return "{\"account\":[" + account + "],\"run\":" + toJson(summary.run) +
+         ",\"record\":" + textToJson(summary.record).dump() +
+         ",\"groups\":" + toJson(summary.groups) + '}';
 }
 
 /// `page` with each "@name@" replaced, once.

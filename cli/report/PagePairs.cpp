@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <string_view>
 #include <utility>
 
@@ -10,8 +9,6 @@
 #include "cli/record/JsonText.h"
 #include "cli/record/PairJson.h"
 #include "cli/report/Packed.h"
-
-using nlohmann::ordered_json;
 
 namespace {
 
@@ -75,22 +72,18 @@ std::string pairJson(PairRecord pair) {
   return toJsonLine(pair);
 }
 
-ordered_json textsJson(const std::vector<std::string>& texts) {
-  ordered_json json = ordered_json::array();
-  for (const std::string& text : texts) {
-    json.push_back(textToJson(text));
-  }
-  return json;
+std::string textJson(const std::string& text) {
+  return textToJson(text).dump();
 }
 
 }  // namespace
 
 void PagePairs::NamedColumn::add(const std::string& name) {
-  const auto [found, isNew] = numberOf.try_emplace(name, names.size());
+  const auto [found, isNew] = numberOf.try_emplace(name, numberOf.size());
   if (isNew) {
-    names.push_back(name);
+    names.add(textJson(name));
   }
-  numbers.push_back(found->second);
+  numbers.add(std::to_string(found->second));
 }
 
 void PagePairs::add(const PairRecord& pair) {
@@ -98,14 +91,14 @@ void PagePairs::add(const PairRecord& pair) {
   constexpr double kPerSecond = 1e6;
   // The same in every run, so that a link to a pair of last night's report fits tonight's.
   const std::string key = pair.report + '\n' + pair.format + '\n' + pair.master;
-  m_ids.push_back(contentHash(key).substr(0, kDigitsOfId));
+  m_ids.add('"' + contentHash(key).substr(0, kDigitsOfId) + '"');
   m_verdicts.add(std::string(wordFor(pair.verdict)));
   m_formats.add(pair.format);
   m_folders.add(folderOf(pair.report));
   const std::string_view name = lastPart(pair.master.empty() ? pair.report : pair.master);
-  m_names.push_back(textToJson(std::string(name)));
-  m_microseconds.push_back(static_cast<std::int64_t>(std::round(pair.seconds * kPerSecond)));
-  m_places.push_back(pair.difference ? pair.difference->hunkCount : 0);
+  m_names.add(textJson(std::string(name)));
+  m_microseconds.add(std::to_string(std::llround(pair.seconds * kPerSecond)));
+  m_places.add(std::to_string(pair.difference ? pair.difference->hunkCount : 0));
   m_block += (m_block.empty() ? "" : ",\n") + pairJson(pair);
   ++m_count;
   if (m_block.size() > kBytesOfBlock) {
@@ -117,31 +110,32 @@ void PagePairs::flush() {
   if (m_block.empty()) {
     return;
   }
-  const std::string id = "details" + std::to_string(m_firstOfBlocks.size());
-  m_blocks += dataElement(id, packed('[' + m_block + ']'));
-  m_firstOfBlocks.push_back(m_firstOfBlock);
+  m_blocks += dataElement("details" + std::to_string(m_blockCount++), packed('[' + m_block + ']'));
+  m_firstOfBlocks.add(std::to_string(m_firstOfBlock));
   m_firstOfBlock = m_count;
   m_block.clear();
 }
 
 std::string PagePairs::index() {
   flush();
-  ordered_json json;
-  json["ids"] = std::exchange(m_ids, {});
-  json["verdictNames"] = textsJson(m_verdicts.names);
-  json["verdicts"] = m_verdicts.numbers;
-  json["formatNames"] = textsJson(m_formats.names);
-  json["formats"] = m_formats.numbers;
-  json["folderNames"] = textsJson(m_folders.names);
-  json["folders"] = m_folders.numbers;
-  json["names"] = std::exchange(m_names, {});
-  json["seconds"] = std::exchange(m_microseconds, {});
-  json["places"] = std::exchange(m_places, {});
-  json["blocks"] = m_firstOfBlocks;
-  for (auto& [name, column] : json.items()) {
-    column = column.is_null() ? ordered_json::array() : column;
+  const std::pair<const char*, const Column&> columns[] = {
+      {"ids", m_ids},
+      {"verdictNames", m_verdicts.names},
+      {"verdicts", m_verdicts.numbers},
+      {"formatNames", m_formats.names},
+      {"formats", m_formats.numbers},
+      {"folderNames", m_folders.names},
+      {"folders", m_folders.numbers},
+      {"names", m_names},
+      {"microseconds", m_microseconds},
+      {"places", m_places},
+      {"blocks", m_firstOfBlocks},
+  };
+  std::string json;
+  for (const auto& [name, column] : columns) {
+    json += std::string(json.empty() ? "{" : ",") + '"' + name + "\":[" + column.values + ']';
   }
-  return json.dump();
+  return json + '}';
 }
 
 std::string dataElement(const std::string& id, const std::string& base64) {

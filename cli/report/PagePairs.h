@@ -1,10 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <unordered_map>
-#include <vector>
 
 #include "cli/record/PairRecord.h"
 
@@ -23,22 +21,30 @@ class PagePairs {
   const std::string& blocks() const { return m_blocks; }
 
  private:
+  /// The values of a column, as JSON with commas between them.
+  struct Column {
+    void add(const std::string& json) { values += (values.empty() ? "" : ",") + json; }
+
+    std::string values;
+  };
+
   /// A column of few different texts, as numbers into a list of them.
   struct NamedColumn {
     void add(const std::string& name);
 
-    std::vector<std::string> names;
+    Column names;
+    Column numbers;
     std::unordered_map<std::string, std::size_t> numberOf;
-    nlohmann::ordered_json numbers = nlohmann::ordered_json::array();
   };
 
   void flush();
 
   std::size_t m_count = 0;
   NamedColumn m_verdicts, m_formats, m_folders;
-  nlohmann::ordered_json m_ids, m_names, m_microseconds, m_places, m_firstOfBlocks;
+  Column m_ids, m_names, m_microseconds, m_places, m_firstOfBlocks;
   std::string m_block;  ///< that is being filled
   std::size_t m_firstOfBlock = 0;
+  std::size_t m_blockCount = 0;
   std::string m_blocks;
 };
 

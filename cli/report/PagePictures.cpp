@@ -10,8 +10,6 @@
 #include "cli/report/PagePairs.h"
 #include "cli/report/PdfPages.h"
 
-using nlohmann::ordered_json;
-
 namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{20} << 20;  // of all pictures in the page
@@ -19,10 +17,6 @@ constexpr std::size_t kMostDocuments = 20;  // rendering one takes a tenth of a 
 
 bool endsWith(std::string_view text, std::string_view end) {
   return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
-}
-
-void addNote(ordered_json& json, const std::string& note) {
-  json["notes"].push_back(textToJson(note));
 }
 
 }  // namespace
@@ -36,59 +30,65 @@ void PagePictures::add(std::size_t number, const PairRecord& pair, const FileRea
   }
 }
 
-std::string PagePictures::load() {
-  ordered_json json = ordered_json::object();
-  for (const Pair& pair : m_pairs) {
-    json[std::to_string(pair.number)] = describe(pair);
-  }
-  m_pairs.clear();
-  return json.dump();
+void PagePictures::Shown::note(const std::string& sentence) {
+  notes += (notes.empty() ? "" : ",") + textToJson(sentence).dump();
 }
 
-ordered_json PagePictures::describe(const Pair& pair) {
-  ordered_json json = {{"views", ordered_json::array()}, {"notes", ordered_json::array()}};
+std::string PagePictures::load() {
+  std::string json;
+  for (const Pair& pair : m_pairs) {
+    const Shown shown = describe(pair);
+    json += std::string(json.empty() ? "" : ",") + '"' + std::to_string(pair.number) +
+            "\":{\"views\":[" + shown.views + "],\"notes\":[" + shown.notes + "]}";
+  }
+  m_pairs.clear();
+  return '{' + json + '}';
+}
+
+PagePictures::Shown PagePictures::describe(const Pair& pair) {
+  Shown shown;
   std::string files[2];
   for (int side = 0; side < 2; ++side) {
     try {
       files[side] = pair.read(pair.names[side], pair.files[side]);
     } catch (const std::exception& error) {
-      addNote(json, std::string("The picture of the ") + (side == 0 ? "master" : "output") +
-                        " is not in this report: " + error.what());
-      return json;
+      shown.note(std::string("The picture of the ") + (side == 0 ? "master" : "output") +
+                 " is not in this report: " + error.what());
+      return shown;
     }
   }
   if (pair.isDocument) {
-    addPages(json, files[0], files[1]);
+    addPages(shown, files[0], files[1]);
   } else {
-    addView(json, "", files[0], files[1]);
+    addView(shown, "", files[0], files[1]);
   }
-  return json;
+  return shown;
 }
 
-void PagePictures::addView(ordered_json& json, const std::string& label, const std::string& master,
+void PagePictures::addView(Shown& shown, const std::string& label, const std::string& master,
                            const std::string& output) {
   if (m_elements.size() + (master.size() + output.size()) / 3 * 4 > kMostBytes) {
-    addNote(json, (label.empty() ? "The pictures are" : label + " is") +
-                      " not in this report, which holds " + std::to_string(kMostBytes) +
-                      " bytes of pictures at most.");
+    shown.note((label.empty() ? "The pictures are" : label + " is") +
+               " not in this report, which holds " + std::to_string(kMostBytes) +
+               " bytes of pictures at most.");
     return;
   }
-  json["views"].push_back(
-      {{"label", label}, {"master", elementOf(master)}, {"output", elementOf(output)}});
+  shown.views += (shown.views.empty() ? "" : ",");
+  shown.views += "{\"label\":\"" + label + "\",\"master\":\"" + elementOf(master) +
+                 "\",\"output\":\"" + elementOf(output) + "\"}";
 }
 
-void PagePictures::addPages(ordered_json& json, const std::string& master,
-                            const std::string& output) {
+void PagePictures::addPages(Shown& shown, const std::string& master, const std::string& output) {
   if (++m_documents > kMostDocuments) {
-    addNote(json, "Pages are shown of the first " + std::to_string(kMostDocuments) +
-                      " documents that differ.");
+    shown.note("Pages are shown of the first " + std::to_string(kMostDocuments) +
+               " documents that differ.");
     return;
   }
   const PdfPages masterPages = renderPdf(master);
   const PdfPages outputPages = renderPdf(output);
   for (const PdfPages* const pages : {&masterPages, &outputPages}) {
     if (!pages->problem.empty()) {
-      addNote(json, "Pages cannot be shown: " + pages->problem);
+      shown.note("Pages cannot be shown: " + pages->problem);
       return;
     }
   }
@@ -98,17 +98,17 @@ void PagePictures::addPages(ordered_json& json, const std::string& master,
     if (masterPages.files[i] == outputPages.files[i]) {
       ++equal;
     } else {
-      addView(json, "Page " + std::to_string(i + 1), masterPages.files[i], outputPages.files[i]);
+      addView(shown, "Page " + std::to_string(i + 1), masterPages.files[i], outputPages.files[i]);
     }
   }
   if (equal > 0) {
-    addNote(json, std::to_string(equal) + " of the pages rendered look the same.");
+    shown.note(std::to_string(equal) + " of the pages rendered look the same.");
   }
   if (masterPages.files.size() != outputPages.files.size()) {
-    addNote(json, "The master has " + std::to_string(masterPages.files.size()) +
-                      " pages, the output " + std::to_string(outputPages.files.size()) + '.');
+    shown.note("The master has " + std::to_string(masterPages.files.size()) +
+               " pages, the output " + std::to_string(outputPages.files.size()) + '.');
   } else if (masterPages.isCut || outputPages.isCut) {
-    addNote(json, "Only the first " + std::to_string(common) + " pages were rendered.");
+    shown.note("Only the first " + std::to_string(common) + " pages were rendered.");
   }
 }
 

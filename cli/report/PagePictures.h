@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -31,10 +30,18 @@ class PagePictures {
     FileReader read;
   };
 
-  nlohmann::ordered_json describe(const Pair& pair);
-  void addView(nlohmann::ordered_json& json, const std::string& label, const std::string& master,
+  /// What the page shows of a pair, as JSON with commas between the values.
+  struct Shown {
+    void note(const std::string& sentence);
+
+    std::string views;
+    std::string notes;
+  };
+
+  Shown describe(const Pair& pair);
+  void addView(Shown& shown, const std::string& label, const std::string& master,
                const std::string& output);
-  void addPages(nlohmann::ordered_json& json, const std::string& master, const std::string& output);
+  void addPages(Shown& shown, const std::string& master, const std::string& output);
   std::string elementOf(const std::string& file);
 
   std::vector<Pair> m_pairs;

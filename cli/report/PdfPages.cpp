@@ -1,5 +1,6 @@
 #include "cli/report/PdfPages.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -11,6 +12,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
+#include <new>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -31,13 +34,30 @@ struct TemporaryFolder {
     }
   }
   ~TemporaryFolder() {
-    std::error_code ignored;
-    if (!path.empty()) {
-      fs::remove_all(path, ignored);
+    try {
+      for (const std::string& name : files()) {
+        unlink(name.c_str());
+      }
+      rmdir(path.c_str());
+    } catch (const std::bad_alloc&) {  // it stays, where temporary files are
     }
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  /// The paths of all files, sorted.
+  std::vector<std::string> files() const {
+    // Not fs::directory_iterator, which ends the program when it lacks memory.
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(path.c_str()), closedir);
+    std::vector<std::string> names;
+    while (const dirent* const entry = entries ? readdir(entries.get()) : nullptr) {
+      if (entry->d_name[0] != '.') {
+        names.push_back(path + '/' + entry->d_name);
+      }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
 
   std::string path;  ///< empty when it could not be made
 };
@@ -88,24 +108,20 @@ std::string problemOf(int status) {
 
 PdfPages renderPdf(const std::string& document) {
   const TemporaryFolder folder;
+  if (folder.path.empty()) {
+    return {{}, false, "no temporary folder could be made."};
+  }
   const std::string input = folder.path + "/document.pdf";
   std::ofstream(input, std::ios::binary) << document;
   const int status = runQuietly({"timeout", "-k", "1", "20", "pdftoppm", "-png", "-r", "80", "-l",
                                  std::to_string(kMostPages), input, folder.path + "/page"});
   PdfPages pages;
-  std::vector<std::string> names;
-  std::error_code unreadable;
-  for (fs::directory_iterator entry(folder.path, unreadable), end; entry != end;
-       entry.increment(unreadable)) {
-    if (entry->path().extension() == ".png") {
-      names.push_back(entry->path().string());  // numbers are padded: names sort as pages do
+  for (const std::string& name : folder.files()) {  // numbers are padded: they sort as pages do
+    if (name != input) {
+      std::ifstream file(name, std::ios::binary);
+      pages.files.emplace_back(std::istreambuf_iterator<char>(file),
+                               std::istreambuf_iterator<char>());
     }
-  }
-  std::sort(names.begin(), names.end());
-  for (const std::string& name : names) {
-    std::ifstream file(name, std::ios::binary);
-    pages.files.emplace_back(std::istreambuf_iterator<char>(file),
-                             std::istreambuf_iterator<char>());
   }
   pages.isCut = pages.files.size() == kMostPages;
   if (status != 0 || pages.files.empty()) {

@@ -30,7 +30,7 @@ function rowsOf(index, groups) {
     folder: index.folderNames[index.folders[number]],
     format: index.formatNames[index.formats[number]],
     verdict: index.verdictNames[index.verdicts[number]],
-    seconds: index.seconds[number] / 1e6,
+    seconds: index.microseconds[number] / 1e6,
     places: index.places[number],
     groups: [],
   }));
