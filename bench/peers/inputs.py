@@ -1,12 +1,15 @@
 """Builds the inputs of the side-by-side runs, once: they stay in the build folder."""
 
+import json
 import os
 import pathlib
 import random
 import shutil
+import struct
 import subprocess
 import sys
 import time
+import zlib
 
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
 PAGE_FOLDERS = ("/usr/share/doc/postgresql-doc-*/html", "/usr/share/doc/python3*/html")
@@ -19,12 +22,14 @@ FULL = {"pages": 1500, "large_text": 64 * MIB, "small_files": 10_000, "numbers":
         "documents": 500, "large_document": 12_000_000, "reports": (1_000, 10_000, 50_000),
         "checked_file": 256 * MIB, "growth": 500_000, "script_pairs": 40,
         "night": {"pages": 3_000, "images": 200, "tables": 50},
-        "differing": {"lines": 64 * MIB, "unrelated": 10 * MIB, "words": 170_000}}
+        "differing": {"lines": 64 * MIB, "unrelated": 10 * MIB, "words": 170_000},
+        "morning": {"pages": 3_000, "images": 200, "tables": 50}}
 QUICK = {"pages": 8, "large_text": MIB // 4, "small_files": 20, "numbers": 2_000,
          "documents": 5, "large_document": 100_000, "reports": (20, 40, 60),
          "checked_file": MIB, "growth": 1_000, "script_pairs": 1,
          "night": {"pages": 30, "images": 4, "tables": 4},
-         "differing": {"lines": MIB // 4, "unrelated": MIB // 8, "words": 2_000}}
+         "differing": {"lines": MIB // 4, "unrelated": MIB // 8, "words": 2_000},
+         "morning": {"pages": 60, "images": 10, "tables": 10}}
 
 
 class Suite:
@@ -40,7 +45,7 @@ class Suite:
         self.masters /= master_folder
         self.outputs /= output_folder
         for path in (self.work, self.masters, self.outputs):
-            path.mkdir(parents=True)
+            path.mkdir(parents=True, exist_ok=True)
 
     def add(self, name, extension, master, actual):
         (self.reports / f"{name}.xml").write_text("<report/>\n")
@@ -229,6 +234,57 @@ class Inputs:
                         text[:-2] if number % 10 == 0 else text)
         return Suite(self._once("night", build)), pages + images + 2 * tables
 
+    def morning(self, differs=True):
+        """What reports are read for: real pages, of which a tenth show the same changed word in
+        their footer and 16 others a change of their own, and a few pictures and tables that
+        differ. Without `differs`, the same masters with outputs that are equal."""
+        sizes = self.sizes["morning"]
+
+        def build(folder):
+            suite = Suite(folder)
+            suite.create("", "v5DebugHTML")
+            pages = self._pages_between(20_000, 100_000)
+            every = max(sizes["pages"] // 16, 1)
+            for number in range(sizes["pages"]):
+                page = pages[number % len(pages)]
+                end = page.rfind(b"</body>")
+                releases = (b"11.1", b"11.2" if number % 10 == 3 else b"11.1")
+                master, output = (page[:end] + b"<p>Release %s of the writer</p>\n" % release +
+                                  page[end:] for release in releases)
+                if number % every == 4 and number < 16 * every:
+                    output = output.replace(b"</p>", b" note %d</p>" % number, 1)
+                suite.add(f"Page{number:05}", ".html", master, output if differs else master)
+            for number in range(sizes["images"]):
+                master, output = picture(number, False), picture(number, number % 10 == 0)
+                suite.add(f"Chart{number:05}", ".png", master, output if differs else master)
+            for kind, write in (("CSV", csv_table), ("JSON", json_table)):
+                tables = Suite(folder)
+                tables.create(kind, f"v5Debug{kind}")
+                for number in range(sizes["tables"]):
+                    master, output = write(number, False), write(number, number % 10 == 0)
+                    tables.add(f"{kind}{number:05}", f".{kind.lower()}", master,
+                               output if differs else master)
+        folder = self._once("morning" if differs else "morning-equal", build)
+        return Suite(folder), sum(sizes.values()) + sizes["tables"]
+
+    def large_pair(self):
+        """One page of a megabyte, of which one line in a hundred has changed."""
+        def build(folder):
+            suite = Suite(folder)
+            suite.create("", "v5DebugHTML")
+            lines = sized(MIB, html_lines(1)).splitlines(keepends=True)
+            changed = [line.replace(b"Revenue", b"Turnover") if number % 100 == 50 else line
+                       for number, line in enumerate(lines)]
+            suite.add("Large", ".html", b"".join(lines), b"".join(changed))
+        return Suite(self._once("large-pair", build))
+
+    def _pages_between(self, least, most):
+        """The bytes of real pages of such sizes, or of any size if there are none."""
+        texts = [file.read_bytes() for folder in self._page_folders()
+                 for file in sorted(pathlib.Path(folder).rglob("*.html"))]
+        whole = [text for text in texts if b"</body>" in text]
+        return [text for text in whole if least <= len(text) <= most] or whole
+
     def checked_file(self):
         def build(folder):
             rng = random.Random(5)
@@ -251,6 +307,38 @@ class Inputs:
                     path.write_text(text)
         return self.sizes["differing"]["lines"], pairs
 
+
+
+def picture(number, differs):
+    """A bar chart of 400 by 300 pixels as PNG."""
+    rng = random.Random(number)
+    heights = [rng.randrange(20, 280) for _ in range(20)]
+    if differs:
+        heights[7] -= 9
+    bar, paper = b"\x2b\x6c\xb0" * 20, b"\xff" * 60
+    rows = b"".join(b"\0" + b"".join(bar if 300 - y < height else paper for height in heights)
+                    for y in range(300))
+
+    def chunk(kind, data):
+        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+    header = struct.pack(">IIBBBBB", 400, 300, 8, 2, 0, 0, 0)
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", zlib.compress(rows)) +
+            chunk(b"IEND", b""))
+
+
+def csv_table(number, differs):
+    rows = [f"{row},Item {row},{(row * 37 + number) % 1000}.50\n" for row in range(200)]
+    if differs:
+        rows[17] = f"17,Item 17,{number}.75\n"
+    return ("Id,Name,Price\n" + "".join(rows)).encode()
+
+
+def json_table(number, differs):
+    rows = [{"id": row, "name": f"Item {row}", "total": (row * 37 + number) % 1000}
+            for row in range(200)]
+    if differs:
+        rows[3]["total"] = -number - 1
+    return json.dumps({"rows": rows}, indent=1).encode()
 
 
 def sized(size, lines):

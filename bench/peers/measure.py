@@ -54,6 +54,36 @@ def run(command):
     return Sample(wall, usage.ru_utime + usage.ru_stime, own_cpu, usage.ru_maxrss * 1024, text)
 
 
+def proportional_memory(pid):
+    """Bytes that a process holds, of shared pages its share; 0 for one that has ended."""
+    try:
+        with open(f"/proc/{pid}/smaps_rollup") as rollup:
+            return sum(int(line.split()[1]) * 1024 for line in rollup if line.startswith("Pss:"))
+    except OSError:
+        return 0
+
+
+def tree_of(pid):
+    """A process and all that it has started, as far as they live."""
+    try:
+        children = pathlib.Path(f"/proc/{pid}/task/{pid}/children").read_text().split()
+    except OSError:
+        children = []
+    return [pid, *(each for child in children for each in tree_of(int(child)))]
+
+
+def peak_of_tree(command):
+    """The most bytes that a command and what it starts held at a time, looked at again and again."""
+    process = subprocess.Popen([str(arg) for arg in command.argv], cwd=command.cwd,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    peak = 0
+    while process.poll() is None:
+        peak = max(peak, sum(map(proportional_memory, tree_of(process.pid))))
+    if process.returncode != command.status:
+        sys.exit(f"in {command.cwd}: {command.argv} ended with {process.returncode}")
+    return peak
+
+
 def in_turn(commands, runs):
     """Samples of each command, `runs` times one after the other, every other time backwards."""
     samples = [[] for _ in commands]

@@ -1,11 +1,12 @@
 """What is measured against what, and how fast it has to be."""
 
 import dataclasses
+import json
 import shutil
 import statistics
 
 from inputs import LAYOUT_NAMESPACE, SOURCE
-from measure import Command, in_turn, median, run
+from measure import Command, in_turn, median, peak_of_tree, run
 
 
 @dataclasses.dataclass(frozen=True)
@@ -331,8 +332,83 @@ def difference_rows(programs):
                      "size of one", 10, us=show(pairs[name]), size=size)
 
 
+@dataclasses.dataclass(frozen=True)
+class TreeMemory(Row):
+    """The most memory that a command and all that it starts hold at a time, shared pages once."""
+    us: Command = None
+    size: int = 0
+
+    def measure(self, runs):
+        peaks = [peak_of_tree(self.us) for _ in range(runs)]
+        ratios = [peak / self.size for peak in peaks]
+        return Figures(statistics.median(peaks), self.size, "B", statistics.median(ratios),
+                       min(ratios), max(ratios))
+
+
+class PageFigures:
+    """Has a browser open the reports once, whoever asks for its figures."""
+
+    def __init__(self, reports):
+        self._reports = reports
+        self._figures = None
+
+    def of(self, name):
+        if self._figures is None:
+            script = SOURCE / "bench/peers/page_figures.py"
+            command = Command(["/usr/bin/python3", script, *self._reports])
+            self._figures = json.loads(run(command).output)
+        return self._figures[name]
+
+
+@dataclasses.dataclass(frozen=True)
+class PageFigure(Row):
+    """What a browser needs for the HTML report, to the most that is allowed."""
+    figures: PageFigures = None
+    figure: str = ""
+    most: float = 0
+    unit: str = "s"
+
+    def measure(self, _runs):
+        value = self.figures.of(self.figure)
+        ratio = value / self.most
+        return Figures(value, self.most, self.unit, ratio, ratio, ratio)
+
+
+def report_rows(programs):
+    (suite, pairs), (equal, _) = programs.inputs.morning(), programs.inputs.morning(False)
+    large = programs.inputs.large_pair()
+    reports = ("--html", "report.html", "--json", "report.json")
+    formats = ("-f", "html,html-png,csv,json")
+    us = dataclasses.replace(programs.verify(suite, "-q", *formats, *reports), status=1)
+    none = programs.verify(equal, "-q", *formats, *reports)
+    run(us)
+    run(dataclasses.replace(programs.verify(large, "-q", *reports), status=1))
+    page = suite.work / "report.html"
+    differing = f"{pairs} pairs, a tenth of them different, and write HTML and JSON"
+    yield Limit("P14a", f"compare {differing}", "a limit", 1, us=us, seconds=1.5)
+    by_hand = (f"diff -ru '{suite.masters}' '{suite.outputs}/v5DebugHTML' >/dev/null; "
+               f"diff -ru '{suite.masters}/CSV' '{suite.outputs}/v5DebugCSV' >/dev/null; "
+               f"diff -ru '{suite.masters}/JSON' '{suite.outputs}/v5DebugJSON' >/dev/null; true")
+    yield Race("P14a", f"compare {differing}", "diff -ru", 5, us=us,
+               peer=Command(["sh", "-c", by_hand]))
+    yield Race("P14b", f"compare {differing}", "the same with none different", 1.2, us=us,
+               peer=none)
+    yield TreeMemory("P14c", "peak memory of that, all processes", "a limit", 1, us=us,
+                     size=250 * 10 ** 6)
+    yield SizeLimit("P14d", "the page", "a limit", 1, groups=[[page]], size=1_500_000)
+    figures = PageFigures([page, large.work / "report.html"])
+    for name, work, figure, most, unit in (
+            ("P14e", "first paint of the page in Chromium", "paint", 0.25, "s"),
+            ("P14e", "nodes of the page", "nodes", 3000, ""),
+            ("P14f", "answering a key in the page's filter", "key", 0.1, "s"),
+            ("P14g", "opening a pair of two texts of 1 MB", "open", 0.5, "s")):
+        yield PageFigure(name, work, "a limit", 1, figures=figures, figure=figure, most=most,
+                         unit=unit)
+
+
 ROWS = {"P1": html_rows, "P2": html_rows, "P3": text_rows, "P4": image_rows, "P5": number_rows,
         "P6": xml_rows, "P7": folder_rows, "P8": growth_rows, "P9": check_rows,
         "P10": memory_rows, "P11a": worker_rows, "P11b": worker_rows, "P11c": worker_rows,
         "P11d": worker_rows, "P11e": merge_rows, "P11f": merge_rows,
-        "D1": difference_rows, "D2": difference_rows, "D3": difference_rows}
+        "D1": difference_rows, "D2": difference_rows, "D3": difference_rows,
+        **dict.fromkeys(("P14a", "P14b", "P14c", "P14d", "P14e", "P14f", "P14g"), report_rows)}

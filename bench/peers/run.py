@@ -22,6 +22,8 @@ from rows import ROWS, Programs
 def shown(value, unit):
     if unit == "B":
         return f"{value / 1e6:.3g} MB"
+    if unit == "":
+        return f"{value:g}"
     return f"{value * 1e3:.1f} ms" if value < 1 else f"{value:.2f} s"
 
 

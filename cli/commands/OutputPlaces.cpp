@@ -16,14 +16,35 @@ OutputPlaces::OutputPlaces(const VerifyOptions& options) {
   if (!options.summaryFile.empty() && !SummaryFile::isStandardOutput(options.summaryFile)) {
     summary.emplace("summary", options.summaryFile);
   }
-  if (summary && harnessLog && summary->isSameFile(*harnessLog)) {
-    throw CommandError("the summary and the harness log cannot both be " + options.harnessLog);
+  for (const ReportRequest& request : options.reports) {
+    if (request.file == ReportFiles::kStandardOutput) {
+      throw CommandError(std::string("verify prints results on standard output; name a file for ") +
+                         request.kind->option);
+    }
   }
+  const bool isRecorded = !options.recordFolder.empty();
+  reports.emplace(options.reports,
+                  isRecorded ? std::vector{options.recordFolder} : std::vector<std::string>());
+  OutputPlace::requireDistinct(all());
+}
+
+std::vector<const OutputPlace*> OutputPlaces::all() const {
+  std::vector<const OutputPlace*> places;
+  for (const std::optional<OutputPlace>* place : {&summary, &harnessLog}) {
+    if (*place) {
+      places.push_back(&**place);
+    }
+  }
+  if (reports) {
+    const std::vector<const OutputPlace*> more = reports->places();
+    places.insert(places.end(), more.begin(), more.end());
+  }
+  return places;
 }
 
 void OutputPlaces::requireFree(const VerifyOptions& options, const FoundReports& found,
                                const std::vector<SelectedFormat>& formats) const {
-  if (!summary && !harnessLog) {
+  if (all().empty()) {
     return;
   }
   requireOther(options.formats.layoutData.schema, "the layout-data schema");
@@ -60,9 +81,9 @@ void OutputPlaces::requireOther(const std::string& path, const char* role) const
   if (path.empty() || stat(path.c_str(), &status) != 0) {
     return;
   }
-  for (const std::optional<OutputPlace>* place : {&summary, &harnessLog}) {
-    if (*place && (*place)->isSameFile(status)) {
-      (*place)->refuse(path + " is " + role + " of this run");
+  for (const OutputPlace* const place : all()) {
+    if (place->isSameFile(status)) {
+      place->refuse(path + " is " + role + " of this run");
     }
   }
 }

@@ -18,12 +18,15 @@ namespace {
 /// The words of a command line without those that shards of one suite, or two runs that find the
 /// same, do not share: where the program and the record lie, which shard it was, on how many cores.
 std::vector<std::string> commonWords(const std::vector<std::string>& words) {
-  static constexpr std::array<std::string_view, 4> kOwn = {"--record", "--shard", "-j", "--jobs"};
+  std::vector<std::string_view> own = {"--record", "--shard", "-j", "--jobs"};
+  for (const ReportKind& kind : reportKinds()) {
+    own.emplace_back(kind.option);
+  }
   std::vector<std::string> common = {"orvdiff"};
   for (std::size_t i = 1; i < words.size(); ++i) {
     const std::string_view word = words[i];
     const std::string_view name = word.substr(0, word.find('='));
-    if (std::find(kOwn.begin(), kOwn.end(), name) != kOwn.end()) {
+    if (std::find(own.begin(), own.end(), name) != own.end()) {
       i += name == word ? 1 : 0;  // its value is the next word
     } else if (word.substr(0, 2) != "-j") {
       common.emplace_back(word);

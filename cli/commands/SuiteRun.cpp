@@ -1,9 +1,13 @@
 #include "cli/commands/SuiteRun.h"
 
 #include <exception>
+#include <filesystem>
 #include <iostream>
+#include <utility>
 
+#include "cli/record/UnchangedFile.h"
 #include "cli/suite/PairOwners.h"
+#include "cli/system/CommandError.h"
 #include "cli/system/Interrupt.h"
 #include "cli/terminal/ErrorCause.h"
 #include "cli/terminal/Printable.h"
@@ -22,6 +26,18 @@ void sendPrinted() {
 
 std::string notCompared(std::size_t pairs, const std::string& why) {
   return countOf(pairs, "pair") + why;
+}
+
+/// Reads a file that was compared from where it lies.
+std::string readCompared(const std::string& name, const FileFacts& facts) {
+  constexpr std::uintmax_t kMost = std::uintmax_t{16} << 20;
+  std::error_code unknown;
+  if (std::filesystem::file_size(name, unknown) > kMost) {
+    throw CommandError("left out: larger than " + std::to_string(kMost) + " bytes");
+  }
+  std::optional<std::string> bytes = readUnchanged(name, facts.hash);
+  return bytes ? std::move(*bytes)
+               : throw CommandError("changed, or not readable any more, since it was compared");
 }
 
 }  // namespace
@@ -104,6 +120,9 @@ void SuiteRun::guard(bool& isBroken, const char* log, const std::function<void()
 void SuiteRun::tellLogs(const PairResult& pair) {
   if (m_logs.record != nullptr) {
     guard(m_isRecordBroken, "record", [&] { m_logs.record->add(pair.record); });
+  }
+  if (m_logs.reports != nullptr) {
+    guard(m_isReportBroken, "report", [&] { m_logs.reports->add(pair.record, readCompared); });
   }
   if (m_logs.summary == nullptr && m_logs.saver == nullptr && m_logs.harness == nullptr) {
     return;

@@ -14,6 +14,7 @@
 #include "cli/report/HarnessLog.h"
 #include "cli/report/LogAdapters.h"
 #include "cli/report/NormalizedSaver.h"
+#include "cli/report/ReportFiles.h"
 #include "cli/report/ResultPrinter.h"
 #include "cli/report/SummaryFile.h"
 #include "cli/terminal/Progress.h"
@@ -27,6 +28,7 @@ struct RunLogs {
   HarnessLog* harness = nullptr;
   RecordWriter* record = nullptr;
   Accounting* account = nullptr;
+  ReportFiles* reports = nullptr;
 };
 
 /// Verifies reports in worker processes, and tells of their pairs in the order of the reports.
@@ -76,4 +78,5 @@ class SuiteRun : private PoolWork {
   bool m_isHarnessBroken = false;
   bool m_isSaverBroken = false;
   bool m_isRecordBroken = false;
+  bool m_isReportBroken = false;
 };

@@ -56,16 +56,16 @@ void finishFiles(std::optional<SummaryFile>& summary, std::optional<HarnessLog>&
   }
 }
 
-/// Closes the record, which a run that was stopped leaves incomplete.
-void finishRecord(RecordWriter& record, RunRecord header, const RunTotals& totals,
-                  std::vector<std::string>& problems) {
-  header.end = timeStamp();
-  header.unverified = totals.unverified;
-  header.findings = totals.findings;
-  header.notes = problems;
-  header.status = exitStatusOf(totals, problems);
-  header.complete = !totals.interrupted && totals.incomplete.empty();
-  finishOrSayWhy([&] { record.finish(header); }, problems);
+/// What a record and reports say of a run at its end. One that was stopped stays incomplete.
+RunRecord endedRun(RunRecord run, const RunTotals& totals,
+                   const std::vector<std::string>& problems) {
+  run.end = timeStamp();
+  run.unverified = totals.unverified;
+  run.findings = totals.findings;
+  run.notes = problems;
+  run.status = exitStatusOf(totals, problems);
+  run.complete = !totals.interrupted && totals.incomplete.empty();
+  return run;
 }
 
 std::optional<NewerThan> newerThanOf(const VerifyOptions& options) {
@@ -83,7 +83,8 @@ PoolLimits limitsOf(const VerifyOptions& options) {
 std::optional<DiffOptions> differencesFor(const VerifyOptions& options) {
   constexpr std::size_t kLeastRecorded = 20;
   constexpr std::size_t kMostBytes = 64 * 1024;
-  if (options.verbosity == Verbosity::Quiet && options.recordFolder.empty()) {
+  if (options.verbosity == Verbosity::Quiet && options.recordFolder.empty() &&
+      options.reports.empty()) {
     return std::nullopt;
   }
   const std::size_t asked = options.differences.maxHunks;
@@ -116,6 +117,7 @@ ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerT
   if (!options.summaryFile.empty()) {
     summary.emplace(places.summary ? &*places.summary : nullptr);
   }
+  places.reports->clear();
   std::optional<RecordWriter> record;
   const RunRecord header = startedRun(options, plan);
   if (!options.recordFolder.empty()) {
@@ -133,10 +135,10 @@ ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerT
   if (harnessLog) {
     harnessLog->start();
   }
-  SuiteRun suiteRun(
-      plan.reports, verifier, printer,
-      {summary ? &*summary : nullptr, options.saveNormalized ? &saver : nullptr,
-       harnessLog ? &*harnessLog : nullptr, record ? &*record : nullptr, &accounting});
+  SuiteRun suiteRun(plan.reports, verifier, printer,
+                    {summary ? &*summary : nullptr, options.saveNormalized ? &saver : nullptr,
+                     harnessLog ? &*harnessLog : nullptr, record ? &*record : nullptr, &accounting,
+                     places.reports->isEmpty() ? nullptr : &*places.reports});
   suiteRun.verify(limitsOf(options), options.verbosity != Verbosity::Quiet && canShowProgress());
   RunTotals& totals = suiteRun.totals();
   totals.emptyLocations = plan.found.emptyLocations;
@@ -151,9 +153,12 @@ ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerT
     problems.push_back(strictly);
   }
   finishFiles(summary, harnessLog, suiteRun, totals.interrupted, problems);
+  const RunRecord ended = endedRun(header, totals, problems);
   if (record) {
-    finishRecord(*record, header, totals, problems);
+    finishOrSayWhy([&] { record->finish(ended); }, problems);
   }
+  const std::vector<std::string> unwritten = places.reports->finish(ended);
+  problems.insert(problems.end(), unwritten.begin(), unwritten.end());
   printClosingSummary(totals, problems, options.verbosity, palette);
   printHint(totals);
   return exitStatusOf(totals, problems);

@@ -1,6 +1,7 @@
 #include "cli/commands/VerifyOptions.h"
 
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/ReportOptions.h"
 #include "cli/commands/SelectionOptions.h"
 #include "cli/commands/Verb.h"
 
@@ -98,5 +99,6 @@ void addVerify(CLI::App& app, Performer& chosen) {
   addWorkers(verb, verify);
   addRecord(verb, verify);
   addMaskLimits(verb, verify.maskLimits);
+  addReportOptions(verb, verify.reports);
   addLayoutData(verb, verify.formats.layoutData);
 }

@@ -7,6 +7,7 @@
 
 #include "cli/commands/Options.h"
 #include "cli/diff/OutsizedMasks.h"
+#include "cli/report/ReportKinds.h"
 #include "cli/suite/FormatSelection.h"
 #include "orvdiff/harness/MOXTestHarness.h"
 
@@ -22,6 +23,7 @@ struct VerifyOptions : CommonOptions {
   std::uint64_t memoryMegabytes = 0;        ///< of a worker; 0: no limit
   std::string shard;                        ///< "2/5"; empty: everything
   std::string recordFolder;                 ///< empty: none
+  std::vector<ReportRequest> reports;
   std::string failedRecord;  ///< folder of the record to verify what failed again of; empty: none
   std::string newerThan;     ///< what outputs must not be older than; empty: they may be
   std::string strict;        ///< kinds of findings that are trouble; empty: none

@@ -98,7 +98,8 @@ bool isBlockEnd(std::string_view text, std::size_t place, std::size_t length) {
   if (next == '<' && before == '>') {
     return true;
   }
-  const bool isBetweenWords = (isBlank(before) || before == ',' || before == ';') && !isBlank(next);
+  const bool endsItem = before == ';' || (before == ',' && !isDigit(next));  // not 1,250.00
+  const bool isBetweenWords = (isBlank(before) || endsItem) && !isBlank(next);
   if (isBetweenWords && hashBefore(text, place) % 4 == 0) {
     return true;
   }

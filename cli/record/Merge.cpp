@@ -1,143 +1,18 @@
 #include "cli/record/Merge.h"
 
-#include <algorithm>
-#include <memory>
-#include <optional>
-#include <queue>
 #include <utility>
 
+#include "cli/record/JoinedRecords.h"
 #include "cli/record/RecordFolder.h"
-#include "cli/record/RecordReader.h"
-#include "cli/system/CommandError.h"
-#include "cli/system/ExitStatus.h"
-
-namespace {
-
-/// A record that is being merged, and its next pair.
-struct Source {
-  explicit Source(const std::string& folder) : reader(folder), pair(reader.next()) {}
-
-  RecordReader reader;
-  std::optional<PairRecord> pair;
-};
-
-using Sources = std::vector<std::unique_ptr<Source>>;
-
-std::string listed(const std::vector<std::uint32_t>& numbers) {
-  std::string text;
-  for (const std::uint32_t number : numbers) {
-    text += (text.empty() ? "" : ", ") + std::to_string(number);
-  }
-  return text;
-}
-
-void requireSame(const Source& one, const Source& other) {
-  const RunRecord& a = one.reader.run();
-  const RunRecord& b = other.reader.run();
-  const char* const difference = a.program != b.program             ? "versions of orvdiff"
-                                 : a.shards.count != b.shards.count ? "numbers of shards"
-                                 : a.suite != b.suite               ? "suites, formats or options"
-                                                                    : nullptr;
-  if (difference != nullptr) {
-    throw CommandError(one.reader.folder() + " and " + other.reader.folder() +
-                       " cannot be merged: they are of different " + difference);
-  }
-}
-
-/// Takes the shards of `run` out of `missing`.
-void cover(std::vector<std::uint32_t>& missing, const RecordReader& record) {
-  for (const std::uint32_t index : record.run().shards.indices) {
-    const auto found = std::find(missing.begin(), missing.end(), index);
-    if (found == missing.end()) {
-      throw CommandError("shard " + std::to_string(index) + " is there twice: again in " +
-                         record.folder());
-    }
-    missing.erase(found);
-  }
-}
-
-/// What the merged run is, pairs aside.
-RunRecord joinRuns(const Sources& sources, bool mustBeWhole) {
-  RunRecord merged = sources.front()->reader.run();
-  std::vector<std::uint32_t> missing(merged.shards.count);
-  for (std::uint32_t i = 0; i < merged.shards.count; ++i) {
-    missing[i] = i + 1;
-  }
-  const std::vector<std::uint32_t> all = missing;
-  merged.reports = 0;
-  merged.unverified.clear();
-  FindingTally findings;  // every shard accounts for its own reports, so nothing is there twice
-  merged.notes.clear();
-  merged.status = kExitPassed;
-  for (const auto& source : sources) {
-    const RunRecord& run = source->reader.run();
-    requireSame(*sources.front(), *source);
-    cover(missing, source->reader);
-    merged.start = std::min(merged.start, run.start);
-    merged.end = std::max(merged.end, run.end);
-    merged.complete = merged.complete && run.complete;
-    merged.reports += run.reports;
-    // A run that was killed has not written how it ended, and never a pass.
-    const int leastStatus = run.complete ? kExitPassed : kExitTrouble;
-    merged.status = std::max({merged.status, run.status, leastStatus});
-    merged.unverified.insert(merged.unverified.end(), run.unverified.begin(), run.unverified.end());
-    merged.notes.insert(merged.notes.end(), run.notes.begin(), run.notes.end());
-    for (const FindingTotal& total : run.findings) {
-      findings.add(total);
-    }
-  }
-  if (mustBeWhole && !missing.empty()) {
-    throw CommandError("of " + std::to_string(merged.shards.count) +
-                       " shards these are missing: " + listed(missing));
-  }
-  merged.findings = findings.totals();
-  std::sort(merged.unverified.begin(), merged.unverified.end());
-  std::sort(merged.notes.begin(), merged.notes.end());
-  merged.notes.erase(std::unique(merged.notes.begin(), merged.notes.end()), merged.notes.end());
-  merged.shards.indices.clear();
-  std::set_difference(all.begin(), all.end(), missing.begin(), missing.end(),
-                      std::back_inserter(merged.shards.indices));
-  if (missing.empty()) {
-    merged.shards = {};
-  }
-  if (missing.empty() && merged.unverified.size() == merged.reports && !merged.mayBeEmpty) {
-    merged.notes.emplace_back("nothing to verify (use --allow-none to accept this)");
-    merged.status = std::max<int>(merged.status, kExitTrouble);  // no shard alone can tell
-  }
-  return merged;
-}
-
-}  // namespace
 
 RunRecord mergeRecords(const std::vector<std::string>& folders, const std::string& target,
                        const EvidenceLimits& limits, bool mustBeWhole) {
-  Sources sources;
-  for (const std::string& folder : folders) {
-    sources.push_back(std::make_unique<Source>(folder));
-  }
-  RunRecord merged = joinRuns(sources, mustBeWhole);
-  RunRecord unfinished = merged;
+  JoinedRecords records(folders, mustBeWhole);
+  RunRecord unfinished = records.run();
   unfinished.complete = false;
   RecordWriter writer(target, unfinished, limits);
-  // Runs verify reports in the order of their paths, and a report is in one shard only.
-  const auto isLater = [](const Source* a, const Source* b) {
-    return a->pair->report > b->pair->report;
-  };
-  std::priority_queue<Source*, std::vector<Source*>, decltype(isLater)> queue(isLater);
-  const auto enqueue = [&queue](Source& source) {
-    if (source.pair) {
-      queue.push(&source);
-    }
-  };
-  for (const auto& source : sources) {
-    enqueue(*source);
+  while (auto pair = records.next()) {
+    writer.add(std::move(pair->record), pair->source.folder() + '/' + kEvidenceFolder);
   }
-  while (!queue.empty()) {
-    Source& first = *queue.top();
-    queue.pop();
-    writer.add(std::move(*first.pair), first.reader.folder() + '/' + kEvidenceFolder);
-    first.pair = first.reader.next();
-    enqueue(first);
-  }
-  return writer.finish(merged);
+  return writer.finish(records.run());
 }

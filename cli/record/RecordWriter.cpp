@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <string_view>
 #include <system_error>
@@ -17,6 +16,7 @@
 #include "cli/record/ContentHash.h"
 #include "cli/record/PairJson.h"
 #include "cli/record/RecordFolder.h"
+#include "cli/record/UnchangedFile.h"
 #include "cli/system/CommandError.h"
 #include "orvdiff/platform/OrvWholeFile.h"
 
@@ -25,19 +25,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kKept = "kept";
-
-/// The bytes of a regular file; nothing when they cannot all be read.
-std::optional<std::string> readBytes(const std::string& path) try {
-  std::error_code unknown;
-  if (!fs::is_regular_file(path, unknown)) {
-    return std::nullopt;
-  }
-  std::ifstream file(path, std::ios::binary);
-  std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  return file.is_open() ? std::optional(std::move(bytes)) : std::nullopt;
-} catch (const std::ios_base::failure&) {  // a stream's buffer raises it whatever the stream says
-  return std::nullopt;
-}
 
 [[noreturn]] void raise(const std::string& folder, const std::string& reason) {
   throw CommandError("the record " + folder + " cannot be written: " + reason);
@@ -133,8 +120,8 @@ std::string RecordWriter::keep(const std::string& file, const FileFacts& facts,
     return "left out: the record holds " + std::to_string(m_limits.total) + " bytes at most";
   }
   const std::optional<std::string> bytes =
-      readBytes(folder.empty() ? file : folder + '/' + facts.hash);
-  if (!bytes || contentHash(*bytes) != facts.hash) {
+      readUnchanged(folder.empty() ? file : folder + '/' + facts.hash, facts.hash);
+  if (!bytes) {
     return "left out: changed, or not readable any more, since it was compared";
   }
   const std::string path = m_folder + '/' + kEvidenceFolder + '/' + facts.hash;

@@ -110,6 +110,17 @@ bool OutputPlace::isSameFile(const struct stat& other) const {
          m_status.st_ino == other.st_ino;
 }
 
+void OutputPlace::requireDistinct(const std::vector<const OutputPlace*>& places) {
+  for (auto one = places.begin(); one != places.end(); ++one) {
+    for (auto other = places.begin(); other != one; ++other) {
+      if ((*one)->isSameFile(**other)) {
+        throw CommandError(std::string("the ") + (*other)->m_what + " and the " + (*one)->m_what +
+                           " cannot both be " + (*one)->m_name);
+      }
+    }
+  }
+}
+
 void OutputPlace::refuse(const std::string& reason) const {
   throw CommandError(std::string("the ") + m_what + ' ' + m_name + " cannot be written: " + reason);
 }

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// An output file that the user named. Follows links, as the shell's ">" does. Create it before
 /// searching for reports, so that a file that cannot be written is reported at once.
@@ -37,6 +38,9 @@ class OutputPlace {
   /// Whether this is the file that `other` describes. Never true of devices, which may be shared.
   bool isSameFile(const struct stat& other) const;
   bool isSameFile(const OutputPlace& other) const { return isSameFile(other.m_status); }
+
+  /// Raises a `CommandError` that names two of the `places` if they are the same file.
+  static void requireDistinct(const std::vector<const OutputPlace*>& places);
 
   /// Raises a `CommandError` that says why the file cannot be written.
   [[noreturn]] void refuse(const std::string& reason) const;

@@ -133,6 +133,19 @@ TEST(TextDiff, EditsAndHunksLeaveOutOnlyWhatIsEqual) {
   }
 }
 
+TEST(TextDiff, LongLinesAreNotCutInNumbers) {
+  std::string a;
+  std::string b;
+  for (int i = 1000; i < 3000; ++i) {
+    const std::string name = "/x" + std::to_string(i * i) + "=7";
+    a += name + ",250.00; ";
+    b += name + (i % 50 == 0 ? ",260.00; " : ",250.00; ");
+  }
+  for (const TextEdit& edit : compareTexts(a, b).edits) {
+    EXPECT_EQ(a.substr(edit.beginA, edit.endA - edit.beginA), "7,250.00");
+  }
+}
+
 TEST(TextDiff, WorkAndEditsStayBoundedForAnyText) {
   const std::string blanks(1 << 22, '\n');  // a token each, were they not joined
   const std::string oneWord(1 << 21, 'x');  // no place to cut

@@ -1,0 +1,22 @@
+#include "cli/report/ReportKinds.h"
+
+#include "cli/report/HtmlReport.h"
+#include "cli/report/JsonReport.h"
+
+namespace {
+
+template <typename Renderer>
+std::unique_ptr<ReportRenderer> make() {
+  return std::make_unique<Renderer>();
+}
+
+}  // namespace
+
+const std::vector<ReportKind>& reportKinds() {
+  static const std::vector<ReportKind> kinds = {
+      {"--html", "HTML report", "Write the run to FILE as a page for browsers", make<HtmlReport>},
+      {"--json", "JSON report", "Write the run, its groups and its pairs to FILE as JSON",
+       make<JsonReport>},
+  };
+  return kinds;
+}

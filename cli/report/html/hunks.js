@@ -1,0 +1,241 @@
+import { el } from "./dom.js";
+import { countOf, decodeText, grouped } from "./text.js";
+
+// Hunks as tables: unified, or master and output side by side.
+
+const INVISIBLE = /[\t\u00a0]|^ +$| +$/g;
+const STAND_INS = { "\t": "→\t", "\u00a0": "\\u{00A0}" };
+
+/** Changed text, in which blanks show where they may be all that changed. */
+function changedText(text) {
+  const parts = [];
+  let from = 0;
+  for (const match of text.matchAll(INVISIBLE)) {
+    const standIn = STAND_INS[match[0]] ?? "·".repeat(match[0].length);
+    parts.push(text.slice(from, match.index), el("span.escape", {}, standIn));
+    from = match.index + match[0].length;
+  }
+  parts.push(text.slice(from));
+  return parts;
+}
+
+function spanNode(span, lineKind) {
+  const text = decodeText(span.text);
+  if (span.kind === "changed") {
+    return el(lineKind === "removed" ? "del" : "ins", {}, changedText(text));
+  }
+  if (span.kind === "masked") {
+    const rule = span.rule || "a rule";
+    return el(
+      "span.masked",
+      { title: `not compared: ${rule}` },
+      el("span.text", {}, text),
+      el("span.rule", {}, `⟨${rule}⟩`),
+    );
+  }
+  return text;
+}
+
+function lineText(line) {
+  return [
+    line.cutBefore ? el("span.cut", { title: "The line has more before this" }, "…") : null,
+    ...line.spans.map((span) => spanNode(span, line.kind)),
+    line.cutAfter ? el("span.cut", { title: "The line goes on" }, "…") : null,
+  ];
+}
+
+const SIGNS = { context: "", removed: "−", added: "+" };
+
+function numberCell(number) {
+  return el("td.number", {}, number ? String(number) : "");
+}
+
+function textCell(line, columns = 1) {
+  return el(
+    `td.line.${line.kind}`,
+    columns > 1 ? { colspan: columns } : {},
+    el("span.sign", {}, SIGNS[line.kind]),
+    el("span.code", {}, lineText(line)),
+  );
+}
+
+function omittedRow(line, columns) {
+  return line.omitted
+    ? [
+        el(
+          "tr.fold",
+          {},
+          el("td", { colspan: columns }, `… ${countOf(line.omitted, `more ${line.kind} line`)}`),
+        ),
+      ]
+    : [];
+}
+
+function unifiedRows(lines) {
+  return lines.flatMap((line) => [
+    el("tr", {}, numberCell(line.masterLine), numberCell(line.outputLine), textCell(line)),
+    ...omittedRow(line, 3),
+  ]);
+}
+
+const NO_CELLS = () => [numberCell(0), el("td.line.absent", {})];
+
+/** Removed lines stand beside the added ones that follow them. */
+function splitRows(lines) {
+  const rows = [];
+  for (let i = 0; i < lines.length;) {
+    if (lines[i].kind === "context") {
+      const line = lines[i++];
+      rows.push(
+        el(
+          "tr",
+          {},
+          numberCell(line.masterLine),
+          textCell(line),
+          numberCell(line.outputLine),
+          textCell(line),
+        ),
+      );
+      continue;
+    }
+    const changed = [];
+    while (i < lines.length && lines[i].kind !== "context") {
+      changed.push(lines[i++]);
+    }
+    const removed = changed.filter((line) => line.kind === "removed");
+    const added = changed.filter((line) => line.kind === "added");
+    for (let k = 0; k < Math.max(removed.length, added.length); ++k) {
+      const left = removed[k] ? [numberCell(removed[k].masterLine), textCell(removed[k])] : NO_CELLS();
+      const right = added[k] ? [numberCell(added[k].outputLine), textCell(added[k])] : NO_CELLS();
+      rows.push(el("tr", {}, left, right));
+    }
+    rows.push(...changed.flatMap((line) => omittedRow(line, 4)));
+  }
+  return rows;
+}
+
+function firstLine(hunk) {
+  return hunk.lines.find((line) => line.masterLine)?.masterLine;
+}
+
+function lastLine(hunk) {
+  return hunk.lines.findLast((line) => line.masterLine)?.masterLine;
+}
+
+/** What stands between two hunks, or before the first: unchanged lines, as far as is known. */
+function foldText(before, hunk) {
+  const from = before ? lastLine(before) : 0;
+  const count = from === undefined ? 0 : firstLine(hunk) - from - 1;
+  return count > 0 ? `${countOf(count, "line")} without a difference` : null;
+}
+
+function textTable(hunks, isSplit) {
+  const columns = isSplit ? 4 : 3;
+  const table = el(`table.hunks.${isSplit ? "split" : "unified"}`, {});
+  const heads = isSplit ? ["", "Master", "", "Output"] : ["Master", "Output", ""];
+  table.append(
+    el(
+      "thead",
+      {},
+      el(
+        "tr",
+        {},
+        heads.map((text) => (text ? el("th", { scope: "col" }, text) : el("td", {}))),
+      ),
+    ),
+  );
+  hunks.forEach((hunk, index) => {
+    const fold = hunk.place ? null : foldText(hunks[index - 1], hunk);
+    const heading = hunk.place ? decodeText(hunk.place) : fold;
+    table.append(
+      el(
+        "tbody",
+        {},
+        heading
+          ? el(`tr.${hunk.place ? "place" : "fold"}`, {}, el("td", { colspan: columns }, heading))
+          : null,
+        isSplit ? splitRows(hunk.lines) : unifiedRows(hunk.lines),
+      ),
+    );
+  });
+  return el("div.scroll", { tabindex: 0, role: "group", "aria-label": "Differences, line by line" }, table);
+}
+
+/** Whether a hunk is one value at a place that it names, in master, output or both. */
+function isValue(hunk) {
+  const count = (kind) => hunk.lines.filter((line) => line.kind === kind).length;
+  return hunk.place !== "" && count("context") === 0 && count("removed") <= 1 && count("added") <= 1;
+}
+
+function valueCell(hunk, kind) {
+  const line = hunk.lines.find((each) => each.kind === kind);
+  return line
+    ? el(`td.value.${kind}`, {}, el("span.sign", {}, SIGNS[kind]), el("span.code", {}, lineText(line)))
+    : el("td.value.absent", {}, "absent");
+}
+
+/** Values by place: cells of a table, members of a document. Cells of one row stand together. */
+function valueTable(hunks) {
+  let lastRow = null;
+  const rows = hunks.map((hunk) => {
+    const place = decodeText(hunk.place);
+    const cell = place.match(/^(row \d[^,]*), (.*)$/s);
+    const isSameRow = cell !== null && cell[1] === lastRow;
+    lastRow = cell?.[1] ?? null;
+    const where =
+      cell === null
+        ? place
+        : [
+            el("span.row", isSameRow ? { class: "row again" } : {}, cell[1]),
+            " ",
+            el("strong", {}, cell[2]),
+          ];
+    return el(
+      "tr",
+      {},
+      el("th", { scope: "row" }, where),
+      valueCell(hunk, "removed"),
+      valueCell(hunk, "added"),
+    );
+  });
+  const head = el(
+    "tr",
+    {},
+    ["Where", "Master", "Output"].map((text) => el("th", { scope: "col" }, text)),
+  );
+  return el(
+    "div.scroll",
+    { tabindex: 0, role: "group", "aria-label": "Differences, by place" },
+    el("table.values", {}, el("thead", {}, head), el("tbody", {}, rows)),
+  );
+}
+
+/** How hunks look: values by their place, everything else line by line. */
+export function hunkView(hunks, isSplit) {
+  const views = [];
+  for (let i = 0; i < hunks.length;) {
+    const isTable = isValue(hunks[i]);
+    const run = [];
+    while (i < hunks.length && isValue(hunks[i]) === isTable) {
+      run.push(hunks[i++]);
+    }
+    views.push(isTable ? valueTable(run) : textTable(run, isSplit));
+  }
+  return el("div.difference", {}, views);
+}
+
+/** The rules that mask stretches of these hunks, with how often: [[rule, count]]. */
+export function maskCounts(hunks) {
+  const counts = new Map();
+  for (const span of hunks.flatMap((hunk) => hunk.lines.flatMap((line) => line.spans))) {
+    if (span.kind === "masked") {
+      counts.set(span.rule, (counts.get(span.rule) ?? 0) + 1);
+    }
+  }
+  return [...counts];
+}
+
+export function hiddenHunks(difference) {
+  const left = difference.hunkCount - difference.hunks.length;
+  return left > 0 ? `${grouped(left)} more places differ` : null;
+}
