@@ -93,7 +93,7 @@ class WorkerPool::Impl {
       if (m_workers.empty()) {
         startAgain();
       }
-      waitForWorkers();
+      waitForWorkers(isStopWanted);
       killOverdue();
     }
     return true;
@@ -169,7 +169,7 @@ class WorkerPool::Impl {
     }
   }
 
-  void waitForWorkers() {
+  void waitForWorkers(const std::function<bool()>& isStopWanted) {
     std::vector<pollfd> waiting;
     std::vector<std::list<Worker>::iterator> readers;
     const std::uint32_t neededOwner = m_order.heldBack() > kHeldBackLimit
@@ -188,7 +188,7 @@ class WorkerPool::Impl {
     if (ready < 0 && errno != EINTR) {
       raise("cannot wait for worker processes");
     }
-    if (ready <= 0) {
+    if (ready <= 0 || isStopWanted()) {  // what comes after a Ctrl-C may be due to it
       return;
     }
     for (std::size_t i = 0; i < waiting.size(); ++i) {
