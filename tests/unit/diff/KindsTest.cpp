@@ -222,12 +222,14 @@ TEST(Kinds, WhatIsKnownWithoutComparing) {
   for (const char* const name : {"out/Sales_1.csv", "out/revenue.CSV", "out/Sales_3.csv"}) {
     TestFolder::write(name, "");
   }
+  std::filesystem::create_symlink("nowhere", "out/dangling");
   const std::pair<const char*, const char*> kMissing[] = {
       {"out/Sales_2.csv", "[the nearest names in out] -{Sales_2.csv} Sales_1.csv Sales_3.csv "},
       {"out/Revenue.csv", "[differs only in case from a name in out] -{Revenue.csv} revenue.CSV "},
       {"ouT/x/Revenue.csv",
        "(the folder ouT does not exist) [differs only in case from a name in the working folder] "
        "-{ouT} out "},
+      {"out/dangling", "[nothing in out has a name like it] -{dangling} "},
       {"out/x.html", "[nothing in out has a name like it] -{x.html} "}};
   for (const auto& [name, expected] : kMissing) {
     EXPECT_EQ(describe("csv", "", name, Verdict::Missing), expected);
