@@ -33,7 +33,7 @@ RunPlan planFailed(const VerifyOptions& options) {
                       ", those that did not pass in the run of " + record.run().start;
   if (!record.run().complete) {
     plan.uncompared.push_back("the run of " + options.failedRecord +
-                              " did not come to its end; what it had not compared is still not");
+                              " did not come to its end; what it left out is left out here, too");
   }
   return plan;
 }

@@ -133,7 +133,7 @@ class Content(RecordsTest):
         path = self.work / "r/run.json"
         path.write_text(path.read_text().replace('"complete": true', '"complete": false'))
         self.expect(self.verify("--failed", "r", locations=()), 2,
-                    err="orvdiff: the run of r did not come to its end; ...")
+                    err="work/r did not come to its end; ...")
 
     def test_failed_takes_all_pairs_where_none_could_be_listed(self):
         self.suite(4)
