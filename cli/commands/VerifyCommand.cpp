@@ -47,7 +47,7 @@ PoolLimits limitsOf(const VerifyOptions& options) {
 /// What workers find out of each difference: more than is printed, for the record's readers.
 std::optional<DiffOptions> differencesFor(const VerifyOptions& options) {
   constexpr std::size_t kLeastRecorded = 20;
-  constexpr std::size_t kMostBytes = 64 * 1024;
+  constexpr std::size_t kMostBytes = std::size_t{64} * 1024;
   if (options.verbosity == Verbosity::Quiet && options.recordFolder.empty()) {
     return std::nullopt;
   }
