@@ -21,7 +21,7 @@ void enterFolder(const std::string& folder) {
     std::filesystem::current_path(folder, error);
   }
   if (error) {
-    throw CommandError(folder + ": " + error.message());
+    throw CommandError("-C " + folder + ": " + error.message());
   }
 }
 

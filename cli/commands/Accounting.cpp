@@ -38,12 +38,12 @@ std::set<FindingKind> Accounting::strictKinds(const std::string& keys) {
   std::istringstream words(keys);
   for (std::string word; std::getline(words, word, ',');) {
     if (word == "all") {
-      kinds.insert(allFindingKinds().begin(), allFindingKinds().end());
-    } else if (const auto kind = kindFor(word)) {
+      kinds.insert(kindsOfRuns().begin(), kindsOfRuns().end());
+    } else if (const auto kind = kindFor(word); kind && *kind < FindingKind::Unreadable) {
       kinds.insert(*kind);
     } else {
       std::string known = "all";
-      for (const FindingKind each : allFindingKinds()) {
+      for (const FindingKind each : kindsOfRuns()) {
         known += ", " + std::string(keyOf(each));
       }
       throw CommandError("--strict=" + word + " is none of: " + known);

@@ -152,7 +152,7 @@ ExitStatus run(const AuditOptions& given) {
     fixes->write(fixList(result.findings));
   }
   const std::uint64_t faults = result.faults();
-  if (!options.asJson) {
+  if (!options.asJson && result.reports > 0) {
     std::cout << (faults == 0 ? "Clean. " : countOf(faults, "finding") + ". ")
               << countOf(result.reports, "report") << ", " << countOf(result.masters, "master")
               << '\n';

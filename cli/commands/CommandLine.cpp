@@ -80,7 +80,11 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& r
         app.get_subcommands().empty() &&
         mistake.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
     const std::string what = lacksCommand ? "a command is required" : mistake.what();
-    std::cerr << "orvdiff: " << printable(what) << "\nTry \"orvdiff --help\".\n";
+    std::string command = "orvdiff";
+    for (const CLI::App* const given : app.get_subcommands()) {
+      command += ' ' + given->get_name();
+    }
+    std::cerr << "orvdiff: " << printable(what) << "\nTry \"" << command << " --help\".\n";
     return kExitTrouble;
   }
   result.workingFolder = values.workingFolder;

@@ -35,11 +35,20 @@ struct MappedFile {
   OrvOriginMap map;
 };
 
-MappedFile readFile(const std::string& name, const OrvPatternList& patterns, Verbosity verbosity) {
-  OrvFileHandle file(name.c_str(), "r");
+void requireOpen(const OrvFileHandle& file, const std::string& name) {
   if (file == nullptr) {
     throw CommandError(name + " " + missingReason(name));
   }
+}
+
+/// A mistyped name is an error even if nothing is read.
+void requireReadable(const std::string& name) {
+  requireOpen(OrvFileHandle(name.c_str(), "r"), name);
+}
+
+MappedFile readFile(const std::string& name, const OrvPatternList& patterns, Verbosity verbosity) {
+  OrvFileHandle file(name.c_str(), "r");
+  requireOpen(file, name);
   InputText input = readText(name, file, verbosity);
   if (input.containsNul) {
     std::cerr << "orvdiff: " << printable(name)
@@ -129,7 +138,9 @@ void explainFile(const ExplainOptions& options, const OrvPatternList& patterns) 
               describeLongest(map, longest[i]));
   }
   if (options.verbosity != Verbosity::Quiet) {
-    table.print();
+    if (idle.size() < longest.size()) {
+      table.print();
+    }
     printIdle(idle, options.verbosity);
   }
   std::cout << "Masked: " << maskedSum(map) << '\n';
@@ -152,7 +163,9 @@ void printRules(const OrvOriginMap& master, const OrvOriginMap& actual,
                std::to_string(right.matches), std::to_string(right.maskedBytes),
                std::to_string(hidden.countOf(i))});
   }
-  table.print();
+  if (idle.size() < master.rules().size()) {
+    table.print();
+  }
   printIdle(idle, verbosity);
 }
 
@@ -187,6 +200,10 @@ ExitStatus run(const ExplainOptions& options) {
   const auto engine = createPairEngine(format);
   const OrvPatternList* const patterns = engine->getCleansingPatterns();
   if (patterns == nullptr) {
+    requireReadable(options.master);
+    if (!options.actual.empty()) {
+      requireReadable(options.actual);
+    }
     std::cout << "Nothing is masked: no rule applies to format " << options.format
               << ", which is compared by " << format.comparison << ".\n";
   } else if (options.actual.empty()) {
@@ -206,6 +223,7 @@ void addExplain(CLI::App& app, Performer& chosen) {
   addFormat(verb, options.format);
   verb.add_option("FILE", options.master, "The file to explain, or the master of a pair")
       ->required()
+      ->check(notEmpty())
       ->type_name("");
   verb.add_option("ACTUAL", options.actual, "The actual output of the pair")
       ->check(notEmpty())

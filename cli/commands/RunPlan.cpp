@@ -8,7 +8,6 @@
 #include "cli/suite/PairOwners.h"
 #include "cli/suite/Shard.h"
 #include "cli/system/CommandError.h"
-#include "cli/workers/PairVerifier.h"
 
 namespace {
 
@@ -18,20 +17,24 @@ RunPlan planFailed(const VerifyOptions& options) {
   RunPlan plan;
   plan.onlyPairs.emplace();
   std::size_t pairs = 0;
-  std::size_t wanted = 0;
   while (const auto pair = record.next()) {
     ++pairs;
     if (pair->verdict != Verdict::Passed) {
-      ++wanted;
-      (*plan.onlyPairs)[{pair->report, pair->format}].push_back({pair->master, pair->output});
+      ++plan.onlyCount;
+      (*plan.onlyPairs)[{pair->report, pair->format, pair->subFolder}].push_back(
+          {pair->master, pair->output});
       plan.reports.push_back(pair->report);
     }
   }
   std::sort(plan.reports.begin(), plan.reports.end());
   plan.reports.erase(std::unique(plan.reports.begin(), plan.reports.end()), plan.reports.end());
   plan.found.reports = plan.found.pathsInLocation = plan.reports;
-  plan.announcement = std::to_string(wanted) + " of " + countOf(pairs, "pair") +
+  plan.announcement = std::to_string(plan.onlyCount) + " of " + countOf(pairs, "pair") +
                       ", those that did not pass in the run of " + record.run().start;
+  if (!record.run().complete) {
+    plan.uncompared.push_back("the run of " + options.failedRecord +
+                              " did not come to its end; what it left out is left out here, too");
+  }
   return plan;
 }
 

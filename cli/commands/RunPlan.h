@@ -7,7 +7,7 @@
 
 #include "cli/commands/VerifyOptions.h"
 #include "cli/suite/ReportFinder.h"
-#include "cli/workers/PairVerifier.h"
+#include "cli/workers/WantedPairs.h"
 
 /// What a run is to verify: everything at its locations, one share of that, or what did not pass
 /// in an earlier run.
@@ -15,7 +15,15 @@ struct RunPlan {
   FoundReports found;                    ///< at the locations
   std::vector<std::string> reports;      ///< those of `found` to verify, sorted
   std::optional<WantedPairs> onlyPairs;  ///< none: all
+  std::size_t onlyCount = 0;             ///< of `onlyPairs`
   std::string announcement;  ///< what a person should know about the selection; may be empty
+  std::vector<std::string> uncompared;  ///< sentences on what the run will miss
+
+  /// Whether there is nothing to verify because everything had passed.
+  bool isDone() const { return onlyPairs && onlyPairs->empty(); }
+
+  /// The only pairs to verify; null: all.
+  const WantedPairs* wanted() const { return onlyPairs ? &*onlyPairs : nullptr; }
 };
 
 /// Finds the reports. Raises `CommandError` for locations, shares and records that cannot be used.

@@ -6,11 +6,16 @@
 
 #include "cli/suite/MasterPlace.h"
 #include "cli/suite/MasterRules.h"
+#include "cli/system/CommandError.h"
 
 namespace {
 
 /// The name without what makes no difference: "./fr/" is "fr".
 std::string plain(const std::string& subFolder) {
+  const std::filesystem::path relative = std::filesystem::path(subFolder).relative_path();
+  if (const auto normal = relative.lexically_normal(); !normal.empty() && *normal.begin() == "..") {
+    throw CommandError("--sub-folder " + subFolder + " is not below the folders of the masters");
+  }
   const std::string path = std::filesystem::path('/' + subFolder).lexically_normal();
   const std::size_t end = path.find_last_not_of('/');
   const std::size_t start = path.find_first_not_of('/');

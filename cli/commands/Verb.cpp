@@ -2,7 +2,7 @@
 
 const CLI::Validator& notEmpty() {
   static const CLI::Validator validator(
-      [](const std::string& text) { return text.empty() ? "needs a file name" : ""; }, "");
+      [](const std::string& text) { return text.empty() ? "needs a value" : ""; }, "");
   return validator;
 }
 
@@ -30,6 +30,7 @@ void addDifferences(CLI::App& verb, DifferenceOptions& differences) {
   constexpr std::size_t kMostWidth = 10'000;
   verb.add_option("--max-diffs", differences.maxHunks,
                   "Show N differences of a pair; 0 for all (default: 3)")
+      ->check(CLI::NonNegativeNumber)
       ->option_text("N");
   verb.add_option("--context", differences.context,
                   "Show N lines around each difference (default: 2)")

@@ -1,7 +1,5 @@
 #include <algorithm>
-#include <exception>
 #include <filesystem>
-#include <functional>
 #include <iostream>
 #include <optional>
 #include <set>
@@ -15,6 +13,7 @@
 #include "cli/commands/OutputPlaces.h"
 #include "cli/commands/PairListing.h"
 #include "cli/commands/RunHeader.h"
+#include "cli/commands/RunOutputs.h"
 #include "cli/commands/RunPlan.h"
 #include "cli/commands/SubFolders.h"
 #include "cli/commands/SuiteRun.h"
@@ -22,7 +21,6 @@
 #include "cli/commands/WorkFolder.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/system/Cores.h"
-#include "cli/terminal/ErrorCause.h"
 
 namespace {
 
@@ -33,39 +31,6 @@ void printHint(const RunTotals& totals) {
     std::cerr << "orvdiff: folder " << kOutputRoot
               << " not found; use -C or --work to set the working folder\n";
   }
-}
-
-/// Calls `finish`, whose error becomes one of the `problems`.
-void finishOrSayWhy(const std::function<void()>& finish, std::vector<std::string>& problems) {
-  try {
-    finish();
-  } catch (const std::exception& unwritten) {
-    problems.push_back(causeOf(unwritten, Verbosity::Normal));
-  }
-}
-
-/// Finishes what a run has written, so that the closing line knows whether all of it is there.
-void finishFiles(std::optional<SummaryFile>& summary, std::optional<HarnessLog>& harnessLog,
-                 const SuiteRun& run, bool interrupted, std::vector<std::string>& problems) {
-  if (summary && run.isSummaryWhole()) {
-    finishOrSayWhy([&] { interrupted ? summary->leaveUnfinished() : summary->finish(); }, problems);
-  }
-  if (harnessLog) {
-    const auto told = interrupted ? std::vector<std::string>{"interrupted"} : problems;
-    finishOrSayWhy([&] { harnessLog->finish(told); }, problems);
-  }
-}
-
-/// What a record and reports say of a run at its end. One that was stopped stays incomplete.
-RunRecord endedRun(RunRecord run, const RunTotals& totals,
-                   const std::vector<std::string>& problems) {
-  run.end = timeStamp();
-  run.unverified = totals.unverified;
-  run.findings = totals.findings;
-  run.notes = problems;
-  run.status = exitStatusOf(totals, problems);
-  run.complete = !totals.interrupted && totals.incomplete.empty();
-  return run;
 }
 
 std::optional<NewerThan> newerThanOf(const VerifyOptions& options) {
@@ -82,7 +47,7 @@ PoolLimits limitsOf(const VerifyOptions& options) {
 /// What workers find out of each difference: more than is printed, for the record's readers.
 std::optional<DiffOptions> differencesFor(const VerifyOptions& options) {
   constexpr std::size_t kLeastRecorded = 20;
-  constexpr std::size_t kMostBytes = 64 * 1024;
+  constexpr std::size_t kMostBytes = std::size_t{64} * 1024;
   if (options.verbosity == Verbosity::Quiet && options.recordFolder.empty() &&
       options.reports.empty()) {
     return std::nullopt;
@@ -92,73 +57,86 @@ std::optional<DiffOptions> differencesFor(const VerifyOptions& options) {
                      options.differences.context};
 }
 
-ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerThan) {
-  const std::set<FindingKind> strict = Accounting::strictKinds(options.strict);
-  std::vector<SelectedFormat> formats = selectFormats(options.formats);
-  OutputPlaces places(options);
+/// Finds the reports, and the sub-folders that `formats` are to be looked for in.
+RunPlan findWork(VerifyOptions& options, std::vector<SelectedFormat>& formats) {
   requireLocations(options.locations, options.startFolder);
-  const RunPlan plan = planRun(options);
+  RunPlan plan = planRun(options);
   if (addSubFolders(options.formats, formats, plan.found)) {
     formats = selectFormats(options.formats);
   }
-  const SharedPictures pictures(formats, options.formats.names);
   if (!plan.announcement.empty() && options.verbosity != Verbosity::Quiet) {
     std::cout << plan.announcement << '\n';
   }
-  if (options.listOnly) {
-    return listPairs(plan.reports, plan.found, formats, pictures, options.allowNone);
+  return plan;
+}
+
+PairVerifier::Settings settingsOf(const VerifyOptions& options, const RunPlan& plan,
+                                  const SharedPictures* pictures,
+                                  const std::optional<NewerThan>& newerThan) {
+  PairVerifier::Settings settings;
+  settings.verbosity = options.verbosity;
+  settings.maskLimits = options.maskLimits;
+  settings.keepFacts = !options.recordFolder.empty();
+  settings.differences = differencesFor(options);
+  settings.onlyPairs = plan.wanted();
+  settings.pictures = pictures;
+  settings.newerThan = newerThan;
+  return settings;
+}
+
+/// A pair of a record must not get lost: it would seem to pass now.
+void addUncompared(const RunPlan& plan, RunTotals& totals) {
+  std::vector<std::string>& uncompared = totals.uncompared;
+  uncompared.insert(uncompared.end(), plan.uncompared.begin(), plan.uncompared.end());
+  if (totals.pairs.pairs() < plan.onlyCount) {
+    uncompared.push_back(std::to_string(plan.onlyCount - totals.pairs.pairs()) + " of " +
+                         countOf(plan.onlyCount, "pair") +
+                         " that did not pass before could not be found again");
   }
-  places.requireFree(options, plan.found, formats);
-  std::optional<HarnessLog> harnessLog;
-  if (places.harnessLog) {
-    harnessLog.emplace(*places.harnessLog, options.harnessLogLevel);
-  }
-  std::optional<SummaryFile> summary;
-  if (!options.summaryFile.empty()) {
-    summary.emplace(places.summary ? &*places.summary : nullptr);
-  }
-  places.reports->clear();
-  std::optional<RecordWriter> record;
-  const RunRecord header = startedRun(options, plan);
-  if (!options.recordFolder.empty()) {
-    record.emplace(options.recordFolder, header, EvidenceLimits{});
-  }
-  const Palette palette(options.color);
-  const ResultPrinter printer(options.verbosity, palette, viewOf(options.differences));
-  NormalizedSaver saver;
-  const PairOwners owners(plan.found.reports, plan.found.neighbours);
-  PairVerifier verifier(
-      plan.reports, formats, owners,
-      {options.verbosity, options.maskLimits, record.has_value(), differencesFor(options),
-       plan.onlyPairs ? &*plan.onlyPairs : nullptr, &pictures, newerThan});
-  Accounting accounting;
-  if (harnessLog) {
-    harnessLog->start();
-  }
-  SuiteRun suiteRun(plan.reports, verifier, printer,
-                    {summary ? &*summary : nullptr, options.saveNormalized ? &saver : nullptr,
-                     harnessLog ? &*harnessLog : nullptr, record ? &*record : nullptr, &accounting,
-                     places.reports->isEmpty() ? nullptr : &*places.reports});
-  suiteRun.verify(limitsOf(options), options.verbosity != Verbosity::Quiet && canShowProgress());
-  RunTotals& totals = suiteRun.totals();
-  totals.emptyLocations = plan.found.emptyLocations;
-  totals.unsaved = saver.unsavedFiles();
-  if (!totals.interrupted) {
-    accounting.close(options, plan, formats, pictures, totals);
-  }
+}
+
+/// What went wrong besides the pairs.
+std::vector<std::string> problemsOf(const VerifyOptions& options, const RunPlan& plan,
+                                    const RunTotals& totals, const std::set<FindingKind>& strict) {
   // A share may well be empty; whether the whole is, merging will show.
-  const bool mayBeEmpty = options.allowNone || plan.onlyPairs || !options.shard.empty();
+  const bool mayBeEmpty = options.allowNone || plan.isDone() || !options.shard.empty();
   std::vector<std::string> problems = findProblems(totals, mayBeEmpty);
   if (const std::string strictly = strictProblem(totals.findings, strict); !strictly.empty()) {
     problems.push_back(strictly);
   }
-  finishFiles(summary, harnessLog, suiteRun, totals.interrupted, problems);
-  const RunRecord ended = endedRun(header, totals, problems);
-  if (record) {
-    finishOrSayWhy([&] { record->finish(ended); }, problems);
+  return problems;
+}
+
+ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerThan) {
+  const std::set<FindingKind> strict = Accounting::strictKinds(options.strict);
+  std::vector<SelectedFormat> formats = selectFormats(options.formats);
+  OutputPlaces places(options);
+  const RunPlan plan = findWork(options, formats);
+  const SharedPictures pictures(formats, options.formats.names);
+  // What did not pass before is verified whatever has become of its folder.
+  const SharedPictures* const leftPictures = plan.onlyPairs ? nullptr : &pictures;
+  if (options.listOnly) {
+    return listPairs(plan, formats, leftPictures, options.allowNone || plan.isDone());
   }
-  const std::vector<std::string> unwritten = places.reports->finish(ended);
-  problems.insert(problems.end(), unwritten.begin(), unwritten.end());
+  places.requireFree(options, plan.found, formats);
+  RunOutputs outputs(options, places, startedRun(options, plan));
+  const Palette palette(options.color);
+  const ResultPrinter printer(options.verbosity, palette, viewOf(options.differences));
+  const PairOwners owners(plan.found.reports, plan.found.neighbours);
+  PairVerifier verifier(plan.reports, formats, owners,
+                        settingsOf(options, plan, leftPictures, newerThan));
+  Accounting accounting;
+  SuiteRun suiteRun(plan.reports, verifier, printer, outputs.logs(accounting));
+  suiteRun.verify(limitsOf(options), options.verbosity != Verbosity::Quiet && canShowProgress());
+  RunTotals& totals = suiteRun.totals();
+  totals.emptyLocations = plan.found.emptyLocations;
+  totals.unsaved = outputs.unsavedFiles();
+  if (!totals.interrupted) {
+    addUncompared(plan, totals);
+    accounting.close(options, plan, formats, pictures, totals);
+  }
+  std::vector<std::string> problems = problemsOf(options, plan, totals, strict);
+  outputs.finish(suiteRun, problems);
   printClosingSummary(totals, problems, options.verbosity, palette);
   printHint(totals);
   return exitStatusOf(totals, problems);

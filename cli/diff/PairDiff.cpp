@@ -93,13 +93,6 @@ std::optional<std::string> readFile(const std::string& path) {
   return bytes;
 }
 
-Difference onlyNote(std::string note) {
-  Difference difference;
-  difference.kind = "none";
-  difference.notes.push_back(std::move(note));
-  return difference;
-}
-
 /// Whatever shows the bytes as they are, after what `tried` has found out without showing anything.
 Difference withNotesOf(Difference tried, Difference shown) {
   shown.notes.insert(shown.notes.begin(), std::make_move_iterator(tried.notes.begin()),
@@ -128,11 +121,6 @@ Difference differenceOfKind(const DiffKind& kind, DiffRequest request) {
   return difference;
 }
 
-/// Whether there is a difference of two files, or of a file from what it should be.
-bool isAboutFiles(Verdict verdict) {
-  return verdict == Verdict::Differs || verdict == Verdict::Failed || verdict == Verdict::Missing;
-}
-
 Difference differenceOfRequest(const DiffRequest& request) {
   for (const DiffKind& kind : kKinds) {
     if (kind.appliesTo(request)) {
@@ -143,6 +131,17 @@ Difference differenceOfRequest(const DiffRequest& request) {
 }
 
 }  // namespace
+
+bool isAboutFiles(Verdict verdict) {
+  return verdict == Verdict::Differs || verdict == Verdict::Failed || verdict == Verdict::Missing;
+}
+
+Difference onlyNote(std::string note, std::string kind) {
+  Difference difference;
+  difference.kind = std::move(kind);
+  difference.notes.push_back(std::move(note));
+  return difference;
+}
 
 std::optional<Difference> differenceOf(const OrvDiffFormat& format, const OrvDiffFileEngine& engine,
                                        const PairRecord& record, const DiffOptions& options) {

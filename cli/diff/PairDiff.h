@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "cli/record/Difference.h"
@@ -28,6 +29,12 @@ struct DiffRequest {
 
   const OrvPatternList* patterns() const { return engine.getCleansingPatterns(); }
 };
+
+/// Whether there is a difference of two files, or of a file from what it should be.
+bool isAboutFiles(Verdict verdict);
+
+/// A difference that has nothing to show, only something to say.
+Difference onlyNote(std::string note, std::string kind = "none");
 
 /// How the files of a pair differ; nothing if that is no question of its verdict, or if there is
 /// nothing to say beyond the record. `engine` is the one that compared them. Reads both files; one

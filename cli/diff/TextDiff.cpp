@@ -73,13 +73,6 @@ class TextDifference {
   DifferenceBuilder m_builder;
 };
 
-Difference onlyNote(std::string note) {
-  Difference difference;
-  difference.kind = "text";
-  difference.notes.push_back(std::move(note));
-  return difference;
-}
-
 void noteNul(const std::string& name, std::string_view bytes, const ComparedFile& file,
              Difference& difference) {
   if (file.original().size() < bytes.size()) {
@@ -91,12 +84,13 @@ void noteNul(const std::string& name, std::string_view bytes, const ComparedFile
 
 Difference textDifference(const DiffRequest& request) {
   if (std::max(request.master.size(), request.output.size()) > kLongestComparedText) {
-    return onlyNote("texts of 4 GiB and more are not shown");
+    return onlyNote("texts of 4 GiB and more are not shown", "text");
   }
   const ComparedFile a(request.master, request.patterns());
   const ComparedFile b(request.output, request.patterns());
   if (a.text() == b.text()) {
-    return onlyNote("no difference is left: a file has changed since the pair was compared");
+    return onlyNote("no difference is left: a file has changed since the pair was compared",
+                    "text");
   }
   Difference difference = TextDifference(request, a, b).take(compareTexts(a.text(), b.text()));
   noteNul(request.record.master, request.master, a, difference);

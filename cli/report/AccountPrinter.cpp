@@ -69,8 +69,8 @@ constexpr Wording kWordings[] = {
      "replace it"},
     {FindingKind::Identical, "master is the same as that of another report", "masters are the same as those of other reports", " and {detail}",
      "check that neither was stored under a wrong name"},
-    {FindingKind::Pattern, "normalisation of a format changes no master", "normalisations of formats change no master", "",
-     "nothing, if no output needs it"},
+    {FindingKind::Pattern, "normalisation rule changes no master", "normalisation rules change no master", "",
+     "harmless if no output needs it"},
 };
 // clang-format on
 
@@ -88,14 +88,16 @@ void fill(std::string& text, std::string_view place, const std::string& value) {
 }
 
 std::string listed(const FindingTotal& total, std::string_view before, std::string_view after) {
+  const bool isOfSubFolders = total.kind == FindingKind::SubFolder;
   std::string list;
   for (const std::string& detail : total.details) {
-    list += list.empty() ? "" : ", ";
-    list += before;
-    list += !detail.empty()                        ? detail
-            : total.kind == FindingKind::SubFolder ? "no sub-folder"
-                                                   : "none";
-    list += after;
+    if (!detail.empty() || !isOfSubFolders) {
+      list += list.empty() ? "" : ", ";
+      list.append(before).append(detail.empty() ? "none" : detail).append(after);
+    }
+  }
+  if (isOfSubFolders && total.details.count({}) != 0) {
+    list += list.empty() ? "no sub-folder" : " and in no sub-folder";
   }
   return list + (total.details.size() == FindingTotal::kMostDetails ? ", ..." : "");
 }

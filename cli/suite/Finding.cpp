@@ -38,11 +38,13 @@ std::optional<FindingKind> kindFor(std::string_view key) {
   return found != std::end(kKeys) ? std::optional(found->first) : std::nullopt;
 }
 
-const std::vector<FindingKind>& allFindingKinds() {
+const std::vector<FindingKind>& kindsOfRuns() {
   static const std::vector<FindingKind> kinds = [] {
     std::vector<FindingKind> all;
     for (const auto& [kind, key] : kKeys) {
-      all.push_back(kind);
+      if (kind < FindingKind::Unreadable) {
+        all.push_back(kind);
+      }
     }
     return all;
   }();

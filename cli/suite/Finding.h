@@ -30,8 +30,8 @@ enum class FindingKind : std::uint8_t {
   Stale,       ///< an output older than the run it should come from
   Partly,      ///< a pair that was compared only up to a NUL byte
   Unverified,  ///< a report without a master in any selected format
-  Unreadable,  ///< a folder that cannot be read
-  // What only a look into the masters finds.
+  Unreadable,  ///< a folder that cannot be read; of a run, an error in any case
+  // What only an audit finds, by looking into the masters.
   Empty,
   Large,      ///< too large to be compared
   Invalid,    ///< not valid in its own format
@@ -45,8 +45,8 @@ std::string_view keyOf(FindingKind kind);
 /// The kind of a word, or nothing for another word.
 std::optional<FindingKind> kindFor(std::string_view key);
 
-/// All kinds, in the order in which they are told.
-const std::vector<FindingKind>& allFindingKinds();
+/// All kinds that a run accounts for, in the order in which they are told.
+const std::vector<FindingKind>& kindsOfRuns();
 
 /// One thing to account for.
 struct Finding {

@@ -77,7 +77,7 @@ NearestNames findNearestNames(const std::string& folder, const std::string& name
     }
     const std::size_t distance =
         isEqualIgnoringCase(name, other) ? 0 : editDistance(name, other, limit, row);
-    if (other == "." || other == ".." || distance > limit) {
+    if (other == "." || other == ".." || other == name || distance > limit) {
       continue;
     }
     best.emplace_back(distance, other);

@@ -13,6 +13,7 @@
 #include "cli/suite/ComparisonScript.h"
 #include "cli/terminal/ErrorCause.h"
 #include "cli/workers/ComparisonNotes.h"
+#include "cli/workers/LostPair.h"
 #include "cli/workers/MaskWatch.h"
 #include "orvdiff/registry/OrvDiffResult.h"
 
@@ -87,7 +88,7 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
   link.begin(std::max(stepOf(format, 0), firstStep), m_formats[format].listing);
   std::vector<OrvFilePair> pairs;
   try {
-    pairs = findPairs(report, *m_formats[format].selected);
+    pairs = findPairs(report, *m_formats[format].selected, m_settings.onlyPairs);
     link.end();
   } catch (const std::exception& error) {
     PairResult result = start(task, format, {});
@@ -111,6 +112,7 @@ void PairVerifier::verifyFormat(std::uint32_t task, std::uint64_t format, std::u
     result.countsForReport = owner == PairOwners::Owner::Itself;
     link.begin(step, packPair(result));
     compare(m_formats[format], pairs[i], result);
+    addDifference(*m_formats[format].selected, result, link);
     link.send(packPair(result));
   }
 }
@@ -119,22 +121,6 @@ bool PairVerifier::isLeftToAnother(const SelectedFormat& format, const std::stri
   return m_settings.pictures != nullptr &&
          m_settings.pictures->isLeftToAnother(
              format, std::string_view(master).substr(master.rfind('/') + 1));
-}
-
-/// The pairs to compare. Those that are wanted by name are compared even if they are gone, which is
-/// then what the result says.
-std::vector<OrvFilePair> PairVerifier::findPairs(const std::string& report,
-                                                 const SelectedFormat& format) const {
-  if (m_settings.onlyPairs != nullptr && m_settings.onlyPairs->count({report, {}}) == 0) {
-    const auto wanted = m_settings.onlyPairs->find({report, std::string(format.format->name)});
-    if (wanted == m_settings.onlyPairs->end()) {
-      return {};
-    }
-    if (!wanted->second.front().master.empty()) {
-      return wanted->second;
-    }
-  }
-  return format.engine->findPairs(report);
 }
 
 /// What is known of a pair before it is compared.
@@ -176,9 +162,16 @@ void PairVerifier::compare(const Format& format, const OrvFilePair& pair, PairRe
   if (record.verdict == Verdict::Passed) {
     watch.addMaskTo(record, *format.selected->engine);
   }
-  if (m_settings.differences) {
-    record.difference = differenceOf(*format.selected->format, *format.selected->engine, record,
-                                     *m_settings.differences);
+}
+
+/// Sends the verdict first: finding out how files differ takes time and memory of its own, and
+/// whatever it comes to, it must not cost the pair its verdict.
+void PairVerifier::addDifference(const SelectedFormat& format, PairResult& result,
+                                 WorkerLink& link) const {
+  if (m_settings.differences && isAboutFiles(result.record.verdict)) {
+    link.sendSoFar(packPair(result));
+    result.record.difference =
+        differenceOf(*format.format, *format.engine, result.record, *m_settings.differences);
   }
 }
 
@@ -216,7 +209,7 @@ bool PairVerifier::isStale(const OrvFilePair& pair, PairResult& result) const {
 
 PairResult PairVerifier::describeLost(std::string_view description) const {
   PairResult pair = description.empty() ? PairResult() : unpackPair(description);
-  if (m_settings.keepFacts && !pair.record.master.empty()) {
+  if (m_settings.keepFacts && !pair.record.master.empty() && !isCompared(pair.record)) {
     ComparisonNotes({pair.record.master, pair.record.output}).addTo(pair.record);
   }
   return pair;

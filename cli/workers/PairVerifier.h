@@ -1,11 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "cli/diff/OutsizedMasks.h"
@@ -17,16 +15,13 @@
 #include "cli/suite/SharedPictures.h"
 #include "cli/system/OutputCapture.h"
 #include "cli/terminal/Terminal.h"
+#include "cli/workers/WantedPairs.h"
 #include "cli/workers/WorkerPool.h"
 #include "orvdiff/engine/OrvDiffFileEngine.h"
 
 /// What tells a pair apart from all others of a run.
 std::string pairKey(const std::string& report, const std::string& format,
                     const std::string& master);
-
-/// Pairs to compare, by report and format. A pair without names stands for whatever masters there
-/// are, an empty format for all formats.
-using WantedPairs = std::map<std::pair<std::string, std::string>, std::vector<OrvFilePair>>;
 
 /// The work of a worker process: verifies a report, pair by pair, and sends a packed `PairResult`
 /// of each. What goes wrong with one pair does not keep the others from being compared.
@@ -40,7 +35,7 @@ class PairVerifier {
     MaskLimits maskLimits;
     bool keepFacts =
         false;  ///< sizes, hashes, processor time and rules too, as a record wants them
-    std::optional<DiffOptions> differences;  ///< how pairs differ, too; none: only whether
+    std::optional<DiffOptions> differences;    ///< how pairs differ, too; none: only whether
     const WantedPairs* onlyPairs = nullptr;    ///< null: all
     const SharedPictures* pictures = nullptr;  ///< null: none is left to another format
     std::optional<NewerThan> newerThan;        ///< what outputs must not be older than
@@ -55,7 +50,8 @@ class PairVerifier {
   void verify(std::uint32_t task, std::uint64_t firstStep, WorkerLink& link);
 
   /// What is known of a pair whose worker died, from the description of the step. Nothing
-  /// if it died before its first step. The record's facts are of the files as they are now.
+  /// if it died before its first step. The record's facts are of the files as they are now, unless
+  /// the pair was already compared.
   PairResult describeLost(std::string_view description) const;
 
   /// The step after `step`, whose worker died. A format whose masters could not even be listed is
@@ -74,10 +70,10 @@ class PairVerifier {
 
   void verifyFormat(std::uint32_t task, std::uint64_t format, std::uint64_t firstStep,
                     WorkerLink& link);
-  std::vector<OrvFilePair> findPairs(const std::string& report, const SelectedFormat& format) const;
   bool isLeftToAnother(const SelectedFormat& format, const std::string& master) const;
   PairResult start(std::uint32_t task, std::uint64_t format, const OrvFilePair& pair) const;
   void compare(const Format& format, const OrvFilePair& pair, PairResult& result);
+  void addDifference(const SelectedFormat& format, PairResult& result, WorkerLink& link) const;
   PairResult outcomeOf(const Format& format, const OrvFilePair& pair,
                        const PairResult& known) const;
   bool isStale(const OrvFilePair& pair, PairResult& result) const;

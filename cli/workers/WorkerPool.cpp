@@ -52,6 +52,7 @@ struct Worker {
   std::uint32_t task = 0;
   std::uint64_t nextStep = 0;  ///< of `task`: the first that has not arrived
   bool timedOut = false;
+  std::string soFar = {};  ///< of its step, which is still to come; empty: nothing
 };
 
 }  // namespace
@@ -226,6 +227,12 @@ class WorkerPool::Impl {
   void take(Worker& worker, const FrameHead& head, std::string_view message) {
     worker.task = head.task;
     m_tries.erase(head.task);
+    worker.soFar.clear();
+    if (head.kind == FrameKind::SoFar) {
+      worker.nextStep = head.step;
+      worker.soFar = message;
+      return;
+    }
     if (head.kind == FrameKind::TaskEnd) {
       m_order.finish(head.task);
       worker.nextStep = 0;
@@ -259,7 +266,7 @@ class WorkerPool::Impl {
     const bool isOut = ++m_tries[*task] >= kMostTries;
     if (wasAtStep && (worker.timedOut || isOut || !m_work.isRepeatable(step->number))) {
       m_tries.erase(*task);
-      m_order.lose(*task, step->description, loss);
+      m_order.lose(*task, worker.soFar.empty() ? step->description : worker.soFar, loss);
       return Resumption{*task, m_work.stepAfter(step->number)};
     }
     if (isOut) {  // it kills its workers before they are at a step

@@ -19,6 +19,10 @@ class WorkerLink {
   /// `description` is what the parent is told should the step be lost; kept up to 16 KiB.
   virtual void begin(std::uint64_t step, std::string_view description) = 0;
 
+  /// Sends what is known so far of the step begun last: what the parent is told instead of the
+  /// step's description should the rest be lost. May be any size.
+  virtual void sendSoFar(std::string_view message) = 0;
+
   /// Sends what came of the step begun last, and ends it.
   virtual void send(std::string_view message) = 0;
 
@@ -46,7 +50,8 @@ class PoolWork {
   /// A step's message.
   virtual void received(std::uint32_t task, std::string_view message) = 0;
 
-  /// A step was lost. The task goes on in another process, with the step that `stepAfter` names.
+  /// A step was lost. `description` is what its worker last said of it, with `begin` or
+  /// `sendSoFar`. The task goes on in another process, with the step that `stepAfter` names.
   virtual void lost(std::uint32_t task, std::string_view description, const WorkerLoss& loss) = 0;
 
   /// The step to go on with when `step` was lost.

@@ -18,7 +18,7 @@ void PipeLink::addFrame(FrameKind kind, std::string_view message) {
   m_frames += message;
 }
 
-void PipeLink::flush() {
+void PipeLink::writeFrames() {
   std::size_t done = 0;
   while (done < m_frames.size()) {
     const ssize_t count = ::write(m_pipe, m_frames.data() + done, m_frames.size() - done);
@@ -28,6 +28,10 @@ void PipeLink::flush() {
     done += count > 0 ? static_cast<std::size_t>(count) : 0;
   }
   m_frames.clear();
+}
+
+void PipeLink::flush() {
+  writeFrames();
   m_board.endStep(m_slot);
 }
 

@@ -13,7 +13,7 @@
 
 // The worker's side of a pool.
 
-enum class FrameKind : std::uint32_t { Message, TaskEnd };
+enum class FrameKind : std::uint32_t { SoFar, Message, TaskEnd };
 
 /// What precedes each message in a worker's pipe.
 struct FrameHead {
@@ -44,12 +44,18 @@ class PipeLink : public WorkerLink {
     m_board.beginStep(m_slot, m_task, step, description);
   }
 
+  void sendSoFar(std::string_view message) override {
+    addFrame(FrameKind::SoFar, message);
+    writeFrames();
+  }
+
   void send(std::string_view message) override { addFrame(FrameKind::Message, message); }
 
   void end() override { m_board.endStep(m_slot); }
 
  private:
   void addFrame(FrameKind kind, std::string_view message);
+  void writeFrames();
   void flush();
 
   int m_pipe;

@@ -237,7 +237,8 @@ class SubFolders(SuiteTest):
             self.expect(run, 0, f" {pairs} pair", f"{pairs} passed")
         records = (self.work / "r3/pairs.jsonl").read_text().splitlines()
         self.assertEqual({json.loads(line)["subFolder"] for line in records}, {"", "fr", "eu/de"})
-        self.expect(self.verify("--sub-folder", "fr"), 0, "2 masters in no sub-folder, eu/de were")
+        self.expect(self.verify("--sub-folder", "fr"), 0,
+                    "2 masters in eu/de and in no sub-folder were")
         self.expect(self.verify("--sub-folder=fr", "--sub-folder=frr"), 2,
                     err="no master in the sub-folder frr...")
 

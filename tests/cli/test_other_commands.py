@@ -44,6 +44,7 @@ class Usage(SuiteTest):
         self.write("work/file", "x")
         shutil.rmtree(self.scripts)
         os.truncate(self.write("work/large"), 1 << 31)
+        (self.work / "empty").mkdir()
         rows = [
             *((line.split(), "") for line in ("", "frobnicate", "verify", "verify --frob x",
                                               "verify --color mauve .", "verify -q -v .",
@@ -61,9 +62,15 @@ class Usage(SuiteTest):
             (("numdiff", "file", "file"), "nothing was compared: neither file nor file contains"),
             (("compare", "pdf", "file", "file"), "script .*/diffPdfFiles.py does not exist"),
             (("verfy", "."), "verfy"), (("verify", "--summary=", "file"), "--summary= needs"),
-            (("verify", "--summary", "", "."), "needs a file name"),
+            (("verify", "--summary", "", "."), "--summary: needs a value"),
             (("verify", "--log-level", "Normal", "."), '"Normal" is not one of minimal'),
             (("verify", "--layout-schema", "nowhere", "."), "schema nowhere does not exist"),
+            (("verify", "--strict=invalid", "."), "--strict=invalid is none of: all, sub-folders"),
+            (("verify", "--sub-folder", "a/../..", "."), "--sub-folder a/../.. is not below"),
+            (("compare", "html", "--max-diffs", "-1", "file", "file"), "--max-diffs: "),
+            (("explain", "html-png", "nowhere"), "nowhere does not exist"),
+            (("explain", "html", ""), "FILE: needs a value"),
+            (("audit", "empty"), "no reports"),
             (("normalize", "html", "large"), "large: .*2 GiB"),
             (("normalize", "html-png", "file"), "byte identity"),
             (("normalize", "html", "nowhere"), "nowhere does not exist"),

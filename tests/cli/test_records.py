@@ -4,6 +4,7 @@ import json
 import pathlib
 import re
 import resource
+import shutil
 import subprocess
 
 import jsonschema
@@ -113,6 +114,26 @@ class Content(RecordsTest):
         path.write_text(path.read_text().replace(str(self.work), "/gone"))
         self.refused("worked in the folder /gone, which cannot be entered: No such file",
                      "verify", "--failed", "r")
+
+    def test_failed_pairs_are_those_of_their_sub_folder_and_picture_folder(self):
+        self.write("suite/R.xml")
+        for name in ("R.html", "fr/R.html", "R.png"):
+            self.write(f"suite/Masters/{name}", "a")
+            self.write(f"webcontent/bi/v5DebugHTML/{name}", "b")
+        self.write("webcontent/bi/v5DebugXHTML/R.png", "a")  # passes
+        self.record("r", "--all-sub-folders")
+        shutil.rmtree(self.outputs)
+        for option in ("--quiet", "--list"):
+            again = self.verify("--failed", "r", option, locations=())
+            self.assertIn("1 report, 3 pairs", again.out)
+
+    def test_failed_does_not_make_a_whole_of_half_a_run(self):
+        self.suite(4)
+        self.record("r")
+        path = self.work / "r/run.json"
+        path.write_text(path.read_text().replace('"complete": true', '"complete": false'))
+        self.expect(self.verify("--failed", "r", locations=()), 2,
+                    err="work/r did not come to its end; ...")
 
     def test_failed_takes_all_pairs_where_none_could_be_listed(self):
         self.suite(4)

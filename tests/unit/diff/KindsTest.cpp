@@ -222,11 +222,13 @@ TEST(Kinds, WhatIsKnownWithoutComparing) {
   for (const char* const name : {"out/Sales_1.csv", "out/revenue.CSV", "out/Sales_3.csv"}) {
     TestFolder::write(name, "");
   }
+  std::filesystem::create_symlink("nowhere", "out/dangling");
   const std::pair<const char*, const char*> kMissing[] = {
       {"out/Sales_2.csv", "[similar names in out: Sales_1.csv, Sales_3.csv] "},
       {"out/Revenue.csv", "[revenue.CSV in out differs only in case] "},
       {"ouT/x/Revenue.csv",
        "(the folder ouT does not exist) [out in the working folder differs only in case] "},
+      {"out/dangling", "[no name in out is like it] "},
       {"out/x.html", "[no name in out is like it] "}};
   for (const auto& [name, expected] : kMissing) {
     EXPECT_EQ(describe("csv", "", name, Verdict::Missing), expected);

@@ -28,6 +28,9 @@ class Steps : public PoolWork {
   void perform(std::uint32_t task, std::uint64_t firstStep, WorkerLink& link) override {
     for (std::uint64_t step = firstStep; step < m_stepsPerTask; ++step) {
       link.begin(step, stepName(task, step));
+      if (stepName(task, step) == tellsSoFar) {
+        link.sendSoFar("so far " + tellsSoFar);
+      }
       m_action(stepName(task, step));
       link.send(stepName(task, step));
     }
@@ -46,6 +49,7 @@ class Steps : public PoolWork {
   void finished(std::uint32_t task) override { events.push_back("end " + std::to_string(task)); }
 
   std::vector<std::string> events;
+  std::string tellsSoFar;  ///< a step
 
  private:
   std::uint64_t m_stepsPerTask;
@@ -59,8 +63,7 @@ std::vector<std::string> expected(std::uint32_t tasks, std::uint64_t steps,
   for (std::uint32_t task = 0; task < tasks; ++task) {
     for (std::uint64_t step = 0; step < steps; ++step) {
       const auto found = lost.find(stepName(task, step));
-      events.push_back(found == lost.end() ? stepName(task, step)
-                                           : "lost " + found->first + ' ' + found->second);
+      events.push_back(found == lost.end() ? stepName(task, step) : found->second);
     }
     events.push_back("end " + std::to_string(task));
   }
@@ -82,6 +85,8 @@ TEST(WorkerPool, DeliversInOrderAndLosesOnlyTheStepThatKillsItsWorker) {
         throw 1;  // at every try
       } else if (name == "6.0" && read(tokens[0], &token, 1) == 1) {
         raise(SIGKILL);
+      } else if (name == "7.1") {
+        raise(SIGKILL);  // after it has sent what it knew
       } else if (name == "5.2") {
         for (;;) {
           pause();
@@ -90,10 +95,14 @@ TEST(WorkerPool, DeliversInOrderAndLosesOnlyTheStepThatKillsItsWorker) {
         usleep(20'000);  // others overtake it
       }
     });
+    steps.tellsSoFar = "7.1";
     WorkerPool pool(steps, 20, {workers, 1.5, 0});
     EXPECT_TRUE(pool.run([] { return false; }));
-    EXPECT_EQ(steps.events,
-              expected(20, 3, {{"3.1", "signal 9"}, {"4.0", "status 1"}, {"5.2", "timeout"}}))
+    EXPECT_EQ(steps.events, expected(20, 3,
+                                     {{"3.1", "lost 3.1 signal 9"},
+                                      {"4.0", "lost 4.0 status 1"},
+                                      {"5.2", "lost 5.2 timeout"},
+                                      {"7.1", "lost so far 7.1 signal 9"}}))
         << workers;
     close(ends[1]);
     pollfd reader = {ends[0], POLLIN, 0};
