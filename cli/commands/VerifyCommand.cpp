@@ -108,7 +108,8 @@ ExitStatus verify(const VerifyOptions& options) {
     record.emplace(options.recordFolder, header, EvidenceLimits{});
   }
   const Palette palette(options.color);
-  const ResultPrinter printer(options.verbosity, palette, viewOf(options.differences));
+  GroupPrinter printer(options.groupsChanges, options.verbosity, palette,
+                       viewOf(options.differences));
   NormalizedSaver saver;
   const PairOwners owners(plan.found.reports, plan.found.neighbours);
   PairVerifier verifier(
@@ -122,6 +123,7 @@ ExitStatus verify(const VerifyOptions& options) {
                     {summary ? &*summary : nullptr, options.saveNormalized ? &saver : nullptr,
                      harnessLog ? &*harnessLog : nullptr, record ? &*record : nullptr});
   suiteRun.verify(limitsOf(options), options.verbosity != Verbosity::Quiet && canShowProgress());
+  printer.finish();
   RunTotals& totals = suiteRun.totals();
   totals.emptyLocations = plan.found.emptyLocations;
   totals.unsaved = saver.unsavedFiles();

@@ -127,6 +127,7 @@ void addVerify(CLI::App& app, Performer& chosen) {
   verb.add_flag("--list", verify.listOnly, "List what would be compared, without comparing it");
   verb.add_flag("--allow-none", verify.allowNone, "Succeed even if there is nothing to verify");
   addDifferences(verb, verify.differences);
+  addNoGroups(verb, verify.groupsChanges);
   addWorkers(verb, verify);
   addRecord(verb, verify);
   addMaskLimits(verb, verify.maskLimits);

@@ -24,6 +24,7 @@ struct VerifyOptions : CommonOptions {
   std::string recordFolder;                 ///< empty: none
   std::string failedRecord;  ///< folder of the record to verify what failed again of; empty: none
   MaskLimits maskLimits;
+  bool groupsChanges = true;  ///< equal changes of several pairs are told once
   bool saveNormalized = false;
   bool listOnly = false;
   bool allowNone = false;

@@ -55,6 +55,6 @@ Difference missingDifference(const DiffRequest& request) {
     hunk.lines.push_back(lineOf(DiffLine::Kind::Context, other));
   }
   const std::string wholeFolder = std::filesystem::path(file).parent_path().string();
-  builder.add(std::move(hunk), "files in " + wholeFolder, {}, wholeFolder);
+  builder.add(std::move(hunk), wholeFolder.empty() ? where : wholeFolder, {}, wholeFolder);
   return builder.take();
 }
