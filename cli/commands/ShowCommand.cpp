@@ -7,7 +7,7 @@
 #include "cli/commands/Verb.h"
 #include "cli/record/RecordReader.h"
 #include "cli/report/ClosingSummary.h"
-#include "cli/report/ResultPrinter.h"
+#include "cli/report/GroupPrinter.h"
 #include "cli/terminal/Printable.h"
 #include "cli/workers/PairVerifier.h"
 
@@ -15,6 +15,7 @@ namespace {
 
 struct ShowOptions : CommonOptions {
   std::vector<std::string> records;  ///< one, or an earlier and a later one to compare
+  bool groupsChanges = true;
 };
 
 /// Whether each pair of an earlier run passed.
@@ -29,12 +30,13 @@ std::map<std::string, bool> readPasses(const std::string& folder) {
 
 ExitStatus showOne(const ShowOptions& options, const Palette& palette) {
   RecordReader record(options.records.front());
-  const ResultPrinter printer(options.verbosity, palette);
+  GroupPrinter printer(options.groupsChanges, options.verbosity, palette);
   std::uint64_t pairs = 0;
   while (const auto pair = record.next()) {
-    printer.print(*pair);
+    printer.add(*pair);
     ++pairs;
   }
+  printer.finish();
   RunRecord run = record.run();
   run.pairs = pairs;  // of a run that was cut off, run.json does not know it
   printRecordSummary(run, palette);
@@ -45,7 +47,7 @@ ExitStatus showOne(const ShowOptions& options, const Palette& palette) {
 ExitStatus showChanges(const ShowOptions& options, const Palette& palette) {
   std::map<std::string, bool> before = readPasses(options.records.front());
   RecordReader record(options.records.back());
-  const ResultPrinter printer(options.verbosity, palette);
+  GroupPrinter printer(options.groupsChanges, options.verbosity, palette);
   std::size_t newlyFailing = 0;
   std::size_t stillFailing = 0;
   std::size_t newlyPassing = 0;
@@ -57,7 +59,7 @@ ExitStatus showChanges(const ShowOptions& options, const Palette& palette) {
     stillFailing += !passedBefore && !passes ? 1 : 0;
     newlyPassing += !passedBefore && passes ? 1 : 0;
     if (passedBefore && !passes) {
-      printer.print(*pair);
+      printer.add(*pair);
     } else if (options.verbosity == Verbosity::Verbose && passes != passedBefore) {
       std::cout << "passes now  " << printable(pair->master) << '\n';
     }
@@ -65,6 +67,7 @@ ExitStatus showChanges(const ShowOptions& options, const Palette& palette) {
       before.erase(former);
     }
   }
+  printer.finish();
   std::cout << newlyFailing << " newly failing, " << stillFailing << " still failing, "
             << newlyPassing << " newly passing";
   if (!before.empty()) {
@@ -89,4 +92,5 @@ void addShow(CLI::App& app, Performer& chosen) {
       ->expected(1, 2)
       ->required()
       ->type_name("");
+  addNoGroups(verb, options.groupsChanges);
 }

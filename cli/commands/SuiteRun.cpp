@@ -43,7 +43,7 @@ std::string readCompared(const std::string& name, const FileFacts& facts) {
 }  // namespace
 
 SuiteRun::SuiteRun(const std::vector<std::string>& reports, PairVerifier& verifier,
-                   const ResultPrinter& printer, const RunLogs& logs)
+                   GroupPrinter& printer, const RunLogs& logs)
     : m_reports(reports), m_verifier(verifier), m_printer(printer), m_logs(logs) {
   m_totals.reports = reports.size();
 }
@@ -99,7 +99,7 @@ void SuiteRun::deliver(std::uint32_t task, const PairResult& pair) {
   if (pair.record.verdict == Verdict::NotRun) {
     ++m_notRun[" of format " + pair.record.format + " not compared: " + pair.record.message];
   }
-  m_printer.print(pair.record);
+  m_printer.add(pair.record);
   tellLogs(pair);
 }
 
@@ -187,5 +187,5 @@ void SuiteRun::finished(std::uint32_t task) {
   m_hasPairs = m_isVerified = false;
   ++m_totals.done;
   sendPrinted();
-  m_progress->show(m_totals.done, m_reports.size(), m_reports[task]);
+  m_progress->show(m_totals.done, m_reports.size(), m_totals.pairs.notPassed(), m_reports[task]);
 }

@@ -11,11 +11,11 @@
 #include "cli/commands/Accounting.h"
 #include "cli/record/RecordWriter.h"
 #include "cli/report/ClosingSummary.h"
+#include "cli/report/GroupPrinter.h"
 #include "cli/report/HarnessLog.h"
 #include "cli/report/LogAdapters.h"
 #include "cli/report/NormalizedSaver.h"
 #include "cli/report/ReportFiles.h"
-#include "cli/report/ResultPrinter.h"
 #include "cli/report/SummaryFile.h"
 #include "cli/terminal/Progress.h"
 #include "cli/workers/PairVerifier.h"
@@ -35,8 +35,8 @@ struct RunLogs {
 class SuiteRun : private PoolWork {
  public:
   /// All arguments must outlive the run.
-  SuiteRun(const std::vector<std::string>& reports, PairVerifier& verifier,
-           const ResultPrinter& printer, const RunLogs& logs);
+  SuiteRun(const std::vector<std::string>& reports, PairVerifier& verifier, GroupPrinter& printer,
+           const RunLogs& logs);
 
   /// Verifies everything, unless the user stops it before.
   void verify(const PoolLimits& limits, bool showProgress);
@@ -62,7 +62,7 @@ class SuiteRun : private PoolWork {
 
   const std::vector<std::string>& m_reports;
   PairVerifier& m_verifier;
-  const ResultPrinter& m_printer;
+  GroupPrinter& m_printer;
   const RunLogs m_logs;
   double m_secondsPerPair = 0;
   RunTotals m_totals;

@@ -44,6 +44,12 @@ void addDifferences(CLI::App& verb, DifferenceOptions& differences) {
                 "Leave out of differences what the format's rules mask");
 }
 
+void addNoGroups(CLI::App& verb, bool& groupsChanges) {
+  verb.add_flag_callback(
+      "--no-groups", [&groupsChanges] { groupsChanges = false; },
+      "Print pair by pair, and not once what several pairs have in common");
+}
+
 void addLayoutData(CLI::App& verb, LayoutDataOptions& layoutData) {
   verb.add_option("--layout-schema", layoutData.schema,
                   "Layout-data schema (default: as configured)")

@@ -66,5 +66,8 @@ void addTimeout(CLI::App& verb, double& seconds);
 /// Adds options that say how to show differences.
 void addDifferences(CLI::App& verb, DifferenceOptions& differences);
 
+/// Adds the option that turns groups of equal changes off.
+void addNoGroups(CLI::App& verb, bool& groupsChanges);
+
 /// Adds options that say where the layout-data schema is.
 void addLayoutData(CLI::App& verb, LayoutDataOptions& layoutData);

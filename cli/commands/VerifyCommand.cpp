@@ -121,13 +121,15 @@ ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerT
   places.requireFree(options, plan.found, formats);
   RunOutputs outputs(options, places, startedRun(options, plan));
   const Palette palette(options.color);
-  const ResultPrinter printer(options.verbosity, palette, viewOf(options.differences));
+  GroupPrinter printer(options.groupsChanges, options.verbosity, palette,
+                       viewOf(options.differences));
   const PairOwners owners(plan.found.reports, plan.found.neighbours);
   PairVerifier verifier(plan.reports, formats, owners,
                         settingsOf(options, plan, leftPictures, newerThan));
   Accounting accounting;
   SuiteRun suiteRun(plan.reports, verifier, printer, outputs.logs(accounting));
   suiteRun.verify(limitsOf(options), options.verbosity != Verbosity::Quiet && canShowProgress());
+  printer.finish();
   RunTotals& totals = suiteRun.totals();
   totals.emptyLocations = plan.found.emptyLocations;
   totals.unsaved = outputs.unsavedFiles();

@@ -86,6 +86,7 @@ void addVerify(CLI::App& app, Performer& chosen) {
   verb.add_flag("--list", verify.listOnly, "List what would be compared, without comparing it");
   verb.add_flag("--allow-none", verify.allowNone, "Succeed even if there is nothing to verify");
   addDifferences(verb, verify.differences);
+  addNoGroups(verb, verify.groupsChanges);
   verb.add_flag("--strict{all}", verify.strict,
                 "Make everything that was not accounted for an error, or only what is named: "
                 "--strict=orphans,outputs")

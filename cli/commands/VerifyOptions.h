@@ -29,6 +29,7 @@ struct VerifyOptions : CommonOptions {
   std::string strict;        ///< kinds of findings that are trouble; empty: none
   std::string workFolder;    ///< to change to, all paths on the command line aside; empty: none
   MaskLimits maskLimits;
+  bool groupsChanges = true;  ///< equal changes of several pairs are told once
   bool saveNormalized = false;
   bool listOnly = false;
   bool allowNone = false;

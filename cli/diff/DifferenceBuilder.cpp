@@ -7,7 +7,6 @@
 
 namespace {
 
-constexpr std::size_t kMostChanges = 1000;       // distinct ones; a pair with more is no group's
 constexpr std::size_t kMostBytesOfChange = 200;  // what a group is named by
 constexpr std::size_t kMostBytesOfValue = 400;   // of what changed in one line of a hunk
 constexpr std::size_t kBytesAround = 60;         // of what did not change, on either side of it
@@ -24,6 +23,31 @@ std::size_t characterStart(std::string_view text, std::size_t position) {
     --start;
   }
   return start < text.size() && isContinuation(text[start]) ? position : start;
+}
+
+bool isBlank(char byte) {
+  return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
+}
+
+/// `text` on one line: no blanks at its ends, and a single space for those around a line break.
+std::string onOneLine(std::string_view text) {
+  std::string line;
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t begin = i;
+    while (i < text.size() && isBlank(text[i])) {
+      ++i;
+    }
+    const std::string_view blanks = text.substr(begin, i - begin);
+    if (begin > 0 && i < text.size()) {
+      line += blanks.find('\n') == std::string_view::npos ? blanks : " ";
+    }
+    const std::size_t word = i;
+    while (i < text.size() && !isBlank(text[i])) {
+      ++i;
+    }
+    line += text.substr(word, i - word);
+  }
+  return line;
 }
 
 std::string shortened(std::string_view text) {
@@ -140,38 +164,76 @@ DifferenceBuilder::DifferenceBuilder(std::string kind, const DiffRequest& reques
   m_difference.kind = std::move(kind);
 }
 
-bool DifferenceBuilder::keepsNext() const {
-  return (m_options.maxHunks == 0 || m_difference.hunks.size() < m_options.maxHunks) &&
+bool DifferenceBuilder::hasRoomFor(std::size_t hunks) const {
+  return (m_options.maxHunks == 0 || m_difference.hunks.size() < hunks) &&
          (m_options.maxBytes == 0 || m_keptBytes < m_options.maxBytes);
 }
 
-void DifferenceBuilder::add(DiffHunk hunk, std::string_view removed, std::string_view added) {
+bool DifferenceBuilder::keepsNext() const {
+  return hasRoomFor(m_options.maxHunks);
+}
+
+/// What a pair alone shows may stand behind many places of what all pairs show.
+bool DifferenceBuilder::keeps(const DiffHunk& hunk) const {
+  constexpr std::size_t kForNewChanges = 3;
+  const auto isNew = [&](const std::string& group) {
+    const auto change = m_changes.find(group);
+    const auto here = std::count(hunk.groups.begin(), hunk.groups.end(), group);
+    return change != m_changes.end() &&
+           m_difference.changes[change->second].count == static_cast<std::uint64_t>(here);
+  };
+  const bool hasNew = std::any_of(hunk.groups.begin(), hunk.groups.end(), isNew);
+  return hasRoomFor(hasNew ? kForNewChanges * m_options.maxHunks : m_options.maxHunks);
+}
+
+std::string DifferenceBuilder::count(std::string_view removed, std::string_view added) {
   std::string key(removed);
   key += '\0';
   key += added;
-  add(std::move(hunk), removed, added, key);
+  return count(removed, added, key);
+}
+
+std::string DifferenceBuilder::count(std::string_view removed, std::string_view added,
+                                     std::string_view key) {
+  std::string hashed(m_format);
+  hashed += '\0';
+  hashed += key;
+  std::string group = contentHash(hashed).substr(0, kDigitsOfGroup);
+  auto& changes = m_difference.changes;
+  if (const auto known = m_changes.find(group); known != m_changes.end()) {
+    ++changes[known->second].count;
+  } else if (changes.size() < Difference::kMostChanges) {
+    m_changes.emplace(group, changes.size());
+    const std::string lines[] = {onOneLine(removed), onOneLine(added)};
+    const bool areOnlyBlanks = lines[0] == lines[1];
+    changes.push_back({group, shortened(areOnlyBlanks ? removed : lines[0]),
+                       shortened(areOnlyBlanks ? added : lines[1]), 1});
+  }
+  return group;
+}
+
+void DifferenceBuilder::add(DiffHunk hunk, bool isKept) {
+  ++m_difference.hunkCount;
+  if (isKept) {
+    m_keptBytes += bytesIn(hunk);
+    m_difference.hunks.push_back(std::move(hunk));
+  }
+}
+
+void DifferenceBuilder::add(DiffHunk hunk, std::string_view removed, std::string_view added) {
+  hunk.groups = {count(removed, added)};
+  add(std::move(hunk), keepsNext());
 }
 
 void DifferenceBuilder::add(DiffHunk hunk, std::string_view removed, std::string_view added,
                             std::string_view key) {
-  std::string hashed(m_format);
-  hashed += '\0';
-  hashed += key;
-  hunk.group = contentHash(hashed).substr(0, kDigitsOfGroup);
-  auto& changes = m_difference.changes;
-  const auto [entry, isNew] = m_changes.try_emplace(hunk.group, changes.size());
-  if (!isNew) {
-    ++changes[entry->second].count;
-  } else if (changes.size() < kMostChanges) {
-    changes.push_back({hunk.group, shortened(removed), shortened(added), 1});
-  } else {
-    m_changes.erase(entry);
-  }
-  ++m_difference.hunkCount;
-  if (keepsNext()) {
-    m_keptBytes += bytesIn(hunk);
-    m_difference.hunks.push_back(std::move(hunk));
-  }
+  hunk.groups = {count(removed, added, key)};
+  add(std::move(hunk), keepsNext());
+}
+
+void DifferenceBuilder::noteChange(const std::string& sentence) {
+  note(sentence);
+  count({}, sentence);
 }
 
 void DifferenceBuilder::addChange(const std::string& place, const DiffValue& master,

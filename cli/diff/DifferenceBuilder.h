@@ -34,12 +34,25 @@ class DifferenceBuilder {
   /// Whether the next hunk is kept. When it is not, its place and lines need not be made.
   bool keepsNext() const;
 
-  /// Adds one hunk with its change. `removed` and `added` tell groups apart as they are, and are
-  /// shortened for people.
-  void add(DiffHunk hunk, std::string_view removed, std::string_view added);
+  /// The same for a hunk whose changes have been counted: some more are kept if one is new.
+  bool keeps(const DiffHunk& hunk) const;
+
+  /// Counts one place of a change, and returns the id of its group. `removed` and `added` tell
+  /// groups apart as they are, and are shortened for people.
+  std::string count(std::string_view removed, std::string_view added);
 
   /// The same for a change that is told apart by `key`.
+  std::string count(std::string_view removed, std::string_view added, std::string_view key);
+
+  /// Adds one hunk whose changes have been counted.
+  void add(DiffHunk hunk, bool isKept);
+
+  /// Adds one hunk with its change.
+  void add(DiffHunk hunk, std::string_view removed, std::string_view added);
   void add(DiffHunk hunk, std::string_view removed, std::string_view added, std::string_view key);
+
+  /// Notes what is all there is to say of two files that differ, and all that tells their group.
+  void noteChange(const std::string& sentence);
 
   /// Adds one value that became another, with what differs inside them marked.
   void addChange(const std::string& place, const DiffValue& master, const DiffValue& output);
@@ -50,6 +63,8 @@ class DifferenceBuilder {
   Difference take() { return std::move(m_difference); }
 
  private:
+  bool hasRoomFor(std::size_t hunks) const;
+
   std::string_view m_format;
   DiffOptions m_options;
   std::size_t m_keptBytes = 0;

@@ -329,9 +329,9 @@ Difference jsonDifference(const DiffRequest& request) {
     return builder.take();
   }
   if (masterTree.orderedHash() == outputTree.orderedHash()) {
-    builder.note("the same values; only spacing or the spelling of strings differs");
+    builder.noteChange("the same values; only spacing or the spelling of strings differs");
   } else if (masterTree.node(0).hash == outputTree.node(0).hash) {
-    builder.note("the same values; only the order of members differs");
+    builder.noteChange("the same values; only the order of members differs");
   } else {
     JsonComparison(masterTree, outputTree, builder).run();
   }

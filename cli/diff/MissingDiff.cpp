@@ -15,9 +15,12 @@ bool isThere(const std::string& path) {
   return stat(path.empty() ? "." : path.c_str(), &status) == 0;
 }
 
+std::string wordsFor(const std::string& folder) {
+  return folder.empty() ? "the working folder" : folder;
+}
+
 /// What may stand there instead.
-std::string describe(const NearestNames& nearest, const std::string& folder) {
-  const std::string where = folder.empty() ? "the working folder" : folder;
+std::string describe(const NearestNames& nearest, const std::string& where) {
   if (nearest.names.empty()) {
     return "no name in " + where + " is like it";
   }
@@ -54,8 +57,8 @@ Difference missingDifference(const DiffRequest& request) {
     builder.note("the folder has too many names to look at all of them");
   }
   DiffHunk hunk;
-  hunk.place = describe(nearest, folder);
+  hunk.place = describe(nearest, wordsFor(folder));
   const std::string wholeFolder = std::filesystem::path(file).parent_path().string();
-  builder.add(std::move(hunk), "files in " + wholeFolder, {}, wholeFolder);
+  builder.add(std::move(hunk), wordsFor(wholeFolder), {}, wholeFolder);
   return builder.take();
 }

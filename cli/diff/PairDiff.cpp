@@ -94,10 +94,17 @@ std::optional<std::string> readFile(const std::string& path) {
 }
 
 /// Whatever shows the bytes as they are, after what `tried` has found out without showing anything.
+/// A change that `tried` could name, such as another spacing, is the group of it all.
 Difference withNotesOf(Difference tried, Difference shown) {
   shown.notes.insert(shown.notes.begin(), std::make_move_iterator(tried.notes.begin()),
                      std::make_move_iterator(tried.notes.end()));
   shown.isCoarse = shown.isCoarse || tried.isCoarse;
+  if (!tried.changes.empty()) {
+    shown.changes = std::move(tried.changes);
+    for (DiffHunk& hunk : shown.hunks) {
+      hunk.groups = {shown.changes.front().group};
+    }
+  }
   return shown;
 }
 

@@ -221,7 +221,7 @@ Difference pictureDifference(const DiffRequest& request) {
   } else if ((isDamaged || !isSameSize) && compared > 0) {
     builder.note(where + "all pixels are equal");
   } else if (!isDamaged) {
-    builder.note("same pixels, other bytes");
+    builder.noteChange("same pixels, other bytes");
   }
   return builder.take();
 }

@@ -1,6 +1,7 @@
 #include "cli/diff/PrintedDiff.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -46,8 +47,11 @@ Difference printedDifference(const DiffRequest& request) {
     hunk.lines.back().omitted = ended + (rest.back() == '\n' ? 0 : 1);
   }
   std::string key = printed;
-  removeAll(key, request.record.master);
-  removeAll(key, request.record.output);
+  for (const std::string& path : {request.record.master, request.record.output}) {
+    removeAll(key, std::filesystem::absolute(path).lexically_normal().string());
+    removeAll(key, path);
+    removeAll(key, std::filesystem::path(path).filename().string());
+  }
   builder.add(std::move(hunk), {}, key);
   return builder.take();
 }

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// The words that one file has and the other has not, of the edits of a hunk.
+/// The words that one file has and the other has not, of edits that share lines.
 class ChangedWords {
  public:
   void add(std::string_view text) {
@@ -35,6 +35,16 @@ class ChangedWords {
   std::string m_key;
 };
 
+/// Without the blanks at its ends: whether a word was removed with the blank before or after it
+/// depends on what is around it.
+std::string_view trimmed(std::string_view text) {
+  constexpr const char* kBlanks = " \t\r\n";
+  const std::size_t begin = text.find_first_not_of(kBlanks);
+  return begin == std::string_view::npos
+             ? std::string_view()
+             : text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
+}
+
 /// Tells of everything in which two files differ.
 class TextDifference {
  public:
@@ -53,18 +63,31 @@ class TextDifference {
 
  private:
   void add(const TextHunk& hunk, const std::vector<TextEdit>& edits) {
-    ChangedWords removed;
-    ChangedWords added;
-    for (std::size_t i = hunk.firstEdit; i < hunk.endEdit; ++i) {
-      const TextEdit& edit = edits[i];
-      removed.add(m_a.text().substr(edit.beginA, edit.endA - edit.beginA));
-      added.add(m_b.text().substr(edit.beginB, edit.endB - edit.beginB));
-    }
     DiffHunk shown;
-    if (m_builder.keepsNext()) {
+    for (const ChangedLines& lines : hunk.changes) {
+      shown.groups.push_back(count(lines, edits));
+    }
+    const bool isKept = m_builder.keeps(shown);
+    if (isKept) {
       shown.lines = hunkLines(m_a, m_b, hunk, m_options.context);
     }
-    m_builder.add(std::move(shown), removed.words(), added.words(), removed.key() + added.key());
+    m_builder.add(std::move(shown), isKept);
+  }
+
+  /// The lines are a change of their own: which others are near enough to be shown with them tells
+  /// nothing, and would depend on how much context is shown.
+  std::string count(const ChangedLines& lines, const std::vector<TextEdit>& edits) {
+    ChangedWords removed;
+    ChangedWords added;
+    for (std::size_t i = lines.firstEdit; i < lines.firstEdit + lines.edits.size(); ++i) {
+      const TextEdit& edit = edits[i];
+      const std::string_view textA = m_a.text().substr(edit.beginA, edit.endA - edit.beginA);
+      const std::string_view textB = m_b.text().substr(edit.beginB, edit.endB - edit.beginB);
+      const bool areOnlyBlanks = trimmed(textA) == trimmed(textB);
+      removed.add(areOnlyBlanks ? textA : trimmed(textA));
+      added.add(areOnlyBlanks ? textB : trimmed(textB));
+    }
+    return m_builder.count(removed.words(), added.words(), removed.key() + added.key());
   }
 
   const ComparedFile& m_a;

@@ -26,19 +26,15 @@ std::optional<TextHunk> TextHunks::next() {
     return std::nullopt;
   }
   TextHunk hunk;
-  hunk.firstEdit = m_pending ? m_pendingEdit : m_nextEdit;
   hunk.changes.push_back(m_pending ? std::move(*m_pending) : nextChange());
   m_pending.reset();
-  hunk.endEdit = m_nextEdit;
   while (m_nextEdit < m_edits.size() && hunk.changes.size() < kMostChanges) {
-    m_pendingEdit = m_nextEdit;
     ChangedLines lines = nextChange();
     if (!isWithinContext(hunk.changes.back().a.end, lines.a.begin)) {
       m_pending = std::move(lines);
       break;
     }
     hunk.changes.push_back(std::move(lines));
-    hunk.endEdit = m_nextEdit;
   }
   return hunk;
 }
@@ -46,6 +42,7 @@ std::optional<TextHunk> TextHunks::next() {
 /// The lines of the next edit, and of all that share a line with it.
 ChangedLines TextHunks::nextChange() {
   ChangedLines lines;
+  lines.firstEdit = m_nextEdit;
   lines.edits.push_back(placesOf(m_edits[m_nextEdit++]));
   lines.a = lines.edits.front().a;
   lines.b = lines.edits.front().b;

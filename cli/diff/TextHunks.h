@@ -25,14 +25,13 @@ struct EditPlaces {
 struct ChangedLines {
   FileStretch a, b;
   std::vector<EditPlaces> edits;
+  std::size_t firstEdit = 0;   ///< of the text edits
   bool hasLineBreaks = false;  ///< an edit adds or removes one
 };
 
 /// Changed lines that are shown together, because only their context lies between them.
 struct TextHunk {
   std::vector<ChangedLines> changes;
-  std::size_t firstEdit = 0;  ///< of the text edits
-  std::size_t endEdit = 0;
 };
 
 /// Gathers the edits between two texts to hunks, in order.
@@ -61,5 +60,4 @@ class TextHunks {
   std::size_t m_doneA = 0;  ///< where the last changed lines end
   std::size_t m_doneB = 0;
   std::optional<ChangedLines> m_pending;  ///< too far from the last hunk
-  std::size_t m_pendingEdit = 0;          ///< its first edit
 };

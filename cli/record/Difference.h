@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -31,24 +32,26 @@ struct DiffLine {
 /// One place at which two files differ, with the lines around it.
 struct DiffHunk {
   std::string place;  ///< such as "$.rows[3].total" or "row 17, Price"; empty: the lines tell
-  std::string group;  ///< the id of the group that its change belongs to
+  std::vector<std::string> groups;  ///< of its changes, in order; equal ones as often as they occur
   std::vector<DiffLine> lines;
 };
 
-/// What one hunk changes, without anything that tells where. Equal changes make a group.
+/// What is changed at one place, without anything that tells where. Equal changes make a group.
 struct DiffChange {
   std::string group;    ///< id: the same in every run, on every machine
   std::string removed;  ///< words, cells, a value: what a person would name the change by
   std::string added;
-  std::uint64_t count = 0;  ///< hunks of the pair with this change
+  std::uint64_t count = 0;  ///< places of the pair with this change
 };
 
 /// How the two files of a pair differ, ready to be shown by the terminal and by every report.
 struct Difference {
   std::string kind;                 ///< "text", "csv", "json", "picture", "bytes", "xml", ...
   std::vector<std::string> notes;   ///< sentences such as "same pixels, other bytes"
-  std::vector<DiffHunk> hunks;      ///< the first ones, in the order of the files
+  std::vector<DiffHunk> hunks;      ///< the first ones, then those of further changes; in order
   std::uint64_t hunkCount = 0;      ///< of all there are
   bool isCoarse = false;            ///< the files were too large or too different for more detail
   std::vector<DiffChange> changes;  ///< distinct ones, in order of their first occurrence
+
+  static constexpr std::size_t kMostChanges = 1000;  ///< that are told apart
 };

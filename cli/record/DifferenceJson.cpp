@@ -81,7 +81,7 @@ ordered_json differenceToJson(const Difference& difference) {
   for (const DiffHunk& hunk : difference.hunks) {
     ordered_json& last = hunks.emplace_back();
     last["place"] = textToJson(hunk.place);
-    last["group"] = hunk.group;
+    last["groups"] = hunk.groups;
     ordered_json& lines = last["lines"] = ordered_json::array();
     for (const DiffLine& line : hunk.lines) {
       lines.push_back(lineJson(line));
@@ -108,7 +108,7 @@ Difference differenceFromJson(const ordered_json& json) {
   for (const ordered_json& hunk : json.at("hunks")) {
     DiffHunk& last = difference.hunks.emplace_back();
     last.place = textFromJson(hunk.at("place"));
-    last.group = hunk.at("group").get<std::string>();
+    last.groups = hunk.at("groups").get<std::vector<std::string>>();
     for (const ordered_json& line : hunk.at("lines")) {
       last.lines.push_back(lineFrom(line));
     }

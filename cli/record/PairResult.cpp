@@ -128,7 +128,7 @@ void describe(Archive& archive, DiffLine& line) {
 
 template <typename Archive>
 void describe(Archive& archive, DiffHunk& hunk) {
-  archive(hunk.place, hunk.group, hunk.lines);
+  archive(hunk.place, hunk.groups, hunk.lines);
 }
 
 template <typename Archive>

@@ -5,6 +5,21 @@
 
 #include "cli/record/JsonText.h"
 
+namespace {
+
+/// Pixels and bytes have to be looked at.
+bool hasWords(const ChangeGroup& group) {
+  return group.kind != "picture" && group.kind != "bytes";
+}
+
+std::uint64_t mixed(std::uint64_t hash, std::uint64_t number) {
+  constexpr std::uint64_t kOdd = 0x9E37'79B9'7F4A'7C15U;
+  const std::uint64_t sum = (hash ^ number) * kOdd;
+  return sum ^ (sum >> 29U);
+}
+
+}  // namespace
+
 std::string toJson(const std::vector<ChangeGroup>& groups) {
   std::string json;
   for (const ChangeGroup& group : groups) {
@@ -21,29 +36,38 @@ std::string toJson(const std::vector<ChangeGroup>& groups) {
   return '[' + json + ']';
 }
 
-void ChangeGroups::add(const PairRecord& pair) {
+std::size_t ChangeGroups::add(const PairRecord& pair) {
   const std::size_t number = m_pairs++;
+  const std::size_t known = m_groups.size();
   if (!pair.difference) {
-    return;
+    return 0;
   }
-  const std::string& kind = pair.difference->kind;
-  const bool hasWords = kind != "picture" && kind != "bytes";
   for (const DiffChange& change : pair.difference->changes) {
     const auto [found, isNew] = m_indexOf.try_emplace(change.group, m_groups.size());
     if (isNew) {
-      m_groups.push_back({change.group, change.removed, change.added, {}, 0, hasWords});
+      m_groups.push_back(
+          {change.group, pair.difference->kind, change.removed, change.added, {}, 0, 0, 0});
     }
     ChangeGroup& group = m_groups[found->second];
-    group.pairs.push_back(number);
+    if (group.pairs.size() < m_mostPairs) {
+      group.pairs.push_back(number);
+    }
+    ++group.pairCount;
+    group.pairsHash = mixed(group.pairsHash, number);
     group.places += change.count;
   }
+  return m_groups.size() - known;
+}
+
+const ChangeGroup* ChangeGroups::find(const std::string& id) const {
+  const auto found = m_indexOf.find(id);
+  return found != m_indexOf.end() ? &m_groups[found->second] : nullptr;
 }
 
 std::vector<ChangeGroup> ChangeGroups::rarestFirst() const {
   std::vector<ChangeGroup> groups = m_groups;
   std::stable_sort(groups.begin(), groups.end(), [](const ChangeGroup& a, const ChangeGroup& b) {
-    return std::make_tuple(a.pairs.size(), !a.hasWords) <
-           std::make_tuple(b.pairs.size(), !b.hasWords);
+    return std::make_tuple(a.pairCount, !hasWords(a)) < std::make_tuple(b.pairCount, !hasWords(b));
   });
   return groups;
 }

@@ -13,8 +13,8 @@ void Tally::add(const PairRecord& record) {
   }
 }
 
-bool Tally::allPassed() const {
-  return of(Verdict::Passed) == std::accumulate(m_counts.begin(), m_counts.end(), std::size_t{0});
+std::size_t Tally::notPassed() const {
+  return std::accumulate(m_counts.begin(), m_counts.end(), std::size_t{0}) - of(Verdict::Passed);
 }
 
 bool Tally::hasTrouble() const {

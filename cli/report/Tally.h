@@ -23,7 +23,10 @@ class Tally {
   /// By rule, how many pairs passed with its help. Only of pairs whose records name their rules.
   const std::map<std::string, std::size_t>& passesByRule() const { return m_passesByRule; }
 
-  bool allPassed() const;
+  /// Everything counted but passes.
+  std::size_t notPassed() const;
+
+  bool allPassed() const { return notPassed() == 0; }
 
   /// Whether a pair was not compared, or not to its end.
   bool hasTrouble() const;

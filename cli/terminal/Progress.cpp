@@ -37,13 +37,16 @@ Progress::~Progress() {
   std::cout.tie(m_formerTie);
 }
 
-void Progress::show(std::size_t number, std::size_t total, const std::string& what) {
+void Progress::show(std::size_t number, std::size_t total, std::size_t notPassed,
+                    const std::string& what) {
   const Clock::time_point now = m_enabled ? Clock::now() : m_shownAt;
   if (now - m_shownAt < kInterval) {
     return;
   }
   m_shownAt = now;
-  const std::string count = "[" + std::to_string(number) + "/" + std::to_string(total) + "] ";
+  const std::string count =
+      "[" + std::to_string(number) + "/" + std::to_string(total) +
+      (notPassed > 0 ? ", " + std::to_string(notPassed) + " not passed] " : "] ");
   const std::size_t width = terminalWidth();
   const std::size_t room = width > count.size() + 1 ? width - count.size() - 1 : 0;
   std::cerr << "\r\033[K" << count << fitted(what, room) << std::flush;

@@ -14,9 +14,9 @@ class Progress : private std::streambuf {
   explicit Progress(bool enabled);
   ~Progress() override;
 
-  /// Shows that item `number` of `total` is in progress. Does nothing if the line was updated less
-  /// than 100 ms ago.
-  void show(std::size_t number, std::size_t total, const std::string& what);
+  /// Shows that item `number` of `total` is in progress, and how many pairs have not passed. Does
+  /// nothing if the line was updated less than 100 ms ago.
+  void show(std::size_t number, std::size_t total, std::size_t notPassed, const std::string& what);
 
  private:
   using Clock = std::chrono::steady_clock;

@@ -49,7 +49,7 @@ def text_hunk(group, at, removed, added, mask=None):
     masked = [span(mask[1], "masked", rule=mask[0])] if mask else []
     return {
         "place": "",
-        "group": group,
+        "groups": [group],
         "lines": [
             line("context", at - 1, at - 1, span("<tr>")),
             line("removed", at, 0, span("<td>Total</td><td>"), span(removed, "changed"), span("</td>"), *masked),
@@ -62,14 +62,15 @@ def text_hunk(group, at, removed, added, mask=None):
 def value_hunk(group, place, removed, added):
     lines = [line("removed", 3, 0, span(removed, "changed"))] if removed is not None else []
     lines += [line("added", 0, 3, span(added, "changed"))] if added is not None else []
-    return {"place": place, "group": group, "lines": lines}
+    return {"place": place, "groups": [group], "lines": lines}
 
 
 def difference(kind, hunks, notes=(), count=None):
     """A difference; the words of its changes are those that its hunks mark."""
     changes = {}
     for hunk in hunks:
-        change = changes.setdefault(hunk["group"], {"group": hunk["group"], "removed": "", "added": "", "count": 0})
+        group = hunk["groups"][0]
+        change = changes.setdefault(group, {"group": group, "removed": "", "added": "", "count": 0})
         change["count"] += 1
         for each in hunk["lines"]:
             if each["kind"] != "context":

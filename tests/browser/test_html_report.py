@@ -254,7 +254,7 @@ HOSTILE = ("</script><script>window.hacked = 1</script><img src=x onerror='windo
 
 class Hostile(Page):
     def test_nothing_of_an_output_runs_or_hides(self):
-        hunks = [{"place": HOSTILE, "group": "g", "lines": [
+        hunks = [{"place": HOSTILE, "groups": ["g"], "lines": [
             line("removed", 1, 0, span(HOSTILE, "changed"), span(HOSTILE, "masked", rule=HOSTILE)),
             line("added", 0, 1, span({"hex": "ff41"}, "changed")), line("context", 2, 2, span(HOSTILE))]}]
         change = difference("text", hunks, [HOSTILE])

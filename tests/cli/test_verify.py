@@ -33,8 +33,9 @@ class Outcomes(SuiteTest):
         self.assertEqual(self.counts(run), (31, 6, 1, 1, 1, 1, 2, 0, 25))
         self.assertEqual(run.lines("passed", "partly", "differs", "missing", "error"), [
             f"{word:8} ../suite/Masters/{name}.html -> {HTML}{name}.html"
-            for word, name in (("missing", "Gone"), ("partly", "Null"), ("differs", "Other"))])
-        self.assertEqual((len(run.lines("failed")), run.out.count("/Bare")), (2, 20))
+            for word, name in (("partly", "Null"), ("missing", "Gone"), ("differs", "Other"))])
+        self.assertIn("2 pairs, same message: ", run.out)
+        self.assertEqual(run.out.count("/Bare"), 20)
         self.assertRegex(run.out, r"Not verified.*\n    \.\./suite/Bare00\.xml\n")
         self.assertRegex(self.harness_log(), "FAILED: .*/Null.html .*up to the NUL")
         self.assertRegex((self.work / "s.xml").read_text(), "<TestCaseFailureDiff>.*/Null.html<")
@@ -100,7 +101,7 @@ class Names(SuiteTest):
                 ("line\nend", "line\\nend"), ("back\\slash", "back\\\\slash")]
         for name, _ in rows:
             self.report(name, "<p>a</p>", "<p>b</p>")
-        run = self.verify("--harness-log", "h.mxr", "--color", "never",
+        run = self.verify("--harness-log", "h.mxr", "--color", "never", "--no-groups",
                           locations=[f"../suite/{name}.xml" for name, _ in rows])
         log = self.harness_log()
         for _, shown in rows:
@@ -108,9 +109,12 @@ class Names(SuiteTest):
             self.assertIn(f"Masters/{shown}.html and ", log)
             self.assertIn(f"differs  ../suite/Masters/{shown}.html -> {HTML}{shown}.html",
                           run.lines("differs"))
-        self.assertNotIn("\x1b", log + run.out + self.verify().out)
+        grouped = self.verify("-v").out
+        for _, shown in rows:
+            self.assertRegex(grouped, f"(for example|also|    ) .*/{re.escape(shown)}.html\n")
+        self.assertNotIn("\x1b", log + run.out + grouped)
         always = self.verify("--color", "always", NO_COLOR="1")
-        self.assertIn("\x1b[31mdiffers\x1b[0m", always.out)
+        self.assertIn("\x1b[31m6 pairs\x1b[0m", always.out)
 
 
 class EngineOutput(SuiteTest):

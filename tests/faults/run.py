@@ -50,7 +50,8 @@ class Bench:
                             "ORVDIFF_FAULT_REPORT": str(self.report),
                             "PATH": f"{self.suites.root}/bin:{os.environ['PATH']}"}
         # One worker at a time: with more, which of them makes the N-th call is a matter of luck.
-        self.command = [arguments.program, "verify", "-v", "-j", "1", "--summary", "../summary.xml",
+        self.command = [arguments.program, "verify", "-v", "-j", "1", "--no-groups",
+                        "--summary", "../summary.xml",
                         "--harness-log", "../harness.log", "--record", "../record",
                         "--save-normalized", *suites.LOCATIONS]
 

@@ -9,7 +9,7 @@ while [ $# -gt 2 ]; do shift; done
 grep -q '<!-- more -->' "$2"
 test $? = 1
 """
-# Those reports of the demo of which every pair passes.
+# Those reports of the demo of which every pair passes, once the server has its former version.
 LOCATIONS = ("../suite/sales", "../suite/operations")
 
 
@@ -20,6 +20,8 @@ class Suites:
         self.root = root
         for suite in ("same", "other"):
             shutil.copytree(demo, root / suite)
+        for path in (root / "same/server/webcontent/bi/v5DebugHTML").glob("*.html"):
+            path.write_bytes(path.read_bytes().replace(b"server 16.20", b"server 15.20"))
         for path in (root / "other/server/webcontent").rglob("*.*"):
             # Most formats take a comment; statistics are compared line by line.
             path.write_bytes(path.read_bytes().replace(b"Mapping Mode - ", b"Mapping Mode - not ")

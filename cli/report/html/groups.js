@@ -64,7 +64,7 @@ async function firstHunks(model, { groups, pairs }) {
   const most = 3;
   const pair = await loadPair(model.blocks, pairs[0]);
   const hunks = pair.difference?.hunks ?? [];
-  const found = groups.map((group) => hunks.find((hunk) => hunk.group === group.id)).filter(Boolean);
+  const found = groups.map((group) => hunks.find((hunk) => hunk.groups.includes(group.id))).filter(Boolean);
   return found.length > 0 ? hunkView(found.slice(0, most), false) : null;
 }
 

@@ -43,7 +43,8 @@ TEST(SuiteRun, ALogThatCannotTakeAResultDoesNotKeepItFromTheOthers) {
   const std::vector<SelectedFormat> formats = selectFormats(options);
   const PairOwners owners(reports, {});
   PairVerifier verifier(reports, formats, owners, {});
-  const ResultPrinter printer(Verbosity::Quiet, Palette(ColorChoice::Never));
+  const Palette palette(ColorChoice::Never);
+  GroupPrinter printer(true, Verbosity::Quiet, palette);
   OutputPlace place("harness log", "log");
   HarnessLog log(place, MOXLogLevel::Normal);
   log.start();

@@ -115,9 +115,9 @@ TEST(TextDiff, EditsAndHunksLeaveOutOnlyWhatIsEqual) {
     std::size_t doneA = 0;
     std::size_t doneB = 0;
     while (const auto hunk = hunks.next()) {
-      ASSERT_EQ(hunk->firstEdit, nextEdit);
-      nextEdit = hunk->endEdit;
       for (const ChangedLines& lines : hunk->changes) {
+        ASSERT_EQ(lines.firstEdit, nextEdit);
+        nextEdit += lines.edits.size();
         ASSERT_GE(lines.a.begin, doneA);
         ASSERT_GE(lines.b.begin, doneB);
         ASSERT_EQ(between(a, doneA, lines.a.begin), between(b, doneB, lines.b.begin)) << round;
