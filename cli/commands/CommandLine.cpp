@@ -12,8 +12,8 @@ namespace {
 
 /// In the order of the help text.
 constexpr void (*kVerbs[])(CLI::App& app, Performer& chosen) = {
-    addVerify, addAudit, addDiff,      addCompare, addNumdiff,
-    addShow,   addMerge, addNormalize, addExplain, addFormats};
+    addVerify, addAudit,     addDiff,    addNumdiff, addShow,
+    addMerge,  addNormalize, addExplain, addFormats};
 
 /// What comes before the choice of a verb, or with any.
 struct Common {
