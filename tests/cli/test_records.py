@@ -220,12 +220,12 @@ class Damage(RecordsTest):
         self.assertEqual(self.content("r"), before)
         self.pair("S", "PDF", "S.pdf", "x", "y")
         running = self.popen("verify", "--record", "busy", "../suite", stdout=subprocess.DEVNULL,
-                             stderr=None, env={"PATH": self.interpreter("sleep 5\n")})
+                             stderr=None, env={"PATH": self.interpreter("sleep 60\n")})
         self.wait_until((self.work / "busy/run.json").exists)
         self.assertIn("another run is writing there", self.verify("--record", "busy").err)
         running.kill()
         running.wait()
-        self.assertNotIn("another run", self.verify("--record", "busy").err)
+        self.wait_until(lambda: "another run" not in self.verify("--record", "busy").err)
 
     def test_a_full_disk_under_the_record_is_trouble(self):
         self.suite()
