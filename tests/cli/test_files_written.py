@@ -194,8 +194,9 @@ class EndedEarly(FilesTest):
     def test_by_a_second_signal(self):
         running = self.start()
         with open(self.gate, "w"):
-            running.send_signal(signal.SIGINT)
-            running.send_signal(signal.SIGTERM)
+            # Stopped, so that it cannot end between the two.
+            for number in (signal.SIGSTOP, signal.SIGINT, signal.SIGTERM, signal.SIGCONT):
+                running.send_signal(number)
             self.assertIn(running.wait(60), (-signal.SIGINT, -signal.SIGTERM))
         self.finished(running)
         self.assertFalse(self.summary.exists())
