@@ -12,7 +12,7 @@ namespace {
 
 /// In the order of the help text.
 constexpr void (*kVerbs[])(CLI::App& app, Performer& chosen) = {
-    addVerify, addAudit, addDiff,      addCompare, addNumdiff, addShow,
+    addVerify, addAudit, addDiff,      addNumdiff, addShow,
     addReport, addMerge, addNormalize, addExplain, addFormats};
 
 /// What comes before the choice of a verb, or with any.

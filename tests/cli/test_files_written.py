@@ -179,10 +179,9 @@ class EndedEarly(FilesTest):
         for number, status in ((signal.SIGINT, 130), (signal.SIGTERM, 143)):
             with self.subTest(number):
                 running = self.start()
-                with open(self.gate, "w") as writer:  # waits until the script runs
+                with open(self.gate, "w"):  # waits until the script runs, and then holds it up
                     running.send_signal(number)
-                    writer.write("stopped by Ctrl-C as well\n")
-                run = self.finished(running)
+                    run = self.finished(running)
                 self.expect(run, status, "Interrupted after 1 of 3 reports. "
                                          "1 report, 1 pair: 0 passed, 1 differ")
                 self.assertEqual(len(run.lines("differs")), 1)  # what was kept for the end
@@ -196,8 +195,9 @@ class EndedEarly(FilesTest):
     def test_by_a_second_signal(self):
         running = self.start()
         with open(self.gate, "w"):
-            running.send_signal(signal.SIGINT)
-            running.send_signal(signal.SIGTERM)
+            # Stopped, so that it cannot end between the two.
+            for number in (signal.SIGSTOP, signal.SIGINT, signal.SIGTERM, signal.SIGCONT):
+                running.send_signal(number)
             self.assertIn(running.wait(60), (-signal.SIGINT, -signal.SIGTERM))
         self.finished(running)
         self.assertFalse(self.summary.exists())

@@ -241,7 +241,7 @@ class Damage(RecordsTest):
         self.assertEqual(self.content("r"), before)
         self.pair("S", "PDF", "S.pdf", "x", "y")
         running = self.popen("verify", "--record", "busy", "../suite", stdout=subprocess.DEVNULL,
-                             stderr=None, env={"PATH": self.interpreter("sleep 5\n")})
+                             stderr=None, env={"PATH": self.interpreter("sleep 60\n")})
         self.wait_until((self.work / "busy/run.json").exists)
         self.assertIn("another run is writing there", self.verify("--record", "busy").err)
         running.kill()

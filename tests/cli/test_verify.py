@@ -59,9 +59,11 @@ class Outcomes(SuiteTest):
         self.report("Sale")  # named alone, and without masters of its own
         alone = self.verify(locations=["../suite/Sale.xml"])
         self.assertEqual((alone.status, self.counts(alone)), (2, (1, 2, 1, 0, 1, 0, 0, 0, 1)))
-        # A master of a paged format, which Sales_2 does not find although its name begins so.
-        self.pair("Sales", "PagedDataXML", "Sales_2_1.xml", "x", "y")
-        self.assertEqual(len(self.verify().lines("differs")), 2)
+        # Sales_2 finds Sales_2*_2_x.cgs only, although this name begins with its own.
+        self.pair("Sales", "charts", "Sales_2_x.cgs", "x", "y")
+        run = self.verify("--cgs-output-dir", "v5Debugcharts", "--cgs-suffix", "2_x",
+                          "--cgs-master-sub-folder", "charts")
+        self.assertEqual(len(run.lines("differs")), 2)
 
     def test_what_is_wrong_with_a_missing_file(self):
         folders = {"master": self.server / "suite/Masters", "actual output": self.outputs}

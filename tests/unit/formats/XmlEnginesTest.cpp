@@ -146,7 +146,10 @@ TEST(XmlValidation, TellsAFaultOfTheDocumentFromOneOfTheMachine) {
       outcome = described(findXmlFault(parser, XmlDocumentKind::CtxMetadata, "f", "text", parse));
     });
     EXPECT_EQ(outcome, std::get<1>(row));
-    EXPECT_EQ(parser->isUsable(), std::get<2>(row));
+    const std::shared_ptr<XmlParser> used = parser;
+    EXPECT_EQ(findXmlFault(parser, XmlDocumentKind::CtxMetadata, "f", "", [](auto, auto) {}),
+              nullptr);
+    EXPECT_EQ(parser == used, std::get<2>(row));
   }
   EXPECT_THAT(output.text(), HasSubstr("+\nXML Exception error for file: f\n"
                                        "XML Exception error message: parsing in progress\n+"));

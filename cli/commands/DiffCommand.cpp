@@ -19,7 +19,7 @@
 
 namespace {
 
-struct CompareOptions : PairOptions {
+struct DiffVerbOptions : PairOptions {
   DifferenceOptions differences;
   std::string format;
   LayoutDataOptions layoutData;
@@ -28,7 +28,7 @@ struct CompareOptions : PairOptions {
 
 /// The result of an XML format may name the actual output only, so the files are those asked for.
 void addDifference(const OrvDiffFormat& format, const OrvDiffFileEngine& engine,
-                   const CompareOptions& options, PairRecord& record) {
+                   const DiffVerbOptions& options, PairRecord& record) {
   PairRecord named = record;
   named.master = options.master;
   named.output = options.actual;
@@ -39,7 +39,7 @@ void addDifference(const OrvDiffFormat& format, const OrvDiffFileEngine& engine,
 /// The comparison, in a process of its own: engines may crash, and scripts hang.
 class Comparison : public PoolWork {
  public:
-  Comparison(const CompareOptions& options, const OrvDiffFormat& format, OrvDiffFileEngine& engine)
+  Comparison(const DiffVerbOptions& options, const OrvDiffFormat& format, OrvDiffFileEngine& engine)
       : m_options(options), m_format(format), m_engine(engine) {
     m_pair.master = options.master;
     m_pair.output = options.actual;
@@ -83,13 +83,13 @@ class Comparison : public PoolWork {
     return pair;
   }
 
-  const CompareOptions& m_options;
+  const DiffVerbOptions& m_options;
   const OrvDiffFormat& m_format;
   OrvDiffFileEngine& m_engine;
   PairRecord m_pair;
 };
 
-ExitStatus run(const CompareOptions& options) {
+ExitStatus run(const DiffVerbOptions& options) {
   const OrvDiffFormat& format = formatNamed(options.format);
   const auto engine = createPairEngine(format, options.layoutData);
   const std::string problem = scriptProblem(*engine);
@@ -110,21 +110,16 @@ ExitStatus run(const CompareOptions& options) {
   return printPair(pair, options, viewOf(options.differences));
 }
 
-void add(CLI::App& app, Performer& chosen, const char* name, const char* help) {
-  const auto [verb, options] = addVerb<CompareOptions>(app, chosen, name, help, run);
+}  // namespace
+
+void addDiff(CLI::App& app, Performer& chosen) {
+  const auto [verb, options] = addVerb<DiffVerbOptions>(
+      app, chosen, "diff", "Compare two files by the rules of a format, and show how they differ",
+      run);
+  verb.alias("compare");
   addFormat(verb, options.format);
   addPair(verb, options);
   addTimeout(verb, options.secondsPerPair);
   addDifferences(verb, options.differences);
   addLayoutData(verb, options.layoutData);
-}
-
-}  // namespace
-
-void addCompare(CLI::App& app, Performer& chosen) {
-  add(app, chosen, "compare", "The same as diff");
-}
-
-void addDiff(CLI::App& app, Performer& chosen) {
-  add(app, chosen, "diff", "Compare two files by the rules of a format, and show how they differ");
 }
