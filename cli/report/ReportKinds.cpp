@@ -1,6 +1,7 @@
 #include "cli/report/ReportKinds.h"
 
 #include "cli/report/HtmlReport.h"
+#include "cli/report/JUnitReport.h"
 #include "cli/report/JsonReport.h"
 
 namespace {
@@ -17,6 +18,8 @@ const std::vector<ReportKind>& reportKinds() {
       {"--html", "HTML report", "Write the run to FILE as a page for browsers", make<HtmlReport>},
       {"--json", "JSON report", "Write the run, its groups and its pairs to FILE as JSON",
        make<JsonReport>},
+      {"--junit", "JUnit report", "Write the pairs to FILE as JUnit XML, for build servers",
+       make<JUnitReport>},
   };
   return kinds;
 }
