@@ -1,6 +1,5 @@
 #include "cli/report/JUnitReport.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
@@ -52,9 +51,12 @@ std::string attribute(const char* name, std::string_view value) {
   return std::string(" ") + name + "=\"" + encoded(value) + '"';
 }
 
+/// In hundredths, which is "0" for most pairs: a case should not take much room for having passed.
 std::string timeAttribute(double seconds) {
+  constexpr double kNothing = 0.005;
   std::array<char, 400> text = {};  // the largest number has 309 digits
-  std::snprintf(text.data(), text.size(), " time=\"%.3f\"", std::max(seconds, 0.0));
+  std::snprintf(text.data(), text.size(), " time=\"%.*f\"", seconds < kNothing ? 0 : 2,
+                seconds < kNothing ? 0 : seconds);
   return text.data();
 }
 
@@ -90,14 +92,20 @@ std::string caseName(const PairRecord& pair) {
   return printable(name) + (tellsFormat ? "" : " (" + printable(pair.format) + ')');
 }
 
-std::string bodyOf(const PairRecord& pair) {
+/// The output, or its folder if it has the name of the master, as with cp.
+std::string targetOf(const PairRecord& pair) {
+  const std::filesystem::path output = pair.output;
+  const bool isNamesake = output.filename() == std::filesystem::path(pair.master).filename();
+  return isNamesake ? (output.parent_path() / "").string() : pair.output;
+}
+
+std::string bodyOf(const PairRecord& pair, std::unordered_set<std::string>& shown) {
   LimitedText lines(kMostOfBody);
   lines.add(headline(pair));
   if (!pair.master.empty()) {
-    lines.add("master: " + printable(pair.master));
-    lines.add("output: " + printable(pair.output));
+    lines.add(printable(pair.master) + " -> " + printable(targetOf(pair)));
   }
-  addDifference(pair, lines);
+  addDifference(pair, shown, lines);
   addLines(pair.printed, lines);
   return lines.text();
 }
@@ -174,7 +182,7 @@ void JUnitReport::add(const PairRecord& pair, const FileReader& /*read*/) {
                 {}};
   if (added.outcome != Outcome::Passed) {
     added.message = headline(pair);
-    added.body = bodyOf(pair);
+    added.body = bodyOf(pair, m_shownChanges);
   }
   addCase(folder, added);
 }

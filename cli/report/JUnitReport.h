@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "cli/report/ReportRenderer.h"
@@ -51,6 +52,7 @@ class JUnitReport : public ReportRenderer {
   std::vector<Suite> m_suites;  ///< in the order of the run
   std::unordered_map<std::string, std::size_t> m_indexOf;
   std::unordered_map<std::string, std::size_t> m_uses;  ///< of the names of a case
+  std::unordered_set<std::string> m_shownChanges;       ///< ids of groups
   std::size_t m_bytesOfBodies = 0;
   Suite m_all;
 };

@@ -111,21 +111,26 @@ void addLines(std::string_view text, LimitedText& lines) {
   }
 }
 
-void addHunk(const DiffHunk& hunk, LimitedText& lines) {
-  bool hasRoom = lines.add("@@ " + placeOf(hunk) + " @@");
-  for (std::size_t i = 0; hasRoom && i < hunk.lines.size(); ++i) {
-    hasRoom = lines.add(lineText(hunk.lines[i]));
+void addHunk(const DiffHunk& hunk, bool withContext, LimitedText& lines) {
+  lines.add("@@ " + placeOf(hunk) + " @@");
+  for (const DiffLine& line : hunk.lines) {
+    if (line.kind != DiffLine::Kind::Context || withContext) {
+      if (!lines.add(lineText(line))) {
+        return;
+      }
+    }
   }
 }
 
-void addDifference(const PairRecord& pair, LimitedText& lines) {
+void addDifference(const PairRecord& pair, std::unordered_set<std::string>& shown,
+                   LimitedText& lines) {
   if (pair.difference) {
     const Difference& difference = *pair.difference;
     for (const std::string& note : difference.notes) {
       addLines(note, lines);
     }
     for (const DiffHunk& hunk : difference.hunks) {
-      addHunk(hunk, lines);
+      addHunk(hunk, shown.insert(hunk.group).second, lines);
     }
     if (difference.hunkCount > difference.hunks.size()) {
       lines.add(std::to_string(difference.hunkCount - difference.hunks.size()) +
@@ -138,31 +143,35 @@ void addDifference(const PairRecord& pair, LimitedText& lines) {
 }
 
 std::string changeWords(std::string_view removed, std::string_view added) {
-  const auto words = [](std::string_view text) {
-    return text.empty() ? std::string("nothing") : printableStart(text, kMostOfWords);
-  };
-  return words(removed) + " \u2192 " + words(added);
+  if (removed.empty() || added.empty()) {
+    return printableStart(removed.empty() ? added : removed, kMostOfWords);
+  }
+  return printableStart(removed, kMostOfWords) + " \u2192 " + printableStart(added, kMostOfWords);
 }
 
 std::string headline(const PairRecord& pair) {
-  std::string text(wordFor(pair.verdict));
+  const std::string verdict(wordFor(pair.verdict));
   if (!pair.message.empty()) {
-    return text + ": " + printableStart(pair.message, kMostOfLine);
+    return verdict + ": " + printableStart(pair.message, kMostOfLine);
   }
   if (pair.difference && !pair.difference->changes.empty()) {
     const Difference& difference = *pair.difference;
     const DiffChange& change = difference.changes.front();
-    text += ": " + changeWords(change.removed, change.added);
-    if (difference.hunkCount > 1) {
-      text += " (first of " + std::to_string(difference.hunkCount) + " places)";
-    }
-  } else if (!pair.printed.empty()) {
-    text += ": " + printableStart(pair.printed.substr(0, pair.printed.find('\n')), kMostOfLine);
-  } else if (pair.at) {
-    text += " at " + std::to_string(pair.at->line) + ':' + std::to_string(pair.at->column) +
-            " in the normalised text";
+    const std::string words = changeWords(change.removed, change.added);
+    return (words.empty() ? verdict : words) +
+           (difference.hunkCount > 1
+                ? " (first of " + std::to_string(difference.hunkCount) + " places)"
+                : "");
   }
-  return text;
+  if (!pair.printed.empty()) {
+    return verdict + ": " +
+           printableStart(pair.printed.substr(0, pair.printed.find('\n')), kMostOfLine);
+  }
+  if (pair.at) {
+    return verdict + " at " + std::to_string(pair.at->line) + ':' +
+           std::to_string(pair.at->column) + " in the normalised text";
+  }
+  return verdict;
 }
 
 std::string folderOf(const std::string& report) {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "cli/record/PairRecord.h"
@@ -40,16 +41,20 @@ void addLines(std::string_view text, LimitedText& lines);
 ///      <tr>
 ///     -<td>15.20</td>⟨IdAttribute⟩
 ///     +<td>16.20</td>⟨IdAttribute⟩
-void addHunk(const DiffHunk& hunk, LimitedText& lines);
+///
+/// The lines around the change are for readers who see it for the first time.
+void addHunk(const DiffHunk& hunk, bool withContext, LimitedText& lines);
 
 /// Adds how the files of a pair differ, as far as its record tells: a hunk for each of the first
-/// places, or the texts around the first one.
-void addDifference(const PairRecord& pair, LimitedText& lines);
+/// places, or the texts around the first one. `shown` are the groups whose change has been shown
+/// already; those of the pair are added.
+void addDifference(const PairRecord& pair, std::unordered_set<std::string>& shown,
+                   LimitedText& lines);
 
-/// What a change replaces by what: "15.20 → 16.20".
+/// What a change replaces by what: "15.20 → 16.20", or what it consists of.
 std::string changeWords(std::string_view removed, std::string_view added);
 
-/// Why a pair did not pass, in one line: "differs: 15.20 → 16.20 (first of 3 places)".
+/// Why a pair did not pass, in one line: "15.20 → 16.20 (first of 3 places)".
 std::string headline(const PairRecord& pair);
 
 /// The folder of a pair's report; "." if its name has none.

@@ -1,8 +1,10 @@
 #include "cli/report/ReportKinds.h"
 
+#include "cli/report/Annotations.h"
 #include "cli/report/HtmlReport.h"
 #include "cli/report/JUnitReport.h"
 #include "cli/report/JsonReport.h"
+#include "cli/report/MarkdownReport.h"
 
 namespace {
 
@@ -10,6 +12,9 @@ template <typename Renderer>
 std::unique_ptr<ReportRenderer> make() {
   return std::make_unique<Renderer>();
 }
+
+constexpr const char* kAnnotationsHelp =
+    "Print the ten most telling lines as a build server wants them: github or gitlab";
 
 }  // namespace
 
@@ -20,6 +25,10 @@ const std::vector<ReportKind>& reportKinds() {
        make<JsonReport>},
       {"--junit", "JUnit report", "Write the pairs to FILE as JUnit XML, for build servers",
        make<JUnitReport>},
+      {"--markdown", "Markdown report", "Write the run to FILE as Markdown, for a merge request",
+       make<MarkdownReport>},
+      {"--annotations", "annotations", kAnnotationsHelp, make<GitHubAnnotations>, "github"},
+      {"--annotations", "annotations", kAnnotationsHelp, make<GitLabAnnotations>, "gitlab"},
   };
   return kinds;
 }
