@@ -150,7 +150,7 @@ std::string changeWords(std::string_view removed, std::string_view added) {
 }
 
 std::string headline(const PairRecord& pair) {
-  const std::string verdict(wordFor(pair.verdict));
+  std::string verdict(wordFor(pair.verdict));
   if (!pair.message.empty()) {
     return verdict + ": " + printableStart(pair.message, kMostOfLine);
   }

@@ -39,7 +39,7 @@ def hostile_pairs():
     excerpt = {"before": HOSTILE, "first": "", "rest": "", "columns": 1}
     return [
         pair | {"master": HOSTILE, "output": HOSTILE},
-        records.pair("m", verdict="error", message=HOSTILE),
+        records.pair("m", verdict="error", message=HOSTILE, printed=HOSTILE + "\n```\n   `````\n<b>"),
         records.pair({"hex": b"caf\xe9|``".hex()}, verdict="missing", message="m"),
         records.pair("e", verdict="differs", masterExcerpt=excerpt, outputExcerpt=excerpt, at={"byte": 0, "line": 1, "column": 1}),
     ]
@@ -163,7 +163,7 @@ class CiReports(SuiteTest):
             run = re.match("`*", line)[0]
             if fence is None and len(run) >= 3:
                 fence = run
-            elif fence is not None and line == fence:
+            elif fence is not None and re.fullmatch(f" {{0,3}}{fence}`*", line):
                 fence = None
             elif fence is None:
                 outside.append(line)
