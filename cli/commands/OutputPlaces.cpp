@@ -17,7 +17,7 @@ OutputPlaces::OutputPlaces(const VerifyOptions& options) {
     summary.emplace("summary", options.summaryFile);
   }
   for (const ReportRequest& request : options.reports) {
-    if (request.file == ReportFiles::kStandardOutput) {
+    if (request.kind->value == nullptr && request.file == ReportFiles::kStandardOutput) {
       throw CommandError(std::string("verify prints results on standard output; name a file for ") +
                          request.kind->option);
     }

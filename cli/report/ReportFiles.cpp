@@ -16,6 +16,9 @@ namespace {
 
 /// Whether `file`, which need not exist, lies in `folder` or below.
 bool liesIn(const std::string& file, const std::string& folder) {
+  if (file == ReportFiles::kStandardOutput) {
+    return false;
+  }
   std::error_code unknown;
   const fs::path top = fs::weakly_canonical(fs::absolute(folder), unknown);
   if (unknown || top.empty()) {

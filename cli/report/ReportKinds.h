@@ -10,6 +10,7 @@ struct ReportKind {
   const char* what;    ///< names the report in messages: "HTML report"
   const char* help;
   std::unique_ptr<ReportRenderer> (*make)();
+  const char* value = nullptr;  ///< of the option, for a kind that is printed; else it is a file
 };
 
 /// All kinds, in the order of the help text.
