@@ -308,8 +308,7 @@ OrvDiffResult* OrvDiffLib::vmdCompare(const std::string& masterName, const std::
                                       const char* masterText, const char* actualText) {
   OrvVmdStatistics master;
   OrvVmdStatistics actual;
-  if (master.parse(masterText) && actual.parse(actualText) &&
-      areWithinAllowances(master, actual)) {
+  if (master.parse(masterText) && actual.parse(actualText) && areWithinAllowances(master, actual)) {
     return velNew<OrvDiffResultPass>(VEL_HERE, masterName, actualName);
   }
   return velNew<OrvDiffResultFailDiff>(VEL_HERE, masterName, actualName);
