@@ -14,6 +14,7 @@ import re
 import sys
 
 MOST_COLUMNS = 132
+INDENT = 17  # of what was wrapped
 CHARACTER = 8.4
 MARGIN = 16
 LINE = 19
@@ -23,18 +24,14 @@ ESCAPE = re.compile(r"\x1b\[([0-9;]*)m")
 
 
 def fold(line):
-    """The line, wrapped after MOST_COLUMNS columns; escapes take no room."""
+    """The line, wrapped between words within MOST_COLUMNS columns; escapes take no room."""
     folded, width = "", 0
-    for piece in re.split(r"(\x1b\[[0-9;]*m)", line):
-        if ESCAPE.fullmatch(piece):
-            folded += piece
-            continue
-        for character in piece:
-            if width == MOST_COLUMNS:
-                folded += "\n"
-                width = 0
-            folded += character
-            width += 1
+    for word in re.findall(r"\s*(?:\x1b\[[0-9;]*m|[^\s])+|\s+$", line):
+        if width > 0 and width + columns(word) > MOST_COLUMNS:
+            folded += "\n" + " " * INDENT
+            width, word = INDENT, word.lstrip()
+        folded += word
+        width += columns(word)
     return folded.split("\n")
 
 
@@ -44,19 +41,21 @@ def columns(line):
 
 def draw(line, y, color):
     """Returns the line as SVG text, and the colour in force at its end."""
-    drawn = ""
+    drawn = line_below = ""
     column = 0
     for piece in re.split(r"(\x1b\[[0-9;]*m|  +)", line):
         escape = ESCAPE.fullmatch(piece)
         if escape:
-            codes = [code for code in escape.group(1).split(";") if code in COLORS]
-            color = COLORS[codes[-1]] if codes else PLAIN
+            codes = escape.group(1).split(";")
+            colors = [code for code in codes if code in COLORS]
+            color = COLORS[colors[-1]] if colors else PLAIN
+            line_below = ' text-decoration="underline"' if "4" in codes else ""
             continue
         text = piece.strip(" ")
         if text:
             x = MARGIN + CHARACTER * (column + piece.index(text))
             drawn += (f'<text x="{x:.1f}" y="{y}" textLength="{CHARACTER * len(text):.1f}" '
-                      f'fill="{color}">{html.escape(text)}</text>\n')
+                      f'fill="{color}"{line_below}>{html.escape(text)}</text>\n')
         column += len(piece)
     return drawn, color
 
