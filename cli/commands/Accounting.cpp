@@ -46,7 +46,7 @@ std::set<FindingKind> Accounting::strictKinds(const std::string& keys) {
       for (const FindingKind each : kindsOfRuns()) {
         known += ", " + std::string(keyOf(each));
       }
-      throw CommandError("--strict=" + word + " is none of: " + known);
+      throw CommandError(("--strict=" + word).append(" is none of: ").append(known));
     }
   }
   return kinds;
@@ -77,7 +77,7 @@ void Accounting::close(const VerifyOptions& options, const RunPlan& plan,
                        RunTotals& totals) {
   m_compared.close();
   if (options.shard.empty() && options.formats.names.empty() && !options.formats.allSubFolders &&
-      m_subFolders.size() > 0 && !plan.onlyPairs) {
+      !m_subFolders.empty() && !plan.onlyPairs) {
     requireSubFolders(options.formats.subFolders, totals);
   }
   const bool takesUpPairs = plan.onlyPairs.has_value();  // all else is none of the run's business
