@@ -60,8 +60,9 @@ void requireLocations(const std::vector<std::string>& locations, const std::stri
         !fs::exists(startFolder / path, error)) {
       continue;  // if there is anything wrong with it, the search for reports says so
     }
-    throw CommandError(location + " does not exist in " + fs::current_path(error).string() +
-                       ", the folder of -C, but in " + startFolder +
-                       "; to leave paths relative to that, use --work instead of -C");
+    std::string problem = location + " does not exist in ";
+    problem += fs::current_path(error).string();
+    problem += ", the folder of -C, but does in " + startFolder;
+    throw CommandError(problem + "; use --work instead of -C to leave locations as they are");
   }
 }

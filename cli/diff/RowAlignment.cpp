@@ -256,7 +256,7 @@ void RowAligner::pairAcrossGaps() {
         bestRow = other;
       }
     }
-    if (2 * most > m_columnPairs.size()) {
+    if (std::size_t{2} * most > m_columnPairs.size()) {
       use(row, bestRow, m_result.pairs);
     }
   }

@@ -128,6 +128,11 @@ bool MasterRules::isOfFormats(std::string_view topFolder) const {
 
 namespace {
 
+std::string below(const std::string& folder, const std::string& name) {
+  std::string path = folder;
+  return path.append("/").append(name);
+}
+
 /// Collects the sub-folders of one folder "Masters".
 class SubFolderFinder {
  public:
@@ -151,8 +156,7 @@ class SubFolderFinder {
       m_found.insert(subFolder);
     }
     for (const std::string& name : names) {
-      const std::string inner = subFolder.empty() ? name : subFolder + '/' + name;
-      search(folder + '/' + name, inner);
+      search(below(folder, name), subFolder.empty() ? name : below(subFolder, name));
     }
   }
 

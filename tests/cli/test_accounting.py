@@ -293,7 +293,7 @@ class WorkFolder(SuiteTest):
         self.write("work/mine/R.xml")
         self.expect(self.run_program("-C", "../suite", "verify", "mine"), 2,
                     err=f"orvdiff: mine does not exist in {self.server}/suite, the folder of -C, "
-                        f"but in {self.work}; to leave paths relative to that, use --work...")
+                        f"but does in {self.work}; use --work...")
 
 
 class Audit(SuiteTest):
