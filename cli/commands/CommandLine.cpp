@@ -2,6 +2,8 @@
 
 #include <filesystem>
 #include <iostream>
+#include <memory>
+#include <string>
 #include <system_error>
 
 #include "cli/commands/Arguments.h"
@@ -43,6 +45,15 @@ void addCommonOptions(CLI::App& app, Common& values) {
       ->excludes(quiet);
 }
 
+/// Leaves out the "{all}" that CLI11 shows after a flag that stands for a value.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
+    const std::string name = CLI::Formatter::make_option_name(option, isPositional);
+    return name.substr(0, name.find('{'));
+  }
+};
+
 /// Replaces CLI11's own terms in help texts with the usual ones.
 void setHelpWords(CLI::App& app) {
   const auto formatter = app.get_formatter();
@@ -63,6 +74,7 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& r
   CLI::App app("Verify report outputs against stored masters.", "orvdiff");
   Common values;
   Performer chosen;
+  app.formatter(std::make_shared<HelpFormatter>());
   app.require_subcommand(1);
   app.fallthrough();  // lets the common options follow the command
   addCommonOptions(app, values);

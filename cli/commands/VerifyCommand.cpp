@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <iostream>
 #include <optional>
@@ -108,6 +109,7 @@ std::vector<std::string> problemsOf(const VerifyOptions& options, const RunPlan&
 }
 
 ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerThan) {
+  const auto start = std::chrono::steady_clock::now();
   const std::set<FindingKind> strict = Accounting::strictKinds(options.strict);
   std::vector<SelectedFormat> formats = selectFormats(options.formats);
   OutputPlaces places(options);
@@ -137,6 +139,7 @@ ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerT
     addUncompared(plan, totals);
     accounting.close(options, plan, formats, pictures, totals);
   }
+  totals.time = std::chrono::steady_clock::now() - start;
   std::vector<std::string> problems = problemsOf(options, plan, totals, strict);
   outputs.finish(suiteRun, problems);
   printClosingSummary(totals, problems, options.verbosity, palette);

@@ -82,5 +82,5 @@ class Usage(SuiteTest):
                 self.assertRegex(run.err, "^orvdiff: .*" + message)
                 self.assertNotIn("\x1b", run.err)
         for line, text in [("--version", "orvdiff "), ("--help", "verify"),
-                           ("verify --help", "--save-normalized")]:
+                           ("verify --help", "--strict [=KINDS]")]:
             self.expect(self.run_program(*line.split()), 0, text)
