@@ -8,7 +8,6 @@
 #include "cli/commands/FileCommands.h"
 #include "cli/commands/HiddenDifferences.h"
 #include "cli/commands/Verb.h"
-#include "cli/report/ClosingSummary.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/MissingReason.h"
 #include "cli/system/CommandError.h"

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iostream>
 
-#include "cli/report/ClosingSummary.h"
 #include "cli/terminal/Excerpt.h"
 #include "cli/terminal/Printable.h"
 

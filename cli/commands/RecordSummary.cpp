@@ -5,7 +5,6 @@
 
 #include "cli/record/Verdict.h"
 #include "cli/report/AccountPrinter.h"
-#include "cli/report/ClosingSummary.h"
 #include "cli/terminal/Printable.h"
 
 namespace {

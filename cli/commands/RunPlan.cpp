@@ -4,10 +4,10 @@
 
 #include "cli/record/ContentHash.h"
 #include "cli/record/RecordReader.h"
-#include "cli/report/ClosingSummary.h"
 #include "cli/suite/PairOwners.h"
 #include "cli/suite/Shard.h"
 #include "cli/system/CommandError.h"
+#include "cli/terminal/Printable.h"
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include "cli/commands/RecordSummary.h"
 #include "cli/commands/Verb.h"
 #include "cli/record/RecordReader.h"
-#include "cli/report/ClosingSummary.h"
 #include "cli/report/GroupPrinter.h"
 #include "cli/terminal/Printable.h"
 #include "cli/workers/PairVerifier.h"

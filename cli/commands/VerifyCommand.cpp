@@ -22,6 +22,7 @@
 #include "cli/commands/WorkFolder.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/system/Cores.h"
+#include "cli/terminal/Printable.h"
 
 namespace {
 

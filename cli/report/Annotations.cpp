@@ -4,7 +4,6 @@
 #include <ctime>
 #include <filesystem>
 
-#include "cli/report/ClosingSummary.h"
 #include "cli/report/PlainText.h"
 #include "cli/terminal/Printable.h"
 

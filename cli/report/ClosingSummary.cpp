@@ -83,10 +83,6 @@ void printCounts(const RunTotals& totals) {
 
 }  // namespace
 
-std::string countOf(std::size_t count, const char* noun) {
-  return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
-}
-
 std::vector<std::string> findProblems(const RunTotals& totals, bool allowNone) {
   constexpr const char* kRemedy = " (use --allow-none to accept this)";
   std::vector<std::string> problems = totals.uncompared;

@@ -25,9 +25,6 @@ struct RunTotals {
   std::chrono::duration<double> time{};
 };
 
-/// "1 pair", "2 pairs".
-std::string countOf(std::size_t count, const char* noun);
-
 /// What kept the run from verifying all that it was to, besides results and errors: a sentence
 /// each. With `allowNone`, finding nothing to verify is none of it.
 std::vector<std::string> findProblems(const RunTotals& totals, bool allowNone);

@@ -126,10 +126,6 @@ char signOf(Kind kind) {
   return kind == Kind::Removed ? '-' : kind == Kind::Added ? '+' : ' ';
 }
 
-std::string countOf(std::uint64_t count, const std::string& what) {
-  return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
-}
-
 std::size_t widthFor(const DifferenceView& view) {
   return view.width != 0 ? view.width : outputWidth().value_or(kUsualWidth);
 }

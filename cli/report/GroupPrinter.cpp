@@ -7,7 +7,6 @@
 #include <unordered_set>
 #include <utility>
 
-#include "cli/report/ClosingSummary.h"
 #include "cli/terminal/Excerpt.h"
 #include "cli/terminal/Printable.h"
 

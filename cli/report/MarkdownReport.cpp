@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "cli/report/ClosingSummary.h"
 #include "cli/report/PlainText.h"
 #include "cli/terminal/Printable.h"
 

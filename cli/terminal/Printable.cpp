@@ -74,3 +74,8 @@ std::string printable(std::string_view text) {
   }
   return result;
 }
+
+std::string countOf(std::size_t count, std::string_view noun) {
+  std::string text = std::to_string(count) + ' ';
+  return text.append(noun).append(count == 1 ? "" : "s");
+}

@@ -17,3 +17,6 @@ PrintableCharacter firstPrintable(std::string_view text);
 
 /// All of `text`, escaped likewise, as one line.
 std::string printable(std::string_view text);
+
+/// "1 pair", "2 pairs".
+std::string countOf(std::size_t count, std::string_view noun);

@@ -288,8 +288,8 @@ class WorkFolder(SuiteTest):
         self.expect(run, 1, f"differs  {self.server}/suite/Masters/R.html")
         self.expect(self.run_program("verify", "--work", "nowhere", "../suite"), 2,
                     err="orvdiff: --work nowhere: No such file or directory\n")
-        self.expect(self.run_program("-C", "../suite", "verify", "../work/x", "../suite"), 2,
-                    err="orvdiff: ../work/x does not exist\n")
+        self.expect(self.run_program("-C", "../suite", "verify", "../suite/x", "../suite"), 2,
+                    err="orvdiff: ../suite/x does not exist\n")
         self.write("work/mine/R.xml")
         self.expect(self.run_program("-C", "../suite", "verify", "mine"), 2,
                     err=f"orvdiff: mine does not exist in {self.server}/suite, the folder of -C, "
