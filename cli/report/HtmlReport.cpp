@@ -39,8 +39,12 @@ std::string headJson(const ReportSummary& summary) {
   for (const std::string& sentence : summary.account) {
     account += (account.empty() ? "" : ",") + textToJson(sentence).dump();
   }
+  std::string records;
+  for (const std::string& folder : summary.records) {
+    records += (records.empty() ? "" : ",") + textToJson(folder).dump();
+  }
   return "{\"account\":[" + account + "],\"run\":" + toJson(summary.run) +
-         ",\"record\":" + textToJson(summary.record).dump() +
+         ",\"records\":[" + records + "]" +
          ",\"groups\":" + toJson(summary.groups) + '}';
 }
 

@@ -58,8 +58,10 @@ void shorten(Difference& difference) {
 /// What the page shows of a pair.
 std::string pairJson(PairRecord pair) {
   for (FileFacts* const facts : {&pair.masterFile, &pair.outputFile}) {
-    facts->hash.clear();  // nobody reads them, and they do not compress
-    facts->normalizedHash.clear();
+    facts->normalizedHash.clear();  // nobody reads it, and it does not compress
+    if (pair.verdict == Verdict::Passed) {
+      facts->hash.clear();  // nobody decides on it
+    }
   }
   pair.masterPath.clear();
   pair.outputPath.clear();

@@ -47,7 +47,7 @@ class ReportFiles {
   };
 
   std::deque<Report> m_reports;
-  const std::string m_record;
+  std::vector<std::string> m_records;
   ChangeGroups m_groups;
   std::uint64_t m_pairs = 0;
   std::map<std::string, std::uint64_t> m_totals;

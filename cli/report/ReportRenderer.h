@@ -17,7 +17,7 @@ struct ReportSummary {
   RunRecord run;  ///< `pairs` and `totals` are those of the pairs added, also after an interruption
   std::vector<ChangeGroup> groups;   ///< rarest first
   std::vector<std::string> account;  ///< what was not compared, and why: a sentence each
-  std::string record;                ///< folder of the record, for commands; empty: none was kept
+  std::vector<std::string> records;  ///< folders, absolute; several: of shards; none: not recorded
 };
 
 /// Turns a run into one document for people or programs. One class for each kind of document; the

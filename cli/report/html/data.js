@@ -68,7 +68,7 @@ export async function loadOverview() {
   return {
     run: head.run,
     account: head.account.map(decodeText),
-    record: decodeText(head.record),
+    records: head.records.map(decodeText),
     bundles: bundlesOf(groups),
     rows,
     byId,

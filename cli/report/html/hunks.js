@@ -174,52 +174,91 @@ function valueCell(hunk, kind) {
     : el("td.value.absent", {}, "absent");
 }
 
-/** Values by place: cells of a table, members of a document. Cells of one row stand together. */
+/** Values by place: members of a document, rows and columns that only one file has. */
 function valueTable(hunks) {
-  let lastRow = null;
-  const rows = hunks.map((hunk) => {
-    const place = decodeText(hunk.place);
-    const cell = place.match(/^(row \d[^,]*), (.*)$/s);
-    const isSameRow = cell !== null && cell[1] === lastRow;
-    lastRow = cell?.[1] ?? null;
-    const where =
-      cell === null
-        ? place
-        : [
-            el("span.row", isSameRow ? { class: "row again" } : {}, cell[1]),
-            " ",
-            el("strong", {}, cell[2]),
-          ];
-    return el(
+  const rows = hunks.map((hunk) =>
+    el(
       "tr",
       {},
-      el("th", { scope: "row" }, where),
+      el("th", { scope: "row" }, decodeText(hunk.place)),
       valueCell(hunk, "removed"),
       valueCell(hunk, "added"),
-    );
-  });
+    ),
+  );
+  return valuesIn("places", "Differences, by place", ["Where", "Master", "Output"], rows);
+}
+
+function valuesIn(kind, label, heads, rows) {
   const head = el(
     "tr",
     {},
-    ["Where", "Master", "Output"].map((text) => el("th", { scope: "col" }, text)),
+    heads.map((text) => el("th", { scope: "col" }, text)),
   );
   return el(
     "div.scroll",
-    { tabindex: 0, role: "group", "aria-label": "Differences, by place" },
-    el("table.values", {}, el("thead", {}, head), el("tbody", {}, rows)),
+    { tabindex: 0, role: "group", "aria-label": label },
+    el(`table.values.${kind}`, {}, el("thead", {}, head), el("tbody", {}, rows)),
   );
 }
 
-/** How hunks look: values by their place, everything else line by line. */
+/** The row and column of a hunk that is a changed cell; null for others. */
+function cellOf(hunk) {
+  const found = isValue(hunk) ? decodeText(hunk.place).match(/^(row \d[^,]*), (.*)$/s) : null;
+  const isWholeRow = found !== null && /^only in the (master|output)$/.test(found[2]);
+  return found === null || isWholeRow ? null : { row: found[1], column: found[2] };
+}
+
+/** A changed cell: "old → new". */
+function changedCell(hunks = []) {
+  const side = (hunk, kind, tag) => {
+    const line = hunk.lines.find((each) => each.kind === kind);
+    return line ? el(tag, { "aria-label": kind }, lineText(line)) : el("em", {}, "absent");
+  };
+  return el(
+    "td.cell",
+    {},
+    hunks.map((hunk) => el("div.code", {}, side(hunk, "removed", "del"), " → ", side(hunk, "added", "ins"))),
+  );
+}
+
+/** A table of the cells that changed, without the rows and columns in which none did. */
+function cellTable(hunks) {
+  const rows = new Map();
+  const columns = new Set();
+  for (const hunk of hunks) {
+    const { row, column } = cellOf(hunk);
+    columns.add(column);
+    if (!rows.has(row)) {
+      rows.set(row, new Map());
+    }
+    const cells = rows.get(row);
+    cells.set(column, [...(cells.get(column) ?? []), hunk]);
+  }
+  const bodies = [...rows].map(([row, cells]) =>
+    el(
+      "tr",
+      {},
+      el("th", { scope: "row" }, row),
+      [...columns].map((column) => changedCell(cells.get(column))),
+    ),
+  );
+  return valuesIn("cells", "Changed cells", ["Row", ...columns], bodies);
+}
+
+function viewKind(hunk) {
+  return cellOf(hunk) !== null ? cellTable : isValue(hunk) ? valueTable : textTable;
+}
+
+/** How hunks look: cells in a table, other values by their place, everything else line by line. */
 export function hunkView(hunks, isSplit) {
   const views = [];
   for (let i = 0; i < hunks.length;) {
-    const isTable = isValue(hunks[i]);
+    const show = viewKind(hunks[i]);
     const run = [];
-    while (i < hunks.length && isValue(hunks[i]) === isTable) {
+    while (i < hunks.length && viewKind(hunks[i]) === show) {
       run.push(hunks[i++]);
     }
-    views.push(isTable ? valueTable(run) : textTable(run, isSplit));
+    views.push(show(run, isSplit));
   }
   return el("div.difference", {}, views);
 }

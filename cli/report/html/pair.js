@@ -1,40 +1,14 @@
+import { pairCommands } from "./commands.js";
 import { loadPair, loadPictures } from "./data.js";
-import { button, copyLine, el, shown } from "./dom.js";
+import { pairControls } from "./decide.js";
+import { button, el, shown } from "./dom.js";
 import { changesText } from "./groups.js";
 import { hiddenHunks, hunkView, maskCounts } from "./hunks.js";
 import { pictureViewer } from "./pictures.js";
-import { bytesText, countOf, decodeText, grouped, secondsText, shellWord } from "./text.js";
+import { bytesText, countOf, decodeText, grouped, secondsText } from "./text.js";
 import { badge } from "./verdicts.js";
 
 const MOST_PRINTED = 20_000; // characters of what was printed that are shown at first
-
-function commands(model, pair) {
-  const [master, output, report] = [pair.master, pair.output, pair.report].map((t) =>
-    shellWord(decodeText(t)),
-  );
-  const folder = `cd ${shellWord(decodeText(model.run.workingFolder))}`;
-  const lines = [];
-  if (pair.master !== "") {
-    lines.push(
-      copyLine("Show the difference", `${folder} && orvdiff diff ${pair.format} ${master} ${output}`),
-    );
-  }
-  lines.push(copyLine("Verify this report", `${folder} && orvdiff verify -f ${pair.format} ${report}`));
-  if (model.record !== "") {
-    lines.push(
-      copyLine(
-        "Verify what did not pass",
-        `${folder} && orvdiff verify --failed ${shellWord(model.record)}`,
-      ),
-    );
-  }
-  return el(
-    "section.commands",
-    { "aria-labelledby": "commands" },
-    el("h2", { id: "commands" }, "Commands"),
-    lines,
-  );
-}
 
 function fileRow(label, name, facts) {
   const size = facts.size === undefined ? "" : bytesText(facts.size);
@@ -214,11 +188,12 @@ export async function pairPage(model, table, row, view, actions) {
       el("h1", {}, row.name || row.folder),
       el("span.folder", {}, row.folder),
       groupLinks(row, actions),
+      pairControls(actions.decisions, row),
     ),
     maskWarning(pair),
     differs ? new DifferenceSection(model, pair, pictures, view, actions.setState).element() : null,
     printed(pair),
-    commands(model, pair),
+    pairCommands(model, row, pair),
     el(
       "section",
       { "aria-labelledby": "facts" },

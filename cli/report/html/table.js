@@ -1,10 +1,11 @@
 import { button, el } from "./dom.js";
+import { decisionCells } from "./decide.js";
 import { changesText } from "./groups.js";
 import { addressOf, matching, sorted, valuesOf, withField } from "./query.js";
 import { countOf, grouped, secondsText, visible } from "./text.js";
 import { badge, VERDICT_NAMES } from "./verdicts.js";
 
-const BATCH = 60; // rows that are added at a time
+const BATCH = 50; // rows that are added at a time
 
 /** The query that a reader starts with. */
 export function firstQuery(rows) {
@@ -30,6 +31,8 @@ const COLUMNS = [
   ["time", "Time"],
 ];
 
+const DECISION_HEADS = ["Decision", "Viewed"];
+
 function changesOf(row) {
   return row.groups.length > 0
     ? changesText(row.groups)
@@ -40,10 +43,12 @@ function changesOf(row) {
 
 /** The section of all pairs. */
 export class PairTable {
-  constructor(model, onState) {
+  constructor(model, decisions, onState) {
     this.model = model;
+    this.decisions = decisions;
     this.onState = onState;
     this.rows = [];
+    this.refreshes = []; // of the rows that are there
     this.input = el("input", {
       type: "search",
       id: "query",
@@ -59,6 +64,7 @@ export class PairTable {
     this.headings = COLUMNS.map(([order, label]) => this.heading(order, label));
     this.selects = this.makeSelects();
     this.watchEnd();
+    decisions.onChange(() => this.refreshes.forEach((refresh) => refresh()));
   }
 
   heading(order, label) {
@@ -94,7 +100,7 @@ export class PairTable {
   }
 
   element() {
-    const head = el("thead", {}, el("tr", {}, this.headings));
+    const head = el("thead", {}, el("tr", {}, this.headings, DECISION_HEADS.map((words) => el("th", { scope: "col" }, words))));
     return el(
       "section",
       { "aria-labelledby": "pairs" },
@@ -139,6 +145,7 @@ export class PairTable {
         ? countOf(all, "pair")
         : `${grouped(this.rows.length)} of ${countOf(all, "pair")}`;
     this.body.replaceChildren();
+    this.refreshes = [];
     this.addBatch();
   }
 
@@ -154,7 +161,8 @@ export class PairTable {
 
   rowElement(row) {
     const link = el("a", { href: this.addressOf(row), "data-item": true }, row.name || row.folder);
-    return el(
+    const { cells, refresh } = decisionCells(this.decisions, row);
+    const element = el(
       "tr",
       {},
       el("td", {}, badge(row.verdict)),
@@ -162,6 +170,14 @@ export class PairTable {
       el("td.format", {}, row.format),
       el("td.what", {}, changesOf(row)),
       el("td.time", {}, secondsText(row.seconds)),
+      cells,
     );
+    const refreshAll = () => {
+      refresh();
+      element.classList.toggle("is-viewed", row.isViewed);
+    };
+    refreshAll();
+    this.refreshes.push(refreshAll);
+    return element;
   }
 }
