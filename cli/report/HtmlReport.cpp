@@ -71,7 +71,7 @@ void HtmlReport::add(const PairRecord& pair, const FileReader& read) {
   m_pairs.add(pair);
 }
 
-std::string HtmlReport::finish(const ReportSummary& summary) {
+ReportDocument HtmlReport::finish(const ReportSummary& summary) {
   const std::string index = m_pairs.index();
   const std::string pictures = m_pictures.load();
   return filled(kPageSource.page,

@@ -55,17 +55,18 @@ ReportFiles::Report::Report(const ReportRequest& wanted)
   }
 }
 
-void ReportFiles::Report::write(const std::string& document) const {
+void ReportFiles::Report::write(const ReportDocument& document) const {
   if (!place) {
-    std::cout << document;  // the program's end says when that fails
+    // The program's end says when that fails.
+    document.write([](std::string_view piece) { std::cout << piece; });
     return;
   }
   if (place->isRegularFile()) {
-    place->write(document);
+    place->write([&document](const auto& take) { document.write(take); });
     return;
   }
   std::ofstream device(request.file, std::ios::binary);
-  device << document;
+  document.write([&device](std::string_view piece) { device << piece; });
   device.close();
   if (!device) {
     place->refuse("not all of it could be written");

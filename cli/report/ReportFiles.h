@@ -39,7 +39,7 @@ class ReportFiles {
  private:
   struct Report {
     explicit Report(const ReportRequest& request);
-    void write(const std::string& document) const;
+    void write(const ReportDocument& document) const;
 
     const ReportRequest request;
     std::optional<OutputPlace> place;  ///< none for standard output
