@@ -68,7 +68,7 @@ std::string filled(std::string_view page, const std::map<std::string_view, std::
 
 void HtmlReport::add(const PairRecord& pair, const FileReader& read) {
   m_pictures.add(m_pairs.count(), pair, read);
-  m_pairs.add(pair);
+  m_pairs.add(pair, read);
 }
 
 ReportDocument HtmlReport::finish(const ReportSummary& summary) {

@@ -163,7 +163,7 @@ class Table(Page):
 class Pairs(Page):
     def test_each_kind_of_difference(self):
         self.open(mixed())
-        rows = [("Ben.html", ["31 lines without a difference", "54 lines without a difference", "net", "gross→",
+        rows = [("Ben.html", ["31 lines without a difference", "54 lines not shown", "net", "gross→",
                               "IdAttribute (2)", "5 more places differ",
                               "orvdiff diff html ../suite/sales/Masters/Ben.html",
                               f"orvdiff verify --failed {self.work}/record"]),
@@ -188,6 +188,35 @@ class Pairs(Page):
         browser.find_element(By.ID, "mask-switch").click()
         self.assertNotIn('id="x"', self.text("main.page table.hunks"))
         self.assertIn("⟨IdAttribute⟩", self.text("main.page table.hunks"))
+
+    def test_folds_open(self):
+        lines = [f"<p>line {number}</p>" for number in range(1, 201)]
+        lines[2] = "x" * 1000
+        master = "\r\n".join(lines).encode().replace(b"line 30<", b"\xff<")
+        output = master.replace(b"line 90<", b"row 90<").replace(b"line 150<", b"row 150<")
+        self.report("Ada", master, output, xls=True)
+        self.verify("--record", "record", "--html", "own.html")
+        self.expect(self.run_program("report", "record", "--html", "report.html"), 0)
+        self.verify("--html", "none.html")
+        folds = ["87 lines without a difference", "55 lines without a difference", "48 lines without a difference"]
+        for name in ("own", "report"):
+            self.visit(f"{name}.html")
+            self.open_pair("Ada.html")
+            for view in ("split", "unified"):
+                self.assertEqual([fold.text for fold in self.all("tr.fold button")], ["▸ " + text for text in folds])
+                self.all("tr.fold button")[0].send_keys(Keys.ENTER)
+                opened = self.text("main.page table.hunks")
+                for text in ("As in the master:\n1 <p>line 1</p>\n2 ", "3 " + "x" * 300 + "…\n",
+                             "20 <p>line 20</p>\n47 more lines\n68 <p>line 68</p>", "87 <p>line 87</p>\n88"):
+                    self.assertIn(text, opened)
+                self.press("s")
+                self.wait(lambda: not self.all(f"main.page table.{view}"))
+            self.all("tr.fold button")[2].click()
+            self.assertIn("200 <p>line 200</p>", self.text("main.page table.hunks"))
+        self.visit("none.html")
+        self.open_pair("Ada.html")
+        self.assertEqual(self.all("tr.fold button"), [])
+        self.assertIn(folds[1], self.text("main.page"))
 
     def test_pictures(self):
         wide = b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR" + struct.pack(">IIBBBBB", 30_000, 30_000, 8, 2, 0, 0, 0)

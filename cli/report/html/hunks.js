@@ -1,4 +1,4 @@
-import { el } from "./dom.js";
+import { button, el } from "./dom.js";
 import { countOf, decodeText, grouped } from "./text.js";
 
 // Hunks as tables: unified, or master and output side by side.
@@ -119,17 +119,54 @@ function firstLine(hunk) {
 }
 
 function lastLine(hunk) {
-  return hunk.lines.findLast((line) => line.masterLine)?.masterLine;
+  const last = hunk.lines.findLast((line) => line.masterLine);
+  return last === undefined ? undefined : last.masterLine + (last.omitted ?? 0);
 }
 
-/** What stands between two hunks, or before the first: unchanged lines, as far as is known. */
-function foldText(before, hunk) {
+/** What stands between two hunks, or before the first. */
+function foldText(before, hunk, known) {
   const from = before ? lastLine(before) : 0;
   const count = from === undefined ? 0 : firstLine(hunk) - from - 1;
-  return count > 0 ? `${countOf(count, "line")} without a difference` : null;
+  const isSame = known === "all" || (known === "first" && !before);
+  const kind = isSame ? "without a difference" : "not shown";
+  return count > 0 ? `${countOf(count, "line")} ${kind}` : null;
 }
 
-function textTable(hunks, isSplit) {
+function openedRows({ at, first, left, last }, columns) {
+  const rowOf = (text, index) =>
+    el(
+      "tr",
+      {},
+      numberCell(index),
+      el("td.line.context", { colspan: columns - 1 }, el("span.code", {}, decodeText(text))),
+    );
+  const rest = left > 0 ? el("tr.fold", {}, el("td", { colspan: columns }, `${countOf(left, "more line")}`)) : null;
+  const behind = at + first.length + left;
+  return [
+    el("tr.fold", {}, el("td", { colspan: columns }, "As in the master:")),
+    ...first.map((text, index) => rowOf(text, at + index)),
+    rest,
+    ...last.map((text, index) => rowOf(text, behind + index)),
+  ].filter(Boolean);
+}
+
+/** The row of a fold; it opens if its lines are in the report. */
+function foldRow(text, fold, columns) {
+  const isOpenable = fold !== undefined && fold.first.length > 0;
+  const row = el("tr.fold", {}, el("td", { colspan: columns }, isOpenable ? null : text));
+  if (isOpenable) {
+    const open = () => {
+      const rows = openedRows(fold, columns);
+      row.replaceWith(...rows);
+      rows[0].tabIndex = -1;
+      rows[0].focus();
+    };
+    row.firstChild.append(button(`▸ ${text}`, open, { class: "link" }));
+  }
+  return row;
+}
+
+function textTable(hunks, isSplit, { known = "none", folds = [] } = {}) {
   const columns = isSplit ? 4 : 3;
   const table = el(`table.hunks.${isSplit ? "split" : "unified"}`, {});
   const heads = isSplit ? ["", "Master", "", "Output"] : ["Master", "Output", ""];
@@ -145,19 +182,25 @@ function textTable(hunks, isSplit) {
     ),
   );
   hunks.forEach((hunk, index) => {
-    const fold = hunk.place ? null : foldText(hunks[index - 1], hunk);
-    const heading = hunk.place ? decodeText(hunk.place) : fold;
+    const fold = hunk.place ? null : foldText(hunks[index - 1], hunk, known);
+    const place = hunk.place ? el("tr.place", {}, el("td", { colspan: columns }, decodeText(hunk.place))) : null;
     table.append(
       el(
         "tbody",
         {},
-        heading
-          ? el(`tr.${hunk.place ? "place" : "fold"}`, {}, el("td", { colspan: columns }, heading))
-          : null,
+        place,
+        fold ? foldRow(fold, folds[index], columns) : null,
         isSplit ? splitRows(hunk.lines) : unifiedRows(hunk.lines),
       ),
     );
   });
+  const end = folds[hunks.length];
+  const left = end ? end.first.length + end.left + end.last.length : 0;
+  if (left > 0) {
+    table.append(
+      el("tbody", {}, foldRow(`${countOf(left, "line")} without a difference`, end, columns)),
+    );
+  }
   return el("div.scroll", { tabindex: 0, role: "group", "aria-label": "Differences, line by line" }, table);
 }
 
@@ -249,8 +292,12 @@ function viewKind(hunk) {
   return cellOf(hunk) !== null ? cellTable : isValue(hunk) ? valueTable : textTable;
 }
 
-/** How hunks look: cells in a table, other values by their place, everything else line by line. */
-export function hunkView(hunks, isSplit) {
+/**
+ * How hunks look: cells in a table, other values by their place, everything else line by line.
+ * `context` tells what stands between them: {known, folds}. Nothing differs there if "all" hunks
+ * are here, or before the "first" one; `folds` hold the lines.
+ */
+export function hunkView(hunks, isSplit, context) {
   const views = [];
   for (let i = 0; i < hunks.length;) {
     const show = viewKind(hunks[i]);
@@ -258,7 +305,7 @@ export function hunkView(hunks, isSplit) {
     while (i < hunks.length && viewKind(hunks[i]) === show) {
       run.push(hunks[i++]);
     }
-    views.push(show(run, isSplit));
+    views.push(show(run, isSplit, context));
   }
   return el("div.difference", {}, views);
 }

@@ -1,5 +1,5 @@
 import { pairCommands } from "./commands.js";
-import { loadPair, loadPictures } from "./data.js";
+import { loadFolds, loadPair, loadPictures } from "./data.js";
 import { pairControls } from "./decide.js";
 import { button, el, shown } from "./dom.js";
 import { changesText } from "./groups.js";
@@ -75,8 +75,8 @@ function printed(pair) {
 
 /** The difference of one pair, with the switches for how to see it. */
 class DifferenceSection {
-  constructor(model, pair, pictures, view, onState) {
-    Object.assign(this, { model, pair, pictures, view, onState });
+  constructor(pair, pictures, folds, view, onState) {
+    Object.assign(this, { pair, pictures, folds, view, onState });
     this.difference = pair.difference ?? { hunks: [], notes: [], hunkCount: 0 };
     this.place = el("div", {});
     this.masks = maskCounts(this.difference.hunks);
@@ -112,7 +112,8 @@ class DifferenceSection {
     const notes = difference.notes.map((note) => el("p.note", {}, decodeText(note)));
     const masked = this.masks.map(([rule, count]) => `${rule} (${count})`).join(", ");
     if (difference.hunks.length > 0) {
-      this.place.append(hunkView(difference.hunks, this.isSplit()));
+      const known = difference.hunks.length === difference.hunkCount ? "all" : "first";
+      this.place.append(hunkView(difference.hunks, this.isSplit(), { known, folds: this.folds }));
     }
     return el(
       "section.differences",
@@ -174,8 +175,9 @@ function groupLinks(row, actions) {
 
 /** The page of one pair. */
 export async function pairPage(model, table, row, view, actions) {
-  const [pair, pictures] = await Promise.all([
+  const [pair, folds, pictures] = await Promise.all([
     loadPair(model.blocks, row.number),
+    loadFolds(model.blocks, row.number),
     loadPictures(row.number),
   ]);
   const differs = pair.verdict !== "passed" || pair.message || pair.difference;
@@ -191,7 +193,7 @@ export async function pairPage(model, table, row, view, actions) {
       pairControls(actions.decisions, row),
     ),
     maskWarning(pair),
-    differs ? new DifferenceSection(model, pair, pictures, view, actions.setState).element() : null,
+    differs ? new DifferenceSection(pair, pictures, folds, view, actions.setState).element() : null,
     printed(pair),
     pairCommands(model, row, pair),
     el(
