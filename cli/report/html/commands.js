@@ -1,4 +1,4 @@
-import { copyLine, el } from "./dom.js";
+import { copyButton, copyLine, el } from "./dom.js";
 import { decodeText, shellWord } from "./text.js";
 
 // Commands to copy. They start in the run's working folder, as all names of a run do.
@@ -69,17 +69,14 @@ export function pairCommands(model, row, pair) {
   return section(lines);
 }
 
-/** The command that accepts changes wherever nothing else has changed; null if there are too many. */
+/** A button for the command that accepts changes wherever nothing else has changed; null if too many. */
 export function bundleCommand(model, { groups }) {
-  return model.records.length === 0 || groups.length > MOST_GROUPS_TO_NAME
-    ? null
-    : copyLine(
-        "Accept it by command",
-        acceptCommand(
-          model,
-          groups.flatMap((group) => ["--group", group.id]),
-        ),
-      );
+  if (model.records.length === 0 || groups.length > MOST_GROUPS_TO_NAME) {
+    return null;
+  }
+  const options = groups.flatMap((group) => ["--group", group.id]);
+  const command = acceptCommand(model, options);
+  return copyButton("Copy as command", command, { class: "link", title: command });
 }
 
 /** The commands for the whole run; null if there is nothing left to do. */

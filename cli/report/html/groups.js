@@ -108,9 +108,10 @@ function bundleItem(model, bundle, actions, isOpen) {
   );
   const fill = async () => {
     if (item.open && body.childElementCount === 0) {
+      const links = pairLinks(model, bundle, actions).filter(Boolean);
       // Nobody decides on what is not shown.
-      const rest = [...pairLinks(model, bundle, actions), controls?.element, bundleCommand(model, bundle)];
-      body.append(...rest.filter(Boolean));
+      controls?.element.append(bundleCommand(model, bundle) ?? "");
+      body.append(el("div.foot", {}, links, controls?.element));
       body.prepend((await firstHunks(model, bundle)) ?? "");
     }
   };

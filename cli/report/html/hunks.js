@@ -125,6 +125,9 @@ function lastLine(hunk) {
 
 /** What stands between two hunks, or before the first. */
 function foldText(before, hunk, known) {
+  if (known === "none") {
+    return null;
+  }
   const from = before ? lastLine(before) : 0;
   const count = from === undefined ? 0 : firstLine(hunk) - from - 1;
   const isSame = known === "all" || (known === "first" && !before);
@@ -295,7 +298,7 @@ function viewKind(hunk) {
 /**
  * How hunks look: cells in a table, other values by their place, everything else line by line.
  * `context` tells what stands between them: {known, folds}. Nothing differs there if "all" hunks
- * are here, or before the "first" one; `folds` hold the lines.
+ * are here, or before the "first" one; with "none", nothing is told. `folds` hold the lines.
  */
 export function hunkView(hunks, isSplit, context) {
   const views = [];
