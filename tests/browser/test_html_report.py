@@ -1,5 +1,6 @@
 """The HTML report in a real browser, from disk, as its readers open it."""
 
+import base64
 import json
 import os
 import pathlib
@@ -188,6 +189,19 @@ class Pairs(Page):
         browser.find_element(By.ID, "mask-switch").click()
         self.assertNotIn('id="x"', self.text("main.page table.hunks"))
         self.assertIn("⟨IdAttribute⟩", self.text("main.page table.hunks"))
+
+    def test_a_pass_that_rests_on_a_mask(self):
+        mask = {"file": "output", "rule": "ScriptElement", "bytes": 9, "percent": 61.5, "firstLine": 3, "lastLine": 1200}
+        together = {name: value for name, value in mask.items() if name != "rule"} | {"file": "master"}
+        self.open([pair("Ada", mask=mask), pair("Ben", mask=together), pair("Cid")])
+        for name, text in [("Ada", "One match of ScriptElement masks 61.5 % of the output (lines 3 to 1,200)"),
+                           ("Ben", "The rules together mask 61.5 % of the master")]:
+            self.open_pair(f"{name}.html")
+            self.assertIn(text, self.text(".notice.odd"))
+            browser.back()
+            self.wait(lambda: not self.all("main.page:not([hidden])"))
+        self.open_pair("Cid.html")
+        self.assertEqual(self.all(".notice"), [])
 
     def test_folds_open(self):
         lines = [f"<p>line {number}</p>" for number in range(1, 201)]
@@ -486,6 +500,8 @@ class Night(Page):
         self.open_pair(self.names()[0])
         browser.find_element(By.XPATH, "//button[contains(., 'in 299 other pairs')]").click()
         self.wait(lambda: self.script("return Math.abs(pairs.getBoundingClientRect().top)") < 50)
+        paper = base64.b64decode(browser.execute_cdp_cmd("Page.printToPDF", {})["data"])
+        self.assertGreater(paper.count(b"/Type /Page\n"), 6)  # all rows, not only those that were there
         self.script("scrollTo(0, document.body.scrollHeight)")
         self.wait(lambda: len(self.names()) > 60)
 

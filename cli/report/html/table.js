@@ -31,7 +31,7 @@ const COLUMNS = [
   ["time", "Time"],
 ];
 
-const DECISION_HEADS = ["Decision", "Viewed"];
+const MOST_PRINTED_ROWS = 2000;
 
 function changesOf(row) {
   return row.groups.length > 0
@@ -60,7 +60,7 @@ export class PairTable {
     });
     this.body = el("tbody", {});
     this.status = el("p.status", { role: "status" });
-    this.more = button("Show more", () => this.addBatch());
+    this.more = button("Show more", () => this.addRows(BATCH), { class: "show-more" });
     this.headings = COLUMNS.map(([order, label]) => this.heading(order, label));
     this.selects = this.makeSelects();
     this.watchEnd();
@@ -93,14 +93,21 @@ export class PairTable {
   /** Adds rows when the reader comes near the end of those that are there. */
   watchEnd() {
     const observer = new IntersectionObserver(
-      (entries) => entries.some((e) => e.isIntersecting) && this.addBatch(),
+      (entries) => entries.some((e) => e.isIntersecting) && this.addRows(BATCH),
       { rootMargin: "400px" },
     );
     observer.observe(this.more);
+    addEventListener("beforeprint", () => this.addRows(MOST_PRINTED_ROWS));
   }
 
   element() {
-    const head = el("thead", {}, el("tr", {}, this.headings, DECISION_HEADS.map((words) => el("th", { scope: "col" }, words))));
+    const head = el("thead", {}, el(
+        "tr",
+        {},
+        this.headings,
+        el("th.decide", { scope: "col" }, "Decision"),
+        el("th.viewed", { scope: "col" }, "Viewed"),
+      ));
     return el(
       "section",
       { "aria-labelledby": "pairs" },
@@ -146,12 +153,12 @@ export class PairTable {
         : `${grouped(this.rows.length)} of ${countOf(all, "pair")}`;
     this.body.replaceChildren();
     this.refreshes = [];
-    this.addBatch();
+    this.addRows(BATCH);
   }
 
-  addBatch() {
+  addRows(most) {
     const from = this.body.childElementCount;
-    this.body.append(...this.rows.slice(from, from + BATCH).map((row) => this.rowElement(row)));
+    this.body.append(...this.rows.slice(from, from + most).map((row) => this.rowElement(row)));
     this.more.hidden = this.body.childElementCount >= this.rows.length;
   }
 
