@@ -35,6 +35,7 @@ class PairVerifier {
     MaskLimits maskLimits;
     bool keepFacts =
         false;  ///< sizes, hashes, processor time and rules too, as a record wants them
+    bool keepTexts = false;                    ///< the normalised texts of pairs that differ
     std::optional<DiffOptions> differences;    ///< how pairs differ, too; none: only whether
     const WantedPairs* onlyPairs = nullptr;    ///< null: all
     const SharedPictures* pictures = nullptr;  ///< null: none is left to another format
