@@ -43,9 +43,8 @@ std::string headJson(const ReportSummary& summary) {
   for (const std::string& folder : summary.records) {
     records += (records.empty() ? "" : ",") + textToJson(folder).dump();
   }
-  return "{\"account\":[" + account + "],\"run\":" + toJson(summary.run) +
-         ",\"records\":[" + records + "]" +
-         ",\"groups\":" + toJson(summary.groups) + '}';
+  return "{\"account\":[" + account + "],\"run\":" + toJson(summary.run) + ",\"records\":[" +
+         records + "]" + ",\"groups\":" + toJson(summary.groups) + '}';
 }
 
 /// `page` with each "@name@" replaced, once.

@@ -27,6 +27,7 @@ class PackedText {
  private:
   void close();
 
-  std::vector<std::string> m_blocks;  ///< of equal length; the first ones plain, the rest compressed
-  std::string m_last;           ///< plain
+  std::vector<std::string>
+      m_blocks;        ///< of equal length; the first ones plain, the rest compressed
+  std::string m_last;  ///< plain
 };
