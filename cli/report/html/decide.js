@@ -21,39 +21,40 @@ function showChoice(buttons, fix) {
   }
 }
 
-function viewedBox(decisions, row, attributes) {
-  return el("input", { type: "checkbox", onchange: () => decisions.toggleViewed(row), ...attributes });
-}
-
-/** Cells of the table for what to do with a pair: {cells, refresh}. */
-export function decisionCells(decisions, row) {
-  const on = row.name || row.folder;
-  const words = canAccept(row) ? { accept: ["Accept", { "aria-label": `Accept ${on}` }] } : {};
-  words.fault = ["Fault", { "aria-label": `Real fault: ${on}` }];
+/** Buttons and box for a pair, and what shows in them what is decided: {buttons, box, refresh}. */
+function controlsOf(decisions, row, { accept, fault, viewed = {} }) {
+  const words = canAccept(row) ? { accept, fault } : { fault };
   const isOffered = decisions.isPossible && row.verdict !== "passed";
   const buttons = isOffered ? choices(words, (fix) => decisions.togglePair(row, fix)) : [];
-  const box = viewedBox(decisions, row, { "aria-label": `Viewed: ${on}` });
-  const refresh = () => {
-    showChoice(buttons, row.fix);
-    box.checked = row.isViewed;
-  };
-  return { cells: [el("td.decide", {}, buttons), el("td.viewed", {}, box)], refresh };
-}
-
-/** The controls on the page of a pair. */
-export function pairControls(decisions, row) {
-  const words = canAccept(row) ? { accept: ["Accept the output", {}] } : {};
-  words.fault = ["Real fault", {}];
-  const isOffered = decisions.isPossible && row.verdict !== "passed";
-  const buttons = isOffered ? choices(words, (fix) => decisions.togglePair(row, fix)) : [];
-  const box = viewedBox(decisions, row, {});
-  const controls = el("div.decide", {}, buttons, el("label", {}, box, " Viewed"));
+  const onchange = () => decisions.toggleViewed(row);
+  const box = el("input", { type: "checkbox", onchange, ...viewed });
   const refresh = () => {
     showChoice(buttons, row.fix);
     box.checked = row.isViewed;
   };
   refresh();
-  decisions.onChange(() => controls.isConnected && refresh());
+  return { buttons, box, refresh };
+}
+
+/** Cells of the table for what to do with a pair: {cells, refresh}. */
+export function decisionCells(decisions, row) {
+  const on = row.name || row.folder;
+  const { buttons, box, refresh } = controlsOf(decisions, row, {
+    accept: ["Accept", { "aria-label": `Accept ${on}` }],
+    fault: ["Fault", { "aria-label": `Real fault: ${on}` }],
+    viewed: { "aria-label": `Viewed: ${on}` },
+  });
+  return { cells: [el("td.decide", {}, buttons), el("td.viewed", {}, box)], refresh };
+}
+
+/** The controls on the page of a pair. */
+export function pairControls(decisions, row) {
+  const { buttons, box, refresh } = controlsOf(decisions, row, {
+    accept: ["Accept the output", {}],
+    fault: ["Real fault", {}],
+  });
+  const controls = el("div.decide", {}, buttons, el("label", {}, box, " Viewed"));
+  decisions.onChange(refresh, controls);
   return controls;
 }
 
@@ -62,10 +63,10 @@ function effectOf(fix, rows) {
   const done = rows.filter((row) => row.fix === fix).length;
   const left = rows.length - done;
   const chosen = fix === "accept" ? "to accept" : "marked as real faults";
-  const rest = fix === "accept" ? "they show other changes too, or were decided one by one" : "they were decided one by one";
+  const others = fix === "accept" ? "show other changes too, or " : "";
   return left === 0
     ? `${countOf(done, "pair")} ${chosen}.`
-    : `${countOf(done, "pair")} ${chosen}; ${grouped(left)} left: ${rest}.`;
+    : `${countOf(done, "pair")} ${chosen}; ${grouped(left)} left: they ${others}were decided one by one.`;
 }
 
 /** The controls of changes that the same pairs show: {element, mark, refresh}. */

@@ -56,9 +56,9 @@ export class Decisions {
     this.apply();
   }
 
-  /** Calls `listener` after each change. */
-  onChange(listener) {
-    this.listeners.push(listener);
+  /** Calls `listener` after each change, until `element`, if given, has left the page. */
+  onChange(listener, element) {
+    this.listeners.push({ listener, element });
   }
 
   fixOfGroups(row) {
@@ -66,8 +66,8 @@ export class Decisions {
     if (fixes.includes("fault")) {
       return "fault";
     }
-    const isWhole = fixes.length > 0 && fixes.length < MOST_GROUPS_OF_PAIR && fixes.every((fix) => fix === "accept");
-    return isWhole && canAccept(row) ? "accept" : UNDECIDED;
+    const isTold = fixes.length > 0 && fixes.length < MOST_GROUPS_OF_PAIR;
+    return isTold && fixes.every((fix) => fix === "accept") && canAccept(row) ? "accept" : UNDECIDED;
   }
 
   apply() {
@@ -90,7 +90,8 @@ export class Decisions {
     } catch {
       this.isKept = false;
     }
-    this.listeners.forEach((listener) => listener());
+    this.listeners = this.listeners.filter(({ element }) => element?.isConnected ?? true);
+    this.listeners.forEach(({ listener }) => listener());
   }
 
   /** Decides on a pair; the decision that it has already is taken back. */
