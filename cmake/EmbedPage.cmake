@@ -3,7 +3,8 @@
 # The modules become one script, in which each stands behind those that it imports from. All share
 # one scope there, so that names of modules must differ; a browser refuses the script otherwise.
 
-set(modules text dom data query verdicts hunks overview groups table pictures pair keys main)
+set(modules text dom data query verdicts commands decisions decide hunks overview groups table pictures
+  pair keys main)
 
 set(script "")
 foreach(module IN LISTS modules)

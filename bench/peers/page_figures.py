@@ -26,6 +26,12 @@ REQUESTS = "return performance.getEntriesByType('resource').length"
 KEY = """const done = arguments[0], field = document.getElementById("query"), start = performance.now();
 field.value = "footer"; field.dispatchEvent(new Event("input"));
 requestAnimationFrame(() => setTimeout(() => done(performance.now() - start)));"""
+# The hunks of the pages that show a change of their own, all opened.
+OPEN_ALL = """for (const each of document.querySelectorAll("details.group")) each.open = true"""
+FILLED = """return [...document.querySelectorAll("details.group")].every((each) => each.querySelector(".foot"))"""
+SCREENS = """const own = [...document.querySelectorAll("details.group")].filter((each) =>
+  each.querySelector(".count").textContent === "1 pair" && each.querySelector(".format").textContent === "html");
+return own.reduce((sum, each) => sum + each.getBoundingClientRect().height, 0) / 800"""
 OPEN = """const done = arguments[0], start = performance.now();
 document.querySelector("table.list a").click();
 const look = () => document.querySelector("main.page:not([hidden]) h1") ? setTimeout(() => done(performance.now() - start))
@@ -58,6 +64,13 @@ def main():
         keys.append(browser.execute_async_script(KEY) / 1e3)
         visit(browser, large)
         opens.append(browser.execute_async_script(OPEN) / 1e3)
+    visit(browser, report)
+    browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
+                            {"width": 1280, "height": 800, "deviceScaleFactor": 1, "mobile": False})
+    browser.execute_script(OPEN_ALL)
+    while not browser.execute_script(FILLED):
+        time.sleep(0.01)
+    screens = browser.execute_script(SCREENS)
     browser.quit()
     print(
         json.dumps(
@@ -65,6 +78,7 @@ def main():
                 "paint": statistics.median(paints),
                 "nodes": nodes,
                 "requests": requests,
+                "screens": screens,
                 "key": statistics.median(keys),
                 "open": statistics.median(opens),
             }

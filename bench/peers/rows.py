@@ -377,14 +377,15 @@ class PageFigure(Row):
 def report_rows(programs):
     (suite, pairs), (equal, _) = programs.inputs.morning(), programs.inputs.morning(False)
     large = programs.inputs.large_pair()
-    reports = ("--html", "report.html", "--json", "report.json")
+    reports = ("--html", "report.html", "--json", "report.json", "--junit", "report.xml",
+               "--markdown", "report.md")
     formats = ("-f", "html,html-png,csv,json")
     us = dataclasses.replace(programs.verify(suite, "-q", *formats, *reports), status=1)
     none = programs.verify(equal, "-q", *formats, *reports)
     run(us)
     run(dataclasses.replace(programs.verify(large, "-q", *reports), status=1))
     page = suite.work / "report.html"
-    differing = f"{pairs} pairs, a tenth of them different, and write HTML and JSON"
+    differing = f"{pairs} pairs, a tenth of them different, and write four reports"
     yield Limit("P14a", f"compare {differing}", "a limit", 1, us=us, seconds=1.5)
     by_hand = (f"diff -ru '{suite.masters}' '{suite.outputs}/v5DebugHTML' >/dev/null; "
                f"diff -ru '{suite.masters}/CSV' '{suite.outputs}/v5DebugCSV' >/dev/null; "
@@ -396,10 +397,14 @@ def report_rows(programs):
     yield TreeMemory("P14c", "peak memory of that, all processes", "a limit", 1, us=us,
                      size=250 * 10 ** 6)
     yield SizeLimit("P14d", "the page", "a limit", 1, groups=[[page]], size=1_500_000)
+    yield SizeLimit("P14d", "the JUnit file", "a limit", 1, groups=[[suite.work / "report.xml"]],
+                    size=300_000)
     figures = PageFigures([page, large.work / "report.html"])
     for name, work, figure, most, unit in (
             ("P14e", "first paint of the page in Chromium", "paint", 0.25, "s"),
             ("P14e", "nodes of the page", "nodes", 3000, ""),
+            ("P14e", "screens of 1280 by 800 for the hunks of 16 changes of their own", "screens",
+             4, ""),
             ("P14f", "answering a key in the page's filter", "key", 0.1, "s"),
             ("P14g", "opening a pair of two texts of 1 MB", "open", 0.5, "s")):
         yield PageFigure(name, work, "a limit", 1, figures=figures, figure=figure, most=most,

@@ -79,6 +79,7 @@ PairVerifier::Settings settingsOf(const VerifyOptions& options, const RunPlan& p
   settings.verbosity = options.verbosity;
   settings.maskLimits = options.maskLimits;
   settings.keepFacts = !options.recordFolder.empty();
+  settings.keepTexts = options.saveNormalized || !options.harnessLog.empty();
   settings.differences = differencesFor(options);
   settings.onlyPairs = plan.wanted();
   settings.pictures = pictures;

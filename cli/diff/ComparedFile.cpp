@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "cli/diff/TextTokens.h"
+#include "cli/terminal/CountBytes.h"
 
 namespace {
 
@@ -164,9 +165,8 @@ std::size_t ComparedFile::findLineEnd(std::size_t place, bool mayStay, Cut where
 
 std::uint64_t ComparedFile::lineNumber(std::size_t place) const {
   const auto countLines = [this](std::size_t begin, std::size_t end) {
-    return static_cast<std::uint64_t>(
-        std::count(m_original.begin() + static_cast<std::ptrdiff_t>(begin),
-                   m_original.begin() + static_cast<std::ptrdiff_t>(end), '\n'));
+    return std::uint64_t{
+        countBytes(m_original.substr(begin, end - begin), [](char byte) { return byte == '\n'; })};
   };
   if (m_linesBefore.empty()) {
     m_linesBefore.push_back(0);

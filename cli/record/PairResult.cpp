@@ -67,8 +67,10 @@ class Describer : public OrvDiffListener {
 
   void comparisonNotification(const OrvDiffResultFailDiffNormalized& result) override {
     set(result, Verdict::Differs, Kind::FailDiffNormalized);
-    m_pair.normalizedMaster = copyOf(result.getNormalizedMaster());
-    m_pair.normalizedOutput = copyOf(result.getNormalizedActual());
+    if (m_pair.keepsTexts) {
+      m_pair.normalizedMaster = copyOf(result.getNormalizedMaster());
+      m_pair.normalizedOutput = copyOf(result.getNormalizedActual());
+    }
     const char* const master = orEmpty(result.getNormalizedMaster());
     const std::size_t position = startOfCharacter(master, result.getDiffPosition());
     const TextPosition place = locate(master, position);

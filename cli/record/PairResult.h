@@ -28,15 +28,18 @@ struct PairResult {
   bool countsForReport = true;   ///< false: the pair belongs to a report that is not verified
   bool comparedNothing = false;  ///< passed, but the files held nothing to compare
   Kind kind = Kind::None;
+  bool keepsTexts =
+      false;  ///< somebody reads the normalised texts, which are as large as the files
   std::string resultMaster;  ///< the names in the result, which for XML may both be the output's
   std::string resultOutput;
   std::string namedFile;  ///< the missing file, or the one that was not compared to its end
-  std::optional<std::string> normalizedMaster;
+  std::optional<std::string> normalizedMaster;  ///< if `keepsTexts`
   std::optional<std::string> normalizedOutput;
 };
 
 /// Adds a library's result to what is known of its pair: verdict, message and place for people, and
-/// all that `rebuildResult` needs. A pass of files with nothing to compare says so.
+/// all that `rebuildResult` needs, the normalised texts only if `pair` keeps them. A pass of files
+/// with nothing to compare says so.
 void describeResult(const OrvDiffResult& result, std::optional<OrvOutputFormat> format,
                     PairResult& pair);
 

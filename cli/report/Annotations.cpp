@@ -51,7 +51,7 @@ void Annotations::add(const PairRecord& pair, const FileReader& /*read*/) {
   m_topics.add(pair);
 }
 
-std::string Annotations::finish(const ReportSummary& summary) {
+ReportDocument Annotations::finish(const ReportSummary& summary) {
   std::vector<Line> lines;
   const std::vector<std::string> shortfalls = shortfallsOf(summary.run);
   if (!shortfalls.empty()) {

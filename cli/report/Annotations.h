@@ -8,7 +8,7 @@
 class Annotations : public ReportRenderer {
  public:
   void add(const PairRecord& pair, const FileReader& read) override;
-  std::string finish(const ReportSummary& summary) override;
+  ReportDocument finish(const ReportSummary& summary) override;
 
  protected:
   struct Line {

@@ -39,9 +39,12 @@ std::string headJson(const ReportSummary& summary) {
   for (const std::string& sentence : summary.account) {
     account += (account.empty() ? "" : ",") + textToJson(sentence).dump();
   }
-  return "{\"account\":[" + account + "],\"run\":" + toJson(summary.run) +
-         ",\"record\":" + textToJson(summary.record).dump() +
-         ",\"groups\":" + toJson(summary.groups) + '}';
+  std::string records;
+  for (const std::string& folder : summary.records) {
+    records += (records.empty() ? "" : ",") + textToJson(folder).dump();
+  }
+  return "{\"account\":[" + account + "],\"run\":" + toJson(summary.run) + ",\"records\":[" +
+         records + "]" + ",\"groups\":" + toJson(summary.groups) + '}';
 }
 
 /// `page` with each "@name@" replaced, once.
@@ -64,10 +67,10 @@ std::string filled(std::string_view page, const std::map<std::string_view, std::
 
 void HtmlReport::add(const PairRecord& pair, const FileReader& read) {
   m_pictures.add(m_pairs.count(), pair, read);
-  m_pairs.add(pair);
+  m_pairs.add(pair, read);
 }
 
-std::string HtmlReport::finish(const ReportSummary& summary) {
+ReportDocument HtmlReport::finish(const ReportSummary& summary) {
   const std::string index = m_pairs.index();
   const std::string pictures = m_pictures.load();
   return filled(kPageSource.page,

@@ -10,7 +10,7 @@
 class HtmlReport : public ReportRenderer {
  public:
   void add(const PairRecord& pair, const FileReader& read) override;
-  std::string finish(const ReportSummary& summary) override;
+  ReportDocument finish(const ReportSummary& summary) override;
 
  private:
   PagePairs m_pairs;

@@ -207,7 +207,7 @@ void JUnitReport::addRun(const RunRecord& run) {
   }
 }
 
-std::string JUnitReport::finish(const ReportSummary& summary) {
+ReportDocument JUnitReport::finish(const ReportSummary& summary) {
   const RunRecord& run = summary.run;
   addRun(run);
   std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites name=\"orvdiff\"" +

@@ -17,7 +17,7 @@
 class JUnitReport : public ReportRenderer {
  public:
   void add(const PairRecord& pair, const FileReader& read) override;
-  std::string finish(const ReportSummary& summary) override;
+  ReportDocument finish(const ReportSummary& summary) override;
 
  private:
   enum class Outcome { Passed, Failure, Error, Skipped };

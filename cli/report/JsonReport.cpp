@@ -3,10 +3,12 @@
 #include "cli/record/PairJson.h"
 
 void JsonReport::add(const PairRecord& pair, const FileReader& /*read*/) {
-  m_pairs += (m_pairs.empty() ? "\n" : ",\n") + toJsonLine(pair);
+  m_pairs->add(m_pairs->isEmpty() ? "\n" : ",\n");
+  m_pairs->add(toJsonLine(pair));
 }
 
-std::string JsonReport::finish(const ReportSummary& summary) {
-  return "{\"version\": 1,\n\"run\": " + toJson(summary.run) +
-         ",\n\"groups\": " + toJson(summary.groups) + ",\n\"pairs\": [" + m_pairs + "]}\n";
+ReportDocument JsonReport::finish(const ReportSummary& summary) {
+  return {"{\"version\": 1,\n\"run\": " + toJson(summary.run) +
+              ",\n\"groups\": " + toJson(summary.groups) + ",\n\"pairs\": [",
+          m_pairs, "]}\n"};
 }

@@ -7,8 +7,8 @@
 class JsonReport : public ReportRenderer {
  public:
   void add(const PairRecord& pair, const FileReader& read) override;
-  std::string finish(const ReportSummary& summary) override;
+  ReportDocument finish(const ReportSummary& summary) override;
 
  private:
-  std::string m_pairs;  ///< each as JSON, with commas between them
+  std::shared_ptr<PackedText> m_pairs = std::make_shared<PackedText>();  ///< with commas between
 };

@@ -133,7 +133,7 @@ std::string MarkdownReport::pairsText() const {
   return text;
 }
 
-std::string MarkdownReport::finish(const ReportSummary& summary) {
+ReportDocument MarkdownReport::finish(const ReportSummary& summary) {
   const RunRecord& run = summary.run;
   const std::vector<std::string> shortfalls = shortfallsOf(run);
   return heading(run, shortfalls.empty()) + totals(run) + sentences(summary.account, shortfalls) +

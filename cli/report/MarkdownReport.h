@@ -9,7 +9,7 @@
 class MarkdownReport : public ReportRenderer {
  public:
   void add(const PairRecord& pair, const FileReader& read) override;
-  std::string finish(const ReportSummary& summary) override;
+  ReportDocument finish(const ReportSummary& summary) override;
 
  private:
   std::string topicsText(const std::vector<ChangeGroup>& groups) const;

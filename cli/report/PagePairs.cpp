@@ -58,8 +58,10 @@ void shorten(Difference& difference) {
 /// What the page shows of a pair.
 std::string pairJson(PairRecord pair) {
   for (FileFacts* const facts : {&pair.masterFile, &pair.outputFile}) {
-    facts->hash.clear();  // nobody reads them, and they do not compress
-    facts->normalizedHash.clear();
+    facts->normalizedHash.clear();  // nobody reads it, and it does not compress
+    if (pair.verdict == Verdict::Passed) {
+      facts->hash.clear();  // nobody decides on it
+    }
   }
   pair.masterPath.clear();
   pair.outputPath.clear();
@@ -86,7 +88,7 @@ void PagePairs::NamedColumn::add(const std::string& name) {
   numbers.add(std::to_string(found->second));
 }
 
-void PagePairs::add(const PairRecord& pair) {
+void PagePairs::add(const PairRecord& pair, const FileReader& read) {
   constexpr std::size_t kDigitsOfId = 10;
   constexpr double kPerSecond = 1e6;
   // The same in every run, so that a link to a pair of last night's report fits tonight's.
@@ -100,6 +102,7 @@ void PagePairs::add(const PairRecord& pair) {
   m_microseconds.add(std::to_string(std::llround(pair.seconds * kPerSecond)));
   m_places.add(std::to_string(pair.difference ? pair.difference->hunkCount : 0));
   m_block += (m_block.empty() ? "" : ",\n") + pairJson(pair);
+  m_context.add(m_count, pair, read);
   ++m_count;
   if (m_block.size() > kBytesOfBlock) {
     flush();
@@ -110,6 +113,7 @@ void PagePairs::flush() {
   if (m_block.empty()) {
     return;
   }
+  m_context.flush(m_blockCount);
   m_blocks += dataElement("details" + std::to_string(m_blockCount++), packed('[' + m_block + ']'));
   m_firstOfBlocks.add(std::to_string(m_firstOfBlock));
   m_firstOfBlock = m_count;

@@ -4,13 +4,14 @@
 #include <string>
 #include <unordered_map>
 
-#include "cli/record/PairRecord.h"
+#include "cli/report/PageContext.h"
+#include "cli/report/ReportRenderer.h"
 
 /// The pairs of the HTML report: an index with a row for each, which the page reads first, and
 /// everything that is known of each in compressed blocks, which it unpacks when a pair is opened.
 class PagePairs {
  public:
-  void add(const PairRecord& pair);
+  void add(const PairRecord& pair, const FileReader& read);
 
   std::size_t count() const { return m_count; }
 
@@ -18,7 +19,7 @@ class PagePairs {
   std::string index();
 
   /// The blocks as elements of the page. Call it after `index`.
-  const std::string& blocks() const { return m_blocks; }
+  std::string blocks() const { return m_blocks + m_context.elements(); }
 
  private:
   /// The values of a column, as JSON with commas between them.
@@ -46,6 +47,7 @@ class PagePairs {
   std::size_t m_firstOfBlock = 0;
   std::size_t m_blockCount = 0;
   std::string m_blocks;
+  PageContext m_context;
 };
 
 /// An element that holds data of the page under an id.

@@ -55,17 +55,18 @@ ReportFiles::Report::Report(const ReportRequest& wanted)
   }
 }
 
-void ReportFiles::Report::write(const std::string& document) const {
+void ReportFiles::Report::write(const ReportDocument& document) const {
   if (!place) {
-    std::cout << document;  // the program's end says when that fails
+    // The program's end says when that fails.
+    document.write([](std::string_view piece) { std::cout << piece; });
     return;
   }
   if (place->isRegularFile()) {
-    place->write(document);
+    place->write([&document](const auto& take) { document.write(take); });
     return;
   }
   std::ofstream device(request.file, std::ios::binary);
-  device << document;
+  document.write([&device](std::string_view piece) { device << piece; });
   device.close();
   if (!device) {
     place->refuse("not all of it could be written");
@@ -73,9 +74,10 @@ void ReportFiles::Report::write(const std::string& document) const {
 }
 
 ReportFiles::ReportFiles(const std::vector<ReportRequest>& requests,
-                         const std::vector<std::string>& records)
-    : m_record(records.size() == 1 ? fs::absolute(records.front()).lexically_normal().string()
-                                   : std::string()) {
+                         const std::vector<std::string>& records) {
+  for (const std::string& record : records) {
+    m_records.push_back(fs::absolute(record).lexically_normal().string());
+  }
   for (const ReportRequest& request : requests) {
     for (const std::string& record : records) {
       if (liesIn(request.file, record)) {
@@ -125,7 +127,7 @@ std::vector<std::string> ReportFiles::finish(RunRecord run) {
   run.totals = m_totals;
   std::vector<std::string> account = accountOf(run);
   const ReportSummary summary = {std::move(run), m_groups.rarestFirst(), std::move(account),
-                                 m_record};
+                                 m_records};
   std::vector<std::string> problems;
   for (Report& report : m_reports) {
     try {

@@ -39,7 +39,7 @@ class ReportFiles {
  private:
   struct Report {
     explicit Report(const ReportRequest& request);
-    void write(const std::string& document) const;
+    void write(const ReportDocument& document) const;
 
     const ReportRequest request;
     std::optional<OutputPlace> place;  ///< none for standard output
@@ -47,7 +47,7 @@ class ReportFiles {
   };
 
   std::deque<Report> m_reports;
-  const std::string m_record;
+  std::vector<std::string> m_records;
   ChangeGroups m_groups;
   std::uint64_t m_pairs = 0;
   std::map<std::string, std::uint64_t> m_totals;

@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "cli/system/CommandError.h"
-#include "orvdiff/platform/OrvWholeFile.h"
 
 namespace {
 
@@ -95,9 +94,13 @@ void OutputPlace::clear() {
 }
 
 void OutputPlace::write(std::string_view text) const {
-  std::error_code error = OrvWholeFile::replace(m_target, text, &m_status);
+  write([text](const auto& take) { take(text); });
+}
+
+void OutputPlace::write(const OrvWholeFile::Pieces& pieces) const {
+  std::error_code error = OrvWholeFile::replace(m_target, pieces, &m_status);
   if (cannotBeReplaced(error)) {
-    error = OrvWholeFile::overwrite(m_target, text);
+    error = OrvWholeFile::overwrite(m_target, pieces);
   }
   if (error) {
     throw CommandError(std::string("the ") + m_what + ' ' + m_name +

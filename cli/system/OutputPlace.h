@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "orvdiff/platform/OrvWholeFile.h"
+
 /// An output file that the user named. Follows links, as the shell's ">" does. Create it before
 /// searching for reports, so that a file that cannot be written is reported at once.
 class OutputPlace {
@@ -34,6 +36,7 @@ class OutputPlace {
 
   /// Writes `text` to a regular file, in full or not at all. Raises `CommandError` on failure.
   void write(std::string_view text) const;
+  void write(const OrvWholeFile::Pieces& pieces) const;
 
   /// Whether this is the file that `other` describes. Never true of devices, which may be shared.
   bool isSameFile(const struct stat& other) const;

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "cli/terminal/CountBytes.h"
 #include "cli/terminal/Printable.h"
 
 namespace {
@@ -92,10 +93,10 @@ std::size_t startOfCharacter(const char* text, std::size_t position) {
 
 TextPosition locate(const char* text, std::size_t position) {
   const std::size_t lineStart = startOfLine(text, position);
-  const auto lines = std::count(text, text + lineStart, '\n');
-  const auto characters = std::count_if(text + lineStart, text + position,
-                                        [](char byte) { return !isContinuation(byte); });
-  return {static_cast<std::size_t>(lines) + 1, static_cast<std::size_t>(characters) + 1};
+  const std::size_t lines = countBytes({text, lineStart}, [](char byte) { return byte == '\n'; });
+  const std::size_t characters = countBytes({text + lineStart, position - lineStart},
+                                            [](char byte) { return !isContinuation(byte); });
+  return {lines + 1, characters + 1};
 }
 
 Excerpt excerptAround(const char* text, std::size_t position) {

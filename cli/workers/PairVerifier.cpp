@@ -127,6 +127,7 @@ bool PairVerifier::isLeftToAnother(const SelectedFormat& format, const std::stri
 PairResult PairVerifier::start(std::uint32_t task, std::uint64_t format,
                                const OrvFilePair& pair) const {
   PairResult result;
+  result.keepsTexts = m_settings.keepTexts;
   result.record.report = m_reports[task];
   result.record.format = m_formats[format].selected->format->name;
   result.record.subFolder = m_formats[format].selected->subFolder;

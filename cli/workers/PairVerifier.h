@@ -34,7 +34,8 @@ class PairVerifier {
     Verbosity verbosity = Verbosity::Normal;
     MaskLimits maskLimits;
     bool keepFacts =
-        false;  ///< sizes, hashes, processor time and rules too, as a record wants them
+        false;              ///< sizes, hashes, processor time and rules too, as a record wants them
+    bool keepTexts = true;  ///< normalised texts, for logs that read them
     std::optional<DiffOptions> differences;    ///< how pairs differ, too; none: only whether
     const WantedPairs* onlyPairs = nullptr;    ///< null: all
     const SharedPictures* pictures = nullptr;  ///< null: none is left to another format

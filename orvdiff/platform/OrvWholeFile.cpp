@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <new>
 
 #include "orvdiff/platform/VELFmDir.h"
 
@@ -26,9 +27,22 @@ std::error_code writeAll(int descriptor, std::string_view bytes) {
   return {};
 }
 
+OrvWholeFile::Pieces onePiece(std::string_view bytes) {
+  return [bytes](const auto& take) { take(bytes); };
+}
+
 /// Writes everything and closes the file; some errors show only when it is closed.
-std::error_code writeAndClose(int descriptor, std::string_view bytes) {
-  const std::error_code error = writeAll(descriptor, bytes);
+std::error_code writeAndClose(int descriptor, const OrvWholeFile::Pieces& pieces) {
+  std::error_code error;
+  try {
+    pieces([&](std::string_view piece) {
+      if (!error) {
+        error = writeAll(descriptor, piece);
+      }
+    });
+  } catch (const std::bad_alloc&) {
+    error = std::make_error_code(std::errc::not_enough_memory);
+  }
   return close(descriptor) != 0 && !error ? lastError() : error;
 }
 
@@ -56,11 +70,11 @@ struct TemporaryFile {
 };
 
 std::error_code fillAndRename(const TemporaryFile& temporary, const std::string& name,
-                              std::string_view bytes, const struct stat* former) {
+                              const OrvWholeFile::Pieces& pieces, const struct stat* former) {
   if (former != nullptr) {
     inherit(temporary.descriptor, *former);
   }
-  std::error_code error = writeAndClose(temporary.descriptor, bytes);
+  std::error_code error = writeAndClose(temporary.descriptor, pieces);
   if (!error && std::rename(temporary.name.c_str(), name.c_str()) != 0) {
     error = lastError();
   }
@@ -70,8 +84,9 @@ std::error_code fillAndRename(const TemporaryFile& temporary, const std::string&
   return error;
 }
 
-std::error_code fillInPlace(int descriptor, const std::string& name, std::string_view bytes) {
-  const std::error_code error = writeAndClose(descriptor, bytes);
+std::error_code fillInPlace(int descriptor, const std::string& name,
+                            const OrvWholeFile::Pieces& pieces) {
+  const std::error_code error = writeAndClose(descriptor, pieces);
   if (error && truncate(name.c_str(), 0) != 0) {
     VELFmDir::discardFile(name.c_str());
   }
@@ -82,13 +97,22 @@ std::error_code fillInPlace(int descriptor, const std::string& name, std::string
 
 std::error_code OrvWholeFile::replace(const std::string& name, std::string_view bytes,
                                       const struct stat* former) {
+  return replace(name, onePiece(bytes), former);
+}
+
+std::error_code OrvWholeFile::replace(const std::string& name, const Pieces& pieces,
+                                      const struct stat* former) {
   const TemporaryFile temporary(name);
-  return temporary.descriptor >= 0 ? fillAndRename(temporary, name, bytes, former) : lastError();
+  return temporary.descriptor >= 0 ? fillAndRename(temporary, name, pieces, former) : lastError();
 }
 
 std::error_code OrvWholeFile::overwrite(const std::string& name, std::string_view bytes) {
+  return overwrite(name, onePiece(bytes));
+}
+
+std::error_code OrvWholeFile::overwrite(const std::string& name, const Pieces& pieces) {
   const int descriptor = open(name.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
-  return descriptor >= 0 ? fillInPlace(descriptor, name, bytes) : lastError();
+  return descriptor >= 0 ? fillInPlace(descriptor, name, pieces) : lastError();
 }
 
 bool OrvWholeFile::write(const std::string& name, std::string_view bytes) {
@@ -101,7 +125,7 @@ bool OrvWholeFile::write(const std::string& name, std::string_view bytes) {
   if (!exists || isFile || S_ISLNK(former.st_mode)) {
     const TemporaryFile temporary(name);
     if (temporary.descriptor >= 0) {
-      if (fillAndRename(temporary, name, bytes, isFile ? &former : nullptr)) {
+      if (fillAndRename(temporary, name, onePiece(bytes), isFile ? &former : nullptr)) {
         VELFmDir::discardFile(name.c_str());
       }
       return true;
@@ -111,7 +135,7 @@ bool OrvWholeFile::write(const std::string& name, std::string_view bytes) {
   if (descriptor < 0) {
     return false;
   }
-  if (fillInPlace(descriptor, name, bytes)) {
+  if (fillInPlace(descriptor, name, onePiece(bytes))) {
     VELFmDir::discardFile(name.c_str());
   }
   return true;

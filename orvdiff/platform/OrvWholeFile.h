@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -16,15 +17,22 @@
 /// one's file remains, whole. Links are replaced, not followed.
 class ORVDIFF_API OrvWholeFile {
  public:
+  /// Hands the bytes of a file, one piece after the other, to the function that it is given. May be
+  /// called again, for a second attempt; may raise `std::bad_alloc`, nothing else.
+  using Pieces = std::function<void(const std::function<void(std::string_view)>& take)>;
+
   /// Makes `name` a file of exactly these bytes. On an error nothing has changed. The new file gets
   /// the permissions and owner of `former`, as far as the system allows, or, if that is null, those
   /// of any new file.
   static std::error_code replace(const std::string& name, std::string_view bytes,
                                  const struct stat* former = nullptr);
+  static std::error_code replace(const std::string& name, const Pieces& pieces,
+                                 const struct stat* former = nullptr);
 
   /// Writes into an existing file, for names that no other file can take (in a read-only folder, at
   /// a mount point). If not all bytes fit, the file is left empty or removed.
   static std::error_code overwrite(const std::string& name, std::string_view bytes);
+  static std::error_code overwrite(const std::string& name, const Pieces& pieces);
 
   /// Writes by `replace`, keeping the permissions of a former file; by `overwrite` if `name` is not
   /// a file (a device) or the folder takes no new files. Returns false if the file cannot be

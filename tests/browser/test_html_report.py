@@ -1,5 +1,6 @@
 """The HTML report in a real browser, from disk, as its readers open it."""
 
+import base64
 import json
 import os
 import pathlib
@@ -163,11 +164,11 @@ class Table(Page):
 class Pairs(Page):
     def test_each_kind_of_difference(self):
         self.open(mixed())
-        rows = [("Ben.html", ["31 lines without a difference", "54 lines without a difference", "net", "gross→",
+        rows = [("Ben.html", ["31 lines without a difference", "54 lines not shown", "net", "gross→",
                               "IdAttribute (2)", "5 more places differ",
                               "orvdiff diff html ../suite/sales/Masters/Ben.html",
                               f"orvdiff verify --failed {self.work}/record"]),
-                ("Cid.csv", ["another separator", "row 17 Price", "15.20", "16.20", "Name", "absent",
+                ("Cid.csv", ["another separator", "Row Price Name\nrow 17\n15.20 → 16.20\na → b\n", "absent",
                              "x;y", "'../suite/a b/Masters/Cid.csv'"]),
                 ("Dan.json", ["$.rows[3].total"]),
                 ("Eva.html", ["the actual output does not exist"]),
@@ -188,6 +189,48 @@ class Pairs(Page):
         browser.find_element(By.ID, "mask-switch").click()
         self.assertNotIn('id="x"', self.text("main.page table.hunks"))
         self.assertIn("⟨IdAttribute⟩", self.text("main.page table.hunks"))
+
+    def test_a_pass_that_rests_on_a_mask(self):
+        mask = {"file": "output", "rule": "ScriptElement", "bytes": 9, "percent": 61.5, "firstLine": 3, "lastLine": 1200}
+        together = {name: value for name, value in mask.items() if name != "rule"} | {"file": "master"}
+        self.open([pair("Ada", mask=mask), pair("Ben", mask=together), pair("Cid")])
+        for name, text in [("Ada", "One match of ScriptElement masks 61.5 % of the output (lines 3 to 1,200)"),
+                           ("Ben", "The rules together mask 61.5 % of the master")]:
+            self.open_pair(f"{name}.html")
+            self.assertIn(text, self.text(".notice.odd"))
+            browser.back()
+            self.wait(lambda: not self.all("main.page:not([hidden])"))
+        self.open_pair("Cid.html")
+        self.assertEqual(self.all(".notice"), [])
+
+    def test_folds_open(self):
+        lines = [f"<p>line {number}</p>" for number in range(1, 201)]
+        lines[2] = "x" * 1000
+        master = "\r\n".join(lines).encode().replace(b"line 30<", b"\xff<")
+        output = master.replace(b"line 90<", b"row 90<").replace(b"line 150<", b"row 150<")
+        self.report("Ada", master, output, xls=True)
+        self.verify("--record", "record", "--html", "own.html")
+        self.expect(self.run_program("report", "record", "--html", "report.html"), 0)
+        self.verify("--html", "none.html")
+        folds = ["87 lines without a difference", "55 lines without a difference", "48 lines without a difference"]
+        for name in ("own", "report"):
+            self.visit(f"{name}.html")
+            self.open_pair("Ada.html")
+            for view in ("split", "unified"):
+                self.assertEqual([fold.text for fold in self.all("tr.fold button")], ["▸ " + text for text in folds])
+                self.all("tr.fold button")[0].send_keys(Keys.ENTER)
+                opened = self.text("main.page table.hunks")
+                for text in ("As in the master:\n1 <p>line 1</p>\n2 ", "3 " + "x" * 300 + "…\n",
+                             "20 <p>line 20</p>\n47 more lines\n68 <p>line 68</p>", "87 <p>line 87</p>\n88"):
+                    self.assertIn(text, opened)
+                self.press("s")
+                self.wait(lambda: not self.all(f"main.page table.{view}"))
+            self.all("tr.fold button")[2].click()
+            self.assertIn("200 <p>line 200</p>", self.text("main.page table.hunks"))
+        self.visit("none.html")
+        self.open_pair("Ada.html")
+        self.assertEqual(self.all("tr.fold button"), [])
+        self.assertIn(folds[1], self.text("main.page"))
 
     def test_pictures(self):
         wide = b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR" + struct.pack(">IIBBBBB", 30_000, 30_000, 8, 2, 0, 0, 0)
@@ -246,6 +289,119 @@ class Pairs(Page):
                 self.wait(lambda: text in self.text("main.page"))
                 browser.back()
                 self.wait(lambda: not self.all("main.page:not([hidden])"))
+
+
+def changed(name, *groups, verdict="differs", **more):
+    """A pair that shows these changes, with the hashes of its files."""
+    hunks = [text_hunk(group, 9 * (at + 1), group, "new") for at, group in enumerate(groups)]
+    files = {side: {"size": 9, "hash": (name + side).encode().hex()[:32]} for side in ("masterFile", "outputFile")}
+    return pair(name, verdict=verdict, difference=difference("text", hunks), **(files | more))
+
+
+class Deciding(Page):
+    def setUp(self):
+        super().setUp()
+        self.pairs = [changed("Ada", "g1"), changed("Ben", "g1"), changed("Cid", "g1", "g2"),
+                      changed("Dan", "g1", masterFile={"size": 9}), changed("Eva", "g1", verdict="partly"),
+                      pair("Fay", verdict="missing"), pair("Gus")]
+        browser.execute_cdp_cmd("Browser.setDownloadBehavior",
+                                {"behavior": "allow", "downloadPath": str(self.work)})
+
+    def decided(self):
+        """What the filter finds for each decision, by the first letters of the pairs."""
+        field = browser.find_element(By.ID, "query")
+        found = []
+        for query in ("decision:accept", "decision:fault"):
+            field.clear()
+            field.send_keys(query)
+            found.append("".join(name[0] for name in self.names()))
+        return found
+
+    def choose(self, words, within):
+        self.wait(lambda: within.find_elements(By.CSS_SELECTOR, ".decide"))
+        self.click(within.find_element(By.XPATH, f".//div[contains(@class, 'decide')]//button[.='{words}']"))
+
+    def click(self, element):
+        """Clicks where the bar of decisions does not stand before it."""
+        browser.execute_script("arguments[0].scrollIntoView({block: 'center'})", element)
+        element.click()
+
+    def test_groups_and_pairs(self):
+        self.open(self.pairs)
+        rare, common = self.all("details.group")
+        self.assertEqual(self.all(".decisions:not([hidden])"), [])
+        self.choose("Accept", common)
+        self.assertIn("3 pairs to accept; 2 left: they show other changes too", common.text)
+        self.assertEqual(self.decided(), ["ABD", ""])
+        self.choose("Real fault", rare)
+        self.assertEqual(self.decided(), ["ABD", "C"])
+        self.script("document.querySelector('#query').value = ''; document.querySelector('#query').dispatchEvent(new Event('input'))")
+        for row, fix in [(1, "fault"), (3, "accept"), (5, "fault")]:  # single pairs go before groups
+            self.click(self.all(f"table.list tbody tr:nth-child({row + 1}) [data-fix={fix}]")[0])
+        self.assertEqual(self.all("table.list tbody tr:nth-child(n + 5):nth-child(-n + 6) [data-fix=accept]"), [])
+        self.assertEqual(self.all("table.list tbody tr:nth-child(7) [data-fix]"), [])
+        self.visit("report.html")
+        self.assertEqual(self.text(".decisions [role=status]"), "1 pair to accept, 3 real faults.")
+        self.assertEqual(self.decided(), ["A", "BCF"])
+        self.button("Forget all").click()
+        self.assertEqual(self.decided(), ["", ""])
+
+    def test_the_saved_file(self):
+        odd = changed("Odd", "g9") | {"output": {"hex": "ff41"}}
+        self.open([*self.pairs, odd])
+        for item in self.all("details.group"):
+            if "g2" not in item.text:
+                self.choose("Accept", item)
+        self.click(self.all("table.list tbody tr:nth-child(6) [data-fix=fault]")[0])
+        self.button("Save as decisions.jsonl").click()
+        file = self.work / "decisions.jsonl"
+        self.wait(file.exists)
+        lines = {each["report"].rpartition("/")[2][:3]: each for each in map(json.loads, file.read_text().splitlines())}
+        self.assertEqual({name: each["fix"] for name, each in lines.items()},
+                         {"Ada": "accept", "Ben": "accept", "Odd": "accept", "Fay": "fault"})
+        self.assertEqual(lines["Ada"], {
+            "fix": "accept", "report": "../suite/sales/Ada.xml", "format": "html",
+            "path": "../suite/sales/Masters/Ada.html", "output": "../webcontent/bi/v5Debug/Ada.html",
+            "masterHash": b"AdamasterFile".hex()[:32], "outputHash": b"AdaoutputFile".hex()[:32], "group": "g1"})
+        self.assertEqual(lines["Odd"]["output"], {"hex": "ff41"})
+        self.wait(lambda: "1 pair not saved: the record lacks the hashes" in self.text(".decisions"))
+        self.assertIn(f"orvdiff accept --from {self.work}/record --list decisions.jsonl", self.text(".decisions"))
+
+    def test_by_keys_and_what_was_viewed(self):
+        self.open(self.pairs)
+        self.open_pair("Ada.html")
+        self.press("a", "j")
+        self.wait(lambda: "Ben" in self.text("main.page h1"))
+        self.press("f", "v")
+        self.press(Keys.ESCAPE)
+        self.wait(lambda: not self.all("main.page:not([hidden])"))
+        self.press("j", "a", "v", "v")  # the row that has the focus
+        self.assertEqual(self.decided(), ["AC", "B"])
+        self.visit("report.html", "#q=viewed:yes")
+        self.assertEqual(self.names(), ["Ben.html"])
+        self.assertTrue(self.all("tr.is-viewed"))
+
+    def test_commands_need_one_record(self):
+        self.report("Ada", "old", "new")
+        self.verify("--html", "none.html")
+        self.verify("--html", "one.html", "--record", "r")
+        for index in (1, 2):
+            write_record(self.work / f"s{index}", [changed(f"Ada{index}", "g1")],
+                         shards={"indices": [index], "count": 2})
+        self.expect(self.run_program("report", "s1", "s2", "--html", "two.html"), 0)
+        rows = [("none", "add --record FOLDER to orvdiff verify", 0),
+                ("one", f"orvdiff accept --from {self.work}/r ../suite/Ada.xml", 2),
+                ("two", f"orvdiff merge {self.work}/s1 {self.work}/s2 -o merged", 2)]
+        for name, command, choices in rows:
+            with self.subTest(name):
+                self.visit(f"{name}.html")
+                self.script("document.querySelectorAll('details').forEach((each) => (each.open = true))")
+                self.wait(lambda: self.all(".group table"))
+                self.assertEqual(len(self.all(".group [title*='--group']")), choices // 2)
+                self.all("table.list a")[0].click()
+                self.wait(lambda: command in self.text(".commands"))
+                self.assertEqual("orvdiff review" in self.text(".commands"), choices > 0)
+                self.assertEqual(len(self.all("main.page [data-fix]")), choices)
 
 
 HOSTILE = ("</script><script>window.hacked = 1</script><img src=x onerror='window.hacked = 1'>"
@@ -344,6 +500,8 @@ class Night(Page):
         self.open_pair(self.names()[0])
         browser.find_element(By.XPATH, "//button[contains(., 'in 299 other pairs')]").click()
         self.wait(lambda: self.script("return Math.abs(pairs.getBoundingClientRect().top)") < 50)
+        paper = base64.b64decode(browser.execute_cdp_cmd("Page.printToPDF", {})["data"])
+        self.assertGreater(paper.count(b"/Type /Page\n"), 6)  # all rows, not only those that were there
         self.script("scrollTo(0, document.body.scrollHeight)")
         self.wait(lambda: len(self.names()) > 60)
 

@@ -68,7 +68,7 @@ export async function loadOverview() {
   return {
     run: head.run,
     account: head.account.map(decodeText),
-    record: decodeText(head.record),
+    records: head.records.map(decodeText),
     bundles: bundlesOf(groups),
     rows,
     byId,
@@ -88,13 +88,22 @@ function load(id) {
   return loadedBlocks.get(id);
 }
 
-/** The whole record of a pair; `blocks` are the numbers of the first pairs of each block. */
+/** The block of a pair; `blocks` are the numbers of the first pairs of each block. */
+function blockOf(blocks, number) {
+  return blocks.findLastIndex((first) => first <= number);
+}
+
+/** The whole record of a pair. */
 export async function loadPair(blocks, number) {
-  let block = blocks.length - 1;
-  while (blocks[block] > number) {
-    --block;
-  }
+  const block = blockOf(blocks, number);
   return (await load(`details${block}`))[number - blocks[block]];
+}
+
+/** What its folds hold: [{at, first, left, last}], before each hunk and behind the last; or none. */
+export async function loadFolds(blocks, number) {
+  await whenLoaded;
+  const id = `context${blockOf(blocks, number)}`;
+  return document.getElementById(id) === null ? [] : ((await load(id))[number] ?? []);
 }
 
 /** The pictures of a pair: {views: [{label, master, output}], notes}, or undefined. */

@@ -51,26 +51,32 @@ export function button(label, onclick, attributes = {}) {
   return el("button", { type: "button", onclick, ...attributes }, label);
 }
 
-/** A line to copy, with a button for it. */
-export function copyLine(label, command) {
-  const code = el("code", {}, command);
-  const copy = button("Copy", async () => {
-    await copyText(command, code);
+/** A button that copies a command. */
+export function copyButton(label, command, attributes) {
+  const onclick = async () => {
+    await copyText(command);
     copy.textContent = "Copied";
-    setTimeout(() => (copy.textContent = "Copy"), 1500);
-  });
-  copy.setAttribute("aria-label", `Copy the command: ${label}`);
-  return el("div.command", {}, el("span.label", {}, label), code, copy);
+    setTimeout(() => (copy.textContent = label), 1500);
+  };
+  const copy = button(label, onclick, attributes);
+  return copy;
 }
 
-async function copyText(text, element) {
+/** A line to copy, with a button for it. */
+export function copyLine(label, command) {
+  const copy = copyButton("Copy", command, { "aria-label": `Copy the command: ${label}` });
+  return el("div.command", {}, el("span.label", {}, label), el("code", {}, command), copy);
+}
+
+async function copyText(text) {
   try {
     await navigator.clipboard.writeText(text);
   } catch {
-    const range = document.createRange(); // no clipboard here: select it for the user
-    range.selectNodeContents(element);
-    getSelection().removeAllRanges();
-    getSelection().addRange(range);
+    const field = el("textarea", { readonly: true }); // no clipboard here: the old way
+    field.value = text;
+    document.body.append(field);
+    field.select();
     document.execCommand("copy");
+    field.remove();
   }
 }

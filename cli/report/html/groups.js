@@ -1,4 +1,6 @@
+import { bundleCommand } from "./commands.js";
 import { loadPair } from "./data.js";
+import { bundleControls } from "./decide.js";
 import { button, el } from "./dom.js";
 import { hunkView } from "./hunks.js";
 import { countOf, grouped, shortened } from "./text.js";
@@ -88,7 +90,9 @@ function pairLinks(model, { groups, pairs }, actions) {
 }
 
 function bundleItem(model, bundle, actions, isOpen) {
+  const { decisions } = actions;
   const first = model.rows[bundle.pairs[0]];
+  const controls = decisions.isPossible ? bundleControls(decisions, model, bundle) : null;
   const body = el("div.body", {});
   const item = el(
     "details.group",
@@ -98,17 +102,21 @@ function bundleItem(model, bundle, actions, isOpen) {
       { "data-item": true },
       el("span.count", {}, countOf(bundle.pairs.length, "pair")),
       changesText(bundle.groups),
-      el("span.example", {}, el("span.format", {}, first.format), " ", first.name),
+      el("span.example", {}, controls?.mark, el("span.format", {}, first.format), " ", first.name),
     ),
     body,
   );
   const fill = async () => {
     if (item.open && body.childElementCount === 0) {
-      body.append(...pairLinks(model, bundle, actions).filter(Boolean));
+      const links = pairLinks(model, bundle, actions).filter(Boolean);
+      // Nobody decides on what is not shown.
+      controls?.element.append(bundleCommand(model, bundle) ?? "");
+      body.append(el("div.foot", {}, links, controls?.element));
       body.prepend((await firstHunks(model, bundle)) ?? "");
     }
   };
   item.addEventListener("toggle", fill);
+  decisions.onChange(() => controls?.refresh());
   item.open = isOpen;
   return item;
 }

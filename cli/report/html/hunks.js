@@ -1,4 +1,4 @@
-import { el } from "./dom.js";
+import { button, el } from "./dom.js";
 import { countOf, decodeText, grouped } from "./text.js";
 
 // Hunks as tables: unified, or master and output side by side.
@@ -119,17 +119,57 @@ function firstLine(hunk) {
 }
 
 function lastLine(hunk) {
-  return hunk.lines.findLast((line) => line.masterLine)?.masterLine;
+  const last = hunk.lines.findLast((line) => line.masterLine);
+  return last === undefined ? undefined : last.masterLine + (last.omitted ?? 0);
 }
 
-/** What stands between two hunks, or before the first: unchanged lines, as far as is known. */
-function foldText(before, hunk) {
+/** What stands between two hunks, or before the first. */
+function foldText(before, hunk, known) {
+  if (known === "none") {
+    return null;
+  }
   const from = before ? lastLine(before) : 0;
   const count = from === undefined ? 0 : firstLine(hunk) - from - 1;
-  return count > 0 ? `${countOf(count, "line")} without a difference` : null;
+  const isSame = known === "all" || (known === "first" && !before);
+  const kind = isSame ? "without a difference" : "not shown";
+  return count > 0 ? `${countOf(count, "line")} ${kind}` : null;
 }
 
-function textTable(hunks, isSplit) {
+function openedRows({ at, first, left, last }, columns) {
+  const rowOf = (text, index) =>
+    el(
+      "tr",
+      {},
+      numberCell(index),
+      el("td.line.context", { colspan: columns - 1 }, el("span.code", {}, decodeText(text))),
+    );
+  const rest = left > 0 ? el("tr.fold", {}, el("td", { colspan: columns }, `${countOf(left, "more line")}`)) : null;
+  const behind = at + first.length + left;
+  return [
+    el("tr.fold", {}, el("td", { colspan: columns }, "As in the master:")),
+    ...first.map((text, index) => rowOf(text, at + index)),
+    rest,
+    ...last.map((text, index) => rowOf(text, behind + index)),
+  ].filter(Boolean);
+}
+
+/** The row of a fold; it opens if its lines are in the report. */
+function foldRow(text, fold, columns) {
+  const isOpenable = fold !== undefined && fold.first.length > 0;
+  const row = el("tr.fold", {}, el("td", { colspan: columns }, isOpenable ? null : text));
+  if (isOpenable) {
+    const open = () => {
+      const rows = openedRows(fold, columns);
+      row.replaceWith(...rows);
+      rows[0].tabIndex = -1;
+      rows[0].focus();
+    };
+    row.firstChild.append(button(`▸ ${text}`, open, { class: "link" }));
+  }
+  return row;
+}
+
+function textTable(hunks, isSplit, { known = "none", folds = [] } = {}) {
   const columns = isSplit ? 4 : 3;
   const table = el(`table.hunks.${isSplit ? "split" : "unified"}`, {});
   const heads = isSplit ? ["", "Master", "", "Output"] : ["Master", "Output", ""];
@@ -145,19 +185,25 @@ function textTable(hunks, isSplit) {
     ),
   );
   hunks.forEach((hunk, index) => {
-    const fold = hunk.place ? null : foldText(hunks[index - 1], hunk);
-    const heading = hunk.place ? decodeText(hunk.place) : fold;
+    const fold = hunk.place ? null : foldText(hunks[index - 1], hunk, known);
+    const place = hunk.place ? el("tr.place", {}, el("td", { colspan: columns }, decodeText(hunk.place))) : null;
     table.append(
       el(
         "tbody",
         {},
-        heading
-          ? el(`tr.${hunk.place ? "place" : "fold"}`, {}, el("td", { colspan: columns }, heading))
-          : null,
+        place,
+        fold ? foldRow(fold, folds[index], columns) : null,
         isSplit ? splitRows(hunk.lines) : unifiedRows(hunk.lines),
       ),
     );
   });
+  const end = folds[hunks.length];
+  const left = end ? end.first.length + end.left + end.last.length : 0;
+  if (left > 0) {
+    table.append(
+      el("tbody", {}, foldRow(`${countOf(left, "line")} without a difference`, end, columns)),
+    );
+  }
   return el("div.scroll", { tabindex: 0, role: "group", "aria-label": "Differences, line by line" }, table);
 }
 
@@ -174,52 +220,95 @@ function valueCell(hunk, kind) {
     : el("td.value.absent", {}, "absent");
 }
 
-/** Values by place: cells of a table, members of a document. Cells of one row stand together. */
+/** Values by place: members of a document, rows and columns that only one file has. */
 function valueTable(hunks) {
-  let lastRow = null;
-  const rows = hunks.map((hunk) => {
-    const place = decodeText(hunk.place);
-    const cell = place.match(/^(row \d[^,]*), (.*)$/s);
-    const isSameRow = cell !== null && cell[1] === lastRow;
-    lastRow = cell?.[1] ?? null;
-    const where =
-      cell === null
-        ? place
-        : [
-            el("span.row", isSameRow ? { class: "row again" } : {}, cell[1]),
-            " ",
-            el("strong", {}, cell[2]),
-          ];
-    return el(
+  const rows = hunks.map((hunk) =>
+    el(
       "tr",
       {},
-      el("th", { scope: "row" }, where),
+      el("th", { scope: "row" }, decodeText(hunk.place)),
       valueCell(hunk, "removed"),
       valueCell(hunk, "added"),
-    );
-  });
+    ),
+  );
+  return valuesIn("places", "Differences, by place", ["Where", "Master", "Output"], rows);
+}
+
+function valuesIn(kind, label, heads, rows) {
   const head = el(
     "tr",
     {},
-    ["Where", "Master", "Output"].map((text) => el("th", { scope: "col" }, text)),
+    heads.map((text) => el("th", { scope: "col" }, text)),
   );
   return el(
     "div.scroll",
-    { tabindex: 0, role: "group", "aria-label": "Differences, by place" },
-    el("table.values", {}, el("thead", {}, head), el("tbody", {}, rows)),
+    { tabindex: 0, role: "group", "aria-label": label },
+    el(`table.values.${kind}`, {}, el("thead", {}, head), el("tbody", {}, rows)),
   );
 }
 
-/** How hunks look: values by their place, everything else line by line. */
-export function hunkView(hunks, isSplit) {
+/** The row and column of a hunk that is a changed cell; null for others. */
+function cellOf(hunk) {
+  const found = isValue(hunk) ? decodeText(hunk.place).match(/^(row \d[^,]*), (.*)$/s) : null;
+  const isWholeRow = found !== null && /^only in the (master|output)$/.test(found[2]);
+  return found === null || isWholeRow ? null : { row: found[1], column: found[2] };
+}
+
+/** A changed cell: "old → new". */
+function changedCell(hunks = []) {
+  const side = (hunk, kind, tag) => {
+    const line = hunk.lines.find((each) => each.kind === kind);
+    return line ? el(tag, { "aria-label": kind }, lineText(line)) : el("em", {}, "absent");
+  };
+  return el(
+    "td.cell",
+    {},
+    hunks.map((hunk) => el("div.code", {}, side(hunk, "removed", "del"), " → ", side(hunk, "added", "ins"))),
+  );
+}
+
+/** A table of the cells that changed, without the rows and columns in which none did. */
+function cellTable(hunks) {
+  const rows = new Map();
+  const columns = new Set();
+  for (const hunk of hunks) {
+    const { row, column } = cellOf(hunk);
+    columns.add(column);
+    if (!rows.has(row)) {
+      rows.set(row, new Map());
+    }
+    const cells = rows.get(row);
+    cells.set(column, [...(cells.get(column) ?? []), hunk]);
+  }
+  const bodies = [...rows].map(([row, cells]) =>
+    el(
+      "tr",
+      {},
+      el("th", { scope: "row" }, row),
+      [...columns].map((column) => changedCell(cells.get(column))),
+    ),
+  );
+  return valuesIn("cells", "Changed cells", ["Row", ...columns], bodies);
+}
+
+function viewKind(hunk) {
+  return cellOf(hunk) !== null ? cellTable : isValue(hunk) ? valueTable : textTable;
+}
+
+/**
+ * How hunks look: cells in a table, other values by their place, everything else line by line.
+ * `context` tells what stands between them: {known, folds}. Nothing differs there if "all" hunks
+ * are here, or before the "first" one; with "none", nothing is told. `folds` hold the lines.
+ */
+export function hunkView(hunks, isSplit, context) {
   const views = [];
   for (let i = 0; i < hunks.length;) {
-    const isTable = isValue(hunks[i]);
+    const show = viewKind(hunks[i]);
     const run = [];
-    while (i < hunks.length && isValue(hunks[i]) === isTable) {
+    while (i < hunks.length && viewKind(hunks[i]) === show) {
       run.push(hunks[i++]);
     }
-    views.push(isTable ? valueTable(run) : textTable(run, isSplit));
+    views.push(show(run, isSplit, context));
   }
   return el("div.difference", {}, views);
 }

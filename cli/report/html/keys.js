@@ -7,6 +7,8 @@ const HELP = [
   ["/", "filter the pairs"],
   ["s", "side by side or unified"],
   ["m", "hide or show masked text"],
+  ["a, f", "accept the output, or mark a real fault; of a change that is open, of all its pairs"],
+  ["v", "viewed"],
   ["?", "this help"],
 ];
 
@@ -33,6 +35,11 @@ function moveFocus(step) {
   next?.scrollIntoView({ block: "nearest" });
 }
 
+/** Presses a control of the pair, or of the row or change that has the focus. */
+function pressFor(place, selector) {
+  place?.querySelector(selector)?.click();
+}
+
 function press(id) {
   document.getElementById(id)?.click();
 }
@@ -41,17 +48,24 @@ function press(id) {
 export function watchKeys(isPairShown, focusFilter) {
   const dialog = helpDialog();
   document.body.append(dialog);
+  const place = () =>
+    isPairShown()
+      ? document.querySelector("main.page")
+      : document.activeElement.closest("table.list tr, details.group[open]");
   const actions = {
     j: () => (isPairShown() ? press("next") : moveFocus(1)),
     k: () => (isPairShown() ? press("previous") : moveFocus(-1)),
     "/": focusFilter,
     s: () => press("split-switch"),
     m: () => press("mask-switch"),
+    a: () => pressFor(place(), "[data-fix=accept]"),
+    f: () => pressFor(place(), "[data-fix=fault]"),
+    v: () => pressFor(place(), ".decide input, .viewed input"),
     "?": () => dialog.showModal(),
     Escape: () => press("back"),
   };
   document.addEventListener("keydown", (event) => {
-    const isTyping = event.target.matches("input:not([type=range]), select, textarea");
+    const isTyping = event.target.matches("input:not([type=range], [type=checkbox]), select, textarea");
     if (event.ctrlKey || event.altKey || event.metaKey || dialog.open) {
       return;
     }

@@ -1,4 +1,6 @@
 import { loadOverview } from "./data.js";
+import { decisionBar } from "./decide.js";
+import { Decisions } from "./decisions.js";
 import { el } from "./dom.js";
 import { groupsSection } from "./groups.js";
 import { watchKeys } from "./keys.js";
@@ -11,13 +13,15 @@ import { firstQuery, PairTable } from "./table.js";
 class Report {
   constructor(model) {
     this.model = model;
+    const decisions = new Decisions(model);
     this.actions = {
+      decisions,
       setState: (change) => this.setState(change),
       pairAddress: (row) => addressOf({ ...readAddress(), pair: row.id }),
       showGroup: (group) => this.filter("group", group.id),
       showUngrouped: () => this.search("-verdict:passed group:none"),
     };
-    this.table = new PairTable(model, this.actions.setState);
+    this.table = new PairTable(model, decisions, this.actions.setState);
     this.home = el(
       "main",
       {},
@@ -30,7 +34,8 @@ class Report {
       () => !this.page.hidden,
       () => this.focusFilter(),
     );
-    document.getElementById("app").replaceChildren(this.home, this.page, el("footer", {}, this.keys));
+    const bar = decisionBar(decisions, model);
+    document.getElementById("app").replaceChildren(this.home, this.page, bar, el("footer", {}, this.keys));
     // The table comes after the first frame: nobody reads it before the verdict.
     this.isPainted = new Promise((resolve) => requestAnimationFrame(() => setTimeout(resolve)));
     addEventListener("hashchange", () => this.show());

@@ -1,3 +1,4 @@
+import { runCommands } from "./commands.js";
 import { el } from "./dom.js";
 import { countOf, decodeText, grouped, secondsText, shellWord } from "./text.js";
 import { VERDICT_NAMES, verdictOf } from "./verdicts.js";
@@ -39,7 +40,8 @@ function timeOf(run) {
   return el("time", { datetime: run.start }, `${text} UTC${duration}`);
 }
 
-function totalsBar(run, onVerdict) {
+function totalsBar(model, onVerdict) {
+  const { run } = model;
   const counted = VERDICT_NAMES.filter((name) => run.totals[name] > 0);
   const bar = el("div.bar", { "aria-hidden": "true" });
   const legend = el("ul.legend", {});
@@ -63,7 +65,7 @@ function totalsBar(run, onVerdict) {
       ),
     );
   }
-  return [bar, el("div.totals", {}, legend, about(run))];
+  return [bar, el("div.totals", {}, legend, runCommands(model), about(run))];
 }
 
 function listDetails(summary, texts) {
@@ -160,7 +162,7 @@ export function overview(model, onVerdict) {
         el("h1", {}, headline(run)),
       ),
       where,
-      totalsBar(run, onVerdict),
+      totalsBar(model, onVerdict),
     ),
     accounting(model),
   ];

@@ -1,40 +1,14 @@
-import { loadPair, loadPictures } from "./data.js";
-import { button, copyLine, el, shown } from "./dom.js";
+import { pairCommands } from "./commands.js";
+import { loadFolds, loadPair, loadPictures } from "./data.js";
+import { pairControls } from "./decide.js";
+import { button, el, shown } from "./dom.js";
 import { changesText } from "./groups.js";
 import { hiddenHunks, hunkView, maskCounts } from "./hunks.js";
 import { pictureViewer } from "./pictures.js";
-import { bytesText, countOf, decodeText, grouped, secondsText, shellWord } from "./text.js";
+import { bytesText, countOf, decodeText, grouped, secondsText } from "./text.js";
 import { badge } from "./verdicts.js";
 
 const MOST_PRINTED = 20_000; // characters of what was printed that are shown at first
-
-function commands(model, pair) {
-  const [master, output, report] = [pair.master, pair.output, pair.report].map((t) =>
-    shellWord(decodeText(t)),
-  );
-  const folder = `cd ${shellWord(decodeText(model.run.workingFolder))}`;
-  const lines = [];
-  if (pair.master !== "") {
-    lines.push(
-      copyLine("Show the difference", `${folder} && orvdiff diff ${pair.format} ${master} ${output}`),
-    );
-  }
-  lines.push(copyLine("Verify this report", `${folder} && orvdiff verify -f ${pair.format} ${report}`));
-  if (model.record !== "") {
-    lines.push(
-      copyLine(
-        "Verify what did not pass",
-        `${folder} && orvdiff verify --failed ${shellWord(model.record)}`,
-      ),
-    );
-  }
-  return el(
-    "section.commands",
-    { "aria-labelledby": "commands" },
-    el("h2", { id: "commands" }, "Commands"),
-    lines,
-  );
-}
 
 function fileRow(label, name, facts) {
   const size = facts.size === undefined ? "" : bytesText(facts.size);
@@ -101,8 +75,8 @@ function printed(pair) {
 
 /** The difference of one pair, with the switches for how to see it. */
 class DifferenceSection {
-  constructor(model, pair, pictures, view, onState) {
-    Object.assign(this, { model, pair, pictures, view, onState });
+  constructor(pair, pictures, folds, view, onState) {
+    Object.assign(this, { pair, pictures, folds, view, onState });
     this.difference = pair.difference ?? { hunks: [], notes: [], hunkCount: 0 };
     this.place = el("div", {});
     this.masks = maskCounts(this.difference.hunks);
@@ -138,7 +112,8 @@ class DifferenceSection {
     const notes = difference.notes.map((note) => el("p.note", {}, decodeText(note)));
     const masked = this.masks.map(([rule, count]) => `${rule} (${count})`).join(", ");
     if (difference.hunks.length > 0) {
-      this.place.append(hunkView(difference.hunks, this.isSplit()));
+      const known = difference.hunks.length === difference.hunkCount ? "all" : "first";
+      this.place.append(hunkView(difference.hunks, this.isSplit(), { known, folds: this.folds }));
     }
     return el(
       "section.differences",
@@ -200,8 +175,9 @@ function groupLinks(row, actions) {
 
 /** The page of one pair. */
 export async function pairPage(model, table, row, view, actions) {
-  const [pair, pictures] = await Promise.all([
+  const [pair, folds, pictures] = await Promise.all([
     loadPair(model.blocks, row.number),
+    loadFolds(model.blocks, row.number),
     loadPictures(row.number),
   ]);
   const differs = pair.verdict !== "passed" || pair.message || pair.difference;
@@ -214,11 +190,12 @@ export async function pairPage(model, table, row, view, actions) {
       el("h1", {}, row.name || row.folder),
       el("span.folder", {}, row.folder),
       groupLinks(row, actions),
+      pairControls(actions.decisions, row),
     ),
     maskWarning(pair),
-    differs ? new DifferenceSection(model, pair, pictures, view, actions.setState).element() : null,
+    differs ? new DifferenceSection(pair, pictures, folds, view, actions.setState).element() : null,
     printed(pair),
-    commands(model, pair),
+    pairCommands(model, row, pair),
     el(
       "section",
       { "aria-labelledby": "facts" },

@@ -1,7 +1,7 @@
 // What the reader looks for. A query is words, all of which must apply: "verdict:differs,missing",
-// "format:html", "folder:\"a b\"", "group:1f00", "-verdict:passed", or text of a name or a change.
+// "format:html", "folder:\"a b\"", "group:1f00", "decision:accept", "viewed:yes", "-verdict:passed", or text of a name or a change.
 
-const FIELDS = ["verdict", "format", "folder", "group"];
+const FIELDS = ["verdict", "format", "folder", "group", "decision", "viewed"];
 
 /** The words of a query: [{field, values, isNegated}]; `field` is "text" for plain ones. */
 export function parseQuery(query) {
@@ -59,6 +59,8 @@ const TESTS = {
   folder: (row, values) => values.some((v) => row.folder === v || row.folder.startsWith(`${v}/`)),
   group: (row, values) =>
     values.some((v) => (v === "none" ? row.groups.length === 0 : row.groups.some((g) => g.id === v))),
+  decision: (row, values) => values.includes(row.fix),
+  viewed: (row, values) => values.includes(row.isViewed ? "yes" : "no"),
   text: (row, values) => haystackOf(row).includes(values[0]),
 };
 

@@ -1,10 +1,11 @@
 import { button, el } from "./dom.js";
+import { decisionCells } from "./decide.js";
 import { changesText } from "./groups.js";
 import { addressOf, matching, sorted, valuesOf, withField } from "./query.js";
 import { countOf, grouped, secondsText, visible } from "./text.js";
 import { badge, VERDICT_NAMES } from "./verdicts.js";
 
-const BATCH = 60; // rows that are added at a time
+const BATCH = 50; // rows that are added at a time
 
 /** The query that a reader starts with. */
 export function firstQuery(rows) {
@@ -30,6 +31,8 @@ const COLUMNS = [
   ["time", "Time"],
 ];
 
+const MOST_PRINTED_ROWS = 2000;
+
 function changesOf(row) {
   return row.groups.length > 0
     ? changesText(row.groups)
@@ -40,10 +43,12 @@ function changesOf(row) {
 
 /** The section of all pairs. */
 export class PairTable {
-  constructor(model, onState) {
+  constructor(model, decisions, onState) {
     this.model = model;
+    this.decisions = decisions;
     this.onState = onState;
     this.rows = [];
+    this.refreshes = []; // of the rows that are there
     this.input = el("input", {
       type: "search",
       id: "query",
@@ -55,10 +60,11 @@ export class PairTable {
     });
     this.body = el("tbody", {});
     this.status = el("p.status", { role: "status" });
-    this.more = button("Show more", () => this.addBatch());
+    this.more = button("Show more", () => this.addRows(BATCH), { class: "show-more" });
     this.headings = COLUMNS.map(([order, label]) => this.heading(order, label));
     this.selects = this.makeSelects();
     this.watchEnd();
+    decisions.onChange(() => this.refreshes.forEach((refresh) => refresh()));
   }
 
   heading(order, label) {
@@ -87,14 +93,21 @@ export class PairTable {
   /** Adds rows when the reader comes near the end of those that are there. */
   watchEnd() {
     const observer = new IntersectionObserver(
-      (entries) => entries.some((e) => e.isIntersecting) && this.addBatch(),
+      (entries) => entries.some((e) => e.isIntersecting) && this.addRows(BATCH),
       { rootMargin: "400px" },
     );
     observer.observe(this.more);
+    addEventListener("beforeprint", () => this.addRows(MOST_PRINTED_ROWS));
   }
 
   element() {
-    const head = el("thead", {}, el("tr", {}, this.headings));
+    const head = el("thead", {}, el(
+        "tr",
+        {},
+        this.headings,
+        el("th.decide", { scope: "col" }, "Decision"),
+        el("th.viewed", { scope: "col" }, "Viewed"),
+      ));
     return el(
       "section",
       { "aria-labelledby": "pairs" },
@@ -139,12 +152,13 @@ export class PairTable {
         ? countOf(all, "pair")
         : `${grouped(this.rows.length)} of ${countOf(all, "pair")}`;
     this.body.replaceChildren();
-    this.addBatch();
+    this.refreshes = [];
+    this.addRows(BATCH);
   }
 
-  addBatch() {
+  addRows(most) {
     const from = this.body.childElementCount;
-    this.body.append(...this.rows.slice(from, from + BATCH).map((row) => this.rowElement(row)));
+    this.body.append(...this.rows.slice(from, from + most).map((row) => this.rowElement(row)));
     this.more.hidden = this.body.childElementCount >= this.rows.length;
   }
 
@@ -154,7 +168,8 @@ export class PairTable {
 
   rowElement(row) {
     const link = el("a", { href: this.addressOf(row), "data-item": true }, row.name || row.folder);
-    return el(
+    const { cells, refresh } = decisionCells(this.decisions, row);
+    const element = el(
       "tr",
       {},
       el("td", {}, badge(row.verdict)),
@@ -162,6 +177,14 @@ export class PairTable {
       el("td.format", {}, row.format),
       el("td.what", {}, changesOf(row)),
       el("td.time", {}, secondsText(row.seconds)),
+      cells,
     );
+    const refreshAll = () => {
+      refresh();
+      element.classList.toggle("is-viewed", row.isViewed);
+    };
+    refreshAll();
+    this.refreshes.push(refreshAll);
+    return element;
   }
 }

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <list>
+#include <new>
 #include <thread>
 
 #include "orvdiff/compare/OrvDiffNormalizationPattern.h"
@@ -118,7 +119,14 @@ TEST(WholeFile, ReplacesAllOrNothing) {
   }
   struct stat former = {};
   stat("f", &former);
-  EXPECT_FALSE(OrvWholeFile::replace("f", "new", &former));
+  const OrvWholeFile::Pieces endless = [](const auto& take) {
+    take("half");
+    throw std::bad_alloc();
+  };
+  EXPECT_EQ(OrvWholeFile::replace("f", endless), std::errc::not_enough_memory);
+  EXPECT_EQ(TestFolder::read("f"), "former");
+  const OrvWholeFile::Pieces pieces = [](const auto& take) { take("n"), take("ew"); };
+  EXPECT_FALSE(OrvWholeFile::replace("f", pieces, &former));
   const LimitedTo fullDisk(RLIMIT_FSIZE, 5000);
   EXPECT_EQ(OrvWholeFile::replace("f", std::string(10000, 'x')), std::errc::file_too_large);
   EXPECT_EQ(TestFolder::read("f") + TestFolder::read(temporary + '1'), "newof a killed process");
