@@ -19,7 +19,7 @@ class OrvDiffResult;
 ///
 /// All texts are UTF-8 that is safe to print, whatever the files and their names contain:
 /// backslashes, control characters, blanks other than the plain one, characters that change the
-/// direction of text and invalid UTF-8 are escaped ("\\", "\x1B", "\u{202E}", "\xFF").
+/// direction of text and invalid UTF-8 are escaped, as `orvdiff` does.
 struct ORVDIFF_API OrvDiffExplanation {
   /// Whether all of the output was compared and is right. False for `OrvDiffResultPassUpToNul`,
   /// whose `isPassed()` is true although a part of the files was not compared.

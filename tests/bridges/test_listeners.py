@@ -66,3 +66,9 @@ class Listeners(SuiteTest):
         run = self.run_tests("orvdiff_catch2", "--abort")
         self.assertEqual((run.returncode, run.stderr), (1, b""))
         self.assertIn(b"compared nothing", run.stdout)
+
+    def test_page_shows_what_a_reader_of_the_demo_sees(self):
+        page = (SOURCE / "docs/test-frameworks.md").read_text()
+        shown = re.search(r"\n((    .*\n)+.*\^)\n", page)[1].replace("\n    ", "\n")[4:]
+        self.work = SOURCE / "examples/demo/server/work"
+        self.assertIn(shown.encode(), self.run_tests("orvdiff_googletest").stdout)
