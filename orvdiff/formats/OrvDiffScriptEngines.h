@@ -36,6 +36,7 @@ class ORVDIFF_API OrvDiffScriptFileEngine : public OrvDiffFileEngine {
   const OrvComparisonScript m_script;
 };
 
+/// Base of an engine for one format that a script compares.
 using OrvDiffScriptFormatEngine = OrvFixedLayoutEngine<OrvDiffScriptFileEngine>;
 
 /// PDF documents.

@@ -95,6 +95,8 @@ class ORVDIFF_API MOXTestHarness {
   /// Sets the level (one of `MOXLogLevel`, or any other number) and returns the previous one. A
   /// change is written to the log if one is open.
   int setLogLevel(int level);
+
+  /// The current level.
   int getLogLevel() const { return m_logLevel; }
 
   /// Sends the log to a file: "results.mxr" when `fileName` is null. Truncates the file, or appends
