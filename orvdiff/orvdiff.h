@@ -7,6 +7,7 @@
 /// on two threads are a data race. To use several cores, verify in several processes. Two parts may
 /// run on any thread: `OrvDiffFloatComparison`, and the checks of `MOXTestHarness`.
 
+#include "orvdiff/bridges/OrvDiffExplanation.h"
 #include "orvdiff/compare/OrvByteBuffer.h"
 #include "orvdiff/compare/OrvDiffFloatComparison.h"
 #include "orvdiff/compare/OrvDiffLib.h"

@@ -4,6 +4,7 @@
 
 /// Releases an `OrvByteBuffer`; its own type keeps bytes from being taken for a text.
 struct OrvByteBufferDeleter {
+  /// Releases what `new char[]` allocated, or null.
   void operator()(const char* bytes) const { delete[] bytes; }
 };
 

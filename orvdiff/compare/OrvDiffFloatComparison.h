@@ -25,6 +25,7 @@ class ORVDIFF_API OrvDiffFloatComparison {
  public:
   /// The outcome of one grammar rule.
   struct ParserResults {
+    /// Sets both members.
     ParserResults(const char* parsedEnd, bool matched) : end(parsedEnd), ok(matched) {}
 
     const char* end;  ///< where parsing stopped: the first byte that is not part of the match
@@ -43,8 +44,8 @@ class ORVDIFF_API OrvDiffFloatComparison {
 
   /// The first pair of numbers that do not match.
   struct Mismatch {
-    Number master;
-    Number actual;
+    Number master;      ///< the number in the master
+    Number actual;      ///< the number in the output
     double difference;  ///< |master - actual|; 0 unless both were found
     double tolerance;   ///< the largest difference that would have passed; 0 if none would
   };

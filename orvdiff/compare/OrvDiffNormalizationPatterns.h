@@ -15,6 +15,7 @@ using OrvPatternList = std::list<const OrvDiffNormalizationPattern*>;
 /// thread that verifies.
 class ORVDIFF_API OrvDiffNormalizationPatterns {
  public:
+  /// The patterns by their names, each with an "e" before it.
   enum OrvNormalizationPatternsEnum {
     eScriptElement,
     eChartNameAttribute,
@@ -94,6 +95,7 @@ class ORVDIFF_API OrvSharedPatternList {
   /// applied twice.
   void add(const OrvDiffNormalizationPattern* pattern);
 
+  /// The patterns in the order in which they were added; valid as long as this object.
   const OrvPatternList& list() const { return m_list; }
 
  private:

@@ -29,8 +29,8 @@ class ORVDIFF_API OrvOriginMap {
  public:
   /// The bytes from `begin` to `end` (one past the last) of the original text.
   struct Stretch {
-    std::size_t begin;
-    std::size_t end;
+    std::size_t begin;  ///< offset of its first byte
+    std::size_t end;    ///< offset of the byte behind its last
   };
 
   /// A step of the normalisation. The first removes carriage returns, the others apply the patterns
@@ -69,6 +69,7 @@ class ORVDIFF_API OrvOriginMap {
   /// `OrvDiffLib::cleanse` raises.
   OrvOriginMap(std::string_view original, const OrvPatternList& patterns);
   ~OrvOriginMap();
+  /// A map that was moved from may only be destroyed or assigned to.
   OrvOriginMap(OrvOriginMap&& other) noexcept;
   OrvOriginMap& operator=(OrvOriginMap&& other) noexcept;
 

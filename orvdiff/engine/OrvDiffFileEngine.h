@@ -15,8 +15,8 @@ class OrvDiffResult;
 
 /// A master and the actual output to compare with it.
 struct OrvFilePair {
-  std::string master;
-  std::string actual;
+  std::string master;  ///< path of the master
+  std::string actual;  ///< path of the output
 };
 
 /// Base of every engine that compares files: finds a report's masters, pairs each with the actual
@@ -102,6 +102,7 @@ class ORVDIFF_API OrvDiffFileEngine : public OrvDiffEngine {
   /// The output that belongs to a master: the same file name in the output folder.
   std::string getActualFile(const std::string& masterFile) const;
 
+  /// What `setMasterAndOutputFoldersSuffix` set.
   const std::string& getMasterAndOutputFoldersSuffix() const {
     return m_masterAndOutputFoldersSuffix;
   }
@@ -124,6 +125,7 @@ class ORVDIFF_API OrvDiffFileEngine : public OrvDiffEngine {
   /// Delivers one result to one listener at a time.
   class ORVDIFF_API Notifier {
    public:
+    /// `result` must outlive this object.
     explicit Notifier(const OrvDiffResult& result);
     /// Raises `VELAssertError` if `listener` is null.
     void operator()(OrvDiffListener* const listener) const;

@@ -15,10 +15,12 @@ struct OrvFormatLayout {
 template <typename Engine>
 class OrvFixedLayoutEngine : public Engine {
  public:
+  /// That of the layout.
   std::string getOutputDirectoryTypeName() const override {
     return m_layout.outputDirectoryTypeName;
   }
 
+  /// The master folder, the layout's infix, the report name and the layout's tail.
   std::string getMasterFileGlobExpression(const std::string& location) const override {
     return this->getMasterFileDirectory(location) + m_layout.masterInfix +
            this->getReportName(location) + m_layout.masterTail;

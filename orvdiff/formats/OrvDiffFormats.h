@@ -20,8 +20,8 @@ struct OrvFormatArguments {
 
 /// A format that outputs can be verified in. Everything else about it is asked of the engine.
 struct OrvDiffFormat {
-  std::string_view name;  ///< as a person writes it on a command line
-  OrvOutputFormat format;
+  std::string_view name;        ///< as a person writes it on a command line
+  OrvOutputFormat format;       ///< the value to register its engine under
   std::string_view comparison;  ///< how its outputs are compared, in a few words
   bool needsArguments;          ///< whether `outputDirectoryTypeName` is required
   /// Raises `VELAssertError` if a required argument is null.

@@ -17,6 +17,7 @@ class ORVDIFF_API OrvDiffPngFileEngine : public OrvDiffFileEngine {
                              std::strstream* inMemoryOutput) override;
 };
 
+/// Base of an engine for the pictures of one format.
 using OrvDiffPngFormatEngine = OrvFixedLayoutEngine<OrvDiffPngFileEngine>;
 
 /// Pictures of HTML outputs.

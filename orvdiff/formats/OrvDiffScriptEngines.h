@@ -21,6 +21,7 @@ struct OrvComparisonScript {
 /// interpreter inside double quotes is reported as a difference without running the script.
 class ORVDIFF_API OrvDiffScriptFileEngine : public OrvDiffFileEngine {
  public:
+  /// Borrows `subFolder` (null or empty: none) and the texts of `script`.
   OrvDiffScriptFileEngine(const char* subFolder, const OrvComparisonScript& script);
   ~OrvDiffScriptFileEngine() override;
 
@@ -35,6 +36,7 @@ class ORVDIFF_API OrvDiffScriptFileEngine : public OrvDiffFileEngine {
   const OrvComparisonScript m_script;
 };
 
+/// Base of an engine for one format that a script compares.
 using OrvDiffScriptFormatEngine = OrvFixedLayoutEngine<OrvDiffScriptFileEngine>;
 
 /// PDF documents.

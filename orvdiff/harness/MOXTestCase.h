@@ -12,6 +12,7 @@
 /// counters may be changed and read from any thread; each operation takes the test case's own lock.
 class ORVDIFF_API MOXTestCase {
  public:
+  /// Starts with all counts at 0. Scripts leave creating test cases to `MOXTestHarness::startTest`.
   explicit MOXTestCase(const std::string& name);
   MOXTestCase(const MOXTestCase&) = delete;
   MOXTestCase& operator=(const MOXTestCase&) = delete;

@@ -20,6 +20,7 @@
 /// harness's operations take. Any other number works, too, like the known levels that it passes.
 class MOXLogLevel {
  public:
+  /// The levels.
   enum Value : std::int32_t {
     None = 0,      ///< the full banner only; no report
     Minimal = 1,   ///< script errors, failed and warned checks, a one-line report
@@ -28,9 +29,12 @@ class MOXLogLevel {
     Detailed = 4,  ///< dumps with every differing row
   };
 
+  /// A level by its name or its number.
   // NOLINTNEXTLINE(google-explicit-constructor): so that a level is set by its name
   constexpr MOXLogLevel(Value level) : m_value(level) {}
   constexpr explicit MOXLogLevel(std::int32_t level) : m_value(level) {}
+
+  /// The level's number.
   // NOLINTNEXTLINE(google-explicit-constructor): so that levels are passed and compared as numbers
   constexpr operator std::int32_t() const { return m_value; }
 
@@ -91,6 +95,8 @@ class ORVDIFF_API MOXTestHarness {
   /// Sets the level (one of `MOXLogLevel`, or any other number) and returns the previous one. A
   /// change is written to the log if one is open.
   int setLogLevel(int level);
+
+  /// The current level.
   int getLogLevel() const { return m_logLevel; }
 
   /// Sends the log to a file: "results.mxr" when `fileName` is null. Truncates the file, or appends

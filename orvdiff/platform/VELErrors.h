@@ -63,6 +63,7 @@ class ORVDIFF_API VELAssertError : public VELThrowable {
 /// An allocation failed.
 class ORVDIFF_API VELOutOfMemoryError : public VELThrowable {
  public:
+  /// Starts the back trace with one entry (`unit`, `line`, "VEL_THROW").
   VELOutOfMemoryError(const std::string& unit, int line);
   ~VELOutOfMemoryError() override;
 };
@@ -71,6 +72,8 @@ class ORVDIFF_API VELOutOfMemoryError : public VELThrowable {
 /// error of the operating system. Its `what()` text is the text of this error.
 class ORVDIFF_API VELStdExceptionError : public VELThrowable {
  public:
+  /// Takes over the text of `wrapped`, and starts the back trace with one entry (`unit`, `line`,
+  /// "VEL_THROW").
   VELStdExceptionError(const std::exception& wrapped, const std::string& unit, int line);
   ~VELStdExceptionError() override;
 };

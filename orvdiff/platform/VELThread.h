@@ -8,7 +8,9 @@ namespace orvdiff::host {
 /// own class, as does the guard (docs/host-classes.md).
 class VELThreadCriticalSection {
  public:
+  /// Waits until no other thread holds the lock, and takes it once more.
   void enter() { m_mutex.lock(); }
+  /// Gives the lock back once. The calling thread must hold it.
   void leave() { m_mutex.unlock(); }
 
  private:
@@ -18,6 +20,7 @@ class VELThreadCriticalSection {
 /// Holds a critical section for the duration of a scope.
 class VELThreadGuard {
  public:
+  /// Enters `section`, which must outlive this object; the destructor leaves it.
   explicit VELThreadGuard(VELThreadCriticalSection& section) : m_section(section) {
     m_section.enter();
   }

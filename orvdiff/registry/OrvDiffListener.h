@@ -23,6 +23,8 @@ class ORVDIFF_API OrvDiffListener {
   OrvDiffListener& operator=(const OrvDiffListener&) = delete;
   virtual ~OrvDiffListener();
 
+  /// Tells of a result of this class, or of a class derived from it whose own overload is not
+  /// overridden.
   virtual void comparisonNotification(const OrvDiffResultFailFileMissing& result);
   virtual void comparisonNotification(const OrvDiffResultFailDiffNormalized& result);
   virtual void comparisonNotification(const OrvDiffResultFailDiff& result);

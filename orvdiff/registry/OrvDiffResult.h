@@ -23,6 +23,7 @@ class ORVDIFF_API OrvDiffResult {
   /// result's own class.
   virtual void notifyListener(OrvDiffListener& listener) const = 0;
 
+  /// Whether the comparison found nothing wrong; but see `OrvDiffResultPassUpToNul`.
   virtual bool isPassed() const = 0;
 
   /// Path of the master, exactly as the comparison was given it.

@@ -21,6 +21,7 @@ if(EXISTS "${prefix}/bin/orvdiff")
   expect(NEEDED)
   expect_not(PATH)
   include("${CMAKE_CURRENT_LIST_DIR}/SuiteTest.cmake")
+  include("${CMAKE_CURRENT_LIST_DIR}/FrameworksTest.cmake")
 endif()
 
 set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIB_DIR}/pkgconfig")

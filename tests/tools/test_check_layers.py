@@ -14,7 +14,7 @@ ACCEPTED = {
     "orvdiff/compare/A.cpp": "orvdiff/compare/B.h", "orvdiff/orvdiff.h": "orvdiff/formats/B.h",
     "orvdiff/platform/A.h": "orvdiff/orvdiff_export.h", "cli/A.cpp": "orvdiff/orvdiff.h",
     "orvdiff/compare/C.cpp": "orvdiff/compare/pattern/B.h", "cli/commands/A.cpp": "cli/record/B.h",
-    "cli/system/A.cpp": "orvdiff/orvdiff.h",
+    "cli/system/A.cpp": "orvdiff/orvdiff.h", "orvdiff/bridges/A.cpp": "orvdiff/formats/B.h",
 }
 REJECTED = {
     "orvdiff/registry/A.h": "orvdiff/harness/B.h", "orvdiff/harness/A.h": "orvdiff/registry/B.h",
@@ -22,7 +22,7 @@ REJECTED = {
     "orvdiff/engine/A.cpp": "orvdiff/formats/B.h", "orvdiff/formats/A.cpp": "cli/B.h",
     "orvdiff/formats/B.cpp": "orvdiff/orvdiff.h", "cli/record/A.cpp": "cli/workers/B.h",
     "orvdiff/compare/pattern/A.cpp": "orvdiff/compare/B.h", "cli/diff/A.cpp": "cli/workers/B.h",
-    "orvdiff/newcomer/A.cpp": "orvdiff/platform/B.h",
+    "orvdiff/formats/C.cpp": "orvdiff/bridges/B.h", "orvdiff/newcomer/A.cpp": "orvdiff/platform/B.h",
 }
 
 

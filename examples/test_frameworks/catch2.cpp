@@ -1,0 +1,22 @@
+// The reports of a suite as a test of Catch2: each report a section, each pair an assertion.
+// A report without pages fails, because the listener hears of nothing.
+//
+// usage, from the working folder of the report server: orvdiff_catch2 [options of Catch2]
+
+#include "orvdiff/bridges/OrvDiffCatch2Listener.h"
+#include "orvdiff/orvdiff.h"
+#include "reports.h"
+
+TEST_CASE("outputs match their masters") {
+  for (const std::string& report : reportsBelow("../suite")) {
+    DYNAMIC_SECTION(report) {
+      OrvDiffHtmlFileEngine pages(nullptr);
+      OrvDiffCatch2Listener assertions;
+
+      OrvDiffEngineRegistry registry;
+      registry.registerDiffEngine(OrvOutputFormat::Html, &pages);
+      registry.addListener(&assertions);
+      registry.verifyOutput(OrvOutputFormat::Html, report.c_str(), nullptr);
+    }
+  }
+}
