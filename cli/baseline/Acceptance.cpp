@@ -98,8 +98,12 @@ Acceptance::Acceptance(Baselines& baselines, const RecordReader* record, const M
 struct Acceptance::Plan {
   ChangeReport report;  ///< with the refusals of all others
   std::vector<MasterChange> changes;
-  std::vector<std::size_t> places;                  ///< of the outcomes of `changes`
-  std::map<std::string, const PairRecord*> pairOf;  ///< by output, as changes name it
+  std::vector<std::size_t> places;  ///< of the outcomes of `changes`
+  struct Origin {
+    std::string format;
+    const PairRecord* pair;  ///< null: an output without a master
+  };
+  std::map<std::string, Origin> origins;  ///< by output, as changes name it
 
   ChangeReport filledWith(ChangeReport of) && {
     for (std::size_t i = 0; i < places.size(); ++i) {
@@ -111,7 +115,8 @@ struct Acceptance::Plan {
   }
 };
 
-Acceptance::Plan Acceptance::planFor(const std::vector<const PairRecord*>& pairs) const {
+Acceptance::Plan Acceptance::planFor(const Pairs& pairs,
+                                     const std::vector<NewOutput>& outputs) const {
   Plan plan;
   for (const PairRecord* const pair : pairs) {
     auto why = whyNotAcceptable(*pair);
@@ -123,42 +128,49 @@ Acceptance::Plan Acceptance::planFor(const std::vector<const PairRecord*>& pairs
     if (!why) {
       plan.changes.push_back(changeOf(*pair));
       plan.places.push_back(plan.report.outcomes.size() - 1);
-      plan.pairOf[pair->output] = pair;
+      plan.origins[pair->output] = {pair->format, pair};
     }
+  }
+  for (const NewOutput& output : outputs) {
+    plan.report.outcomes.push_back({Kind::Done, output.master, {}});
+    plan.changes.push_back({output.master, {}, output.hash, output.output});
+    plan.places.push_back(plan.report.outcomes.size() - 1);
+    plan.origins[output.output] = {output.format, nullptr};
   }
   return plan;
 }
 
 ContentSource Acceptance::sourceFor(const Plan& plan) const {
   return [this, &plan](const MasterChange& change) {
-    const PairRecord& pair = *plan.pairOf.at(change.source);
-    std::string file = pair.output;
+    const auto& [format, pair] = plan.origins.at(change.source);
+    std::string file = change.source;
     std::optional<std::string> bytes = readUnchanged(file, change.after);
-    if (!bytes && m_record != nullptr && pair.outputFile.evidence == kEvidenceKept) {
+    const std::string evidence = pair != nullptr ? pair->outputFile.evidence : "";
+    if (!bytes && m_record != nullptr && evidence == kEvidenceKept) {
       bytes = m_record->evidence(change.after);
       file = m_record->folder() + '/' + kEvidenceFolder + '/' + change.after;
     }
     if (!bytes) {
       throw CommandError("the output is no longer what was compared" +
-                         (m_record != nullptr
-                              ? ", and the record does not hold it: " + pair.outputFile.evidence
+                         (m_record != nullptr && !evidence.empty()
+                              ? ", and the record does not hold it: " + evidence
                               : std::string()));
     }
-    if (const auto why = whyNotAMaster(file, *bytes, pair.master, pair.format)) {
+    if (const auto why = whyNotAMaster(file, *bytes, change.master, format)) {
       throw CommandError(*why);
     }
     return std::move(*bytes);
   };
 }
 
-ChangeReport Acceptance::check(const std::vector<const PairRecord*>& pairs) const {
-  Plan plan = planFor(pairs);
+ChangeReport Acceptance::check(const Pairs& pairs, const std::vector<NewOutput>& outputs) const {
+  Plan plan = planFor(pairs, outputs);
   ChangeReport checked = m_baselines.check(plan.changes, sourceFor(plan));
   return std::move(plan).filledWith(std::move(checked));
 }
 
-ChangeReport Acceptance::accept(const std::vector<const PairRecord*>& pairs) {
-  Plan plan = planFor(pairs);
+ChangeReport Acceptance::accept(const Pairs& pairs, const std::vector<NewOutput>& outputs) {
+  Plan plan = planFor(pairs, outputs);
   ChangeReport done = m_baselines.apply({"accept", 0}, plan.changes, sourceFor(plan));
   return std::move(plan).filledWith(std::move(done));
 }

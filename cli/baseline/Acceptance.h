@@ -38,6 +38,14 @@ class MasterUses {
   std::unordered_map<std::string, Use> m_uses;  ///< by master
 };
 
+/// An output without a master, and the master that it is to become.
+struct NewOutput {
+  std::string output;
+  std::string master;
+  std::string format;
+  std::string hash;  ///< of the output
+};
+
 /// Makes outputs of a run's pairs their masters. Everything runs on the caller's thread.
 ///
 ///     Acceptance acceptance(baselines, &record);
@@ -46,23 +54,25 @@ class MasterUses {
 ///     undo(baselines, {done.entry});
 class Acceptance {
  public:
+  using Pairs = std::vector<const PairRecord*>;
+
   /// An output's bytes come from the file if it is still what was compared, else from the evidence
   /// of `record` (null: there is none). `uses` (may be null) knows all pairs of the run. All
   /// arguments must outlive the object.
   Acceptance(Baselines& baselines, const RecordReader* record, const MasterUses* uses = nullptr);
 
-  /// What would come of `accept`, pair by pair. Changes nothing.
-  ChangeReport check(const std::vector<const PairRecord*>& pairs) const;
+  /// What would come of `accept`: the outcomes of the pairs, then of the outputs. Changes nothing.
+  ChangeReport check(const Pairs& pairs, const std::vector<NewOutput>& outputs = {}) const;
 
-  /// Accepts, as one entry of the journal, the pairs that nothing is in the way of: not one whose
-  /// verdict is another than "differs", whose output is not valid in its own format, or whose
-  /// master or output is no longer what was compared. Raises `CommandError` before any master is
+  /// Accepts, as one entry of the journal, the pairs and outputs that nothing is in the way of: not
+  /// a pair whose verdict is another than "differs", no output that is not valid in its own format,
+  /// and nothing that is no longer what was compared. Raises `CommandError` before any master is
   /// touched if the journal cannot be written.
-  ChangeReport accept(const std::vector<const PairRecord*>& pairs);
+  ChangeReport accept(const Pairs& pairs, const std::vector<NewOutput>& outputs = {});
 
  private:
   struct Plan;
-  Plan planFor(const std::vector<const PairRecord*>& pairs) const;
+  Plan planFor(const Pairs& pairs, const std::vector<NewOutput>& outputs) const;
   ContentSource sourceFor(const Plan& plan) const;
 
   Baselines& m_baselines;

@@ -99,6 +99,7 @@ ChangeReport Baselines::check(const std::vector<MasterChange>& changes,
                               const ContentSource& source) const {
   ChangeRun run(m_place, changes, source);
   run.inspect();
+  run.tryContents();
   return run.report();
 }
 
@@ -117,12 +118,15 @@ ChangeReport Baselines::apply(const Command& command, const std::vector<MasterCh
 ChangeReport Baselines::applyWithJournal(const Command& command,
                                          const std::vector<MasterChange>& changes,
                                          const ContentSource& source) {
+  ChangeRun run(m_place, changes, source);
+  run.inspect();
+  if (!run.hasWork() && !Journal::isThere(m_place.folder)) {
+    return run.report();
+  }
   Journal journal(m_place.folder);
   journal.lock();
   Journal::Entries former = journal.entries();
   settle(journal, former.whole);
-  ChangeRun run(m_place, changes, source);
-  run.inspect();
   run.keepFormer(journal);
   if (!run.hasWork()) {
     return run.report();

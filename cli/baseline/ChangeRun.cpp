@@ -69,6 +69,11 @@ void ChangeRun::inspect() {
     if (isOpen(i)) {
       requireWritable(i);
     }
+  }
+}
+
+void ChangeRun::tryContents() {
+  for (std::size_t i = 0; i < m_changes.size(); ++i) {
     if (isOpen(i) && !m_changes[i].after.empty()) {
       contentOf(i);
     }
@@ -99,7 +104,7 @@ void ChangeRun::resolve(std::size_t i) {
   if (error) {
     return fail(i, "its folder cannot be found", error);
   }
-  if (!isWithin(target.path, m_place.top)) {
+  if (!m_changes[i].mayBeOutside && !isWithin(target.path, m_place.top)) {
     close(i, Kind::Refused, "it lies outside of the suite " + m_place.top + ", at " + target.path);
   }
 }

@@ -21,8 +21,11 @@ class ChangeRun {
   ChangeRun(const JournalPlace& place, const std::vector<MasterChange>& changes,
             const ContentSource& source);
 
-  /// Step 1: looks whether anything is in the way. Changes nothing.
+  /// Step 1: looks at the masters, whether anything is in the way. Changes nothing.
   void inspect();
+
+  /// Whether the new contents can be had, which `prepare` finds out anyway. Changes nothing.
+  void tryContents();
 
   /// Step 2: hands the bytes of all masters as they are to `journal`.
   void keepFormer(Journal& journal);

@@ -127,7 +127,7 @@ Journal::Entries Journal::entries() const {
       }
       found.whole.push_back(std::move(entry));
     } catch (const std::exception& error) {
-      found.damaged.push_back(entryPath(id) + " is damaged: " + error.what());
+      found.damaged[id] = entryPath(id) + " is damaged: " + error.what();
     }
   }
   return found;

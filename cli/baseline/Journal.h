@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,9 +37,9 @@ class Journal {
   bool isLockedByAnother() const;
 
   struct Entries {
-    std::vector<JournalEntry> whole;   ///< oldest first
-    std::vector<std::string> damaged;  ///< a sentence each
-    std::uint64_t last = 0;            ///< id, of damaged ones too; 0: there is none
+    std::vector<JournalEntry> whole;               ///< oldest first
+    std::map<std::uint64_t, std::string> damaged;  ///< by id, a sentence each
+    std::uint64_t last = 0;                        ///< id, of damaged ones too; 0: there is none
   };
   /// Raises `CommandError` if the folder cannot be read.
   Entries entries() const;

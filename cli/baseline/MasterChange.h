@@ -16,6 +16,7 @@ struct MasterChange {
   std::string after;             ///< hash of what it becomes; empty: it is removed
   std::string source;            ///< the output that it becomes, for people; empty: none
   std::optional<mode_t> mode{};  ///< of a file that is not there yet; none: that of any new file
+  bool mayBeOutside = false;     ///< of the suite, such as what earlier runs left among outputs
 };
 
 /// What came of one change, or would come of it.

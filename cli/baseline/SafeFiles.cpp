@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
@@ -102,7 +102,7 @@ void removeEmptyFolders(const std::vector<std::string>& folders) {
 }
 
 std::string readWhole(const std::string& path, std::error_code& error) {
-  constexpr std::size_t kBlock = std::size_t{1} << 16;
+  constexpr std::size_t kBlock = 4096;
   std::string bytes;
   error = {};
   const OpenFile file(path, O_RDONLY | O_NONBLOCK);  // a pipe must not keep the program waiting
@@ -116,16 +116,18 @@ std::string readWhole(const std::string& path, std::error_code& error) {
                                                          : std::errc::invalid_argument);
     return bytes;
   }
-  bytes.reserve(static_cast<std::size_t>(status.st_size));
-  std::array<char, kBlock> block;
+  // One byte more than there should be, so that one call reads all of a file that does not grow.
+  std::size_t length = 0;
   for (ssize_t step = 1; step != 0;) {
-    step = read(file.number(), block.data(), block.size());
+    bytes.resize(std::max(static_cast<std::size_t>(status.st_size) + 1, length + kBlock));
+    step = read(file.number(), bytes.data() + length, bytes.size() - length);
     if (step < 0 && errno != EINTR) {
       error = lastError();
       return {};
     }
-    bytes.append(block.data(), step > 0 ? static_cast<std::size_t>(step) : 0);
+    length += step > 0 ? static_cast<std::size_t>(step) : 0;
   }
+  bytes.resize(length);
   return bytes;
 }
 

@@ -21,24 +21,23 @@ std::string nameOf(const JournalEntry& entry) {
 const JournalLine& find(const std::vector<JournalLine>& lines, const Journal::Entries& entries,
                         std::uint64_t id) {
   const bool isLast = id == 0;
-  if (isLast && !entries.damaged.empty()) {
-    throw CommandError(entries.damaged.front() +
-                       "; name the entry to undo, which \"orvdiff log\" lists");
-  }
   const auto found = std::find_if(lines.rbegin(), lines.rend(), [&](const JournalLine& line) {
     return isLast ? line.entry.verb != "undo" && line.state != EntryState::Undone
                   : line.entry.id == id;
   });
+  const std::uint64_t foundId = found != lines.rend() ? found->entry.id : 0;
+  if (isLast && !entries.damaged.empty() && entries.damaged.rbegin()->first > foundId) {
+    throw CommandError(entries.damaged.rbegin()->second +
+                       "; name the entry to undo, as \"orvdiff log\" lists it");
+  }
   if (found != lines.rend() && found->state != EntryState::Undone) {
     return *found;
   }
   if (isLast) {
     throw CommandError("there is nothing to undo");
   }
-  for (const std::string& damaged : entries.damaged) {
-    if (damaged.find('/' + std::to_string(id) + ".json") != std::string::npos) {
-      throw CommandError(damaged);
-    }
+  if (entries.damaged.count(id) != 0) {
+    throw CommandError(entries.damaged.at(id));
   }
   throw CommandError(found != lines.rend() ? nameOf(found->entry) + " is undone already"
                                            : "the journal has no entry " + std::to_string(id) +

@@ -41,11 +41,10 @@ struct AcceptOptions : VerifyOptions {
   bool takesNew = false;
 };
 
-/// What to do to masters that no pair tells of, and what is to be said besides.
-struct NewChanges {
-  std::vector<MasterChange> changes;
-  std::map<std::string, std::string> formats;  ///< by output
-  std::vector<ChangeOutcome> left;
+/// Outputs that are to become new masters, and those that cannot.
+struct NewChoice {
+  std::vector<NewOutput> outputs;
+  ChangeReport left;
 };
 
 bool isVerifyAsked(const VerifyOptions& options) {
@@ -85,84 +84,51 @@ std::vector<std::string> realLocations(const std::vector<std::string>& locations
   return real;
 }
 
-/// Finds out where the outputs of a finding or a list belong.
-NewChanges planNew(const std::vector<std::string>& outputs, const SuiteAudit& suite,
-                   const std::optional<NewerThan>& newerThan) {
+/// Finds out which masters the outputs would be.
+NewChoice planNew(const std::vector<std::string>& outputs, const SuiteAudit& suite,
+                  const std::string& newerThan) {
   const NewMasters masters(suite.found(), suite.rules());
-  NewChanges plan;
+  const auto limit = newerThan.empty() ? std::nullopt : std::optional(parseNewerThan(newerThan));
+  NewChoice choice;
   for (const std::string& output : outputs) {
     const NewMaster master = masters.masterFor(output);
-    const auto stale = newerThan ? whyStale(output, *newerThan) : std::nullopt;
+    const auto stale = limit ? whyStale(output, *limit) : std::nullopt;
     const auto content = hashFile(output);
     const std::string why = !master.why.empty() ? master.why
                             : stale             ? "it is stale: " + *stale
                             : !content          ? "it cannot be read"
                                                 : "";
-    if (!why.empty()) {
-      plan.left.push_back({Kind::Refused, output, why});
-      continue;
+    if (why.empty()) {
+      choice.outputs.push_back({output, master.master, master.format, content->hash});
+    } else {
+      choice.left.outcomes.push_back({Kind::Refused, output, why});
     }
-    plan.changes.push_back({master.master, {}, content->hash, output});
-    plan.formats[output] = master.format;
   }
-  return plan;
+  return choice;
 }
 
-/// Reads outputs that have no master yet.
-ContentSource sourceOf(const NewChanges& plan) {
-  return [&plan](const MasterChange& change) {
-    std::error_code error;
-    std::string bytes = readWhole(change.source, error);
-    if (error) {
-      throw CommandError(change.source + ": " + error.message());
-    }
-    if (const auto why =
-            whyNotAMaster(change.source, bytes, change.master, plan.formats.at(change.source))) {
-      throw CommandError(*why);
-    }
-    return bytes;
-  };
-}
-
-void append(ChangeReport& report, const ChangeReport& more) {
-  report.outcomes.insert(report.outcomes.end(), more.outcomes.begin(), more.outcomes.end());
-  report.problems.insert(report.problems.end(), more.problems.begin(), more.problems.end());
-  report.entry = std::max(report.entry, more.entry);
-}
-
-ExitStatus acceptNew(const AcceptOptions& given) {
-  AcceptOptions options = given;
-  const auto newerThan =
-      options.newerThan.empty() ? std::nullopt : std::optional(parseNewerThan(options.newerThan));
-  makeAbsolutePlace(options.change);
+ExitStatus acceptNew(AcceptOptions& options) {
   enterWorkFolder(options.workFolder, options.locations, {&options.formats.layoutData.schema});
   requireLocations(options.locations, options.startFolder);
   const JournalPlace place = placeOfJournal(options.locations, options.change.journal);
   const SuiteAudit suite(options.locations, options.formats);
-  const AuditResult audit = suite.take(false);
   std::vector<std::string> outputs;
-  ChangeReport unread;
-  for (const Finding& finding : audit.findings) {
+  std::vector<std::string> unread;
+  for (const Finding& finding : suite.take(false).findings) {
     if (finding.kind == FindingKind::Output) {
       outputs.push_back(finding.path);
     } else if (finding.kind == FindingKind::Unreadable) {
-      unread.problems.push_back("the folder " + finding.path +
-                                " cannot be read: " + finding.detail);
+      unread.push_back("the folder " + finding.path + " cannot be read: " + finding.detail);
     }
   }
-  const NewChanges plan = planNew(outputs, suite, newerThan);
-  unread.outcomes = plan.left;
-  const ContentSource source = sourceOf(plan);
+  NewChoice choice = planNew(outputs, suite, options.newerThan);
+  choice.left.problems = unread;
   Baselines baselines(place, options.change.keptEntries);
-  const auto with = [&unread](ChangeReport report) {
-    append(report, unread);
-    return report;
-  };
-  return carryOut(options.change, options,
-                  {"To store as new masters", "store", "Stored", "new master"}, place,
-                  with(baselines.check(plan.changes, source)), [&] {
-                    return with(baselines.apply({"accept", 0}, plan.changes, source));
-                  });
+  Acceptance acceptance(baselines, nullptr);
+  return carryOut(
+      options.change, options, {"To store as new masters", "store", "Stored", "new master"}, place,
+      [&] { return joined(acceptance.check({}, choice.outputs), choice.left); },
+      [&] { return joined(acceptance.accept({}, choice.outputs), choice.left); });
 }
 
 /// Where the pairs of a run come from, and what the run as a whole came to.
@@ -189,9 +155,13 @@ Pairs readRecord(RecordReader& record, PairChoice& choice) {
   return pairs;
 }
 
-Pairs verify(const AcceptOptions& options, PairChoice& choice) {
+/// Verifies, which enters the working folder, and keeps the locations right for that.
+Pairs verify(AcceptOptions& options, PairChoice& choice) {
   Pairs pairs;
   VerifyOptions verification = options;
+  for (std::string& location : options.locations) {
+    makeAbsolute(location);
+  }
   verification.pairListener = [&](const PairResult& pair) {
     choice.add(pair.record, pair.countsForReport);
     pairs.reportFolders.insert(folderOf(pair.record.report));
@@ -201,18 +171,32 @@ Pairs verify(const AcceptOptions& options, PairChoice& choice) {
 }
 
 /// What belongs to the choice, but to no pair that may be accepted.
-std::vector<ChangeOutcome> leftOf(const PairChoice& choice, const ChoiceRules& rules) {
+std::vector<ChangeOutcome> leftOf(const PairChoice& choice) {
   std::vector<ChangeOutcome> left = choice.left();
   for (const Decision* const decision : choice.unusedDecisions()) {
     left.push_back({Kind::Refused, decision->path, "no pair of the run has this master"});
   }
+  return left;
+}
+
+/// The outputs without a master that the list accepts. Their masters can only be told from all
+/// reports of the suite, not from the pairs of a run.
+NewChoice newOf(const ChoiceRules& rules, AcceptOptions& options) {
+  std::vector<std::string> outputs;
   for (const Decision& decision : rules.decisions) {
     if (decision.fix == Decision::Fix::Accept && decision.kind == keyOf(FindingKind::Output)) {
-      left.push_back(
-          {Kind::Refused, decision.path, "it has no master; orvdiff accept --new stores one"});
+      outputs.push_back(decision.path);
     }
   }
-  return left;
+  if (!outputs.empty() && !options.locations.empty()) {
+    return planNew(outputs, SuiteAudit(options.locations, options.formats), options.newerThan);
+  }
+  NewChoice choice;
+  for (const std::string& output : outputs) {
+    choice.left.outcomes.push_back(
+        {Kind::Refused, output, "it has no master; name the suite as a location to store one"});
+  }
+  return choice;
 }
 
 /// Enters the working folder of the recorded run, from which its paths lead to the files.
@@ -247,10 +231,12 @@ ExitStatus accept(AcceptOptions& options) {
   for (const std::string& group : choice.unknownGroups()) {
     throw CommandError("no pair has a change of group " + group);
   }
-  ChangeReport besides;
-  besides.outcomes = leftOf(choice, rules);
-  const auto chosen = choice.pairs();
-  if (chosen.empty() && besides.outcomes.empty()) {
+  NewChoice added = newOf(rules, options);
+  ChangeReport& left = added.left;
+  const auto others = leftOf(choice);
+  left.outcomes.insert(left.outcomes.end(), others.begin(), others.end());
+  const Acceptance::Pairs chosen = choice.pairs();
+  if (chosen.empty() && added.outputs.empty() && left.outcomes.empty()) {
     std::cout << "Nothing to accept.\n";
     return pairs.status == kExitTrouble ? kExitTrouble : kExitPassed;
   }
@@ -258,25 +244,19 @@ ExitStatus accept(AcceptOptions& options) {
       {pairs.reportFolders.begin(), pairs.reportFolders.end()}, options.change.journal);
   Baselines baselines(place, options.change.keptEntries);
   Acceptance acceptance(baselines, record ? &*record : nullptr, &choice.uses());
-  const auto with = [&besides](ChangeReport report) {
-    append(report, besides);
-    return report;
-  };
-  const ExitStatus status =
-      carryOut(options.change, options, kWording, place, with(acceptance.check(chosen)),
-               [&] { return with(acceptance.accept(chosen)); });
+  const ExitStatus status = carryOut(
+      options.change, options, kWording, place,
+      [&] { return joined(acceptance.check(chosen, added.outputs), left); },
+      [&] { return joined(acceptance.accept(chosen, added.outputs), left); });
   return pairs.status == kExitTrouble ? kExitTrouble : status;
 }
 
 ExitStatus run(const AcceptOptions& given) {
   requireSensible(given);
-  if (given.takesNew) {
-    return acceptNew(given);
-  }
   AcceptOptions options = given;
   makeAbsolutePlace(options.change);
   makeAbsolute(options.list);
-  return accept(options);
+  return options.takesNew ? acceptNew(options) : accept(options);
 }
 
 }  // namespace

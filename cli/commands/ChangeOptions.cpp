@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <filesystem>
 #include <iostream>
@@ -35,12 +36,11 @@ void printStopped(const ChangeReport& report) {
   }
 }
 
-void printPlan(const ChangeReport& checked, const ChangeWording& wording) {
+void printPlan(const ChangeReport& report, const std::string& heading) {
   bool isFirst = true;
-  for (const ChangeOutcome& outcome : checked.outcomes) {
+  for (const ChangeOutcome& outcome : report.outcomes) {
     if (outcome.kind == Kind::Done) {
-      std::cout << (isFirst ? std::string(wording.todo) + ":\n" : "") << "    "
-                << printable(outcome.master) << '\n';
+      std::cout << (isFirst ? heading + ":\n" : "") << "    " << printable(outcome.master) << '\n';
       isFirst = false;
     }
   }
@@ -64,7 +64,7 @@ void printClosing(const ChangeReport& report, const ChangeWording& wording, bool
   std::cout << (isDryRun ? std::string("Would ") + wording.verb : std::string(wording.done)) << ' '
             << countOf(report.count(Kind::Done), wording.noun);
   if (already > 0) {
-    std::cout << ", " << already << " done already";
+    std::cout << ", " << already << " so already";
   }
   if (stopped > 0) {
     std::cout << ", " << stopped << " left as " << (stopped == 1 ? "it is" : "they are");
@@ -76,7 +76,7 @@ void printClosing(const ChangeReport& report, const ChangeWording& wording, bool
 }
 
 /// How to take it back, with the journal's name unless `undo` would find it by itself.
-void printHint(const JournalPlace& place) {
+void printHint(const JournalPlace& place, std::uint64_t entry) {
   std::error_code unknown;
   std::string found;
   try {
@@ -85,7 +85,7 @@ void printHint(const JournalPlace& place) {
     found.clear();
   }
   const bool isFound = !found.empty() && std::filesystem::equivalent(found, place.folder, unknown);
-  std::cout << "Take it back with: orvdiff undo"
+  std::cout << "Take it back with: orvdiff undo " << entry
             << (isFound ? "" : " --journal " + printable(place.folder)) << '\n';
 }
 
@@ -144,40 +144,45 @@ void requireConsent(const ChangeOptions& options) {
 
 ExitStatus carryOut(const ChangeOptions& options, const CommonOptions& common,
                     const ChangeWording& wording, const JournalPlace& place,
-                    const ChangeReport& checked, const std::function<ChangeReport()>& apply) {
+                    const std::function<ChangeReport()>& check,
+                    const std::function<ChangeReport()>& apply) {
   const bool isLoud = common.verbosity != Verbosity::Quiet;
-  const std::size_t count = checked.count(Kind::Done);
-  if (isLoud && !(options.isAgreed && !options.isDryRun)) {
-    printPlan(checked, wording);
-  }
-  ChangeReport report = checked;
-  const bool isToApply = count > 0 && !options.isDryRun;
-  if (isToApply && !options.isAgreed) {
-    printStopped(checked);
-    if (!isConfirmed(wording, count, place)) {
-      std::cout << "Nothing was changed.\n";
-      return kExitNotPassed;
+  ChangeReport report;
+  if (!options.isAgreed) {
+    report = check();
+    printPlan(report, wording.todo);
+    const std::size_t count = report.count(Kind::Done);
+    if (count > 0 && !options.isDryRun) {
+      printStopped(report);
+      if (!isConfirmed(wording, count, place)) {
+        std::cout << "Nothing was changed.\n";
+        return kExitNotPassed;
+      }
     }
   }
-  if (isToApply) {
+  if (options.isAgreed || (!options.isDryRun && report.count(Kind::Done) > 0)) {
     report = apply();
+    if (options.isAgreed && isLoud) {
+      printPlan(report, wording.done);
+    }
   }
-  if (isLoud && isToApply && options.isAgreed) {
-    printPlan(report, {wording.done, "", "", ""});
-  }
-  if (!isToApply || options.isAgreed) {
-    printStopped(report);
-  }
+  printStopped(report);
   printClosing(report, wording, options.isDryRun);
   if (report.entry != 0 && isLoud) {
-    printHint(place);
+    printHint(place, report.entry);
   }
-  std::cout.flush();
-  if (isToApply && place.folder.empty()) {
-    std::cerr << "orvdiff: no journal was kept: this cannot be taken back, and what the masters "
-                 "held is gone\n";
+  if (!options.isDryRun && report.count(Kind::Done) > 0 && place.folder.empty()) {
+    std::cout.flush();
+    std::cerr << "orvdiff: no journal was kept: nothing can take this back\n";
   }
   return finishChanges(report);
+}
+
+ChangeReport joined(ChangeReport first, const ChangeReport& second) {
+  first.outcomes.insert(first.outcomes.end(), second.outcomes.begin(), second.outcomes.end());
+  first.problems.insert(first.problems.end(), second.problems.begin(), second.problems.end());
+  first.entry = std::max(first.entry, second.entry);
+  return first;
 }
 
 ExitStatus finishChanges(const ChangeReport& report) {

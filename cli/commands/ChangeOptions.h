@@ -54,11 +54,15 @@ struct ChangeWording {
   const char* noun;  ///< of one thing it happens to: "output"
 };
 
-/// Shows what would happen (`checked`), asks unless the user has agreed, and calls `apply`, whose
-/// outcomes must be in the same order. Tells what came of it, and how to take it back.
+/// Shows what would happen, which `check` finds out, and asks, unless the user has agreed already;
+/// then calls `apply`. Tells what came of it, and how to take it back.
 ExitStatus carryOut(const ChangeOptions& options, const CommonOptions& common,
                     const ChangeWording& wording, const JournalPlace& place,
-                    const ChangeReport& checked, const std::function<ChangeReport()>& apply);
+                    const std::function<ChangeReport()>& check,
+                    const std::function<ChangeReport()>& apply);
+
+/// Both reports as one, `first` first.
+ChangeReport joined(ChangeReport first, const ChangeReport& second);
 
 /// Says the report's problems; returns the status that changes with these outcomes end with.
 ExitStatus finishChanges(const ChangeReport& report);

@@ -68,8 +68,12 @@ ExitStatus run(const LogOptions& options) {
     std::cout << "The journal " << printable(journal.folder()) << " is empty.\n";
   }
   std::cout.flush();
-  printProblems(entries.damaged);
-  return entries.damaged.empty() ? kExitPassed : kExitTrouble;
+  std::vector<std::string> damaged;
+  for (const auto& [id, sentence] : entries.damaged) {
+    damaged.push_back(sentence);
+  }
+  printProblems(damaged);
+  return damaged.empty() ? kExitPassed : kExitTrouble;
 }
 
 }  // namespace

@@ -54,42 +54,48 @@ bool isReachedByLink(const std::string& master) {
   return fs::is_symlink(folder, unknown);
 }
 
-/// The masters to remove: all orphans, or those of the list.
-std::vector<std::string> chosenOf(const RemoveOptions& options, const AuditResult& audit,
-                                  ChangeReport& besides) {
-  std::map<std::string, bool> orphans;  // whether it is chosen
+/// What belongs to nothing: whether it is no master, and whether it is chosen.
+struct Removable {
+  bool isLeftover;
+  bool isChosen;
+};
+
+/// The changes to make: all orphans, or what the list says; `left` receives what stays.
+std::vector<MasterChange> chosenOf(const RemoveOptions& options, const AuditResult& audit,
+                                   ChangeReport& left) {
+  std::map<std::string, Removable> removables;
   for (const Finding& finding : audit.findings) {
-    if (finding.kind == FindingKind::Orphan) {
-      orphans[finding.path] = options.takesOrphans;
+    if (finding.kind == FindingKind::Orphan || finding.kind == FindingKind::Leftover) {
+      const bool isLeftover = finding.kind == FindingKind::Leftover;
+      removables[finding.path] = {isLeftover, options.takesOrphans && !isLeftover};
     }
   }
   for (const Decision& decision :
        options.list.empty() ? std::vector<Decision>() : readDecisions(options.list)) {
-    const auto orphan = orphans.find(decision.path);
-    if (decision.fix != Decision::Fix::Remove) {
+    const auto removable = removables.find(decision.path);
+    if (decision.fix == Decision::Fix::Remove && removable != removables.end()) {
+      removable->second.isChosen = true;
+    } else if (decision.fix == Decision::Fix::Remove) {
+      left.outcomes.push_back({Kind::Refused, decision.path,
+                               "it belongs to something, says the audit of this command"});
+    }
+  }
+  std::vector<MasterChange> changes;
+  for (const auto& [path, removable] : removables) {
+    if (!removable.isChosen) {
       continue;
     }
-    if (orphan != orphans.end()) {
-      orphan->second = true;
-    } else {
-      besides.outcomes.push_back(
-          {Kind::Refused, decision.path, "the audit of this command names no such orphan"});
-    }
-  }
-  std::vector<std::string> chosen;
-  for (const auto& [path, isChosen] : orphans) {
-    if (isChosen && isReachedByLink(path)) {
-      besides.outcomes.push_back(
+    const auto content = hashFile(path);
+    if (!removable.isLeftover && isReachedByLink(path)) {
+      left.outcomes.push_back(
           {Kind::Refused, path, "its folder is a link; it may be a master of reports elsewhere"});
-    } else if (isChosen) {
-      chosen.push_back(path);
+    } else if (!content) {
+      left.outcomes.push_back({Kind::Failed, path, "it cannot be read, so it cannot be kept"});
+    } else {
+      changes.push_back({path, content->hash, {}, {}, {}, removable.isLeftover});
     }
   }
-  return chosen;
-}
-
-void append(ChangeReport& report, const ChangeReport& more) {
-  report.outcomes.insert(report.outcomes.end(), more.outcomes.begin(), more.outcomes.end());
+  return changes;
 }
 
 ExitStatus run(const RemoveOptions& given) {
@@ -105,27 +111,17 @@ ExitStatus run(const RemoveOptions& given) {
   formats.allSubFolders = true;
   const AuditResult audit = SuiteAudit(options.locations, formats).take(false);
   requireComplete(audit);
-  ChangeReport besides;
-  std::vector<MasterChange> changes;
-  for (const std::string& path : chosenOf(options, audit, besides)) {
-    const auto content = hashFile(path);
-    if (content) {
-      changes.push_back({path, content->hash, {}, {}});
-    } else {
-      besides.outcomes.push_back({Kind::Failed, path, "it cannot be read, so it cannot be kept"});
-    }
-  }
+  ChangeReport left;
+  const std::vector<MasterChange> changes = chosenOf(options, audit, left);
   const JournalPlace place = placeOfJournal(options.locations, options.change.journal);
   Baselines baselines(place, options.change.keptEntries);
-  const auto with = [&besides](ChangeReport report) {
-    append(report, besides);
-    return report;
-  };
   const ContentSource none = [](const MasterChange& /*change*/) { return std::string(); };
-  return carryOut(options.change, options, {"To remove", "remove", "Removed", "master"}, place,
-                  with(baselines.check(changes, none)), [&] {
-                    return with(baselines.apply({"remove", 0}, changes, none));
-                  });
+  return carryOut(
+      options.change, options, {"To remove", "remove", "Removed", "file"}, place,
+      [&] { return joined(baselines.check(changes, none), left); },
+      [&] {
+        return joined(baselines.apply({"remove", 0}, changes, none), left);
+      });
 }
 
 }  // namespace
