@@ -95,18 +95,24 @@ void ChangeRun::resolve(std::size_t i) {
   }
   target.isThere = hasName && stat(master.c_str(), &target.status) == 0;
   std::error_code error;
-  const fs::path whole = fs::absolute(master, error);
-  target.path =
-      error ? ""
-            : (target.isThere ? fs::canonical(whole, error)
-                              : fs::weakly_canonical(whole.parent_path(), error) / whole.filename())
-                  .string();
+  target.path = hasName && S_ISLNK(link.st_mode) ? fs::canonical(master, error).string()
+                                                 : realPath(master, error);
   if (error) {
     return fail(i, "its folder cannot be found", error);
   }
   if (!m_changes[i].mayBeOutside && !isWithin(target.path, m_place.top)) {
     close(i, Kind::Refused, "it lies outside of the suite " + m_place.top + ", at " + target.path);
   }
+}
+
+/// The path of what is no link itself, but may lie behind some.
+std::string ChangeRun::realPath(const std::string& master, std::error_code& error) {
+  const std::string folder = folderAbove(master);
+  const auto [place, isNew] = m_realFolders.try_emplace(folder);
+  if (isNew) {
+    place->second = fs::weakly_canonical(fs::absolute(folder, error), error).string();
+  }
+  return (place->second == "/" ? "" : place->second) + '/' + master.substr(master.rfind('/') + 1);
 }
 
 /// Two changes of one file that come to the same are one; else nobody can tell which is meant.

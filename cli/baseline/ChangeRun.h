@@ -63,6 +63,7 @@ class ChangeRun {
   void close(std::size_t i, Kind kind, std::string why);
   void fail(std::size_t i, const char* doing, const std::error_code& error);
   void resolve(std::size_t i);
+  std::string realPath(const std::string& master, std::error_code& error);
   void closeRivals();
   void inspect(std::size_t i);
   void requireWritable(std::size_t i);
@@ -75,5 +76,6 @@ class ChangeRun {
   const std::vector<MasterChange>& m_changes;
   const ContentSource& m_source;
   std::vector<Target> m_targets;
+  std::map<std::string, std::string> m_realFolders;
   ChangeReport m_report;
 };

@@ -53,7 +53,7 @@ std::error_code writeAll(int descriptor, std::string_view bytes) {
 
 /// The owner first: changing it takes away bits of the mode.
 std::error_code inherit(int descriptor, std::optional<mode_t> mode, const struct stat* former) {
-  if (former != nullptr) {
+  if (former != nullptr && (former->st_uid != geteuid() || former->st_gid != getegid())) {
     [[maybe_unused]] const int owned = fchown(descriptor, former->st_uid, former->st_gid);
   }
   return !mode || fchmod(descriptor, *mode) == 0 ? std::error_code() : lastError();
@@ -63,18 +63,19 @@ std::error_code inherit(int descriptor, std::optional<mode_t> mode, const struct
 
 std::error_code writeTemporary(const std::string& path, std::string_view bytes,
                                std::optional<mode_t> mode, const struct stat* former) {
-  if (unlink(path.c_str()) != 0 && errno != ENOENT) {
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL;
+  std::optional<OpenFile> file(std::in_place, path, kFlags, 0666);
+  if (!file->isOpen() && errno == EEXIST && unlink(path.c_str()) == 0) {
+    file.emplace(path, kFlags, 0666);
+  }
+  if (!file->isOpen()) {
     return lastError();
   }
-  OpenFile file(path, O_WRONLY | O_CREAT | O_EXCL, 0666);
-  if (!file.isOpen()) {
-    return lastError();
-  }
-  std::error_code error = writeAll(file.number(), bytes);
+  std::error_code error = writeAll(file->number(), bytes);
   if (!error) {
-    error = inherit(file.number(), mode, former);
+    error = inherit(file->number(), mode, former);
   }
-  const std::error_code closing = file.finish();
+  const std::error_code closing = file->finish();
   error = error ? error : closing;
   if (error) {
     unlink(path.c_str());
