@@ -78,11 +78,12 @@ std::vector<JournalLine> linesOf(const std::vector<JournalEntry>& entries) {
       line.changed = static_cast<std::size_t>(
           std::count_if(entry.files.begin(), entry.files.end(), isChanged));
     } else if (entry.leftOut > 0) {
-      line.state = EntryState::Interrupted;
+      line.state = EntryState::Incomplete;
     }
     lines.push_back(std::move(line));
   }
-  // The last first: an undo that was taken back itself has taken back nothing.
+  // The last first: an undo that was taken back itself has taken back nothing, and one that is not
+  // complete has to be done again.
   for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
     const auto undone = numbers.find(line->entry.undoes);
     if (line->state == EntryState::Done && undone != numbers.end()) {
@@ -144,7 +145,9 @@ ChangeReport Baselines::applyWithJournal(const Command& command,
     return report;
   }
   report.entry = entry.id;
+  const std::size_t planned = entry.files.size();
   entry.files = run.files();
+  entry.leftOut = planned - entry.files.size();
   entry.isFinished = true;
   try {
     journal.write(entry);

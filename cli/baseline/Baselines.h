@@ -13,14 +13,15 @@
 enum class EntryState {
   Done,
   Undone,      ///< taken back by a later entry
-  Interrupted  ///< cut off: some masters are changed, others may not be
+  Incomplete,  ///< some masters could not be changed, or the command was cut off before
+  Interrupted  ///< cut off, or still at work: some masters are changed, others may not be
 };
 
 /// An entry, and how it stands.
 struct JournalLine {
   JournalEntry entry;
   EntryState state = EntryState::Done;
-  std::size_t changed = 0;  ///< files that are changed; of an interrupted one maybe not all
+  std::size_t changed = 0;  ///< files that are changed; maybe not all
 };
 
 /// The entries of a journal with their states, oldest first.

@@ -44,8 +44,15 @@ std::uint64_t idOf(std::string_view name) {
 }
 
 std::string realFolderAbove(const std::string& folder) {
-  std::error_code unknown;
-  return fs::weakly_canonical(fs::absolute(folder, unknown), unknown).parent_path().string();
+  std::error_code error;
+  fs::path path = fs::absolute(folder, error);
+  if (!error) {
+    path = fs::weakly_canonical(path, error);
+  }
+  if (error) {  // guessing would write wrong paths into the entries
+    throw CommandError("the journal " + folder + " cannot be found: " + error.message());
+  }
+  return path.parent_path().string();
 }
 
 }  // namespace

@@ -24,7 +24,7 @@ struct JournalEntry {
   std::string user;
   std::string host;
   bool isFinished = false;           ///< false: still at work, or cut off
-  std::uint64_t leftOut = 0;         ///< files that it did not come to before it was cut off
+  std::uint64_t leftOut = 0;         ///< files that it was to change, and did not
   std::vector<JournalFile> files;    ///< to change; once finished, those that were changed
   std::vector<std::string> folders;  ///< created for new files, outermost first
 };

@@ -19,8 +19,10 @@ std::string stateOf(const JournalLine& line, bool isAtWork) {
   switch (line.state) {
     case EntryState::Undone:
       return ", undone";
+    case EntryState::Incomplete:
+      return ", incomplete";
     case EntryState::Interrupted:
-      return isAtWork && !line.entry.isFinished ? ", at work now" : ", interrupted";
+      return isAtWork ? ", at work now" : ", interrupted";
     default:
       return {};
   }
