@@ -104,15 +104,6 @@ struct Acceptance::Plan {
     const PairRecord* pair;  ///< null: an output without a master
   };
   std::map<std::string, Origin> origins;  ///< by output, as changes name it
-
-  ChangeReport filledWith(ChangeReport of) && {
-    for (std::size_t i = 0; i < places.size(); ++i) {
-      report.outcomes[places[i]] = std::move(of.outcomes[i]);
-    }
-    report.entry = of.entry;
-    report.problems = std::move(of.problems);
-    return std::move(report);
-  }
 };
 
 Acceptance::Plan Acceptance::planFor(const Pairs& pairs,
@@ -165,12 +156,13 @@ ContentSource Acceptance::sourceFor(const Plan& plan) const {
 
 ChangeReport Acceptance::check(const Pairs& pairs, const std::vector<NewOutput>& outputs) const {
   Plan plan = planFor(pairs, outputs);
-  ChangeReport checked = m_baselines.check(plan.changes, sourceFor(plan));
-  return std::move(plan).filledWith(std::move(checked));
+  plan.report.takeOver(plan.places, m_baselines.check(plan.changes, sourceFor(plan)));
+  return std::move(plan.report);
 }
 
 ChangeReport Acceptance::accept(const Pairs& pairs, const std::vector<NewOutput>& outputs) {
   Plan plan = planFor(pairs, outputs);
-  ChangeReport done = m_baselines.apply({"accept", 0}, plan.changes, sourceFor(plan));
-  return std::move(plan).filledWith(std::move(done));
+  plan.report.takeOver(plan.places,
+                       m_baselines.apply({"accept", 0}, plan.changes, sourceFor(plan)));
+  return std::move(plan.report);
 }

@@ -139,15 +139,18 @@ ChangeReport Baselines::applyWithJournal(const Command& command,
   run.prepare(entry.id);
   run.finish();
   ChangeReport report = run.report();
+  removeEmptyFolders(entry.folders);  // made for masters that did not come to be
   if (!run.hasWork()) {
-    removeEmptyFolders(entry.folders);
     journal.remove(entry.id);
     return report;
   }
   report.entry = entry.id;
   const std::size_t planned = entry.files.size();
   entry.files = run.files();
-  entry.leftOut = planned - entry.files.size();
+  // All of an undo was possible when it was planned.
+  entry.leftOut = entry.undoes == 0 ? planned - entry.files.size()
+                                    : changes.size() - report.count(ChangeOutcome::Kind::Done) -
+                                          report.count(ChangeOutcome::Kind::AlreadySo);
   entry.isFinished = true;
   try {
     journal.write(entry);

@@ -30,12 +30,6 @@ bool isSameMoment(const timespec& one, const timespec& other) {
 
 }  // namespace
 
-std::size_t ChangeReport::count(ChangeOutcome::Kind kind) const {
-  return static_cast<std::size_t>(
-      std::count_if(outcomes.begin(), outcomes.end(),
-                    [kind](const ChangeOutcome& outcome) { return outcome.kind == kind; }));
-}
-
 ChangeRun::ChangeRun(const JournalPlace& place, const std::vector<MasterChange>& changes,
                      const ContentSource& source)
     : m_place(place), m_changes(changes), m_source(source), m_targets(changes.size()) {

@@ -161,6 +161,9 @@ void Journal::remove(std::uint64_t id) {
 void Journal::keep(const std::string& hash, std::string_view bytes) {
   const std::string path = contentPath(hash);
   std::error_code unreadable;
+  if (m_unflushed.count(hash) != 0) {
+    return;
+  }
   if (contentHash(readWhole(path, unreadable)) == hash && !unreadable) {
     return;
   }
@@ -168,7 +171,7 @@ void Journal::keep(const std::string& hash, std::string_view bytes) {
           writeTemporary(path + kUnflushed, bytes, std::nullopt, nullptr)) {
     raise(m_folder, error.message());
   }
-  m_unflushed.push_back(hash);
+  m_unflushed.insert(hash);
 }
 
 void Journal::flushContents() {

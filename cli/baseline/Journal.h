@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -69,5 +70,5 @@ class Journal {
   const std::string m_folder;
   const std::string m_top;  ///< that paths in it are relative to
   int m_lock = -1;
-  std::vector<std::string> m_unflushed;  ///< hashes of contents that have no name yet
+  std::set<std::string> m_unflushed;  ///< hashes of contents that have no name yet
 };

@@ -40,6 +40,9 @@ struct ChangeReport {
   std::vector<std::string> problems;  ///< what went wrong besides, a sentence each
 
   std::size_t count(ChangeOutcome::Kind kind) const;
+
+  /// Takes over what came of some of the changes: `places` says which outcomes are theirs.
+  void takeOver(const std::vector<std::size_t>& places, ChangeReport part);
 };
 
 /// The bytes that a master is to become. Raises `CommandError`, saying why, if they cannot be had.

@@ -57,20 +57,40 @@ const JournalEntry* laterChange(const std::vector<JournalLine>& lines, const Jou
   return later != lines.end() ? &later->entry : nullptr;
 }
 
+std::vector<MasterChange> changesToUndo(const JournalEntry& entry) {
+  std::vector<MasterChange> changes;
+  for (const JournalFile& file : entry.files) {
+    changes.push_back({file.path, file.after, file.before, "its former content"});
+    if (file.mode != 0) {
+      changes.back().mode = file.mode;
+    }
+  }
+  return changes;
+}
+
+/// Carries out those changes that nothing was in the way of when they were checked.
+void applyPossible(Baselines& baselines, const std::vector<MasterChange>& changes,
+                   const ContentSource& former, UndoReport& report) {
+  std::vector<MasterChange> possible;
+  std::vector<std::size_t> places;
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    if (report.changes.outcomes[i].kind != Kind::Refused) {
+      possible.push_back(changes[i]);
+      places.push_back(i);
+    }
+  }
+  report.changes.takeOver(places, baselines.apply({"undo", report.entry.id}, possible, former));
+  removeEmptyFolders(report.entry.folders);
+}
+
 }  // namespace
 
 UndoReport undo(Baselines& baselines, const UndoRequest& request) {
   const Journal journal(baselines.place().folder);
   const Journal::Entries entries = journal.entries();
   const std::vector<JournalLine> lines = linesOf(entries.whole);
-  const JournalEntry entry = find(lines, entries, request.id).entry;
-  std::vector<MasterChange> changes;
-  for (const JournalFile& file : entry.files) {
-    changes.push_back({file.path, file.after, file.before, "its former content", file.mode});
-    if (file.mode == 0) {
-      changes.back().mode.reset();
-    }
-  }
+  const JournalEntry& entry = find(lines, entries, request.id).entry;
+  const std::vector<MasterChange> changes = changesToUndo(entry);
   const ContentSource former = [&journal](const MasterChange& change) {
     return journal.content(change.after);
   };
@@ -83,10 +103,8 @@ UndoReport undo(Baselines& baselines, const UndoRequest& request) {
   }
   const bool isBlocked = report.changes.count(Kind::Failed) > 0 ||
                          (report.changes.count(Kind::Refused) > 0 && !request.skipsChanged);
-  if (request.isDryRun || isBlocked) {
-    return report;
+  if (!request.isDryRun && !isBlocked) {
+    applyPossible(baselines, changes, former, report);
   }
-  report.changes = baselines.apply({"undo", entry.id}, changes, former);
-  removeEmptyFolders(entry.folders);
   return report;
 }

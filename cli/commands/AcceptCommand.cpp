@@ -167,6 +167,9 @@ Pairs verify(AcceptOptions& options, PairChoice& choice) {
     pairs.reportFolders.insert(folderOf(pair.record.report));
   };
   pairs.status = run(verification);
+  for (std::string& location : options.locations) {
+    location = shortPath(location);
+  }
   return pairs;
 }
 

@@ -131,7 +131,8 @@ std::string shortPath(const std::string& path) {
   const std::string relative = std::filesystem::path(path)
                                    .lexically_relative(std::filesystem::current_path(unknown))
                                    .string();
-  return relative.empty() || relative.size() > path.size() ? path : relative;
+  const bool isShorter = !relative.empty() && relative.size() < path.size();
+  return isShorter && std::filesystem::equivalent(relative, path, unknown) ? relative : path;
 }
 
 void requireConsent(const ChangeOptions& options) {

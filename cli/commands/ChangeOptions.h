@@ -39,7 +39,7 @@ void makeAbsolute(std::string& path);
 /// The same for the journal, unless it is to be none.
 void makeAbsolutePlace(ChangeOptions& options);
 
-/// An absolute path as seen from the working folder, if that is shorter.
+/// An absolute path as seen from the working folder, if that is shorter and leads to the same file.
 std::string shortPath(const std::string& path);
 
 /// Raises `CommandError` if the user would have to be asked and there is no terminal to do so. To
