@@ -127,12 +127,14 @@ void makeAbsolutePlace(ChangeOptions& options) {
 }
 
 std::string shortPath(const std::string& path) {
+  namespace fs = std::filesystem;
   std::error_code unknown;
-  const std::string relative = std::filesystem::path(path)
-                                   .lexically_relative(std::filesystem::current_path(unknown))
-                                   .string();
-  const bool isShorter = !relative.empty() && relative.size() < path.size();
-  return isShorter && std::filesystem::equivalent(relative, path, unknown) ? relative : path;
+  const fs::path relative = fs::path(path).lexically_relative(fs::current_path(unknown));
+  const bool isShorter = !relative.empty() && relative.native().size() < path.size();
+  // Links can prevent that it leads there; the file itself may be gone.
+  return isShorter && fs::equivalent(relative.parent_path(), fs::path(path).parent_path(), unknown)
+             ? relative.string()
+             : path;
 }
 
 void requireConsent(const ChangeOptions& options) {
