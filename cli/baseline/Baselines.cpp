@@ -154,7 +154,9 @@ ChangeReport Baselines::applyWithJournal(const Command& command,
   entry.isFinished = true;
   try {
     journal.write(entry);
-    journal.trim(m_keptEntries);
+    if (entry.undoes == 0) {
+      journal.trim(m_keptEntries);
+    }
   } catch (const CommandError& error) {
     report.problems.push_back(std::string(error.what()) +
                               "; the masters are changed, and \"orvdiff undo\" can take it back");

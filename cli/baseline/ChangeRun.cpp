@@ -234,7 +234,9 @@ std::string ChangeRun::temporaryFor(const std::string& path, std::uint64_t id, s
 void ChangeRun::prepare(std::uint64_t id) {
   for (const std::string& folder : missingFolders()) {
     std::error_code inTheWay;
-    fs::create_directory(folder, inTheWay);  // without it, the files in it fail
+    if (fs::create_directory(folder, inTheWay)) {  // without it, the files in it fail
+      flushToDisk(folderAbove(folder));
+    }
   }
   std::size_t number = 0;
   for (std::size_t i = 0; i < m_changes.size(); ++i) {

@@ -91,8 +91,10 @@ void Journal::lock() {
                            : "the journal " + m_folder +
                                  " cannot be locked: " + std::generic_category().message(errno));
   }
-  if (access((m_folder + kIgnore).c_str(), F_OK) != 0) {
+  if (access((m_folder + kIgnore).c_str(), F_OK) != 0) {  // it is new
     error = writeTemporary(m_folder + kIgnore, "*\n", std::nullopt, nullptr);
+    error = error ? error : flushToDisk(m_folder);
+    error = error ? error : flushToDisk(folderAbove(m_folder));
   }
   if (error) {
     raise(m_folder, error.message());

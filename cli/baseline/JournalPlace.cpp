@@ -48,6 +48,9 @@ bool isTop(const fs::path& folder) {
 fs::path withinServer(const fs::path& folder) {
   std::error_code unknown;
   const fs::path server = fs::weakly_canonical("..", unknown);
+  if (!server.has_relative_path()) {
+    return folder;  // the working folder is that of no server
+  }
   fs::path top = folder;
   while (top.has_relative_path() && top.parent_path() != server) {
     top = top.parent_path();

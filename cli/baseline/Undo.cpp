@@ -96,8 +96,9 @@ UndoReport undo(Baselines& baselines, const UndoRequest& request) {
   };
   UndoReport report = {entry, baselines.check(changes, former)};
   for (ChangeOutcome& outcome : report.changes.outcomes) {
-    const JournalEntry* const later = laterChange(lines, entry, outcome.master);
-    if (outcome.kind == Kind::Refused && later != nullptr) {
+    const JournalEntry* const later =
+        outcome.kind == Kind::Refused ? laterChange(lines, entry, outcome.master) : nullptr;
+    if (later != nullptr) {
       outcome.why += "; undo " + nameOf(*later) + " first";
     }
   }

@@ -65,6 +65,12 @@ class WhatIsAccepted(Baselines):
         self.expect(self.undo("2"), 0)  # an undo can be undone, too
         self.assertEqual((self.masters / "Old.html").read_text(), "<p>new</p>")
 
+    def test_names_that_are_no_text(self):
+        self.report(b"caf\xe9", "<p>old</p>", "<p>new</p>")
+        before = self.snapshot()
+        self.expect(self.accept(*self.recorded(), locations=()), 0, "    ../suite/Masters/caf\\xE9.html\n")
+        self.expect_untouched(self.undo(), 0, before=before)
+
     def test_only_what_was_chosen(self):
         self.report("Also", "<p>old</p>", "<p>new</p>")
         between = "<p>the same words</p>" * 20
