@@ -1,21 +1,19 @@
 #include <algorithm>
 #include <iostream>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "cli/commands/CommandLine.h"
 #include "cli/commands/SelectionOptions.h"
-#include "cli/commands/SubFolders.h"
+#include "cli/commands/SuiteAudit.h"
 #include "cli/commands/WorkFolder.h"
+#include "cli/record/Decision.h"
 #include "cli/record/JsonText.h"
 #include "cli/report/AccountPrinter.h"
 #include "cli/report/ClosingSummary.h"
-#include "cli/suite/MasterAudit.h"
-#include "cli/suite/SuiteInventory.h"
+#include "cli/suite/Finding.h"
 #include "cli/system/OutputPlace.h"
 #include "cli/terminal/Printable.h"
 
@@ -29,52 +27,6 @@ struct AuditOptions : CommonOptions {
   bool asJson = false;
 };
 
-/// What an audit found, in the order of kinds, then paths.
-struct AuditResult {
-  std::vector<Finding> findings;
-  std::uint64_t reports = 0;
-  std::uint64_t masters = 0;
-
-  /// A normalisation without work is worth knowing, but nothing is wrong with the suite.
-  std::uint64_t faults() const {
-    return static_cast<std::uint64_t>(
-        std::count_if(findings.begin(), findings.end(),
-                      [](const Finding& finding) { return finding.kind != FindingKind::Pattern; }));
-  }
-};
-
-AuditResult audit(AuditOptions& options) {
-  std::vector<SelectedFormat> formats = selectFormats(options.formats);
-  const FoundReports found = findReports(options.locations);
-  if (addSubFolders(options.formats, formats, found)) {
-    formats = selectFormats(options.formats);
-  }
-  const MasterRules rules(formats, options.formats);
-  const SharedPictures pictures(formats, options.formats.names);
-  InventoryScope scope;
-  scope.isAsked.assign(found.reports.size(), true);
-  scope.isWholeSuite = found.isWholeSuite;
-  scope.isOfSomeFormats = !options.formats.names.empty();
-  AuditResult result;
-  const FindingSink sink = [&result](const Finding& finding) {
-    result.findings.push_back(finding);
-  };
-  MasterAudit masters(found, sink);
-  takeInventory({found, formats, rules, pictures, scope, nullptr, false,
-                 [&masters](const MasterRule& rule, const std::string& master,
-                            std::uint32_t report) { masters.visit(rule, master, report); }},
-                sink);
-  masters.finish(scope.isOfSomeFormats);
-  std::sort(result.findings.begin(), result.findings.end(),
-            [](const Finding& one, const Finding& other) {
-              return std::tie(one.kind, one.path, one.detail) <
-                     std::tie(other.kind, other.path, other.detail);
-            });
-  result.reports = found.reports.size();
-  result.masters = masters.masters();
-  return result;
-}
-
 nlohmann::ordered_json toJson(const Finding& finding) {
   nlohmann::ordered_json json = {{"kind", std::string(keyOf(finding.kind))},
                                  {"path", textToJson(finding.path)}};
@@ -84,27 +36,29 @@ nlohmann::ordered_json toJson(const Finding& finding) {
   return json;
 }
 
-/// What is to be done about a finding by a program that accepts outputs or removes files; empty for
-/// one that a person has to look at.
-std::string fixFor(FindingKind kind) {
+/// What a program that accepts outputs or removes files is to do about a finding; nothing for one
+/// that a person has to look at.
+std::optional<Decision::Fix> fixFor(FindingKind kind) {
   switch (kind) {
     case FindingKind::Output:
-      return "accept";
+      return Decision::Fix::Accept;
     case FindingKind::Orphan:
     case FindingKind::Leftover:
-      return "remove";
+      return Decision::Fix::Remove;
     default:
-      return {};
+      return std::nullopt;
   }
 }
 
 std::string fixList(const std::vector<Finding>& findings) {
   std::string lines;
   for (const Finding& finding : findings) {
-    if (const std::string fix = fixFor(finding.kind); !fix.empty()) {
-      nlohmann::ordered_json json = {{"fix", fix}};
-      json.update(toJson(finding));
-      lines += json.dump() + '\n';
+    if (const auto fix = fixFor(finding.kind)) {
+      Decision decision;
+      decision.fix = *fix;
+      decision.kind = keyOf(finding.kind);
+      decision.path = finding.path;
+      lines += toJsonLine(decision) + '\n';
     }
   }
   return lines;
@@ -140,7 +94,7 @@ ExitStatus run(const AuditOptions& given) {
     fixes.emplace("list of fixes", options.fixList);
     fixes->clear();
   }
-  const AuditResult result = audit(options);
+  const AuditResult result = SuiteAudit(options.locations, options.formats).take(true);
   if (options.asJson) {
     for (const Finding& finding : result.findings) {
       std::cout << toJson(finding).dump() << '\n';
@@ -157,10 +111,7 @@ ExitStatus run(const AuditOptions& given) {
               << countOf(result.reports, "report") << ", " << countOf(result.masters, "master")
               << '\n';
   }
-  const bool isTrouble =
-      result.reports == 0 ||
-      std::any_of(result.findings.begin(), result.findings.end(),
-                  [](const Finding& finding) { return finding.kind == FindingKind::Unreadable; });
+  const bool isTrouble = result.reports == 0 || result.holds(FindingKind::Unreadable);
   if (result.reports == 0) {
     printProblems({"no reports at the locations"});
   }

@@ -22,13 +22,17 @@ struct CommandLine {
 std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& result);
 
 // Each adds one verb to `app`. Each is defined in the file that performs the verb.
+void addAccept(CLI::App& app, Performer& chosen);
 void addAudit(CLI::App& app, Performer& chosen);
 void addDiff(CLI::App& app, Performer& chosen);
 void addExplain(CLI::App& app, Performer& chosen);
 void addFormats(CLI::App& app, Performer& chosen);
+void addLog(CLI::App& app, Performer& chosen);
 void addMerge(CLI::App& app, Performer& chosen);
 void addNormalize(CLI::App& app, Performer& chosen);
 void addNumdiff(CLI::App& app, Performer& chosen);
+void addRemove(CLI::App& app, Performer& chosen);
 void addReport(CLI::App& app, Performer& chosen);
 void addShow(CLI::App& app, Performer& chosen);
+void addUndo(CLI::App& app, Performer& chosen);
 void addVerify(CLI::App& app, Performer& chosen);

@@ -2,6 +2,7 @@
 #include "cli/commands/ReportOptions.h"
 #include "cli/commands/Verb.h"
 #include "cli/record/JoinedRecords.h"
+#include "cli/record/RecordFolder.h"
 #include "cli/report/ClosingSummary.h"
 #include "cli/report/ReportFiles.h"
 #include "cli/system/CommandError.h"
@@ -15,7 +16,7 @@ struct ReportOptions : CommonOptions {
 
 FileReader evidenceOf(const RecordReader& record) {
   return [&record](const std::string& /*name*/, const FileFacts& facts) {
-    return facts.evidence == "kept"
+    return facts.evidence == kEvidenceKept
                ? record.evidence(facts.hash)
                : throw CommandError(facts.evidence.empty() ? "the record does not hold it"
                                                            : facts.evidence);

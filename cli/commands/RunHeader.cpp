@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ctime>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -12,6 +11,7 @@
 
 #include "cli/suite/Shard.h"
 #include "cli/system/ExitStatus.h"
+#include "cli/system/TimeStamp.h"
 
 namespace {
 
@@ -36,15 +36,6 @@ std::vector<std::string> commonWords(const std::vector<std::string>& words) {
 }
 
 }  // namespace
-
-std::string timeStamp() {
-  const std::time_t now = std::time(nullptr);
-  std::tm parts = {};
-  gmtime_r(&now, &parts);
-  std::array<char, 32> text = {};
-  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
-  return text.data();
-}
 
 RunRecord startedRun(const VerifyOptions& options, const RunPlan& plan) {
   RunRecord run;

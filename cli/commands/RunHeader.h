@@ -1,13 +1,8 @@
 #pragma once
 
-#include <string>
-
 #include "cli/commands/RunPlan.h"
 #include "cli/commands/VerifyOptions.h"
 #include "cli/record/RunRecord.h"
 
 /// What a record says of a run as it starts.
 RunRecord startedRun(const VerifyOptions& options, const RunPlan& plan);
-
-/// Now, as records say it: "2026-11-23T06:12:00Z".
-std::string timeStamp();

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "cli/commands/RunHeader.h"
+#include "cli/system/TimeStamp.h"
 #include "cli/terminal/ErrorCause.h"
 
 namespace {

@@ -97,6 +97,9 @@ void SuiteRun::deliver(std::uint32_t task, const PairResult& pair) {
   if (pair.record.verdict == Verdict::NotRun) {
     ++m_notRun[" of format " + pair.record.format + " not compared: " + pair.record.message];
   }
+  if (m_logs.listener) {
+    m_logs.listener(pair);
+  }
   m_printer.add(pair.record);
   tellLogs(pair);
 }

@@ -29,6 +29,7 @@ struct RunLogs {
   RecordWriter* record = nullptr;
   Accounting* account = nullptr;
   ReportFiles* reports = nullptr;
+  std::function<void(const PairResult&)> listener{};  ///< may be empty
 };
 
 /// Verifies reports in worker processes, and tells of their pairs in the order of the reports.

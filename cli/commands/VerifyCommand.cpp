@@ -51,7 +51,7 @@ std::optional<DiffOptions> differencesFor(const VerifyOptions& options) {
   constexpr std::size_t kLeastRecorded = 20;
   constexpr std::size_t kMostBytes = std::size_t{64} * 1024;
   if (options.verbosity == Verbosity::Quiet && options.recordFolder.empty() &&
-      options.reports.empty()) {
+      options.reports.empty() && !options.pairListener) {
     return std::nullopt;
   }
   const std::size_t asked = options.differences.maxHunks;
@@ -78,7 +78,7 @@ PairVerifier::Settings settingsOf(const VerifyOptions& options, const RunPlan& p
   PairVerifier::Settings settings;
   settings.verbosity = options.verbosity;
   settings.maskLimits = options.maskLimits;
-  settings.keepFacts = !options.recordFolder.empty();
+  settings.keepFacts = !options.recordFolder.empty() || options.pairListener;
   settings.keepTexts = options.saveNormalized || !options.harnessLog.empty();
   settings.differences = differencesFor(options);
   settings.onlyPairs = plan.wanted();
@@ -131,7 +131,9 @@ ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerT
   PairVerifier verifier(plan.reports, formats, owners,
                         settingsOf(options, plan, leftPictures, newerThan));
   Accounting accounting;
-  SuiteRun suiteRun(plan.reports, verifier, printer, outputs.logs(accounting));
+  RunLogs logs = outputs.logs(accounting);
+  logs.listener = options.pairListener;
+  SuiteRun suiteRun(plan.reports, verifier, printer, logs);
   suiteRun.verify(limitsOf(options), options.verbosity != Verbosity::Quiet && canShowProgress());
   printer.finish();
   RunTotals& totals = suiteRun.totals();

@@ -58,6 +58,45 @@ void addRecord(CLI::App& verify, VerifyOptions& options) {
 
 }  // namespace
 
+void addVerifyOptions(CLI::App& verb, VerifyOptions& options) {
+  addSelection(verb, options.formats);
+  verb.add_option("--summary", options.summaryFile,
+                  "Write a test summary to FILE (-: standard output)")
+      ->check(notEmpty())
+      ->type_name("FILE");
+  verb.add_option("--harness-log", options.harnessLog,
+                  "Write a test-harness log to FILE, with one test case per report")
+      ->check(notEmpty())
+      ->type_name("FILE");
+  addChoice<int>(verb, "--log-level", options.harnessLogLevel,
+                 "How much detail the harness log contains",
+                 {{"minimal", MOXLogLevel::Minimal},
+                  {"concise", MOXLogLevel::Concise},
+                  {"normal", MOXLogLevel::Normal},
+                  {"detailed", MOXLogLevel::Detailed}})
+      ->option_text("minimal|concise|normal|detailed (default: normal)");
+  verb.add_flag("--save-normalized", options.saveNormalized,
+                "Save the normalised texts of each difference next to the output");
+  verb.add_flag("--allow-none", options.allowNone, "Succeed even if there is nothing to verify");
+  addDifferences(verb, options.differences);
+  addNoGroups(verb, options.groupsChanges);
+  verb.add_flag("--strict{all}", options.strict,
+                "Make everything that was not accounted for an error, or only what is named: "
+                "--strict=orphans,outputs")
+      ->option_text("[=KINDS]");
+  verb.add_option("--newer-than", options.newerThan,
+                  "Outputs written before TIME (2026-11-21T23:10, 12h, @SECONDS), or before FILE "
+                  "was, are stale")
+      ->check(notEmpty())
+      ->option_text("TIME|FILE");
+  addWork(verb, options.workFolder);
+  addWorkers(verb, options);
+  addRecord(verb, options);
+  addMaskLimits(verb, options.maskLimits);
+  addReportOptions(verb, options.reports);
+  addLayoutData(verb, options.formats.layoutData);
+}
+
 void addVerify(CLI::App& app, Performer& chosen) {
   const auto [verb, verify] = addVerb<VerifyOptions>(
       app, chosen, "verify", "Compare report outputs with their stored masters", run);
@@ -65,41 +104,6 @@ void addVerify(CLI::App& app, Performer& chosen) {
                   "A report file, or a folder to search for reports (files next to a folder "
                   "named \"Masters\"); required unless --failed names a record")
       ->option_text("...");
-  addSelection(verb, verify.formats);
-  verb.add_option("--summary", verify.summaryFile,
-                  "Write a test summary to FILE (-: standard output)")
-      ->check(notEmpty())
-      ->type_name("FILE");
-  verb.add_option("--harness-log", verify.harnessLog,
-                  "Write a test-harness log to FILE, with one test case per report")
-      ->check(notEmpty())
-      ->type_name("FILE");
-  addChoice<int>(verb, "--log-level", verify.harnessLogLevel,
-                 "How much detail the harness log contains",
-                 {{"minimal", MOXLogLevel::Minimal},
-                  {"concise", MOXLogLevel::Concise},
-                  {"normal", MOXLogLevel::Normal},
-                  {"detailed", MOXLogLevel::Detailed}})
-      ->option_text("minimal|concise|normal|detailed (default: normal)");
-  verb.add_flag("--save-normalized", verify.saveNormalized,
-                "Save the normalised texts of each difference next to the output");
   verb.add_flag("--list", verify.listOnly, "List what would be compared, without comparing it");
-  verb.add_flag("--allow-none", verify.allowNone, "Succeed even if there is nothing to verify");
-  addDifferences(verb, verify.differences);
-  addNoGroups(verb, verify.groupsChanges);
-  verb.add_flag("--strict{all}", verify.strict,
-                "Make everything that was not accounted for an error, or only what is named: "
-                "--strict=orphans,outputs")
-      ->option_text("[=KINDS]");
-  verb.add_option("--newer-than", verify.newerThan,
-                  "Outputs written before TIME (2026-11-21T23:10, 12h, @SECONDS), or before FILE "
-                  "was, are stale")
-      ->check(notEmpty())
-      ->option_text("TIME|FILE");
-  addWork(verb, verify.workFolder);
-  addWorkers(verb, verify);
-  addRecord(verb, verify);
-  addMaskLimits(verb, verify.maskLimits);
-  addReportOptions(verb, verify.reports);
-  addLayoutData(verb, verify.formats.layoutData);
+  addVerifyOptions(verb, verify);
 }

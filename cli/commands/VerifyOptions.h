@@ -2,14 +2,20 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "cli/commands/Options.h"
 #include "cli/diff/OutsizedMasks.h"
+#include "cli/record/PairResult.h"
 #include "cli/report/ReportKinds.h"
 #include "cli/suite/FormatSelection.h"
 #include "orvdiff/harness/MOXTestHarness.h"
+
+namespace CLI {
+class App;
+}
 
 struct VerifyOptions : CommonOptions {
   std::vector<std::string> locations;
@@ -33,6 +39,11 @@ struct VerifyOptions : CommonOptions {
   bool saveNormalized = false;
   bool listOnly = false;
   bool allowNone = false;
+  /// Hears of every pair, with the hashes of what was compared; empty: nobody asks.
+  std::function<void(const PairResult&)> pairListener;
 };
+
+/// Adds all options of verify but --list, which another verb may need for something else.
+void addVerifyOptions(CLI::App& verb, VerifyOptions& options);
 
 ExitStatus run(const VerifyOptions& options);

@@ -24,8 +24,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* kKept = "kept";
-
 [[noreturn]] void raise(const std::string& folder, const std::string& reason) {
   throw CommandError("the record " + folder + " cannot be written: " + reason);
 }
@@ -111,7 +109,7 @@ std::string RecordWriter::keep(const std::string& file, const FileFacts& facts,
     return facts.evidence;  // it may say already why there is nothing to keep
   }
   if (m_kept.count(facts.hash) != 0) {
-    return kKept;
+    return kEvidenceKept;
   }
   if (*facts.size > m_limits.perFile) {
     return "left out: larger than " + std::to_string(m_limits.perFile) + " bytes";
@@ -131,7 +129,7 @@ std::string RecordWriter::keep(const std::string& file, const FileFacts& facts,
   }
   m_kept.insert(facts.hash);
   m_evidenceSize += *facts.size;
-  return kKept;
+  return kEvidenceKept;
 }
 
 RunRecord RecordWriter::finish(RunRecord run) {

@@ -3,6 +3,8 @@
  *
  *   ORVDIFF_FAULT=CALL:N:ERRNO:once|lasts  the N-th call of this kind (from 1) fails with this
  *                                          errno; with "lasts", so does every later one
+ *   ORVDIFF_FAULT=kill:N                   the program is killed before its own N-th call of any
+ *                                          kind but allocations
  *   ORVDIFF_FAULT_REPORT=FILE              receives "hit MODULE OFFSET" for each caller of the
  *                                          first failing call; without ORVDIFF_FAULT, "call KIND
  *                                          PLACE" for each call, PLACE being a hash of its callers
@@ -27,6 +29,7 @@
 #include <execinfo.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
 #include <spawn.h>
 #include <stdarg.h>
 #include <stdbool.h>
@@ -57,6 +60,8 @@ static struct {
   int error;
   bool lasts;
 } plan;
+static unsigned long killsAt; /* 0: the program lives */
+static unsigned long systemCalls; /* of the program itself, counted only to kill it */
 static const char* report;
 static bool armed;           /* main() has started */
 static bool busy;            /* in this file's own calls, which are not counted */
@@ -113,6 +118,9 @@ static void reportCall(enum Kind kind) {
 static bool fails(enum Kind kind) {
   if (!armed || busy) {
     return false;
+  }
+  if (killsAt != 0 && kind != ALLOC && !isWorker && ++systemCalls == killsAt) {
+    kill(getpid(), SIGKILL);
   }
   number = __atomic_add_fetch(&calls[kind + (isWorker ? KINDS : 0)], 1, __ATOMIC_RELAXED);
   const bool isPlanned = kind == plan.kind && isWorker == plan.inWorkers;
@@ -286,6 +294,9 @@ SIMPLE(NAME, int, -1, link, (const char* from, const char* to), (from, to))
 SIMPLE(NAME, int, -1, unlink, (const char* path), (path))
 SIMPLE(NAME, int, -1, unlinkat, (int at, const char* path, int flags), (at, path, flags))
 SIMPLE(NAME, int, -1, remove, (const char* path), (path))
+SIMPLE(NAME, int, -1, rmdir, (const char* path), (path))
+SIMPLE(NAME, int, -1, fchmod, (int file, mode_t mode), (file, mode))
+SIMPLE(NAME, int, -1, fchown, (int file, uid_t user, gid_t group), (file, user, group))
 SIMPLE(NAME, int, -1, mkdir, (const char* path, mode_t mode), (path, mode))
 SIMPLE(NAME, int, -1, chdir, (const char* path), (path))
 
@@ -339,7 +350,10 @@ __attribute__((constructor)) static void prepare(void) {
   calls = mmap(NULL, 2 * KINDS * sizeof *calls, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
                -1, 0);
   const char* const wanted = getenv("ORVDIFF_FAULT");
-  if (wanted != NULL) {
+  static const char kKill[] = "kill:";
+  if (wanted != NULL && strncmp(wanted, kKill, sizeof kKill - 1) == 0) {
+    killsAt = strtoul(wanted + sizeof kKill - 1, NULL, 10);
+  } else if (wanted != NULL) {
     readPlan(wanted);
   }
   const char* const file = getenv("ORVDIFF_FAULT_REPORT");

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <string>
+
+/// Now, in UTC: "2026-11-23T06:12:00Z".
+std::string timeStamp();
