@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "orvdiff/compare/pattern/IcuEdits.h"
 #include "orvdiff/compare/pattern/PatternCompiler.h"
@@ -55,6 +56,9 @@ class OrvDiffNormalizationPattern::Impl {
   const orvdiff::pattern::Substitution* substitution() const;
   orvdiff::pattern::Edits findIcuEdits(const char* text, const char* result) const;
   const std::string& getExpression() const { return m_expression; }
+  void setStepLimit(int steps);
+
+  std::string name;
 
  private:
   std::string m_expression;
@@ -93,6 +97,12 @@ void OrvDiffNormalizationPattern::Impl::setReplacementText(const char* replaceme
   }
   m_substitution.replacement = replacement != nullptr ? replacement : "";
   m_replacementStringObj = std::move(created);
+}
+
+void OrvDiffNormalizationPattern::Impl::setStepLimit(int steps) {
+  UErrorCode status = U_ZERO_ERROR;
+  uregex_setTimeLimit(m_regEx.get(), steps, &status);
+  VEL_ASSERT_NAMED(U_SUCCESS(status), "Step limit set");
 }
 
 /// Text can grow only through a replacement longer than the shortest match, and growth is the one
@@ -160,6 +170,22 @@ OrvDiffNormalizationPattern::~OrvDiffNormalizationPattern() = default;
 
 const std::string& OrvDiffNormalizationPattern::getExpression() const {
   return m_impl->getExpression();
+}
+
+void OrvDiffNormalizationPattern::setName(std::string name) {
+  m_impl->name = std::move(name);
+}
+
+const std::string& OrvDiffNormalizationPattern::getName() const {
+  return m_impl->name;
+}
+
+void OrvDiffNormalizationPattern::setStepLimit(int steps) {
+  m_impl->setStepLimit(steps);
+}
+
+bool OrvDiffNormalizationPattern::isLinear() const {
+  return substitution() != nullptr;
 }
 
 void OrvDiffNormalizationPattern::setReplacementText(const char* replacement) {
