@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <numeric>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -13,24 +12,9 @@
 #include "cli/suite/MissingReason.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/XercesStart.h"
+#include "cli/terminal/EditDistance.h"
 
 namespace {
-
-/// The Levenshtein distance of two words.
-std::size_t editDistance(std::string_view one, std::string_view other) {
-  std::vector<std::size_t> row(other.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < one.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t j = 0; j < other.size(); ++j) {
-      const std::size_t changed = diagonal + (one[i] == other[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({changed, row[j] + 1, row[j + 1] + 1});
-    }
-  }
-  return row.back();
-}
 
 std::string lowerCase(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(),

@@ -41,6 +41,20 @@ Utf16Text toUtf16(const I18NConverter& converter, const char* text) {
   return {std::unique_ptr<char[]>(reinterpret_cast<char*>(units)), units, length};
 }
 
+/// Tells of a failure on a text by the name that a pattern was given, and why. Patterns without a
+/// name fail as documented.
+void requireSuccess(UErrorCode status, const std::string& name) {
+  if (U_FAILURE(status) && !name.empty()) {
+    const std::string why =
+        status == U_REGEX_TIME_OUT         ? "takes too long on this text"
+        : status == U_REGEX_STACK_OVERFLOW ? "needs too much memory on this text"
+        : status == U_BUFFER_OVERFLOW_ERROR
+            ? "makes the text longer: what it inserts is longer than what it replaces"
+            : std::string("cannot be applied to this text: ") + u_errorName(status);
+    velRaiseAssertion(("the pattern \"" + name + "\" " + why).c_str(), VEL_HERE);
+  }
+}
+
 bool isLiteral(const std::string& replacement) {
   return std::all_of(replacement.begin(), replacement.end(),
                      [](char c) { return orvdiff::pattern::isAscii(c) && c != '$' && c != '\\'; });
@@ -139,6 +153,7 @@ void OrvDiffNormalizationPattern::Impl::normalizeText(OrvTextBuffer& buffer) con
     status = U_BUFFER_OVERFLOW_ERROR;  // no room for the NUL: a warning for ICU, a failure here
   }
   velCheckIcuMemory(status, VEL_HERE);
+  requireSuccess(status, name);
   // clang-format off
   VEL_ASSERT_NAMED(U_SUCCESS( status ), "Replacement using regular expression failed.");
   // clang-format on
