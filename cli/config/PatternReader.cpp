@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "cli/config/RuleNames.h"
 #include "cli/config/TableReader.h"
 #include "cli/terminal/EditDistance.h"
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
@@ -14,17 +15,6 @@ namespace {
 
 using Kind = TomlValue::Kind;
 using Patterns = OrvDiffNormalizationPatterns;
-
-/// What rules are called that are not the file's own.
-std::set<std::string> catalogueNames() {
-  std::set<std::string> names = {"CarriageReturn"};
-  for (int id = 0; id <= Patterns::eReportSpecNamespaceVersion; ++id) {
-    const auto* const pattern =
-        Patterns::getPattern(static_cast<Patterns::OrvNormalizationPatternsEnum>(id));
-    names.insert(Patterns::getName(*pattern));
-  }
-  return names;
-}
 
 /// "last", "first", "before NAME" or "after NAME".
 bool parsePlace(const std::string& text, PatternPlace& place) {
@@ -44,7 +34,8 @@ bool parsePlace(const std::string& text, PatternPlace& place) {
 
 class PatternReader {
  public:
-  explicit PatternReader(SuiteConfig& config) : m_config(config) {
+  PatternReader(const std::vector<std::string>& ownFormats, SuiteConfig& config)
+      : m_config(config), m_formats(ownFormats) {
     for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
       m_formats.emplace_back(format.name);
     }
@@ -60,12 +51,12 @@ class PatternReader {
     pattern.why = reader.requiredText("why");
     readFormats(reader, pattern);
     if (!parsePlace(reader.text("place"), pattern.place)) {
-      reader.complain("place", "\"place\" must be \"last\", \"first\", \"before RULE\" or "
-                               "\"after RULE\"");
+      reader.complain("place",
+                      "\"place\" must be \"last\", \"first\", \"before RULE\" or "
+                      "\"after RULE\"");
     }
     checkName(reader, pattern.name);
-    const std::string refusal =
-        pattern.expression.empty() ? "" : compileOwnPattern(pattern);
+    const std::string refusal = pattern.expression.empty() ? "" : compileOwnPattern(pattern);
     if (!refusal.empty()) {
       reader.complain("expression", refusal);
     }
@@ -76,7 +67,7 @@ class PatternReader {
 
  private:
   void checkName(TableReader& reader, const std::string& name) {
-    if (m_names.count(name) > 0) {
+    if (catalogueNames().count(name) > 0) {
       reader.complain("name", "the name \"" + name + "\" is that of a rule of the catalogue");
     } else if (!name.empty() && !m_own.insert(name).second) {
       reader.complain("name", "there is another [[pattern]] called \"" + name + '"');
@@ -122,8 +113,9 @@ class PatternReader {
       example.finish();
     }
     if (pattern.examples.empty() || staying.empty()) {
-      reader.complain("examples", "[[pattern]] needs at least one [[pattern.examples]] with "
-                                  "\"before\" and \"after\", and one with \"stays\"");
+      reader.complain("examples",
+                      "[[pattern]] needs at least one [[pattern.examples]] with "
+                      "\"before\" and \"after\", and one with \"stays\"");
     }
     pattern.examples.insert(pattern.examples.end(), staying.begin(), staying.end());
   }
@@ -140,17 +132,30 @@ class PatternReader {
 
   SuiteConfig& m_config;
   std::vector<std::string> m_formats;  ///< names that exist
-  const std::set<std::string> m_names = catalogueNames();
   std::set<std::string> m_own;
 };
 
 }  // namespace
 
-void readPatterns(const std::vector<const TomlValue*>& tables, SuiteConfig& config) {
+const std::set<std::string>& catalogueNames() {
+  static const std::set<std::string> all = [] {
+    std::set<std::string> names = {"CarriageReturn"};
+    for (int id = 0; id <= Patterns::eReportSpecNamespaceVersion; ++id) {
+      const auto* const pattern =
+          Patterns::getPattern(static_cast<Patterns::OrvNormalizationPatternsEnum>(id));
+      names.insert(Patterns::getName(*pattern));
+    }
+    return names;
+  }();
+  return all;
+}
+
+void readPatterns(const std::vector<const TomlValue*>& tables,
+                  const std::vector<std::string>& ownFormats, SuiteConfig& config) {
   if (tables.empty()) {
     return;  // building the catalogue takes longer than reading the file
   }
-  PatternReader reader(config);
+  PatternReader reader(ownFormats, config);
   for (const TomlValue* const table : tables) {
     reader.read(*table);
   }

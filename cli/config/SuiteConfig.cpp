@@ -7,6 +7,7 @@
 #include <set>
 #include <utility>
 
+#include "cli/config/FormatReader.h"
 #include "cli/config/PatternReader.h"
 #include "cli/config/TableReader.h"
 
@@ -130,7 +131,9 @@ void read(const TomlValue& document, SuiteConfig& config) {
   if (const TomlValue* const suite = reader.value("suite", Kind::Table)) {
     readSuite(*suite, config);
   }
-  readPatterns(reader.tables("pattern"), config);
+  const std::vector<const TomlValue*> formats = reader.tables("format");
+  readPatterns(reader.tables("pattern"), formatNames(formats), config);
+  readFormats(formats, config);
   for (const TomlValue* const table : reader.tables("known")) {
     readKnown(*table, config);
   }

@@ -7,6 +7,7 @@
 
 #include "cli/config/TomlValue.h"
 #include "cli/custom/KnownDifference.h"
+#include "cli/custom/OwnFormat.h"
 #include "cli/custom/OwnPattern.h"
 
 /// A key of the table `[suite]`.
@@ -29,6 +30,7 @@ struct SuiteConfig {
   /// The values of `[suite]` by key, each of the type that `suiteKeys` tells.
   std::map<std::string, TomlValue> suite;
   std::vector<OwnPattern> patterns;  ///< compiled
+  std::vector<OwnFormat> formats;
   std::vector<KnownDifference> known;
   std::vector<ConfigProblem> problems;  ///< in the order of the file; usable only if there are none
 };
@@ -36,6 +38,10 @@ struct SuiteConfig {
 /// Reads the text of a file; `name` is what messages call it. Never raises for what the text says:
 /// whatever is wrong becomes a problem.
 SuiteConfig readSuiteConfig(const std::string& path, const std::string& name, std::string content);
+
+/// Whether the file says which programs to run: scripts of its own, or the working folder, from
+/// which the scripts of documented formats are started.
+bool namesPrograms(const SuiteConfig& config);
 
 /// `path` of the file as an absolute one.
 std::string pathFrom(const SuiteConfig& config, const std::string& path);

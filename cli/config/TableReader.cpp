@@ -18,8 +18,8 @@ const TomlValue* TableReader::any(const std::string& key) {
 
 const TomlValue* TableReader::value(const std::string& key, Kind kind) {
   const TomlValue* const found = any(key);
-  const bool fits = found != nullptr && (found->kind == kind || (kind == Kind::Number &&
-                                                                 found->kind == Kind::Integer));
+  const bool fits = found != nullptr &&
+                    (found->kind == kind || (kind == Kind::Number && found->kind == Kind::Integer));
   if (found != nullptr && !fits) {
     complain(key, '"' + key + "\" must be " + wordsFor(kind) + ", not " + wordsFor(found->kind));
   }

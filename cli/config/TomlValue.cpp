@@ -1,9 +1,9 @@
 #include "cli/config/TomlValue.h"
 
+#include <toml++/toml.h>
 #include <algorithm>
 #include <iomanip>
 #include <sstream>
-#include <toml++/toml.h>
 #include <utility>
 
 namespace {

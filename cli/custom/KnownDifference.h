@@ -5,8 +5,8 @@
 
 #include "cli/custom/OwnPattern.h"
 
-/// A difference that a suite accepts for a while: a `[[known]]`. It names what changed by groups, or
-/// by a verdict, which stands for any change.
+/// A difference that a suite accepts for a while: a `[[known]]`. It names what changed by groups,
+/// or by a verdict, which stands for any change.
 struct KnownDifference {
   std::string pair;  ///< wildcards of masters, from the file's folder; empty: any pair
   std::vector<std::string> groups;
