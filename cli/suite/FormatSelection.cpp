@@ -10,6 +10,8 @@
 
 #include "cli/suite/ComparisonScript.h"
 #include "cli/suite/MissingReason.h"
+#include "cli/suite/OwnPatterns.h"
+#include "cli/suite/SuiteLayout.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/XercesStart.h"
 #include "cli/terminal/EditDistance.h"
@@ -59,12 +61,16 @@ void setLayoutData(OrvFormatArguments& arguments, const LayoutDataOptions& layou
 }
 
 std::shared_ptr<OrvDiffFileEngine> createLastingEngine(const OrvDiffFormat& format,
-                                                       const OrvFormatArguments& arguments) {
+                                                       const OrvFormatArguments& arguments,
+                                                       const std::vector<OwnPattern>& patterns) {
   if (format.validatesXml) {
     startXercesOnDemand();
   }
   static auto& engines = *new std::vector<std::shared_ptr<OrvDiffFileEngine>>;  // never destroyed
-  return engines.emplace_back(format.createEngine(arguments));
+  const auto& engine = engines.emplace_back(format.createEngine(arguments));
+  engine->setFolders(suiteLayout().masterFolder, suiteLayout().outputRoot);
+  addOwnPatterns(patterns, format.name, *engine);
+  return engine;
 }
 
 SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options,
@@ -81,11 +87,11 @@ SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options,
     const std::string name(format.name);
     throw CommandError("format " + name + " needs --" + name + "-output-dir");
   }
-  SelectedFormat selected = {&format, createLastingEngine(format, arguments), false, subFolder, {},
-                             {}};
+  SelectedFormat selected = {
+      &format, createLastingEngine(format, arguments, options.patterns), false, subFolder, {}, {}};
   selected.runsScript = runsScript(*selected.engine);
   selected.engine->setMasterAndOutputFoldersSuffix(options.folderSuffix);
-  selected.outputRoot = std::string(kOutputRoot) + '/' +
+  selected.outputRoot = suiteLayout().outputRoot + '/' +
                         selected.engine->getOutputDirectoryTypeName() + options.folderSuffix;
   selected.outputFolder = selected.outputRoot + (subFolder.empty() ? "" : '/' + subFolder);
   return selected;
@@ -105,11 +111,12 @@ const OrvDiffFormat& formatNamed(const std::string& name) {
 }
 
 std::shared_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
-                                                    const LayoutDataOptions& layoutData) {
+                                                    const LayoutDataOptions& layoutData,
+                                                    const std::vector<OwnPattern>& patterns) {
   OrvFormatArguments arguments;
   setLayoutData(arguments, layoutData);
   arguments.outputDirectoryTypeName = "";
-  return createLastingEngine(format, arguments);
+  return createLastingEngine(format, arguments, patterns);
 }
 
 std::vector<SelectedFormat> selectFormats(const FormatOptions& options) {
