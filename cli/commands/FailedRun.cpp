@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "cli/record/RecordReader.h"
+#include "cli/report/ReportFiles.h"
 #include "cli/report/SummaryFile.h"
 #include "cli/system/CommandError.h"
 
@@ -39,6 +40,11 @@ VerifyOptions optionsForFailed(VerifyOptions options) {
   makeAbsolute(options.harnessLog);
   if (!SummaryFile::isStandardOutput(options.summaryFile)) {
     makeAbsolute(options.summaryFile);
+  }
+  for (ReportRequest& request : options.reports) {
+    if (request.file != ReportFiles::kStandardOutput) {
+      makeAbsolute(request.file);
+    }
   }
   const RunRecord run = RecordReader(options.failedRecord).run();
   std::error_code error;

@@ -180,7 +180,7 @@ ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerT
   if (!totals.interrupted) {
     addUncompared(plan, totals);
     accounting.close(options, plan, formats, pictures, totals);
-    totals.remarks = known.unneeded(isWholeRun(options, plan));
+    totals.remarks = known.remarks(isWholeRun(options, plan));
   }
   addConfigChange(options, totals);
   totals.time = std::chrono::steady_clock::now() - start;
@@ -208,9 +208,12 @@ ExitStatus run(const VerifyOptions& given) {
   if (!newerThan) {
     newerThan = newerThanOf(options);
   }
-  enterWorkFolder(options.workFolder, options.locations,
-                  {&options.summaryFile, &options.harnessLog, &options.recordFolder,
-                   &options.formats.layoutData.schema});
+  std::vector<std::string*> files = {&options.summaryFile, &options.harnessLog,
+                                     &options.recordFolder, &options.formats.layoutData.schema};
+  for (ReportRequest& request : options.reports) {
+    files.push_back(&request.file);
+  }
+  enterWorkFolder(options.workFolder, options.locations, files);
   if (options.suite != nullptr) {
     takeRules(*options.suite, options.formats);
   }

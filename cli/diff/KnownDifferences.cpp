@@ -79,42 +79,35 @@ void KnownDifferences::judge(PairRecord& pair) {
   if (passes || named.empty()) {
     return;
   }
-  const std::vector<Entry*> all = coveringOf(pair, named);
-  const bool isCovered =
-      std::none_of(all.begin(), all.end(), [](const Entry* entry) { return entry->hasEnded; });
-  named.erase(std::remove_if(named.begin(), named.end(),
-                             [](const Entry* entry) { return entry->hasEnded; }),
-              named.end());
-  // What has ended may be told although it is not needed: another one may cover the same.
-  const std::vector<Entry*> covering = isCovered ? all : coveringOf(pair, named);
   for (Entry* const entry : named) {
     entry->others += 1;
   }
-  if (!covering.empty()) {
-    pair.known = KnownCause{pair.verdict, {}};
-    for (Entry* const entry : covering) {
-      pair.known->reasons.push_back(reasonOf(entry->known));
-      entry->uses += 1;
+  const std::vector<Entry*> covering = coveringOf(pair, named, false);
+  if (covering.empty()) {
+    for (Entry* const entry : coveringOf(pair, named, true)) {
+      entry->missed += entry->hasEnded ? 1 : 0;
     }
-    pair.verdict = Verdict::Known;
     return;
   }
-  for (const Entry* const entry : all) {
-    if (entry->hasEnded) {
-      pair.message += (pair.message.empty() ? "" : "; ") + ("known until " + entry->known.until) +
-                      " only: " + describe(entry->known);
-    }
+  pair.known = KnownCause{pair.verdict, {}};
+  pair.verdict = Verdict::Known;
+  for (Entry* const entry : covering) {
+    pair.known->reasons.push_back(reasonOf(entry->known));
+    entry->uses += 1;
   }
 }
 
-/// The entries that together explain every change of the pair; none if they do not.
-std::vector<KnownDifferences::Entry*> KnownDifferences::coveringOf(
-    const PairRecord& pair, const std::vector<Entry*>& named) {
+/// The entries that together explain every change of the pair; none if they do not. `withEnded`:
+/// what they would explain if none had ended.
+std::vector<KnownDifferences::Entry*> KnownDifferences::coveringOf(const PairRecord& pair,
+                                                                   const std::vector<Entry*>& named,
+                                                                   bool withEnded) {
   std::set<std::string> groups;
   std::vector<Entry*> covering;
   for (Entry* const entry : named) {
     const KnownDifference& known = entry->known;
-    const bool isItsVerdict = known.verdict.empty() || known.verdict == wordFor(pair.verdict);
+    const bool isItsVerdict = (known.verdict.empty() || known.verdict == wordFor(pair.verdict)) &&
+                              (withEnded || !entry->hasEnded);
     if (isItsVerdict && known.groups.empty()) {
       return {entry};
     }
@@ -136,17 +129,21 @@ std::vector<KnownDifferences::Entry*> KnownDifferences::coveringOf(
   return areAllKnown ? covering : std::vector<Entry*>();
 }
 
-std::vector<std::string> KnownDifferences::unneeded(bool isWholeRun) const {
+std::vector<std::string> KnownDifferences::remarks(bool isWholeRun) const {
   std::vector<std::string> sentences;
   for (const Entry& entry : m_entries) {
-    if (entry.uses > 0 || entry.others > 0) {
-      continue;
-    }
+    const std::string what = describe(entry.known);
     const bool isOnePair = !entry.known.pair.empty() && !hasWildcards(entry.known.pair);
-    if (isOnePair ? entry.passes > 0 : isWholeRun) {
-      sentences.push_back("no longer needed: " + describe(entry.known));
-    } else if (isWholeRun) {
-      sentences.push_back("there is no such pair: " + describe(entry.known));
+    const bool occurs = entry.uses + entry.others > 0;
+    if (entry.missed > 0) {
+      sentences.push_back("known only until " + entry.known.until + ", so " +
+                          std::to_string(entry.missed) +
+                          (entry.missed == 1 ? " pair fails" : " pairs fail") + " again: " + what);
+    } else if (!occurs && (entry.passes > 0 || entry.known.pair.empty()) &&
+               (isWholeRun || isOnePair)) {
+      sentences.push_back("no longer needed: " + what);
+    } else if (!occurs && entry.passes == 0 && isWholeRun) {
+      sentences.push_back("there is no such pair: " + what);
     }
   }
   return sentences;

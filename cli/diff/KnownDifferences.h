@@ -18,13 +18,14 @@ class KnownDifferences {
   bool isEmpty() const { return m_entries.empty(); }
 
   /// Call it for every pair. One whose every change is known gets the verdict `Known` and says why.
-  /// One that was known until lately says so in its message. A pair that was not compared to its
+  /// A pair that was not compared to its
   /// end is never known.
   void judge(PairRecord& pair);
 
-  /// What is known but does not occur any more, a sentence each. `isWholeRun`: the run has compared
-  /// all of the suite; else only those can be told whose one pair was compared.
-  std::vector<std::string> unneeded(bool isWholeRun) const;
+  /// What to do about the list, a sentence each: what does not occur any more, names no pair, or
+  /// has ended. `isWholeRun`: the run has compared all of the suite; else only those can be told
+  /// whose one pair was compared.
+  std::vector<std::string> remarks(bool isWholeRun) const;
 
  private:
   struct Entry {
@@ -33,9 +34,11 @@ class KnownDifferences {
     std::size_t uses = 0;    ///< pairs that it made known
     std::size_t passes = 0;  ///< pairs it names that pass
     std::size_t others = 0;  ///< pairs it names that do not pass
+    std::size_t missed = 0;  ///< pairs it would have made known if it had not ended
   };
 
-  static std::vector<Entry*> coveringOf(const PairRecord& pair, const std::vector<Entry*>& named);
+  static std::vector<Entry*> coveringOf(const PairRecord& pair, const std::vector<Entry*>& named,
+                                        bool withEnded);
   std::string pathOf(const std::string& master);
 
   std::vector<Entry> m_entries;
