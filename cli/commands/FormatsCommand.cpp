@@ -18,8 +18,9 @@ Row describe(const OrvDiffFormat& format) {
   OrvFormatArguments arguments;
   arguments.outputDirectoryTypeName = option.c_str();
   const auto engine = FormatList::createEngine(format, arguments);
+  const char* const whose = FormatList::ownOf(format) != nullptr ? " (the suite's own)" : "";
   return {name, engine->getOutputDirectoryTypeName(), engine->getMasterPattern("REPORT"),
-          std::string(format.comparison)};
+          std::string(format.comparison) + whose};
 }
 
 ExitStatus run(const CommonOptions& /*options*/) {

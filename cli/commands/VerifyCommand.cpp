@@ -21,6 +21,7 @@
 #include "cli/commands/VerifyOptions.h"
 #include "cli/commands/WorkFolder.h"
 #include "cli/suite/FormatSelection.h"
+#include "cli/suite/SuiteLayout.h"
 #include "cli/system/Cores.h"
 #include "cli/terminal/Printable.h"
 
@@ -29,8 +30,8 @@ namespace {
 void printHint(const RunTotals& totals) {
   std::error_code ignored;
   if (totals.pairs.of(Verdict::Missing) > 0 &&
-      !std::filesystem::is_directory(kOutputRoot, ignored)) {
-    std::cerr << "orvdiff: folder " << kOutputRoot
+      !std::filesystem::is_directory(suiteLayout().outputRoot, ignored)) {
+    std::cerr << "orvdiff: folder " << suiteLayout().outputRoot
               << " not found; use -C or --work to set the working folder\n";
   }
 }

@@ -104,21 +104,24 @@ class WellFormedXmlEngine : public InOwnFolders<OrvDiffWellFormedXmlFileEngine> 
   }
 };
 
-/// Validates as layout data is validated, but has patterns of its own.
+/// Validates as layout data is validated.
 class ValidXmlEngine : public InOwnFolders<OrvDiffLayoutDataXmlFileEngine> {
  public:
   ValidXmlEngine(const OwnFormat& format, const XmlRules& rules, const char* subFolder)
-      : InOwnFolders(format, subFolder, rules.namespaceUri.c_str(), rules.schema.c_str()),
-        m_schema(rules.schema),
-        m_patterns(patternsOf(rules.patterns)) {}
+      : InOwnFolders(
+            format, subFolder, rules.namespaceUri.c_str(), rules.schema.c_str(),
+            std::initializer_list<OrvDiffNormalizationPatterns::OrvNormalizationPatternsEnum>()),
+        m_schema(rules.schema) {
+    const OrvSharedPatternList patterns = patternsOf(rules.patterns);
+    for (const auto* const pattern : patterns.list()) {
+      addCleansingPattern(pattern);
+    }
+  }
 
   const std::string& schema() const { return m_schema; }
 
-  const OrvPatternList* getCleansingPatterns() const override { return &m_patterns.list(); }
-
  private:
   const std::string& m_schema;
-  const OrvSharedPatternList m_patterns;
 };
 
 OrvDiffResult* createResult(const ContentOutcome& outcome, const std::string& master,

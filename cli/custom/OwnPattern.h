@@ -40,3 +40,21 @@ struct OwnPattern {
   /// Compiled and named; shared by all engines, which borrow it. Null until it is compiled.
   std::shared_ptr<const OrvDiffNormalizationPattern> pattern;
 };
+
+/// Compiles the expression and names the result. Returns why ICU refuses it; empty if it does not.
+///
+/// A pattern that ICU has to run gets a bound: on a text that takes longer, two to three seconds or
+/// so, it fails, and with it the comparison. The bound counts steps, so a text fails always or
+/// never.
+std::string compileOwnPattern(OwnPattern& pattern);
+
+/// What a compiled pattern makes of a text, carriage returns removed. Raises `VELThrowable` if it
+/// fails.
+std::string applyOwnPattern(const OwnPattern& pattern, const std::string& text);
+
+/// Why an example does not hold; empty if it does.
+std::string exampleProblem(const OwnPattern& pattern, const OwnPattern::Example& example);
+
+/// Whether a compiled pattern matches nothing at all somewhere in one of its examples, or in the
+/// empty text: it would then match between any two characters, or on every line.
+bool matchesEmptyText(const OwnPattern& pattern);
