@@ -4,6 +4,7 @@
 #include <iostream>
 #include <system_error>
 
+#include "cli/custom/FormatList.h"
 #include "cli/suite/SuiteLayout.h"
 #include "cli/terminal/Printable.h"
 
@@ -61,6 +62,7 @@ FormatOptions rulesForFiles(const ConfigChoice& choice, const std::vector<std::s
 
 void takeRules(const SuiteConfig& config, FormatOptions& formats) {
   formats.patterns = config.patterns;
+  FormatList::setOwn(config.formats);
   SuiteLayout layout;
   if (const auto found = config.suite.find("masters"); found != config.suite.end()) {
     layout.masterFolder = found->second.text;

@@ -8,7 +8,9 @@
 #include "cli/commands/ConfigOptions.h"
 #include "cli/commands/FileCommands.h"
 #include "cli/commands/HiddenDifferences.h"
+#include "cli/commands/OwnRules.h"
 #include "cli/commands/Verb.h"
+#include "cli/custom/FormatList.h"
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/MissingReason.h"
 #include "cli/system/CommandError.h"
@@ -226,6 +228,10 @@ ExitStatus run(const ExplainOptions& options) {
     requireReadable(options.master);
     if (!options.actual.empty()) {
       requireReadable(options.actual);
+    }
+    if (const OwnFormat* const own = FormatList::ownOf(format)) {
+      explainOwnRules(*own, *engine, options.master, options.actual);
+      return kExitPassed;
     }
     std::cout << "Nothing is masked: no rule applies to format " << options.format
               << ", which is compared by " << format.comparison << ".\n";

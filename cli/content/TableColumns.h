@@ -22,6 +22,20 @@ struct TableColumns {
   std::vector<std::size_t> onlyInOutput;
   bool isReordered = false;
 
+  /// For tables that start with the same header: pairs all columns but those that `isIgnored`.
+  template <typename Predicate>
+  static TableColumns withSameHeader(const CsvTable& master, const Predicate& isIgnored) {
+    TableColumns columns;
+    columns.hasHeader = true;
+    columns.masterNames = columns.outputNames = master.cells(0);
+    for (std::size_t i = 0; i < columns.masterNames.size(); ++i) {
+      if (!isIgnored(i)) {
+        columns.pairs.push_back({i, i});
+      }
+    }
+    return columns;
+  }
+
   /// Whether columns were matched by their names, and not by their places.
   bool isMatched() const { return !pairs.empty(); }
   /// The pairs for rows of up to `count` cells: `pairs`, then those without a name, in order.

@@ -43,6 +43,7 @@ struct NumbersRules {
 /// `csv`: the same columns and rows, cell by cell.
 struct CsvRules {
   char separator = ',';
+  bool hasHeader = true;  ///< the first row has the names of the columns; needed to name any
   std::vector<std::string> ignored;  ///< names of columns whose values do not count
   /// Names of columns that tell rows apart; rows may then be in any order. Empty: rows are compared
   /// in their order.

@@ -26,4 +26,6 @@ struct RowAlignment {
 };
 
 /// Aligns rows: equal ones first, then those that have most cells in common.
+///
+/// Only columns that `columns` pairs count, if it pairs any.
 RowAlignment alignRows(const CsvTable& master, const CsvTable& output, const TableColumns& columns);

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "cli/custom/FormatList.h"
 #include "cli/suite/ComparisonScript.h"
 #include "cli/suite/MissingReason.h"
 #include "cli/suite/OwnPatterns.h"
@@ -29,7 +30,7 @@ std::string similarNames(const std::string& name) {
   constexpr std::size_t kMost = 4;
   const std::string wanted = lowerCase(name);
   std::vector<std::pair<std::size_t, std::string_view>> candidates;
-  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
+  for (const OrvDiffFormat& format : FormatList::all()) {
     const std::size_t distance = editDistance(wanted, format.name);
     const bool contained = wanted.size() > 1 && format.name.find(wanted) != std::string_view::npos;
     if (distance <= wanted.size() / 3 + 1 || contained) {
@@ -67,7 +68,7 @@ std::shared_ptr<OrvDiffFileEngine> createLastingEngine(const OrvDiffFormat& form
     startXercesOnDemand();
   }
   static auto& engines = *new std::vector<std::shared_ptr<OrvDiffFileEngine>>;  // never destroyed
-  const auto& engine = engines.emplace_back(format.createEngine(arguments));
+  const auto& engine = engines.emplace_back(FormatList::createEngine(format, arguments));
   engine->setFolders(suiteLayout().masterFolder, suiteLayout().outputRoot);
   addOwnPatterns(patterns, format.name, *engine);
   return engine;
@@ -100,7 +101,7 @@ SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options,
 }  // namespace
 
 const OrvDiffFormat& formatNamed(const std::string& name) {
-  const OrvDiffFormat* const format = OrvDiffFormats::find(name);
+  const OrvDiffFormat* const format = FormatList::find(name);
   if (format == nullptr) {
     const std::string similar = similarNames(name);
     throw CommandError("unknown format \"" + name + "\"; " +
@@ -125,7 +126,7 @@ std::vector<SelectedFormat> selectFormats(const FormatOptions& options) {
     wanted.insert(formatNamed(name).name);
   }
   std::vector<SelectedFormat> selected;
-  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
+  for (const OrvDiffFormat& format : FormatList::all()) {
     const bool byName = options.names.empty() ? !format.needsArguments : wanted.count(format.name);
     if (byName || options.places.count(std::string(format.name)) > 0) {
       for (const std::string& subFolder : options.subFolders) {

@@ -57,6 +57,6 @@ std::shared_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
                                                     const std::vector<OwnPattern>& patterns = {});
 
 /// The formats that `options` asks for, each once in every sub-folder, in the order of
-/// `OrvDiffFormats::all`. The engines borrow strings from `options`. Raises `CommandError` for an
+/// `FormatList::all`. The engines borrow strings from `options`. Raises `CommandError` for an
 /// unknown name, and for a format that lacks a required argument.
 std::vector<SelectedFormat> selectFormats(const FormatOptions& options);
