@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <iostream>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -13,8 +14,10 @@
 #include "cli/baseline/SafeFiles.h"
 #include "cli/commands/ChangeOptions.h"
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/ConfigOptions.h"
 #include "cli/commands/PairChoice.h"
 #include "cli/commands/SuiteAudit.h"
+#include "cli/commands/SuiteSettings.h"
 #include "cli/commands/Verb.h"
 #include "cli/commands/VerifyOptions.h"
 #include "cli/commands/WorkFolder.h"
@@ -107,8 +110,25 @@ NewChoice planNew(const std::vector<std::string>& outputs, const SuiteAudit& sui
   return choice;
 }
 
+/// Takes over what the suite's file says. Its rules wait until the working folder is entered.
+void takeConfig(AcceptOptions& options) {
+  if (auto config = suiteConfigFor(options.config, options.locations, Verbosity::Normal)) {
+    takeSettings(*config, options);
+    options.suite = std::make_shared<const SuiteConfig>(std::move(*config));
+  }
+}
+
+/// Of the suite's file.
+void takeRules(AcceptOptions& options) {
+  if (options.suite != nullptr) {
+    takeRules(*options.suite, options.formats);
+  }
+}
+
 ExitStatus acceptNew(AcceptOptions& options) {
+  takeConfig(options);
   enterWorkFolder(options.workFolder, options.locations, {&options.formats.layoutData.schema});
+  takeRules(options);
   requireLocations(options.locations, options.startFolder);
   const JournalPlace place = placeOfJournal(options.locations, options.change.journal);
   const SuiteAudit suite(options.locations, options.formats);
@@ -159,6 +179,7 @@ Pairs readRecord(RecordReader& record, PairChoice& choice) {
 Pairs verify(AcceptOptions& options, PairChoice& choice) {
   Pairs pairs;
   VerifyOptions verification = options;
+  takeConfig(options);
   for (std::string& location : options.locations) {
     makeAbsolute(location);
   }
@@ -167,6 +188,7 @@ Pairs verify(AcceptOptions& options, PairChoice& choice) {
     pairs.reportFolders.insert(folderOf(pair.record.report));
   };
   pairs.status = run(verification);
+  takeRules(options);
   for (std::string& location : options.locations) {
     location = shortPath(location);
   }

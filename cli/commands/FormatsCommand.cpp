@@ -6,7 +6,7 @@
 
 #include "cli/commands/CommandLine.h"
 #include "cli/commands/Verb.h"
-#include "orvdiff/formats/OrvDiffFormats.h"
+#include "cli/custom/FormatList.h"
 
 namespace {
 
@@ -17,14 +17,15 @@ Row describe(const OrvDiffFormat& format) {
   const std::string option = "--" + name + "-output-dir";
   OrvFormatArguments arguments;
   arguments.outputDirectoryTypeName = option.c_str();
-  const auto engine = format.createEngine(arguments);
+  const auto engine = FormatList::createEngine(format, arguments);
+  const char* const whose = FormatList::ownOf(format) != nullptr ? " (the suite's own)" : "";
   return {name, engine->getOutputDirectoryTypeName(), engine->getMasterPattern("REPORT"),
-          std::string(format.comparison)};
+          std::string(format.comparison) + whose};
 }
 
 ExitStatus run(const CommonOptions& /*options*/) {
   std::vector<Row> rows = {{"FORMAT", "OUTPUT FOLDER", "MASTERS", "COMPARED BY"}};
-  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
+  for (const OrvDiffFormat& format : FormatList::all()) {
     rows.push_back(describe(format));
   }
   std::vector<std::size_t> widths(rows.front().size());

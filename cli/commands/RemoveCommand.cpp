@@ -7,12 +7,15 @@
 
 #include "cli/commands/ChangeOptions.h"
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/ConfigOptions.h"
 #include "cli/commands/SelectionOptions.h"
 #include "cli/commands/SuiteAudit.h"
+#include "cli/commands/SuiteSettings.h"
 #include "cli/commands/Verb.h"
 #include "cli/commands/WorkFolder.h"
 #include "cli/record/ContentHash.h"
 #include "cli/record/Decision.h"
+#include "cli/suite/SuiteLayout.h"
 #include "cli/system/CommandError.h"
 
 namespace fs = std::filesystem;
@@ -25,6 +28,7 @@ struct RemoveOptions : CommonOptions {
   ChangeOptions change;
   std::vector<std::string> locations;
   std::string workFolder;
+  ConfigChoice config;
   std::string list;  ///< file of decisions; empty: none
   bool takesOrphans = false;
 };
@@ -42,10 +46,10 @@ void requireComplete(const AuditResult& audit) {
   }
 }
 
-/// Whether a link leads to the folder "Masters" of this file, so that reports elsewhere may have
+/// Whether a link leads to the master folder of this file, so that reports elsewhere may have
 /// the same.
 bool isReachedByLink(const std::string& master) {
-  const std::string name = std::string("/") + kMasterFolder + '/';
+  const std::string name = '/' + suiteLayout().masterFolder + '/';
   const std::size_t start = ('/' + master).rfind(name);  // one too far
   const fs::path folder = start == std::string::npos
                               ? fs::path(master).parent_path()
@@ -105,10 +109,18 @@ ExitStatus run(const RemoveOptions& given) {
   requireConsent(given.change);
   RemoveOptions options = given;
   makeAbsolutePlace(options.change);
-  enterWorkFolder(options.workFolder, options.locations, {&options.list});
-  requireLocations(options.locations, options.startFolder);
   FormatOptions formats;
+  const auto config = suiteConfigFor(options.config, options.locations, options.verbosity);
+  if (config) {
+    takeSelection(*config, options, formats, options.workFolder);
+  }
+  enterWorkFolder(options.workFolder, options.locations, {&options.list});
+  if (config) {
+    takeRules(*config, formats);
+  }
+  formats.names.clear();  // what only some formats know, others would call an orphan
   formats.allSubFolders = true;
+  requireLocations(options.locations, options.startFolder);
   const AuditResult audit = SuiteAudit(options.locations, formats).take(false);
   requireComplete(audit);
   ChangeReport left;
@@ -139,4 +151,5 @@ void addRemove(CLI::App& app, Performer& chosen) {
       ->type_name("FILE");
   addChangeOptions(verb, remove.change);
   addWork(verb, remove.workFolder);
+  addConfig(verb, remove.config);
 }

@@ -1,6 +1,7 @@
 #include "cli/commands/VerifyOptions.h"
 
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/ConfigOptions.h"
 #include "cli/commands/ReportOptions.h"
 #include "cli/commands/SelectionOptions.h"
 #include "cli/commands/Verb.h"
@@ -95,6 +96,7 @@ void addVerifyOptions(CLI::App& verb, VerifyOptions& options) {
   addMaskLimits(verb, options.maskLimits);
   addReportOptions(verb, options.reports);
   addLayoutData(verb, options.formats.layoutData);
+  addConfig(verb, options.config);
 }
 
 void addVerify(CLI::App& app, Performer& chosen) {

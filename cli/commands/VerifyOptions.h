@@ -3,12 +3,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "cli/commands/Options.h"
+#include "cli/config/FindConfig.h"
 #include "cli/diff/OutsizedMasks.h"
 #include "cli/record/PairResult.h"
+#include "cli/record/RecordWriter.h"
 #include "cli/report/ReportKinds.h"
 #include "cli/suite/FormatSelection.h"
 #include "orvdiff/harness/MOXTestHarness.h"
@@ -35,7 +38,10 @@ struct VerifyOptions : CommonOptions {
   std::string strict;        ///< kinds of findings that are trouble; empty: none
   std::string workFolder;    ///< to change to, all paths on the command line aside; empty: none
   MaskLimits maskLimits;
-  bool groupsChanges = true;  ///< equal changes of several pairs are told once
+  EvidenceLimits evidence;  ///< that a record may keep
+  ConfigChoice config;
+  std::shared_ptr<const SuiteConfig> suite;  ///< the file that counts; null: none
+  bool groupsChanges = true;                 ///< equal changes of several pairs are told once
   bool saveNormalized = false;
   bool listOnly = false;
   bool allowNone = false;
@@ -43,7 +49,8 @@ struct VerifyOptions : CommonOptions {
   std::function<void(const PairResult&)> pairListener;
 };
 
-/// Adds all options of verify but --list, which another verb may need for something else.
+/// Adds the options of verify that other verbs take as well: all but locations and --list, which
+/// mean something else elsewhere.
 void addVerifyOptions(CLI::App& verb, VerifyOptions& options);
 
 ExitStatus run(const VerifyOptions& options);

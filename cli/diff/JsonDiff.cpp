@@ -1,14 +1,16 @@
 #include "cli/diff/JsonDiff.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "cli/content/JsonTree.h"
+#include "cli/custom/JsonSettlement.h"
 #include "cli/diff/DifferenceBuilder.h"
 #include "cli/diff/GapAlignment.h"
-#include "cli/diff/JsonTree.h"
 
 namespace {
 
@@ -27,8 +29,10 @@ struct ElementPairs {
 /// Compares two trees from the top, without recursion.
 class JsonComparison {
  public:
-  JsonComparison(const JsonTree& master, const JsonTree& output, DifferenceBuilder& builder)
-      : m_master(master), m_output(output), m_builder(builder) {}
+  /// `settlement` is that of an own format, or null.
+  JsonComparison(const JsonTree& master, const JsonTree& output, DifferenceBuilder& builder,
+                 const JsonSettlement* settlement)
+      : m_master(master), m_output(output), m_builder(builder), m_settlement(settlement) {}
 
   void run();
 
@@ -62,6 +66,7 @@ class JsonComparison {
   const JsonTree& m_master;
   const JsonTree& m_output;
   DifferenceBuilder& m_builder;
+  const JsonSettlement* const m_settlement;
   std::vector<Step> m_steps;
   std::vector<Task> m_tasks;  ///< still to be visited, the next one last
   WorkBudget m_budget;
@@ -244,6 +249,7 @@ void JsonComparison::compareArrays(const Task& task) {
   const Nodes output = m_output.childrenOf(task.output);
   const ElementPairs pairs = pairElements(master, output);
   std::vector<std::pair<std::uint32_t, Task>> tasks;  // by their place in the output
+  const bool mayMove = m_settlement != nullptr && m_settlement->isUnordered(task.master);
   std::uint64_t moved = 0;
   for (std::uint32_t i = 0; i < master.size(); ++i) {
     if (pairs.newPlace[i] == ElementPairs::kUnchanged) {
@@ -253,6 +259,9 @@ void JsonComparison::compareArrays(const Task& task) {
     if (pairs.newPlace[i] != ElementPairs::kGone) {
       next.output = output[pairs.newPlace[i]];
       const bool isMoved = m_master.node(next.master).hash == m_output.node(next.output).hash;
+      if (isMoved && mayMove) {
+        continue;
+      }
       next.movedTo = isMoved ? pairs.newPlace[i] : Task::kNone;
       moved += isMoved ? 1 : 0;
     }
@@ -321,19 +330,27 @@ void noteTree(DifferenceBuilder& builder, const std::string& side, const JsonTre
 
 Difference jsonDifference(const DiffRequest& request) {
   DifferenceBuilder builder("json", request);
-  const JsonTree masterTree(request.master);
-  const JsonTree outputTree(request.output);
+  JsonTree masterTree(request.master);
+  JsonTree outputTree(request.output);
   noteTree(builder, "the master", masterTree);
   noteTree(builder, "the output", outputTree);
   if (!masterTree.problem().empty() || !outputTree.problem().empty()) {
     return builder.take();
+  }
+  std::optional<JsonSettlement> settlement;
+  if (const auto* const rules = request.ownRules<JsonRules>()) {
+    if (JsonSettlement::isTooDeep(masterTree) || JsonSettlement::isTooDeep(outputTree)) {
+      builder.note("nested too deeply for the rules of the format");
+      return builder.take();
+    }
+    settlement.emplace(masterTree, outputTree, *rules);
   }
   if (masterTree.orderedHash() == outputTree.orderedHash()) {
     builder.noteChange("the same values; only spacing or the spelling of strings differs");
   } else if (masterTree.node(0).hash == outputTree.node(0).hash) {
     builder.noteChange("the same values; only the order of members differs");
   } else {
-    JsonComparison(masterTree, outputTree, builder).run();
+    JsonComparison(masterTree, outputTree, builder, settlement ? &*settlement : nullptr).run();
   }
   return builder.take();
 }

@@ -11,6 +11,7 @@
 #include "cli/diff/ByteDiff.h"
 #include "cli/diff/JsonDiff.h"
 #include "cli/diff/MissingDiff.h"
+#include "cli/diff/NumbersDiff.h"
 #include "cli/diff/PictureDiff.h"
 #include "cli/diff/PrintedDiff.h"
 #include "cli/diff/TableDiff.h"
@@ -47,12 +48,18 @@ bool isScript(const DiffRequest& request) {
 }
 
 bool isPicture(const DiffRequest& request) {
-  return dynamic_cast<const OrvDiffPngFileEngine*>(&request.engine) != nullptr;
+  return request.ownRules<PictureRules>() != nullptr ||
+         dynamic_cast<const OrvDiffPngFileEngine*>(&request.engine) != nullptr;
 }
 
 template <OrvOutputFormat format>
 bool is(const DiffRequest& request) {
   return request.format.format == format;
+}
+
+template <typename Rules>
+bool isOwn(const DiffRequest& request) {
+  return request.ownRules<Rules>() != nullptr;
 }
 
 bool isAnything(const DiffRequest& /*request*/) {
@@ -72,6 +79,10 @@ constexpr DiffKind kKinds[] = {
     {Reads::Output, isXmlFault, xmlFaultDifference, nullptr},
     {Reads::Nothing, isScript, printedDifference, nullptr},
     {Reads::Both, isPicture, pictureDifference, byteDifference},
+    {Reads::Both, isOwn<CsvRules>, tableDifference, plainDifference},
+    {Reads::Both, isOwn<JsonRules>, jsonDifference, plainDifference},
+    {Reads::Both, isOwn<NumbersRules>, numbersDifference, plainDifference},
+    {Reads::Both, isOwn<BytesRules>, plainDifference, nullptr},
     {Reads::Both, is<OrvOutputFormat::Csv>, tableDifference, plainDifference},
     {Reads::Both, is<OrvOutputFormat::Json>, jsonDifference, plainDifference},
     {Reads::Both, is<OrvOutputFormat::Vmd>, vmdDifference, textDifference},

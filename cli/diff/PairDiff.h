@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "cli/custom/FormatList.h"
 #include "cli/record/Difference.h"
 #include "cli/record/PairRecord.h"
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
@@ -28,6 +29,12 @@ struct DiffRequest {
   DiffOptions options;
 
   const OrvPatternList* patterns() const { return engine.getCleansingPatterns(); }
+
+  /// The rules of a format of the suite's own that is compared in this way, else null.
+  template <typename Rules>
+  const Rules* ownRules() const {
+    return FormatList::rulesOf<Rules>(format);
+  }
 };
 
 /// Whether there is a difference of two files, or of a file from what it should be.

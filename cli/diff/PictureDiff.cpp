@@ -10,14 +10,15 @@
 #include <new>
 #include <string>
 
+#include "cli/content/PictureReader.h"
+#include "cli/custom/OwnFormat.h"
 #include "cli/diff/DifferenceBuilder.h"
-#include "cli/diff/PictureReader.h"
 
 namespace {
 
-constexpr std::size_t kSamples = 4;    // of a pixel
-constexpr unsigned kSampleUnit = 257;  // 16-bit samples in one step of 8 bits
-constexpr std::size_t kPixelBytes = kSamples * sizeof(std::uint16_t);
+constexpr std::size_t kSamples = PictureReader::kSamples;
+constexpr unsigned kSampleUnit = PictureReader::kStep;
+constexpr std::size_t kPixelBytes = PictureReader::kPixelBytes;
 
 struct FreeState {
   void operator()(XXH3_state_t* state) const { XXH3_freeState(state); }
@@ -26,7 +27,9 @@ struct FreeState {
 /// Where pixels differ and by how much.
 class PixelDifferences {
  public:
-  PixelDifferences() : m_hash(XXH3_createState()) {
+  /// Pixels no farther apart than `allowedSteps` of 255 do not differ.
+  explicit PixelDifferences(double allowedSteps)
+      : m_allowed(allowedSteps * kSampleUnit), m_hash(XXH3_createState()) {
     if (m_hash == nullptr) {
       throw std::bad_alloc();
     }
@@ -41,14 +44,18 @@ class PixelDifferences {
     }
     for (std::uint32_t column = 0; column < width; ++column) {
       const std::size_t at = column * kSamples;
-      if (std::memcmp(master + at, output + at, kPixelBytes) != 0) {
-        addPixel(master + at, output + at, column, row);
+      const unsigned distance = PictureReader::distance(master + at, output + at);
+      if (distance > m_allowed) {
+        addPixel(master + at, output + at, distance, column, row);
+      } else if (distance > 0) {
+        ++m_nearCount;
       }
     }
   }
 
   std::uint64_t count() const { return m_count; }
-  std::uint64_t rows() const { return m_rows; }  ///< that were compared
+  std::uint64_t nearCount() const { return m_nearCount; }  ///< that are not equal, but allowed
+  std::uint64_t rows() const { return m_rows; }            ///< that were compared
   std::string extent() const;
   std::string howMuch() const;
   /// Equal for pictures whose pixels differ in the same way, wherever they do.
@@ -56,11 +63,13 @@ class PixelDifferences {
   DiffHunk hunk() const;
 
  private:
-  void addPixel(const std::uint16_t* master, const std::uint16_t* output, std::uint32_t column,
-                std::uint32_t row);
+  void addPixel(const std::uint16_t* master, const std::uint16_t* output, unsigned distance,
+                std::uint32_t column, std::uint32_t row);
 
+  const double m_allowed;
   std::unique_ptr<XXH3_state_t, FreeState> m_hash;
   std::uint64_t m_rows = 0;
+  std::uint64_t m_nearCount = 0;
   std::uint64_t m_count = 0;
   std::uint64_t m_sum = 0;  ///< of the largest distance in each pixel
   unsigned m_largest = 0;
@@ -71,7 +80,7 @@ class PixelDifferences {
 };
 
 void PixelDifferences::addPixel(const std::uint16_t* master, const std::uint16_t* output,
-                                std::uint32_t column, std::uint32_t row) {
+                                unsigned distance, std::uint32_t column, std::uint32_t row) {
   if (m_count == 0) {
     m_left = m_right = m_firstColumn = m_lastColumn = column;
     m_top = m_bottom = row;
@@ -82,11 +91,6 @@ void PixelDifferences::addPixel(const std::uint16_t* master, const std::uint16_t
   XXH3_64bits_update(m_hash.get(), step.data(), sizeof step);
   XXH3_64bits_update(m_hash.get(), master, kPixelBytes);
   XXH3_64bits_update(m_hash.get(), output, kPixelBytes);
-  unsigned distance = 0;
-  for (std::size_t i = 0; i < kSamples; ++i) {
-    distance = std::max(distance, master[i] > output[i] ? unsigned{master[i]} - output[i]
-                                                        : unsigned{output[i]} - master[i]);
-  }
   ++m_count;
   m_sum += distance;
   m_largest = std::max(m_largest, distance);
@@ -105,11 +109,15 @@ std::string PixelDifferences::extent() const {
   return size(m_right - m_left + 1, m_bottom - m_top + 1);
 }
 
+std::string decimal(double number) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.4g", number);
+  return text;
+}
+
 /// `distance` between samples of 16 bits, as steps of the usual 8.
 std::string inSteps(double distance) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.4g", distance / kSampleUnit);
-  return text;
+  return decimal(distance / kSampleUnit);
 }
 
 std::string PixelDifferences::howMuch() const {
@@ -157,8 +165,9 @@ std::string share(std::uint64_t part, std::uint64_t whole) {
 }
 
 /// Compares what both pictures have, from the top left corner on.
-PixelDifferences comparePixels(PictureReader& master, PictureReader& output) {
-  PixelDifferences found;
+PixelDifferences comparePixels(PictureReader& master, PictureReader& output,
+                               const PictureRules& rules) {
+  PixelDifferences found(rules.distance);
   const std::uint32_t width = std::min(master.width(), output.width());
   const std::uint32_t height = std::min(master.height(), output.height());
   for (std::uint32_t row = 0; row < height; ++row) {
@@ -190,10 +199,22 @@ void addSizes(DifferenceBuilder& builder, const PictureReader& master,
   builder.addChange("size", {masterSize}, {outputSize});
 }
 
+void noteAllowances(DifferenceBuilder& builder, const PictureRules& rules, std::uint64_t near) {
+  if (rules.share > 0) {
+    builder.note("allowed: " + decimal(rules.share) + "% of all pixels");
+  }
+  if (near > 0) {
+    builder.note(counted(near, "more pixel") + " differ by no more than the allowed " +
+                 decimal(rules.distance) + " of 255");
+  }
+}
+
 }  // namespace
 
 Difference pictureDifference(const DiffRequest& request) {
   DifferenceBuilder builder("picture", request);
+  const auto* const ownRules = request.ownRules<PictureRules>();
+  const PictureRules rules = ownRules != nullptr ? *ownRules : PictureRules();
   PictureReader masterPicture(request.master);
   PictureReader outputPicture(request.output);
   const bool haveSizes = masterPicture.width() != 0 && outputPicture.width() != 0;
@@ -205,7 +226,7 @@ Difference pictureDifference(const DiffRequest& request) {
   if (noteProblems(builder, masterPicture, outputPicture)) {
     return builder.take();
   }
-  const PixelDifferences pixels = comparePixels(masterPicture, outputPicture);
+  const PixelDifferences pixels = comparePixels(masterPicture, outputPicture, rules);
   const bool isDamaged = noteProblems(builder, masterPicture, outputPicture);
   const std::uint32_t width = std::min(masterPicture.width(), outputPicture.width());
   const std::uint32_t height = std::min(masterPicture.height(), outputPicture.height());
@@ -218,6 +239,7 @@ Difference pictureDifference(const DiffRequest& request) {
                  " differ (" + share(pixels.count(), compared) + "), " + pixels.howMuch());
     builder.add(pixels.hunk(), {}, counted(pixels.count(), "pixel") + " in " + pixels.extent(),
                 pixels.key());
+    noteAllowances(builder, rules, pixels.nearCount());
   } else if ((isDamaged || !isSameSize) && compared > 0) {
     builder.note(where + "all pixels are equal");
   } else if (!isDamaged) {

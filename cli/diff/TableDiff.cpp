@@ -1,15 +1,20 @@
 #include "cli/diff/TableDiff.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "cli/content/CsvTable.h"
+#include "cli/content/TableColumns.h"
+#include "cli/custom/CsvColumns.h"
+#include "cli/custom/CsvComparison.h"
+#include "cli/custom/CsvKeys.h"
+#include "cli/custom/OwnFormat.h"
 #include "cli/diff/DifferenceBuilder.h"
 #include "cli/diff/GapAlignment.h"
 #include "cli/diff/RowAlignment.h"
-#include "cli/diff/Table.h"
-#include "cli/diff/TableColumns.h"
 
 namespace {
 
@@ -21,21 +26,34 @@ class TableComparison {
   TableComparison(std::string_view master, std::string_view output, DifferenceBuilder& builder)
       : m_builder(builder), m_master(master), m_output(output) {}
 
+  /// By the rules of an own format, which must outlive the object.
+  TableComparison(std::string_view master, std::string_view output, DifferenceBuilder& builder,
+                  const CsvRules& rules)
+      : m_builder(builder),
+        m_master(master, rules.separator),
+        m_output(output, rules.separator),
+        m_rules(&rules) {}
+
   void run();
 
  private:
   void noteSpelling();
+  void applyRules();
+  bool isAllowed(const ColumnPair& column, std::string_view master, std::string_view output) const;
+  RowAlignment alignByKeys() const;
   void addColumns();
   void addRows(const RowAlignment& rows);
   void addPair(const RowPair& pair);
   void addMove(const RowPair& move, bool isOneOfMany);
   void addCell(const std::string& place, const DiffValue* master, const DiffValue* output);
-  void addBlock(const Table& table, std::uint32_t begin, std::uint32_t end, bool isMaster);
+  void addBlock(const CsvTable& table, std::uint32_t begin, std::uint32_t end, bool isMaster);
   std::string columnName(const ColumnPair& column, std::uint32_t row) const;
 
   DifferenceBuilder& m_builder;
-  Table m_master;
-  Table m_output;
+  CsvTable m_master;
+  CsvTable m_output;
+  const CsvRules* m_rules = nullptr;        ///< of an own format
+  std::optional<CsvColumns> m_columnRules;  ///< likewise, if they fit both tables
   TableColumns m_columns;
 };
 
@@ -55,15 +73,20 @@ std::string placeOf(const RowPair& pair) {
 
 void TableComparison::run() {
   if (!m_master.isWhole() || !m_output.isWhole()) {
-    m_builder.note("more than " + withThousands(Table::kMostRows) + " rows, or a row longer than " +
-                   withThousands(Table::kLongestRow) + " bytes; compared as text");
+    m_builder.note("more than " + withThousands(CsvTable::kMostRows) +
+                   " rows, or a row longer than " + withThousands(CsvTable::kLongestRow) +
+                   " bytes; compared as text");
     m_builder.setCoarse();
     return;
   }
   m_columns = matchColumns(m_master, m_output);
+  if (m_rules != nullptr) {
+    applyRules();
+  }
   noteSpelling();
   addColumns();
-  const RowAlignment rows = alignRows(m_master, m_output, m_columns);
+  const bool hasKeys = m_columnRules && !m_columnRules->keys().empty();
+  const RowAlignment rows = hasKeys ? alignByKeys() : alignRows(m_master, m_output, m_columns);
   if (rows.isCoarse) {
     m_builder.setCoarse();
   }
@@ -72,6 +95,54 @@ void TableComparison::run() {
     m_builder.note(
         "the same cells; only quotes, separators, line ends or a byte-order mark differ");
   }
+}
+
+/// Leaves out ignored columns, by the master's header. Rules that the two headers do not fit are
+/// only applied to the columns that are there.
+void TableComparison::applyRules() {
+  const bool haveRows = m_master.size() > 0 && m_output.size() > 0;
+  const std::vector<std::string> header =
+      haveRows && m_rules->hasHeader ? m_master.cells(0) : std::vector<std::string>();
+  m_columnRules.emplace(*m_rules, header);
+  if (haveRows && m_rules->hasHeader && header == m_output.cells(0)) {
+    m_columns = TableColumns::withSameHeader(
+        m_master, [this](std::size_t column) { return m_columnRules->at(column).isIgnored; });
+    return;
+  }
+  m_columns.pairs.erase(std::remove_if(m_columns.pairs.begin(), m_columns.pairs.end(),
+                                       [this](const ColumnPair& pair) {
+                                         return m_columnRules->at(pair.master).isIgnored;
+                                       }),
+                        m_columns.pairs.end());
+}
+
+bool TableComparison::isAllowed(const ColumnPair& column, std::string_view master,
+                                std::string_view output) const {
+  if (!m_columnRules) {
+    return false;
+  }
+  const CsvColumn& rule = m_columnRules->at(column.master);
+  return rule.isIgnored || (!rule.tolerance.isNone() && rule.tolerance.allows(master, output));
+}
+
+RowAlignment TableComparison::alignByKeys() const {
+  const KeyedRows keyed = pairByKeys(m_master, m_output, *m_columnRules);
+  RowAlignment rows;
+  if (m_master.cells(0) != m_output.cells(0)) {
+    rows.pairs.push_back({0, 0});
+  }
+  for (const auto& [master, output] : keyed.pairs) {
+    if (m_master.rawRow(master) != m_output.rawRow(output)) {
+      rows.pairs.push_back({master, output});
+    }
+  }
+  for (const std::uint32_t row : keyed.onlyInMaster) {
+    rows.removed.emplace_back(row, row + 1);
+  }
+  for (const std::uint32_t row : keyed.onlyInOutput) {
+    rows.added.emplace_back(row, row + 1);
+  }
+  return rows;
 }
 
 void TableComparison::noteSpelling() {
@@ -168,7 +239,9 @@ void TableComparison::addPair(const RowPair& pair) {
     const bool inMaster = column.master < master.size();
     const bool inOutput = column.output < output.size();
     if ((!inMaster && !inOutput) ||
-        (inMaster && inOutput && master[column.master] == output[column.output])) {
+        (inMaster && inOutput &&
+         (master[column.master] == output[column.output] ||
+          (pair.master > 0 && isAllowed(column, master[column.master], output[column.output]))))) {
       continue;
     }
     const std::string place = m_builder.keepsNext()
@@ -197,7 +270,7 @@ void TableComparison::addCell(const std::string& place, const DiffValue* master,
   }
 }
 
-DiffLine wholeRow(const Table& table, std::uint32_t row, DiffLine::Kind kind,
+DiffLine wholeRow(const CsvTable& table, std::uint32_t row, DiffLine::Kind kind,
                   DiffSpan::Kind spanKind) {
   constexpr std::size_t kMostBytes = 400;
   DiffLine line;
@@ -226,7 +299,7 @@ void TableComparison::addMove(const RowPair& move, bool isOneOfMany) {
 }
 
 /// Adds rows that are only in one of the tables.
-void TableComparison::addBlock(const Table& table, std::uint32_t begin, std::uint32_t end,
+void TableComparison::addBlock(const CsvTable& table, std::uint32_t begin, std::uint32_t end,
                                bool isMaster) {
   DiffHunk hunk;
   if (m_builder.keepsNext()) {
@@ -253,6 +326,15 @@ void TableComparison::addBlock(const Table& table, std::uint32_t begin, std::uin
 
 Difference tableDifference(const DiffRequest& request) {
   DifferenceBuilder builder("csv", request);
-  TableComparison(request.master, request.output, builder).run();
+  const auto* const rules = request.ownRules<CsvRules>();
+  if (rules == nullptr) {
+    TableComparison(request.master, request.output, builder).run();
+    return builder.take();
+  }
+  const ContentOutcome outcome = compareCsv(request.master, request.output, *rules);
+  if (!outcome.problem.empty()) {
+    builder.note("the output " + outcome.problem);
+  }
+  TableComparison(request.master, request.output, builder, *rules).run();
   return builder.take();
 }

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <system_error>
 
+#include "cli/custom/OwnEngines.h"
 #include "cli/suite/MissingReason.h"
 #include "cli/system/CommandError.h"
 #include "orvdiff/formats/OrvDiffScriptEngines.h"
@@ -42,13 +43,14 @@ bool isFoundIn(const std::string& searchPath, const std::string& name) {
 }  // namespace
 
 bool runsScript(const OrvDiffFileEngine& engine) {
-  return dynamic_cast<const OrvDiffScriptFileEngine*>(&engine) != nullptr;
+  return scriptRulesOf(engine) != nullptr ||
+         dynamic_cast<const OrvDiffScriptFileEngine*>(&engine) != nullptr;
 }
 
 std::string scriptProblem(const OrvDiffFileEngine& engine) {
   const auto* const scriptEngine = dynamic_cast<const OrvDiffScriptFileEngine*>(&engine);
   if (scriptEngine == nullptr) {
-    return {};
+    return obstacleOf(engine);
   }
   std::istringstream command(scriptEngine->getCommandPrefix());
   std::string interpreter;

@@ -4,33 +4,20 @@
 
 #include <algorithm>
 #include <cctype>
-#include <numeric>
 #include <set>
 #include <string_view>
 #include <utility>
 
+#include "cli/custom/FormatList.h"
 #include "cli/suite/ComparisonScript.h"
 #include "cli/suite/MissingReason.h"
+#include "cli/suite/OwnPatterns.h"
+#include "cli/suite/SuiteLayout.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/XercesStart.h"
+#include "cli/terminal/EditDistance.h"
 
 namespace {
-
-/// The Levenshtein distance of two words.
-std::size_t editDistance(std::string_view one, std::string_view other) {
-  std::vector<std::size_t> row(other.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < one.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t j = 0; j < other.size(); ++j) {
-      const std::size_t changed = diagonal + (one[i] == other[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({changed, row[j] + 1, row[j + 1] + 1});
-    }
-  }
-  return row.back();
-}
 
 std::string lowerCase(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(),
@@ -43,7 +30,7 @@ std::string similarNames(const std::string& name) {
   constexpr std::size_t kMost = 4;
   const std::string wanted = lowerCase(name);
   std::vector<std::pair<std::size_t, std::string_view>> candidates;
-  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
+  for (const OrvDiffFormat& format : FormatList::all()) {
     const std::size_t distance = editDistance(wanted, format.name);
     const bool contained = wanted.size() > 1 && format.name.find(wanted) != std::string_view::npos;
     if (distance <= wanted.size() / 3 + 1 || contained) {
@@ -75,12 +62,16 @@ void setLayoutData(OrvFormatArguments& arguments, const LayoutDataOptions& layou
 }
 
 std::shared_ptr<OrvDiffFileEngine> createLastingEngine(const OrvDiffFormat& format,
-                                                       const OrvFormatArguments& arguments) {
+                                                       const OrvFormatArguments& arguments,
+                                                       const std::vector<OwnPattern>& patterns) {
   if (format.validatesXml) {
     startXercesOnDemand();
   }
   static auto& engines = *new std::vector<std::shared_ptr<OrvDiffFileEngine>>;  // never destroyed
-  return engines.emplace_back(format.createEngine(arguments));
+  const auto& engine = engines.emplace_back(FormatList::createEngine(format, arguments));
+  engine->setFolders(suiteLayout().masterFolder, suiteLayout().outputRoot);
+  addOwnPatterns(patterns, format.name, *engine);
+  return engine;
 }
 
 SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options,
@@ -97,11 +88,11 @@ SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options,
     const std::string name(format.name);
     throw CommandError("format " + name + " needs --" + name + "-output-dir");
   }
-  SelectedFormat selected = {&format, createLastingEngine(format, arguments), false, subFolder, {},
-                             {}};
+  SelectedFormat selected = {
+      &format, createLastingEngine(format, arguments, options.patterns), false, subFolder, {}, {}};
   selected.runsScript = runsScript(*selected.engine);
   selected.engine->setMasterAndOutputFoldersSuffix(options.folderSuffix);
-  selected.outputRoot = std::string(kOutputRoot) + '/' +
+  selected.outputRoot = suiteLayout().outputRoot + '/' +
                         selected.engine->getOutputDirectoryTypeName() + options.folderSuffix;
   selected.outputFolder = selected.outputRoot + (subFolder.empty() ? "" : '/' + subFolder);
   return selected;
@@ -110,7 +101,7 @@ SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options,
 }  // namespace
 
 const OrvDiffFormat& formatNamed(const std::string& name) {
-  const OrvDiffFormat* const format = OrvDiffFormats::find(name);
+  const OrvDiffFormat* const format = FormatList::find(name);
   if (format == nullptr) {
     const std::string similar = similarNames(name);
     throw CommandError("unknown format \"" + name + "\"; " +
@@ -121,11 +112,12 @@ const OrvDiffFormat& formatNamed(const std::string& name) {
 }
 
 std::shared_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
-                                                    const LayoutDataOptions& layoutData) {
+                                                    const LayoutDataOptions& layoutData,
+                                                    const std::vector<OwnPattern>& patterns) {
   OrvFormatArguments arguments;
   setLayoutData(arguments, layoutData);
   arguments.outputDirectoryTypeName = "";
-  return createLastingEngine(format, arguments);
+  return createLastingEngine(format, arguments, patterns);
 }
 
 std::vector<SelectedFormat> selectFormats(const FormatOptions& options) {
@@ -134,7 +126,7 @@ std::vector<SelectedFormat> selectFormats(const FormatOptions& options) {
     wanted.insert(formatNamed(name).name);
   }
   std::vector<SelectedFormat> selected;
-  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
+  for (const OrvDiffFormat& format : FormatList::all()) {
     const bool byName = options.names.empty() ? !format.needsArguments : wanted.count(format.name);
     if (byName || options.places.count(std::string(format.name)) > 0) {
       for (const std::string& subFolder : options.subFolders) {

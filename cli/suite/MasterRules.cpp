@@ -6,6 +6,7 @@
 #include <tuple>
 #include <utility>
 
+#include "cli/custom/FormatList.h"
 #include "cli/suite/FoldedName.h"
 #include "cli/suite/FolderReader.h"
 #include "cli/system/CommandError.h"
@@ -73,7 +74,7 @@ MasterRules::MasterRules(const std::vector<SelectedFormat>& formats, const Forma
     m_selected.push_back(ruleOf(*format.format, *format.engine, options.folderSuffix));
     m_selected.back().selected = &format;
   }
-  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
+  for (const OrvDiffFormat& format : FormatList::all()) {
     m_known.push_back(ruleOf(format, *createPairEngine(format), options.folderSuffix));
   }
   for (const MasterRule& rule : m_selected) {

@@ -103,13 +103,18 @@ void ComparisonNotes::sawNormalized(std::string_view master, std::string_view ac
   m_texts.output = actual == master ? m_texts.master : contentOf(actual);
 }
 
+void ComparisonNotes::sawHelpOf(std::string_view name) {
+  m_otherRules.emplace_back(name);
+}
+
 void ComparisonNotes::addTo(PairRecord& record) const {
   record.masterPath = resolve(m_masterBefore);
   record.outputPath = resolve(m_outputBefore);
   record.masterFile = factsOf(m_masterBefore, m_files.master);
   record.outputFile = factsOf(m_outputBefore, m_files.output);
+  record.rules = m_otherRules;
   if (m_texts.master && m_texts.output) {
-    record.rules = m_rules;
+    record.rules.insert(record.rules.begin(), m_rules.begin(), m_rules.end());
     record.masterFile.normalizedHash = m_texts.master->hash;
     record.outputFile.normalizedHash = m_texts.output->hash;
   }

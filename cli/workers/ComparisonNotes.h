@@ -44,6 +44,7 @@ class ComparisonNotes : private OrvComparisonObserver {
   void sawFiles(std::string_view master, std::string_view actual) override;
   void sawChangeBy(const OrvDiffNormalizationPattern* pattern) override;
   void sawNormalized(std::string_view master, std::string_view actual) override;
+  void sawHelpOf(std::string_view name) override;
 
   static std::string resolve(const FileState& file);
   static FileFacts factsOf(const FileState& before, const std::optional<FileContent>& compared);
@@ -53,5 +54,6 @@ class ComparisonNotes : private OrvComparisonObserver {
   ContentHasher m_blocks;  ///< of both files
   Contents m_files;
   Contents m_texts;  ///< normalised
-  std::vector<std::string> m_rules;
+  std::vector<std::string> m_rules;  ///< that changed one of the texts
+  std::vector<std::string> m_otherRules;
 };

@@ -41,14 +41,6 @@ void MaskWatch::addMaskTo(PairRecord& record, const OrvDiffFileEngine& engine) c
   }
 }
 
-std::vector<std::string> MaskWatch::rules() const {
-  std::vector<std::string> names;
-  for (const OrvDiffNormalizationPattern* const rule : m_rules) {
-    names.push_back(OrvOriginMap::nameOf(rule));
-  }
-  return names;
-}
-
 void MaskWatch::sawEqualBlock(std::string_view block) {
   if (m_next != nullptr) {
     m_next->sawEqualBlock(block);
@@ -68,9 +60,16 @@ void MaskWatch::sawFiles(std::string_view master, std::string_view actual) {
 }
 
 void MaskWatch::sawChangeBy(const OrvDiffNormalizationPattern* pattern) {
-  m_rules.push_back(pattern);
+  m_rules.push_back(OrvOriginMap::nameOf(pattern));
   if (m_next != nullptr) {
     m_next->sawChangeBy(pattern);
+  }
+}
+
+void MaskWatch::sawHelpOf(std::string_view name) {
+  m_rules.emplace_back(name);
+  if (m_next != nullptr) {
+    m_next->sawHelpOf(name);
   }
 }
 

@@ -23,8 +23,8 @@ class MaskWatch : private OrvComparisonObserver {
   /// Adds the outsized mask to the record of a pair that has passed, if there is one.
   void addMaskTo(PairRecord& record, const OrvDiffFileEngine& engine) const;
 
-  /// Names of the rules that changed one of the texts.
-  std::vector<std::string> rules() const;
+  /// Names of the rules that changed one of the texts, or that files are equal by.
+  const std::vector<std::string>& rules() const { return m_rules; }
 
  private:
   void sawEqualBlock(std::string_view block) override;
@@ -34,11 +34,12 @@ class MaskWatch : private OrvComparisonObserver {
   void sawNormalized(std::string_view master, std::string_view actual) override;
   std::size_t longestUsualMatch(std::size_t textLength) const override;
   void sawMatches(const MatchSizes& master, const MatchSizes& actual) override;
+  void sawHelpOf(std::string_view name) override;
 
   bool isMuch(const MatchSizes& sizes) const;
 
   OrvComparisonObserver* const m_next;
   const MaskLimits m_limits;
-  std::vector<const OrvDiffNormalizationPattern*> m_rules;
+  std::vector<std::string> m_rules;
   bool m_mayBeOutsized = false;
 };

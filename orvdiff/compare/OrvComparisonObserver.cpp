@@ -15,6 +15,8 @@ std::size_t OrvComparisonObserver::longestUsualMatch(std::size_t /*textLength*/)
 void OrvComparisonObserver::sawMatches(const MatchSizes& /*master*/, const MatchSizes& /*actual*/) {
 }
 
+void OrvComparisonObserver::sawHelpOf(std::string_view /*name*/) {}
+
 OrvComparisonObserver* OrvComparisonObserver::current() {
   return g_current;
 }

@@ -13,7 +13,7 @@ class OrvDiffNormalizationPattern;
 /// public interface, so this header is not installed.
 ///
 /// Comparisons by bytes, as text and of VMD statistics are observed, outputs in memory and scripts
-/// are not. What is passed is valid during the call. An exception ends the comparison.
+/// are not; engines outside the library tell the observer themselves. What is passed is valid during the call. An exception ends the comparison.
 class ORVDIFF_API OrvComparisonObserver {
  public:
   /// How much of a text was matched by patterns, whatever took the place of the matches.
@@ -47,6 +47,10 @@ class ORVDIFF_API OrvComparisonObserver {
 
   /// All patterns have been applied to both texts.
   virtual void sawMatches(const MatchSizes& master, const MatchSizes& actual);
+
+  /// Something other than a pattern, called `name`, is why files of different bytes are equal. Said
+  /// of comparisons that pass, once for each rule.
+  virtual void sawHelpOf(std::string_view name);
 
   /// Who observes the comparisons of this process; null, as at the start, for nobody.
   static OrvComparisonObserver* current();

@@ -30,11 +30,17 @@ OrvDiffLayoutDataXmlFileEngine::OrvDiffLayoutDataXmlFileEngine(const char* subFo
 OrvDiffLayoutDataXmlFileEngine::OrvDiffLayoutDataXmlFileEngine(const char* subFolder,
                                                                const char* namespaceUri,
                                                                const char* schemaPath)
+    : OrvDiffLayoutDataXmlFileEngine(subFolder, namespaceUri, schemaPath,
+                                     {OrvDiffNormalizationPatterns::eCoordElement,
+                                      OrvDiffNormalizationPatterns::eFilenameElement}) {}
+
+OrvDiffLayoutDataXmlFileEngine::OrvDiffLayoutDataXmlFileEngine(
+    const char* subFolder, const char* namespaceUri, const char* schemaPath,
+    std::initializer_list<OrvDiffNormalizationPatterns::OrvNormalizationPatternsEnum> patterns)
     : OrvFixedLayoutEngine(subFolder, {"v5DebugDataXML", "/DataXML/", "*.xml"}),
       m_namespaceUri(namespaceUri != nullptr ? namespaceUri : kNamespaceUri),
       m_schemaPath(schemaPath != nullptr ? schemaPath : kSchemaPath) {
-  addCleansingPatterns({OrvDiffNormalizationPatterns::eCoordElement,
-                        OrvDiffNormalizationPatterns::eFilenameElement});
+  addCleansingPatterns(patterns);
 }
 
 OrvDiffLayoutDataXmlFileEngine::~OrvDiffLayoutDataXmlFileEngine() = default;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <memory>
 #include <string>
 
@@ -42,6 +43,12 @@ class ORVDIFF_API OrvDiffLayoutDataXmlFileEngine
   /// that says why on standard output; else the result of comparing it with the master.
   OrvDiffResult* performDiff(const std::string& masterName, const std::string& actualName,
                              std::strstream* inMemoryOutput) override;
+
+ protected:
+  /// For other documents that must be valid; `patterns` take the place of the format's.
+  OrvDiffLayoutDataXmlFileEngine(
+      const char* subFolder, const char* namespaceUri, const char* schemaPath,
+      std::initializer_list<OrvDiffNormalizationPatterns::OrvNormalizationPatternsEnum> patterns);
 
  private:
   OrvDiffResult* performSchemaValidation(const std::string& fileName, const char* inMemoryText);

@@ -246,13 +246,20 @@ void DOM_ParserImpl::useSchema(const char* bytes, std::size_t length, const std:
     reportUnusableSchema(path, narrowXmlText(exception.getMessage()));
     throw;
   }
-  if (grammar == nullptr || narrowXmlText(grammar->getTargetNamespace()) != namespaceUri) {
+  const std::string described =
+      grammar != nullptr ? narrowXmlText(grammar->getTargetNamespace()) : std::string();
+  if (grammar == nullptr || (!namespaceUri.empty() && described != namespaceUri)) {
     reportUnusableSchema(path, "it does not describe the namespace " + namespaceUri);
     return;
   }
   // Validates every document against the schema, whatever its root element. The grammar is loaded
   // by now, so nothing opens the path; it must only be free of blanks.
-  const std::string location = namespaceUri + " layoutData.xsd";
+  constexpr const char* kName = "layoutData.xsd";
+  if (described.empty()) {
+    setExternalNoNamespaceSchemaLocation(kName);
+    return;
+  }
+  const std::string location = described + ' ' + kName;
   setExternalSchemaLocation(
       xercesc::TranscodeFromStr(reinterpret_cast<const XMLByte*>(location.c_str()), location.size(),
                                 "UTF-8")
@@ -261,7 +268,7 @@ void DOM_ParserImpl::useSchema(const char* bytes, std::size_t length, const std:
 
 void DOM_ParserImpl::reportUnusableSchema(const std::string& path, const std::string& reason) {
   resetCachedGrammarPool();  // or what was read so far would pass for the whole schema
-  printXmlFailure("Layout-data schema " + path + " cannot be used: " + reason);
+  printXmlFailure("Schema " + path + " cannot be used: " + reason);
 }
 
 void DOM_ParserImpl::resetParser() {

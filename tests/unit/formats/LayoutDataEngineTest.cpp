@@ -108,7 +108,7 @@ TEST_F(LayoutDataEngine, NamesASchemaThatCannotBeUsed) {
     }
     for (int i = 0; i < 2; ++i) {  // the part that could be read must not serve the next document
       EXPECT_EQ(compared(kValid, kValid), "fail a a") << reason;
-      EXPECT_THAT(m_printed, StartsWith("Layout-data schema my schemas/l.xsd cannot be "));
+      EXPECT_THAT(m_printed, StartsWith("Schema my schemas/l.xsd cannot be "));
       EXPECT_THAT(m_printed, HasSubstr(reason));
       EXPECT_EQ(compared(foreign, foreign), "fail a a") << reason;
     }

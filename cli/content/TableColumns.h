@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/diff/Table.h"
+#include "cli/content/CsvTable.h"
 
 /// A column of the master and the one of the output that it is compared with.
 struct ColumnPair {
@@ -22,6 +22,20 @@ struct TableColumns {
   std::vector<std::size_t> onlyInOutput;
   bool isReordered = false;
 
+  /// For tables that start with the same header: pairs all columns but those that `isIgnored`.
+  template <typename Predicate>
+  static TableColumns withSameHeader(const CsvTable& master, const Predicate& isIgnored) {
+    TableColumns columns;
+    columns.hasHeader = true;
+    columns.masterNames = columns.outputNames = master.cells(0);
+    for (std::size_t i = 0; i < columns.masterNames.size(); ++i) {
+      if (!isIgnored(i)) {
+        columns.pairs.push_back({i, i});
+      }
+    }
+    return columns;
+  }
+
   /// Whether columns were matched by their names, and not by their places.
   bool isMatched() const { return !pairs.empty(); }
   /// The pairs for rows of up to `count` cells: `pairs`, then those without a name, in order.
@@ -30,4 +44,4 @@ struct TableColumns {
 
 /// Matches columns by their names, if both tables have a header and no name occurs twice. Columns
 /// that have changed their names are matched by their place, if as many names are new as are gone.
-TableColumns matchColumns(const Table& master, const Table& output);
+TableColumns matchColumns(const CsvTable& master, const CsvTable& output);

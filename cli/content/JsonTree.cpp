@@ -1,4 +1,4 @@
-#include "cli/diff/JsonTree.h"
+#include "cli/content/JsonTree.h"
 
 #include <xxhash.h>
 
@@ -7,7 +7,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
-#include "cli/diff/DifferenceBuilder.h"
+#include "cli/terminal/Counts.h"
 
 namespace {
 
@@ -75,7 +75,7 @@ class JsonTree::Builder : public nlohmann::json_sax<Json> {
 
   bool key(string_t& value) override {
     m_keyBegin = offset(skipToToken());
-    m_keyHash = hashOf(value, kKey);
+    m_keyHash = hashOfName(value);
     addToOrder(m_keyHash);
     m_last = m_position;
     return true;
@@ -146,6 +146,7 @@ class JsonTree::Builder : public nlohmann::json_sax<Json> {
     }
     addToOrder(type == Type::Array ? kArray : kObject);
     m_open.push_back(static_cast<std::uint32_t>(m_tree.m_nodes.size() - 1));
+    m_tree.m_depth = std::max(m_tree.m_depth, m_open.size());
     m_last = m_position;
     return true;
   }
@@ -176,15 +177,11 @@ class JsonTree::Builder : public nlohmann::json_sax<Json> {
     return &node;
   }
 
-  /// Elements count in their order, members in any.
   void addToParent(const Node& node) {
-    if (m_open.empty()) {
-      return;
+    if (!m_open.empty()) {
+      Node& parent = m_tree.m_nodes[m_open.back()];
+      parent.hash = withChild(parent, node, false);
     }
-    Node& parent = m_tree.m_nodes[m_open.back()];
-    parent.hash = static_cast<Type>(parent.type) == Type::Array
-                      ? combine(parent.hash, node.hash)
-                      : parent.hash + combine(node.keyHash, node.hash);
   }
 
   void addToOrder(std::uint64_t hash) {
@@ -237,6 +234,26 @@ std::vector<std::uint32_t> JsonTree::childrenOf(std::uint32_t index) const {
     children.push_back(child);
   }
   return children;
+}
+
+/// Elements count in their order, members in any.
+std::uint64_t JsonTree::withChild(const Node& parent, const Node& child, bool isUnordered) {
+  return static_cast<Type>(parent.type) == Type::Array && !isUnordered
+             ? combine(parent.hash, child.hash)
+             : parent.hash + combine(child.keyHash, child.hash);
+}
+
+void JsonTree::rehash(std::uint32_t index, bool isUnordered) {
+  Node& node = m_nodes[index];
+  node.hash = 0;
+  for (std::uint32_t child = index + 1; child < node.end; child = m_nodes[child].end) {
+    node.hash = withChild(node, m_nodes[child], isUnordered);
+  }
+  node.hash = combine(node.hash, static_cast<Type>(node.type) == Type::Array ? kArray : kObject);
+}
+
+std::uint64_t JsonTree::hashOfName(std::string_view name) {
+  return hashOf(name, kKey);
 }
 
 std::string JsonTree::compactTextOf(std::uint32_t index) const {

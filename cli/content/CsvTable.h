@@ -6,23 +6,25 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/content/CsvCells.h"
+
 /// A file of separated values, split into rows; cells are split off when somebody asks.
 ///
-/// Cells may be quoted, and then contain separators, line breaks and doubled quotes. Rows may have
-/// different numbers of cells. Every text is a table: a quote that is never closed makes all quotes
-/// of the text plain characters.
-class Table {
+/// Rows may have different numbers of cells. Every text is a table: a quote that is never closed
+/// makes all quotes of the text plain characters.
+class CsvTable {
  public:
   static constexpr std::size_t kMostRows = 4'000'000;
   static constexpr std::size_t kLongestRow = std::size_t{8} << 20;  ///< in bytes
 
   /// Finds out the separator from the first rows. `text` must outlive the table.
-  explicit Table(std::string_view text);
+  explicit CsvTable(std::string_view text);
+  CsvTable(std::string_view text, char separator);
 
   /// False when there are more rows, or longer ones, than a table may have; it ends before them.
   bool isWhole() const { return m_isWhole; }
-  bool hasOpenQuote() const { return !m_quotesCount; }
-  char separator() const { return m_separator; }
+  bool hasOpenQuote() const { return !m_grammar.quotesCount; }
+  char separator() const { return m_grammar.separator; }
   std::size_t size() const { return m_rows.size(); }
 
   /// A row as it is in the file, without its line end.
@@ -45,14 +47,11 @@ class Table {
   };
 
   bool splitRows();
-  std::size_t endOfCell(std::size_t begin, std::size_t end) const;
-  bool isLineEnd(std::size_t position) const;
   template <typename Visitor>
   void visitCells(std::size_t row, const Visitor& visit) const;
 
   std::string_view m_text;
   std::vector<Row> m_rows;
-  char m_separator = ',';
-  bool m_quotesCount = true;
+  CsvGrammar m_grammar;
   bool m_isWhole = true;
 };

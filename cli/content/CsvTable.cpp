@@ -1,4 +1,4 @@
-#include "cli/diff/Table.h"
+#include "cli/content/CsvTable.h"
 
 #include <xxhash.h>
 
@@ -6,8 +6,6 @@
 #include <array>
 
 namespace {
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 /// How many of the first rows have as many separators as the very first, which has some.
 std::size_t likeness(std::string_view text, char separator) {
@@ -55,53 +53,26 @@ std::uint64_t combine(std::uint64_t hash, std::uint64_t next) {
 
 }  // namespace
 
-Table::Table(std::string_view text) : m_text(text) {
-  if (m_text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
-    m_text.remove_prefix(kByteOrderMark.size());
-  }
-  m_separator = detectSeparator(m_text);
+CsvTable::CsvTable(std::string_view text)
+    : CsvTable(text, detectSeparator(CsvGrammar::withoutByteOrderMark(text))) {}
+
+CsvTable::CsvTable(std::string_view text, char separator)
+    : m_text(CsvGrammar::withoutByteOrderMark(text)), m_grammar{separator, true} {
   if (!splitRows()) {
-    m_quotesCount = false;
+    m_grammar.quotesCount = false;
     splitRows();
   }
 }
 
-bool Table::isLineEnd(std::size_t position) const {
-  return m_text[position] == '\n' ||
-         (m_text[position] == '\r' && position + 1 < m_text.size() && m_text[position + 1] == '\n');
-}
-
-/// Where the cell that starts at `begin` ends, at `end` at the latest; `npos` when it is quoted and
-/// its quote is not closed.
-std::size_t Table::endOfCell(std::size_t begin, std::size_t end) const {
-  std::size_t at = begin;
-  if (m_quotesCount && at < end && m_text[at] == '"') {
-    for (++at;; at += 2) {
-      at = m_text.find('"', at);
-      if (at >= end) {
-        return std::string_view::npos;
-      }
-      if (at + 1 == end || m_text[at + 1] != '"') {
-        ++at;
-        break;
-      }
-    }
-  }
-  while (at < end && m_text[at] != m_separator && !isLineEnd(at)) {
-    ++at;
-  }
-  return at;
-}
-
 /// False when a quote is not closed.
-bool Table::splitRows() {
+bool CsvTable::splitRows() {
   m_rows.clear();
   m_isWhole = true;
   std::uint32_t line = 1;
   for (std::size_t begin = 0; begin < m_text.size();) {
-    std::size_t end = endOfCell(begin, m_text.size());
-    while (end < m_text.size() && m_text[end] == m_separator) {
-      end = endOfCell(end + 1, m_text.size());
+    std::size_t end = m_grammar.endOfCell(m_text, begin);
+    while (end < m_text.size() && m_text[end] == separator()) {
+      end = m_grammar.endOfCell(m_text, end + 1);
     }
     if (end == std::string_view::npos) {
       return false;
@@ -113,50 +84,35 @@ bool Table::splitRows() {
     m_rows.push_back({begin, static_cast<std::uint32_t>(end - begin), line});
     const std::string_view row = m_text.substr(begin, end - begin);
     line += 1 + static_cast<std::uint32_t>(std::count(row.begin(), row.end(), '\n'));
-    begin = end + (end < m_text.size() && m_text[end] == '\r' ? 2 : 1);
+    begin = end < m_text.size() ? CsvGrammar::nextLine(m_text, end) : end;
   }
   return true;
 }
 
-std::string_view Table::rawRow(std::size_t row) const {
+std::string_view CsvTable::rawRow(std::size_t row) const {
   return m_text.substr(m_rows[row].begin, m_rows[row].length);
 }
 
 /// Calls `visit` with each cell's value. What it gets does not outlive the call.
 template <typename Visitor>
-void Table::visitCells(std::size_t row, const Visitor& visit) const {
-  const std::size_t end = m_rows[row].begin + m_rows[row].length;
+void CsvTable::visitCells(std::size_t row, const Visitor& visit) const {
+  const std::string_view text = rawRow(row);
   std::string unquoted;
-  for (std::size_t begin = m_rows[row].begin; begin <= end;) {
-    const std::size_t stop = std::min(endOfCell(begin, end), end);
-    std::string_view cell = m_text.substr(begin, stop - begin);
-    if (m_quotesCount && !cell.empty() && cell.front() == '"') {
-      unquoted.clear();
-      bool isQuoted = true;
-      for (std::size_t i = 1; i < cell.size(); ++i) {
-        if (!isQuoted || cell[i] != '"') {
-          unquoted += cell[i];
-        } else if (i + 1 < cell.size() && cell[i + 1] == '"') {
-          unquoted += cell[i++];
-        } else {
-          isQuoted = false;
-        }
-      }
-      cell = unquoted;
-    }
-    visit(cell);
-    begin = stop + 1;
+  for (std::size_t begin = 0; begin <= text.size();) {
+    const std::size_t end = std::min(m_grammar.endOfCell(text, begin), text.size());
+    visit(m_grammar.valueOf(text.substr(begin, end - begin), unquoted));
+    begin = end + 1;
   }
 }
 
-std::vector<std::string> Table::cells(std::size_t row) const {
+std::vector<std::string> CsvTable::cells(std::size_t row) const {
   std::vector<std::string> values;
   visitCells(row, [&values](std::string_view cell) { values.emplace_back(cell); });
   return values;
 }
 
-std::uint64_t Table::hash(std::size_t row, const std::vector<std::size_t>& columns,
-                          std::size_t rest) const {
+std::uint64_t CsvTable::hash(std::size_t row, const std::vector<std::size_t>& columns,
+                             std::size_t rest) const {
   std::vector<std::uint64_t> hashes;
   std::uint64_t hashOfRest = 0;
   visitCells(row, [&](std::string_view cell) {

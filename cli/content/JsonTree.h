@@ -46,6 +46,23 @@ class JsonTree {
   /// The line that a value starts in, counted from 1. Fast for values close to the one before.
   std::uint64_t lineOf(std::uint32_t index) const;
 
+  /// A value as it is written.
+  std::string_view textOf(std::uint32_t index) const {
+    return m_text.substr(m_nodes[index].textBegin,
+                         m_nodes[index].textEnd - m_nodes[index].textBegin);
+  }
+  /// How many arrays and objects are around a value, itself included, at most.
+  std::size_t depth() const { return m_depth; }
+  std::uint32_t size() const { return static_cast<std::uint32_t>(m_nodes.size()); }
+
+  /// Makes a value count as another one. The containers around it keep their hashes until `rehash`.
+  void setHash(std::uint32_t index, std::uint64_t hash) { m_nodes[index].hash = hash; }
+  /// Calculates the hash of an array or object anew from those of its children. `isUnordered`: for
+  /// an array, their order does not count.
+  void rehash(std::uint32_t index, bool isUnordered);
+  /// What `Node::keyHash` is for a member of this name.
+  static std::uint64_t hashOfName(std::string_view name);
+
   /// Of all names and values in order; equal for texts that differ only in spacing and spelling.
   std::uint64_t orderedHash() const { return m_orderedHash; }
   /// A node whose object has another member of the same name; 0: there is none.
@@ -54,10 +71,13 @@ class JsonTree {
  private:
   class Builder;
 
+  static std::uint64_t withChild(const Node& parent, const Node& child, bool isUnordered);
+
   std::string_view m_text;
   std::vector<Node> m_nodes;
   std::uint64_t m_orderedHash = 0;
   std::uint32_t m_duplicate = 0;
+  std::size_t m_depth = 0;
   std::string m_problem;
   mutable std::size_t m_lineKnownAt = 0;  ///< an offset, and the line that it is in
   mutable std::uint64_t m_line = 1;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -17,6 +18,13 @@ class PictureReader {
   static constexpr std::uint64_t kMostPixels = 50'000'000;
   static constexpr std::uint64_t kMostInterlacedPixels = 16'000'000;  ///< 8 bytes each
   static constexpr std::uint32_t kWidest = 1'000'000;
+
+  static constexpr std::size_t kSamples = 4;  ///< of a pixel
+  static constexpr std::size_t kPixelBytes = kSamples * sizeof(std::uint16_t);
+  static constexpr unsigned kStep = 257;  ///< of a sample, for one of the 255 of usual pictures
+
+  /// The largest distance between two samples of two pixels.
+  static unsigned distance(const std::uint16_t* one, const std::uint16_t* other);
 
   /// Reads the header. `bytes` must outlive the reader.
   explicit PictureReader(std::string_view bytes);

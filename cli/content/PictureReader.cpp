@@ -1,13 +1,14 @@
-#include "cli/diff/PictureReader.h"
+#include "cli/content/PictureReader.h"
 
 #include <png.h>
 
+#include <algorithm>
 #include <array>
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
 
-#include "cli/diff/DifferenceBuilder.h"
+#include "cli/terminal/Counts.h"
 
 // libpng reports errors by a long jump, which skips destructors. So every call into it stands in a
 // member function of Decoder that has only trivial variables and starts with setjmp.
@@ -15,7 +16,6 @@
 namespace {
 
 constexpr png_alloc_size_t kMostMemoryOfChunk = png_alloc_size_t{8} << 20;
-constexpr std::size_t kSamplesPerPixel = 4;
 
 }  // namespace
 
@@ -121,10 +121,19 @@ PictureReader::PictureReader(std::string_view bytes) : m_decoder(std::make_uniqu
     m_problem = std::string("is a damaged PNG: ") + m_decoder->message.data();
     return;
   }
-  m_samples.resize(kSamplesPerPixel * m_width * (isInterlaced ? m_height : 1));
+  m_samples.resize(kSamples * m_width * (isInterlaced ? m_height : 1));
 }
 
 PictureReader::~PictureReader() = default;
+
+unsigned PictureReader::distance(const std::uint16_t* one, const std::uint16_t* other) {
+  unsigned largest = 0;
+  for (std::size_t i = 0; i < kSamples; ++i) {
+    largest = std::max(
+        largest, one[i] > other[i] ? unsigned{one[i]} - other[i] : unsigned{other[i]} - one[i]);
+  }
+  return largest;
+}
 
 const std::uint16_t* PictureReader::nextRow() {
   if (!m_problem.empty() || m_nextRow == m_height) {
@@ -144,7 +153,7 @@ const std::uint16_t* PictureReader::nextRow() {
 
 std::uint16_t* PictureReader::rowAt(std::uint32_t row) {
   const bool isInterlaced = m_decoder->passes > 1;
-  return m_samples.data() + (isInterlaced ? kSamplesPerPixel * m_width * row : 0);
+  return m_samples.data() + (isInterlaced ? kSamples * m_width * row : 0);
 }
 
 bool PictureReader::readAllPasses() {
