@@ -257,7 +257,8 @@ TEST(OwnJson, ShowsOnlyWhatTheRulesDoNotAllow) {
   for (const DiffHunk& hunk : difference.hunks) {
     places.push_back(hunk.place);
   }
-  EXPECT_THAT(places, ElementsAre(StartsWith("$.rows[2]"), StartsWith("$.rows[0]"), "$.list[1]"));
+  EXPECT_THAT(places, ElementsAre("$.rows[0], only in the output", "$.rows[2], only in the master",
+                                  "$.list[1]"));
 }
 
 TEST(OwnNumbers, ComparesWordsAndNumbers) {
@@ -285,7 +286,7 @@ TEST(OwnNumbers, ComparesWordsAndNumbers) {
   const TestFolder folder;
   FormatList::setOwn({ownFormat("own", NumbersRules{{0.1, 0}})});
   const std::string output = "new\nNet 1.05\nTax 3\n";
-  EXPECT_EQ(differenceOfOwn("Net 1.0\nTax 2\n", output).hunkCount, 1U);  // near each other
+  EXPECT_EQ(differenceOfOwn("Net 1.0\nTax 2\n", output).hunkCount, 2U);
   EXPECT_EQ(differenceOfOwn("Net 1.0\nTax 2\n", output).changes.size(), 2U);
 }
 
