@@ -81,6 +81,7 @@ TEST(OwnCsv, ComparesRecords) {
       {kInvoices, "Net,Printed\n5,a,1\n", "Net,Printed\n5,a,1.01\n", "equal; tolerance"},
       {kInvoices, "Net,Printed\n5,a\n", "Net,Printed\n5,a,\n", "differs"},
       {kInvoices, "Net,Printed\n5,a\n", "Net,Printed\n5,a\n5,a\n", "differs"},
+      {kInvoices, "Net,Printed\n5,a\n6,b\n", "Net,Printed\n5,a,6,b\n", "differs"},
       {kInvoices, "Net,Printed\n5,a\n", "\xEF\xBB\xBFNet,\"Printed\"\r\n\"5\",a",
        "equal; other quotes, line ends or byte-order mark"},
       {kInvoices, "Net,Printed\n\"5,\n6\",a\n", "Net,Printed\n\"5,\n7\",a\n", "differs"},
