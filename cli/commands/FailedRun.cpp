@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "cli/record/RecordReader.h"
+#include "cli/report/ReportFiles.h"
 #include "cli/report/SummaryFile.h"
 #include "cli/system/CommandError.h"
 
@@ -34,10 +35,16 @@ VerifyOptions optionsForFailed(VerifyOptions options) {
         "location, --shard, --work, or option for formats");
   }
   makeAbsolute(options.failedRecord);
+  makeAbsolute(options.config.file);
   makeAbsolute(options.recordFolder);
   makeAbsolute(options.harnessLog);
   if (!SummaryFile::isStandardOutput(options.summaryFile)) {
     makeAbsolute(options.summaryFile);
+  }
+  for (ReportRequest& request : options.reports) {
+    if (request.file != ReportFiles::kStandardOutput) {
+      makeAbsolute(request.file);
+    }
   }
   const RunRecord run = RecordReader(options.failedRecord).run();
   std::error_code error;
@@ -47,5 +54,12 @@ VerifyOptions optionsForFailed(VerifyOptions options) {
                        run.workingFolder + ", which cannot be entered: " + error.message());
   }
   options.formats = run.formats;
+  if (options.config.file.empty()) {
+    options.config.file = run.config.file;
+    options.config.isNone = options.config.isNone || run.config.file.empty();
+  }
+  // The record tells them, whatever the suite's file says now.
+  options.given.insert({"--work", "--format", "--sub-folder", "--all-sub-folders",
+                        "--folder-suffix", "--layout-schema", "--layout-namespace"});
   return options;
 }

@@ -131,6 +131,11 @@ std::optional<SuiteConfig> loadConfig(ConfigChoice& choice,
   return config;
 }
 
+bool isChanged(const SuiteConfig& config) {
+  std::ifstream stream(config.path, std::ios::binary);
+  return !stream || std::string{std::istreambuf_iterator<char>(stream), {}} != config.content;
+}
+
 void requireSound(const SuiteConfig& config) {
   constexpr std::size_t kMost = 3;
   if (config.problems.empty()) {

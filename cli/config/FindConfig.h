@@ -26,5 +26,8 @@ struct ConfigChoice {
 std::optional<SuiteConfig> loadConfig(ConfigChoice& choice,
                                       const std::vector<std::string>& locations);
 
+/// Whether the file is no longer what was read.
+bool isChanged(const SuiteConfig& config);
+
 /// Raises `CommandError` if there are problems, naming the first ones.
 void requireSound(const SuiteConfig& config);

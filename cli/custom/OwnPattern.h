@@ -43,7 +43,7 @@ struct OwnPattern {
 
 /// Compiles the expression and names the result. Returns why ICU refuses it; empty if it does not.
 ///
-/// A pattern that ICU has to run gets a bound: on a text that takes longer, two to three seconds or
+/// A pattern that ICU has to run gets a bound: on a text that takes longer, about a second, it
 /// so, it fails, and with it the comparison. The bound counts steps, so a text fails always or
 /// never.
 std::string compileOwnPattern(OwnPattern& pattern);
