@@ -284,6 +284,13 @@ std::string_view JsonTree::keyOf(std::uint32_t index) const {
   return m_text.substr(begin, end + 1 - begin);
 }
 
+std::string JsonTree::duplicateProblem() const {
+  return m_duplicate == 0
+             ? std::string()
+             : "has an object with two members named " + std::string(keyOf(m_duplicate)) +
+                   ", in line " + withThousands(lineOf(m_duplicate));
+}
+
 std::uint64_t JsonTree::lineOf(std::uint32_t index) const {
   const std::size_t at = m_nodes[index].textBegin;
   const char* const text = m_text.data();

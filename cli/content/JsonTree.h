@@ -65,8 +65,9 @@ class JsonTree {
 
   /// Of all names and values in order; equal for texts that differ only in spacing and spelling.
   std::uint64_t orderedHash() const { return m_orderedHash; }
-  /// A node whose object has another member of the same name; 0: there is none.
-  std::uint32_t duplicate() const { return m_duplicate; }
+  /// That an object has two members of the same name, to be printed after the text's name; empty:
+  /// none has.
+  std::string duplicateProblem() const;
 
  private:
   class Builder;
@@ -76,7 +77,8 @@ class JsonTree {
   std::string_view m_text;
   std::vector<Node> m_nodes;
   std::uint64_t m_orderedHash = 0;
-  std::uint32_t m_duplicate = 0;
+  std::uint32_t m_duplicate =
+      0;  ///< a node with a name that its object has twice; 0: there is none
   std::size_t m_depth = 0;
   std::string m_problem;
   mutable std::size_t m_lineKnownAt = 0;  ///< an offset, and the line that it is in

@@ -250,7 +250,7 @@ class CsvPair {
         return {verdict, {}, "has too many rows, or too long ones, to compare them by keys"};
       }
     }
-    if (output.size() == 0 || master.cells(0) != output.cells(0)) {
+    if (master.size() == 0 || output.size() == 0 || master.cells(0) != output.cells(0)) {
       return ContentOutcome::differs();
     }
     const KeyedRows rows = pairByKeys(master, output, m_columns);

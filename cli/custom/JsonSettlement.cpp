@@ -287,9 +287,8 @@ std::string problemOf(const JsonTree& tree) {
   if (!tree.problem().empty()) {
     return tree.problem();
   }
-  if (tree.duplicate() != 0) {
-    return "has an object with two members named " + std::string(tree.keyOf(tree.duplicate())) +
-           ", in line " + withThousands(tree.lineOf(tree.duplicate()));
+  if (std::string duplicate = tree.duplicateProblem(); !duplicate.empty()) {
+    return duplicate;
   }
   return JsonSettlement::isTooDeep(tree)
              ? "is nested deeper than " + withThousands(JsonSettlement::kDeepest) + " levels"

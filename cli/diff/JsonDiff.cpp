@@ -316,33 +316,32 @@ std::string JsonComparison::pathOf(std::uint32_t step) const {
   return path;
 }
 
-void noteTree(DifferenceBuilder& builder, const std::string& side, const JsonTree& tree) {
-  if (!tree.problem().empty()) {
-    builder.note(side + ' ' + tree.problem());
-  } else if (tree.duplicate() != 0) {
-    builder.note(side + " has an object with two members named " +
-                 std::string(tree.keyOf(tree.duplicate())) + ", in line " +
-                 withThousands(tree.lineOf(tree.duplicate())));
+/// Whether the tree can be compared.
+bool noteTree(DifferenceBuilder& builder, const std::string& side, const JsonTree& tree,
+              bool isOwn) {
+  const bool isTooDeep = isOwn && JsonSettlement::isTooDeep(tree);
+  const std::string problem = !tree.problem().empty() ? tree.problem()
+                              : isTooDeep             ? "is nested too deeply"
+                                                      : tree.duplicateProblem();
+  if (!problem.empty()) {
+    builder.note(side + ' ' + problem);
   }
+  return tree.problem().empty() && !isTooDeep;
 }
 
 }  // namespace
 
 Difference jsonDifference(const DiffRequest& request) {
   DifferenceBuilder builder("json", request);
+  const auto* const rules = request.ownRules<JsonRules>();
   JsonTree masterTree(request.master);
   JsonTree outputTree(request.output);
-  noteTree(builder, "the master", masterTree);
-  noteTree(builder, "the output", outputTree);
-  if (!masterTree.problem().empty() || !outputTree.problem().empty()) {
+  const bool isMasterTree = noteTree(builder, "the master", masterTree, rules != nullptr);
+  if (!noteTree(builder, "the output", outputTree, rules != nullptr) || !isMasterTree) {
     return builder.take();
   }
   std::optional<JsonSettlement> settlement;
-  if (const auto* const rules = request.ownRules<JsonRules>()) {
-    if (JsonSettlement::isTooDeep(masterTree) || JsonSettlement::isTooDeep(outputTree)) {
-      builder.note("nested too deeply for the rules of the format");
-      return builder.take();
-    }
+  if (rules != nullptr) {
     settlement.emplace(masterTree, outputTree, *rules);
   }
   if (masterTree.orderedHash() == outputTree.orderedHash()) {

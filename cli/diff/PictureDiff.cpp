@@ -204,8 +204,8 @@ void noteAllowances(DifferenceBuilder& builder, const PictureRules& rules, std::
     builder.note("allowed: " + decimal(rules.share) + "% of all pixels");
   }
   if (near > 0) {
-    builder.note(counted(near, "more pixel") + " differ by no more than the allowed " +
-                 decimal(rules.distance) + " of 255");
+    builder.note(counted(near, "pixel") + " more within the allowed distance of " +
+                 decimal(rules.distance));
   }
 }
 

@@ -53,7 +53,8 @@ class TableComparison {
   CsvTable m_master;
   CsvTable m_output;
   const CsvRules* m_rules = nullptr;        ///< of an own format
-  std::optional<CsvColumns> m_columnRules;  ///< likewise, if they fit both tables
+  bool m_isKeyed = false;                   ///< rows are told apart by the key columns of both
+  std::optional<CsvColumns> m_columnRules;  ///< likewise, by the master's header
   TableColumns m_columns;
 };
 
@@ -85,8 +86,7 @@ void TableComparison::run() {
   }
   noteSpelling();
   addColumns();
-  const bool hasKeys = m_columnRules && !m_columnRules->keys().empty();
-  const RowAlignment rows = hasKeys ? alignByKeys() : alignRows(m_master, m_output, m_columns);
+  const RowAlignment rows = m_isKeyed ? alignByKeys() : alignRows(m_master, m_output, m_columns);
   if (rows.isCoarse) {
     m_builder.setCoarse();
   }
@@ -107,13 +107,21 @@ void TableComparison::applyRules() {
   if (haveRows && m_rules->hasHeader && header == m_output.cells(0)) {
     m_columns = TableColumns::withSameHeader(
         m_master, [this](std::size_t column) { return m_columnRules->at(column).isIgnored; });
+    m_isKeyed = !m_rules->keys.empty() && m_columnRules->problem().empty();
     return;
   }
-  m_columns.pairs.erase(std::remove_if(m_columns.pairs.begin(), m_columns.pairs.end(),
-                                       [this](const ColumnPair& pair) {
-                                         return m_columnRules->at(pair.master).isIgnored;
-                                       }),
-                        m_columns.pairs.end());
+  const auto ignored = std::stable_partition(
+      m_columns.pairs.begin(), m_columns.pairs.end(),
+      [this](const ColumnPair& pair) { return !m_columnRules->at(pair.master).isIgnored; });
+  for (auto pair = ignored; pair != m_columns.pairs.end(); ++pair) {
+    const std::string& master = m_columns.masterNames[pair->master];
+    const std::string& output = m_columns.outputNames[pair->output];
+    if (master != output) {  // values are ignored, names are not
+      m_builder.addChange("row 1, column " + std::to_string(pair->master + 1), {master, 1},
+                          {output, 1});
+    }
+  }
+  m_columns.pairs.erase(ignored, m_columns.pairs.end());
 }
 
 bool TableComparison::isAllowed(const ColumnPair& column, std::string_view master,
@@ -128,9 +136,6 @@ bool TableComparison::isAllowed(const ColumnPair& column, std::string_view maste
 RowAlignment TableComparison::alignByKeys() const {
   const KeyedRows keyed = pairByKeys(m_master, m_output, *m_columnRules);
   RowAlignment rows;
-  if (m_master.cells(0) != m_output.cells(0)) {
-    rows.pairs.push_back({0, 0});
-  }
   for (const auto& [master, output] : keyed.pairs) {
     if (m_master.rawRow(master) != m_output.rawRow(output)) {
       rows.pairs.push_back({master, output});

@@ -53,7 +53,7 @@ class ComparisonNotes : private OrvComparisonObserver {
   const FileState m_outputBefore;
   ContentHasher m_blocks;  ///< of both files
   Contents m_files;
-  Contents m_texts;  ///< normalised
+  Contents m_texts;                  ///< normalised
   std::vector<std::string> m_rules;  ///< that changed one of the texts
   std::vector<std::string> m_otherRules;
 };

@@ -13,7 +13,8 @@ class OrvDiffNormalizationPattern;
 /// public interface, so this header is not installed.
 ///
 /// Comparisons by bytes, as text and of VMD statistics are observed, outputs in memory and scripts
-/// are not; engines outside the library tell the observer themselves. What is passed is valid during the call. An exception ends the comparison.
+/// are not; engines outside the library tell the observer themselves. What is passed is valid
+/// during the call. An exception ends the comparison.
 class ORVDIFF_API OrvComparisonObserver {
  public:
   /// How much of a text was matched by patterns, whatever took the place of the matches.

@@ -36,9 +36,9 @@ class XmlParser {
   virtual void parseText(const char* bytes, std::uint32_t length) = 0;
 
   /// Loads the schema file at `path`, unless one is loaded, and has every document validated
-  /// against it. A schema that cannot be used, or does not describe `namespaceUri` (empty: whatever it
-  /// describes), is reported on standard output; without one every document is invalid. Only for use
-  /// within `passes`.
+  /// against it. A schema that cannot be used, or does not describe `namespaceUri` (empty: whatever
+  /// it describes), is reported on standard output; without one every document is invalid. Only for
+  /// use within `passes`.
   virtual void loadSchema(const std::string& path, const std::string& namespaceUri) = 0;
 };
 

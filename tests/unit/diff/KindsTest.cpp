@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "cli/custom/FormatList.h"
+#include "cli/custom/PictureComparison.h"
 #include "cli/diff/PairDiff.h"
 #include "tests/support/Testing.h"
 
@@ -17,8 +19,8 @@ namespace {
 std::string describe(const std::string& formatName, const std::string& master,
                      const std::string& output, Verdict verdict = Verdict::Differs,
                      const std::string& printed = {}) {
-  const OrvDiffFormat& format = *OrvDiffFormats::find(formatName);
-  const auto engine = format.createEngine({});
+  const OrvDiffFormat& format = *FormatList::find(formatName);
+  const auto engine = FormatList::createEngine(format, {});
   TestFolder::write("m", master);
   TestFolder::write("o", output);
   PairRecord record;
@@ -187,6 +189,38 @@ TEST(Kinds, Pictures) {
   });
 }
 
+TEST(Kinds, OwnPictures) {
+  const TestFolder folder;
+  const PictureRules rules = {25, 2};  // "a" and "c" are two steps apart
+  const std::string base = png(2, 2, {"aa", "aa"});
+  const std::pair<std::string, const char*> rows[] = {
+      {png(2, 2, {"aa", "ac"}), "allowed distance of pixels"},
+      {png(2, 2, {"az", "ac"}), "allowed share of pixels, allowed distance of pixels"},
+      {png(2, 2, {"aa", "aa"}, chunk("tEXtTitle")), "the same pixels in other bytes"},
+      {png(2, 2, {"az", "za"}), "differs"},
+      {png(2, 2, {"ad", "da"}), "differs"},
+      {png(1, 4, {"a", "a", "a", "a"}), "differs"},
+      {png(2, 2, {"aa"}), "is a damaged PNG"},
+      {"GIF89a", "is not a readable PNG"}};
+  for (const auto& [output, expected] : rows) {
+    const ContentOutcome outcome = comparePictures(base, output, rules);
+    std::string found = outcome.problem;
+    for (const std::string& rule : outcome.rules) {
+      found += (found.empty() ? "" : ", ") + rule;
+    }
+    const bool isPass = outcome.verdict == ContentOutcome::Verdict::Equal;
+    EXPECT_EQ(isPass, !outcome.rules.empty());
+    EXPECT_THAT(found.empty() ? "differs" : found, StartsWith(expected));
+  }
+  FormatList::setOwn({{"charts", "Charts", "", "*.png", rules, {}}});
+  EXPECT_EQ(describe("charts", base, png(2, 2, {"zz", "ac"})),
+            "(2 of 4 pixels differ (50%), by up to 25 of 255, 25 on average) "
+            "(allowed: 25% of all pixels) "
+            "(1 pixel more within the allowed distance of 2) "
+            "[2 x 1 pixels at 0,0] -{#616161} at 0,0, the first of them "
+            "+{#7a7a7a} at 0,0, the first of them ");
+}
+
 TEST(Kinds, Statistics) {
   const auto report = [](const char* objects, const char* pageOuts, const char* referenced) {
     return std::string(
@@ -241,17 +275,21 @@ TEST(Kinds, DamagedFilesAreToldOf) {
   const std::string picture =
       png(40, 3, {std::string(40, 'a'), std::string(40, 'b'), std::string(40, 'c')});
   const std::string bases[] = {picture, R"({"a":[1,2,{"b":"c"}],"d":null})", "a,\"b\"\n1,2\n"};
-  const char* const formats[] = {"html-png", "json", "csv"};
+  const char* const formats[] = {"html-png", "json", "csv", "own-png", "own-json", "own-csv"};
+  FormatList::setOwn({{"own-png", "Own", "", "*", PictureRules{}, {}},
+                      {"own-json", "Own", "", "*", JsonRules{{}, {"$.a"}, {1, 0}}, {}},
+                      {"own-csv", "Own", "", "*", CsvRules{',', true, {}, {"a"}, {1, 0}, {}}, {}}});
   std::mt19937 random(1);
-  for (int round = 0; round < 150; ++round) {
+  for (int round = 0; round < 300; ++round) {
     const std::size_t kind = static_cast<std::size_t>(round) % std::size(bases);
+    const std::size_t format = static_cast<std::size_t>(round) % std::size(formats);
     std::string damaged = bases[kind];
     for (int i = 0; i < 3; ++i) {
       damaged[random() % damaged.size()] = static_cast<char>(random());
     }
     damaged.resize(round % 2 == 0 ? damaged.size() : random() % damaged.size());
     if (damaged != bases[kind]) {
-      EXPECT_NE(describe(formats[kind], bases[kind], damaged), "") << round;
+      EXPECT_NE(describe(formats[format], bases[kind], damaged), "") << round;
     }
   }
 }
