@@ -14,8 +14,8 @@ namespace {
 
 /// In the order of the help text.
 constexpr void (*kVerbs[])(CLI::App& app, Performer& chosen) = {
-    addVerify, addAudit, addDiff,      addNumdiff, addShow,
-    addReport, addMerge, addNormalize, addExplain, addFormats};
+    addVerify, addAudit,     addDiff,    addNumdiff, addShow,   addReport,
+    addMerge,  addNormalize, addExplain, addProbe,   addFormats};
 
 /// What comes before the choice of a verb, or with any.
 struct Common {

@@ -29,6 +29,7 @@ void addFormats(CLI::App& app, Performer& chosen);
 void addMerge(CLI::App& app, Performer& chosen);
 void addNormalize(CLI::App& app, Performer& chosen);
 void addNumdiff(CLI::App& app, Performer& chosen);
+void addProbe(CLI::App& app, Performer& chosen);
 void addReport(CLI::App& app, Performer& chosen);
 void addShow(CLI::App& app, Performer& chosen);
 void addVerify(CLI::App& app, Performer& chosen);
