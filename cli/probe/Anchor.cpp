@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "cli/probe/VaryingPlaces.h"
+#include "cli/probe/Rule.h"
 
 namespace {
 
@@ -78,11 +78,6 @@ bool isLabel(std::string_view text, const Word& word) {
   // The name of an attribute says something about its value, not about the text behind the tag.
   const bool isAttribute = after == '=' && text.find('>', word.end) != std::string_view::npos;
   return name.size() >= kShortestLabel && !isAttribute && !isOneOf(name, kStopWords);
-}
-
-bool isUsable(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return c == '\n' || (byte >= ' ' && byte < 0x7F && c != '$' && c != '\\');
 }
 
 /// The end of `text` that a pattern of the linear subset can hold on to.

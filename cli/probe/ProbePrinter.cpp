@@ -73,8 +73,8 @@ class FindingsPrinter {
   void printSummary() {
     const RunFolders& folders = m_found.texts.folders();
     m_out << countOf(m_found.texts.fileCount(), m_found.format + " file") << " in "
-          << countOf(folders.folders.size(), "run") << ", of which "
-          << m_found.variations.differingFiles << " differ";
+          << countOf(folders.folders.size(), "run") << "; " << m_found.variations.differingFiles
+          << (m_found.variations.differingFiles == 1 ? " differs" : " differ");
     if (folders.others > 0) {
       m_out << " (" << countOf(folders.others, "file") << " with other endings not looked at)";
     }
@@ -143,8 +143,8 @@ class FindingsPrinter {
             << countOf(one.files, "file") << "\n      - " << shown(one.textA) << "\n      + "
             << shown(one.textB) << "\n        " << one.declined.reason << '\n';
       if (!one.declined.expression.empty()) {
-        m_out << "        if it is not, this would hide it: " << shownExpression(one.declined.expression)
-              << '\n';
+        m_out << "        if it is not, this would hide it: "
+              << shownExpression(one.declined.expression) << '\n';
       }
     }
     if (all.size() > m_most) {

@@ -210,6 +210,31 @@ std::string uuidExpression(const std::vector<std::string>& values) {
   return run + '-' + run + '-' + run + '-' + run + '-' + run;
 }
 
+/// "17&b=9f" field by field, if all values have the same ones; a single field as a run.
+std::optional<std::string> fieldsExpression(const std::vector<std::string>& values) {
+  constexpr const char* kSeparators = "&=;/:?";
+  const std::string& first = values.front();
+  const std::size_t separator = first.find_first_of(kSeparators);
+  if (separator == std::string::npos) {
+    return runExpression(ValueKind::Identifier, values);
+  }
+  std::vector<std::string> fields;
+  std::vector<std::string> rests;
+  for (const std::string& value : values) {
+    const std::size_t end = value.find_first_of(kSeparators);
+    if (end == std::string::npos || value[end] != first[separator]) {
+      return std::nullopt;
+    }
+    fields.push_back(value.substr(0, end));
+    rests.push_back(value.substr(end + 1));
+  }
+  const auto field = expressionFor(kindOf(fields), fields);
+  const auto rest = expressionFor(kindOf(rests), rests);
+  return field && rest
+             ? std::optional(*field + quotedExpression(first.substr(separator, 1)) + *rest)
+             : std::nullopt;
+}
+
 /// For values of a form whose parts may be missing.
 std::optional<std::string> generalExpression(ValueKind kind,
                                              const std::vector<std::string>& values) {
@@ -222,10 +247,8 @@ std::optional<std::string> generalExpression(ValueKind kind,
       return "[0-9.]+ ?[a-z]+";
     case ValueKind::Number:
       return "[0-9.,]+";
-    case ValueKind::HexId:
     case ValueKind::Identifier:
-    case ValueKind::Words:
-      return runExpression(kind, values);
+      return fieldsExpression(values);
     default:
       return std::nullopt;
   }
@@ -234,16 +257,18 @@ std::optional<std::string> generalExpression(ValueKind kind,
 }  // namespace
 
 std::optional<std::string> expressionFor(ValueKind kind, const std::vector<std::string>& values) {
+  const bool areAscii = std::all_of(values.begin(), values.end(), [](const std::string& value) {
+    return !value.empty() &&
+           std::all_of(value.begin(), value.end(), [](char c) { return c >= ' ' && c < 0x7F; });
+  });
+  if (!areAscii) {
+    return std::nullopt;
+  }
   if (kind == ValueKind::Uuid) {
     return uuidExpression(values);
   }
   if (kind == ValueKind::HexId) {
     return runExpression(kind, values);
-  }
-  if (kind == ValueKind::Words) {
-    return std::any_of(values.begin(), values.end(), [](const std::string& v) { return v.empty(); })
-               ? std::nullopt
-               : alignedExpression(kind, values);
   }
   const auto aligned = alignedExpression(kind, values);
   return aligned ? aligned : generalExpression(kind, values);

@@ -24,6 +24,7 @@ constexpr KindTraits kTraits[] = {
     {ValueKind::HexId, "hexadecimal id", "hex-id", true},
     {ValueKind::HostName, "host name", "host", true},
     {ValueKind::Version, "version", "version", true},
+    {ValueKind::Year, "year", "year", false},
     {ValueKind::Counter, "counter", "number", false},
     {ValueKind::Number, "number", "number", false},
     {ValueKind::Identifier, "identifier", "id", false},
@@ -133,7 +134,7 @@ bool belongTogether(ValueKind first, ValueKind second, std::string_view secondTe
                     std::string_view gap) {
   const bool isShort =
       gap.size() <= 3 && gap.find_first_not_of(" ,T@/-|") == std::string_view::npos;
-  if (!isOfCalendar(first) || !(isShort || gap == " at ")) {
+  if (!isOfCalendar(first) || !(isShort || gap == " at " || gap == " um ")) {
     return false;
   }
   return isOfCalendar(second) ? first != second
@@ -164,7 +165,7 @@ ValueKind looseKindOf(const std::vector<std::string>& values) {
     return std::all_of(values.begin(), values.end(), condition);
   };
   if (all([](const std::string& value) { return areAll(value, kDigits); })) {
-    return ValueKind::Counter;
+    return all(isYear) ? ValueKind::Year : ValueKind::Counter;
   }
   const auto hasDigit = [](const std::string& value) {
     return value.find_first_of(kDigits) != std::string::npos;
@@ -235,7 +236,8 @@ ValueKind kindOf(const std::vector<std::string>& values) {
   if (!isCommon || kind == ValueKind::Words || kind == ValueKind::HexId) {
     return looseKindOf(values);
   }
-  return kind != ValueKind::Number || looseKindOf(values) != ValueKind::Counter
-             ? kind
-             : ValueKind::Counter;
+  // "4711" is a number as well.
+  const ValueKind loose = looseKindOf(values);
+  const bool isWhole = loose == ValueKind::Counter || loose == ValueKind::Year;
+  return kind == ValueKind::Number && isWhole ? loose : kind;
 }

@@ -15,6 +15,7 @@ enum class ValueKind {
   HexId,
   HostName,
   Version,
+  Year,
   Counter,  ///< a whole number
   Number,   ///< any other
   Identifier,

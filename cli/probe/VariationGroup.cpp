@@ -11,7 +11,9 @@ namespace {
 
 /// Kinds that the same id may have by chance: "12345678", "9fceb02d", "4711-x".
 ValueKind groupingKind(ValueKind kind) {
-  return kind == ValueKind::HexId || kind == ValueKind::Identifier ? ValueKind::Counter : kind;
+  return kind == ValueKind::HexId || kind == ValueKind::Identifier || kind == ValueKind::Year
+             ? ValueKind::Counter
+             : kind;
 }
 
 /// The tag or punctuation around a value, for a value that needs no label to be recognised.
@@ -78,6 +80,37 @@ bool isOnePerRun(const VariationGroup& group) {
   });
 }
 
+/// The group, split by the `choice`th of each member's anchors, or by its last one. Nothing if that
+/// is not the group's own anchor and more.
+std::vector<VariationGroup> partsOf(const VariationGroup& group, std::size_t choice) {
+  std::map<Anchor, VariationGroup> parts;
+  for (const Variation* const variation : group.members) {
+    const std::vector<Anchor> anchors = anchorsOf(*variation);
+    if (!(anchors.front() == group.anchor)) {
+      return {};
+    }
+    const Anchor& anchor = anchors[std::min(choice, anchors.size() - 1)];
+    VariationGroup& part = parts[anchor];
+    part.kind = group.kind;
+    part.anchor = anchor;
+    part.members.push_back(variation);
+  }
+  std::vector<VariationGroup> result;
+  for (auto& [anchor, part] : parts) {
+    result.push_back(std::move(part));
+  }
+  return result;
+}
+
+/// Whether what the anchor `from` matches is also matched by `to`, which holds on to more.
+bool matchesStill(const Anchor& from, const Anchor& to, const OtherMatch& other) {
+  const std::string before = to.left.substr(0, to.left.size() - from.left.size());
+  const std::string after = to.right.substr(from.right.size());
+  return other.before.size() >= before.size() &&
+         other.before.compare(other.before.size() - before.size(), before.size(), before) == 0 &&
+         other.after.compare(0, after.size(), after) == 0;
+}
+
 }  // namespace
 
 std::vector<std::string> VariationGroup::values() const {
@@ -119,6 +152,7 @@ std::vector<Anchor> anchorsOf(const Variation& variation) {
     return rightAnchor(variation.after, labels, false);
   };
   add(left(1), right(0));
+  add(left(1), right(1));
   add(left(2), right(0));
   add(left(2), right(1));
   add(left(3), right(1));
@@ -158,6 +192,31 @@ std::vector<VariationGroup> groupVariations(const std::vector<Variation>& variat
         groupingKind(group.kind) == ValueKind::Counter ? kindOf(group.values()) : group.kind;
   }
   return groups;
+}
+
+std::vector<VariationGroup> anchored(const VariationGroup& group,
+                                     const std::vector<OtherMatch>& others) {
+  constexpr std::size_t kMostParts = 4;
+  constexpr std::size_t kMostAnchors = 6;
+  std::vector<VariationGroup> best = {group};
+  std::size_t least = others.size();
+  for (std::size_t choice = 1; choice < kMostAnchors && least > 0; ++choice) {
+    const std::vector<VariationGroup> parts = partsOf(group, choice);
+    if (parts.empty() || parts.size() > kMostParts) {
+      continue;
+    }
+    const auto matches = static_cast<std::size_t>(
+        std::count_if(others.begin(), others.end(), [&](const OtherMatch& other) {
+          return std::any_of(parts.begin(), parts.end(), [&](const VariationGroup& part) {
+            return matchesStill(group.anchor, part.anchor, other);
+          });
+        }));
+    if (matches < least) {
+      least = matches;
+      best = parts;
+    }
+  }
+  return best;
 }
 
 bool looksVolatile(const VariationGroup& group) {

@@ -38,6 +38,21 @@ Span grownToWord(std::string_view text, Span span) {
   return span;
 }
 
+bool isBlank(std::string_view text) {
+  return text.find_first_not_of(" \t\n") == std::string_view::npos;
+}
+
+/// All blanks in a row.
+Span grownToBlanks(std::string_view text, Span span) {
+  while (span.begin > 0 && isBlank(text.substr(span.begin - 1, 1))) {
+    --span.begin;
+  }
+  while (span.end < text.size() && isBlank(text.substr(span.end, 1))) {
+    ++span.end;
+  }
+  return span;
+}
+
 /// The words and values that the bytes of `edit` are part of. An insertion also belongs to a value
 /// that it is only next to.
 Span grown(std::string_view text, Span edit) {
@@ -138,8 +153,10 @@ class PlaceFinder {
         std::max(place.endA - place.beginA, place.endB - place.beginB) > kLongestGrown) {
       return;
     }
-    const Span a = grown(m_a, spanA(place));
-    const Span b = grown(m_b, spanB(place));
+    const bool areBlanks = isBlank(cut(m_a, spanA(place))) && isBlank(cut(m_b, spanB(place)));
+    const auto grow = areBlanks ? grownToBlanks : grown;
+    const Span a = grow(m_a, spanA(place));
+    const Span b = grow(m_b, spanB(place));
     const std::size_t before = std::min(
         {std::max(place.beginA - a.begin, place.beginB - b.begin), place.beginA, place.beginB});
     const std::size_t after = std::min({std::max(a.end - place.endA, b.end - place.endB),
@@ -179,12 +196,12 @@ class PlaceFinder {
 
 bool isInsideTag(std::string_view text, std::size_t place) {
   const std::size_t from = place - std::min(place, kLongestTag);
-  const std::string_view before = text.substr(from, place - from);
-  const std::size_t bracket = before.find_last_of("<>");
-  return bracket != std::string_view::npos && before[bracket] == '<' &&
-         bracket + 1 < before.size() &&
-         (before[bracket + 1] == '/' || before[bracket + 1] == '!' ||
-          isWordByte(before[bracket + 1]));
+  const std::size_t bracket = text.substr(from, place - from).find_last_of("<>");
+  if (bracket == std::string_view::npos || text[from + bracket] == '>') {
+    return false;
+  }
+  const char next = from + bracket + 1 < text.size() ? text[from + bracket + 1] : ' ';
+  return next == '/' || next == '!' || isWordByte(next);
 }
 
 std::vector<VaryingPlace> findVaryingPlaces(std::string_view a, std::string_view b) {
