@@ -116,13 +116,17 @@ class PlaceFinder {
     for (const TextEdit& edit : compareTexts(m_a, m_b).edits) {
       add({edit.beginA, edit.endA, edit.beginB, edit.endB, ValueKind::Words});
     }
-    for (VaryingPlace& place : m_places) {
+    std::vector<VaryingPlace> places;
+    for (const VaryingPlace& place : m_places) {
+      split(place, places);
+    }
+    for (VaryingPlace& place : places) {
       if (place.kind != ValueKind::AttributeOrder) {
         place.kind =
             kindOf({std::string(cut(m_a, spanA(place))), std::string(cut(m_b, spanB(place)))});
       }
     }
-    return std::move(m_places);
+    return places;
   }
 
  private:
@@ -176,6 +180,46 @@ class PlaceFinder {
     }
     place = {a->begin, a->end, b->begin, b->end, ValueKind::AttributeOrder};
     return true;
+  }
+
+  /// Appends a place to `places`: the values in it one by one, if all that stands between them is
+  /// equal. Edits close to each other come as one.
+  void split(const VaryingPlace& place, std::vector<VaryingPlace>& places) const {
+    const std::string_view textA = cut(m_a, spanA(place));
+    const std::string_view textB = cut(m_b, spanB(place));
+    const std::vector<FoundValue> a = findValues(textA);
+    const std::vector<FoundValue> b = findValues(textB);
+    if (place.kind == ValueKind::AttributeOrder || a.size() < 2 ||
+        !haveEqualGaps(textA, a, textB, b)) {
+      places.push_back(place);
+      return;
+    }
+    for (std::size_t i = 0; i < a.size(); ++i) {
+      const VaryingPlace value = {place.beginA + a[i].begin, place.beginA + a[i].end,
+                                  place.beginB + b[i].begin, place.beginB + b[i].end, a[i].kind};
+      const bool isPart = !places.empty() && places.back().beginA >= place.beginA;
+      if (isPart && joins(places.back(), value)) {
+        places.back().endA = value.endA;
+        places.back().endB = value.endB;
+      } else if (cut(m_a, spanA(value)) != cut(m_b, spanB(value))) {
+        places.push_back(value);
+      }
+    }
+  }
+
+  /// Whether two texts have as many values and the same text around them.
+  static bool haveEqualGaps(std::string_view textA, const std::vector<FoundValue>& a,
+                            std::string_view textB, const std::vector<FoundValue>& b) {
+    std::size_t endA = 0;
+    std::size_t endB = 0;
+    for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
+      if (textA.substr(endA, a[i].begin - endA) != textB.substr(endB, b[i].begin - endB)) {
+        return false;
+      }
+      endA = a[i].end;
+      endB = b[i].end;
+    }
+    return a.size() == b.size() && textA.substr(endA) == textB.substr(endB);
   }
 
   /// Whether too little is between two places to tell them apart: "17&b=93".
