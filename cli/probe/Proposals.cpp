@@ -116,6 +116,13 @@ class Proposer {
     if (explained.members.empty()) {
       return;
     }
+    const std::size_t others =
+        reachOf(*compiled(rule), group.anchor, m_texts, m_variations.places, 0).others;
+    if (others > explained.places()) {
+      declineAll(explained, "a pattern for it would also match " + countOf(others, "other place"),
+                 rule.expression);
+      return;
+    }
     const Variation& first = *explained.members.front();
     std::vector<std::string> examples;
     for (const std::string& one : {first.valueA, first.valueB}) {

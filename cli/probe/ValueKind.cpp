@@ -91,6 +91,15 @@ std::vector<Form> knownForms() {
   };
 }
 
+/// Whether what looks like the name of a host is that of a file: "m1.c.html".
+bool isFileName(std::string_view text) {
+  constexpr std::string_view kEndings[] = {"html", "htm", "xml", "js",   "css", "png", "gif", "jpg",
+                                           "svg",  "pdf", "csv", "json", "txt", "php", "xlsx"};
+  const std::string_view ending = text.substr(text.rfind('.') + 1);
+  return text.substr(0, 2) != "//" &&
+         std::find(std::begin(kEndings), std::end(kEndings), ending) != std::end(kEndings);
+}
+
 /// A pattern list whose masks tell which form stands where.
 class FormSearch {
  public:
@@ -107,8 +116,13 @@ class FormSearch {
     const OrvOriginMap map(text, m_list);
     std::vector<FoundValue> found;
     for (const OrvOriginMap::Mask& mask : map.masks()) {
-      if (mask.rule > 0) {  // the first rule removes carriage returns
-        found.push_back({mask.begin, mask.end, m_kinds[mask.rule - 1]});
+      if (mask.rule == 0) {
+        continue;  // carriage returns
+      }
+      const ValueKind kind = m_kinds[mask.rule - 1];
+      if (kind != ValueKind::HostName ||
+          !isFileName(text.substr(mask.begin, mask.end - mask.begin))) {
+        found.push_back({mask.begin, mask.end, kind});
       }
     }
     return found;
