@@ -8,15 +8,17 @@
 namespace {
 
 constexpr std::size_t kLongestAnchor = 80;
-constexpr std::size_t kShortestLabel = 3;
+constexpr std::size_t kShortestLabel = 2;
 
 constexpr std::string_view kTags[] = {
     "table",  "thead", "tbody", "tfoot", "tr",   "td",   "th",     "span",    "div",  "p",    "a",
     "b",      "i",     "u",     "em",    "font", "img",  "strong", "small",   "li",   "ul",   "ol",
     "dl",     "dt",    "dd",    "br",    "hr",   "h1",   "h2",     "h3",      "h4",   "h5",   "h6",
     "center", "nobr",  "pre",   "code",  "body", "html", "head",   "section", "form", "input"};
-constexpr std::string_view kStopWords[] = {"the",  "for", "and",  "was",  "are",  "from",  "with",
-                                           "nbsp", "amp", "quot", "copy", "http", "https", "www"};
+constexpr std::string_view kStopWords[] = {"of",   "at",   "on",    "in",   "to",   "is",  "am",
+                                           "um",   "or",   "an",    "as",   "the",  "for", "and",
+                                           "was",  "are",  "from",  "with", "nbsp", "amp", "quot",
+                                           "copy", "http", "https", "www"};
 constexpr std::string_view kVolatileWords[] = {
     "build",    "version", "release", "revision", "session", "serial",    "job",       "pid",
     "process",  "run",     "request", "ticket",   "seq",     "sequence",  "id",        "uid",
@@ -138,7 +140,8 @@ std::optional<std::string> rightAnchor(std::string_view after, std::size_t label
     return tagEnd != std::string_view::npos ? std::string(text.substr(0, tagEnd + 1)) : "";
   }
   for (const Word& word : wordsOf(text)) {
-    if (word.end < text.size() && isLabel(text, word) && --labels == 0) {
+    const bool mayBeCut = word.end == text.size() && text.size() == kLongestAnchor;
+    if (!mayBeCut && isLabel(text, word) && --labels == 0) {
       return std::string(text.substr(0, word.end));
     }
   }

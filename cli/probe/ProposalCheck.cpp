@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "cli/probe/PlantedChanges.h"
@@ -31,6 +32,7 @@ class Remainder {
       }
       check.differingFiles += differs ? 1 : 0;
     }
+    markMoves(check.unexplained);
     std::stable_sort(
         check.unexplained.begin(), check.unexplained.end(),
         [](const Unexplained& a, const Unexplained& b) { return a.places > b.places; });
@@ -59,6 +61,27 @@ class Remainder {
       Unexplained& counted = check.unexplained[known->second];
       ++counted.places;
       counted.files += seen.emplace(known->second, true).second ? 1 : 0;
+    }
+  }
+
+  /// What is gone at one place and new at another was moved.
+  static void markMoves(std::vector<Unexplained>& all) {
+    std::set<std::string> gone;
+    for (const Unexplained& one : all) {
+      if (one.textB.empty()) {
+        gone.insert(one.textA);
+      }
+    }
+    std::set<std::string> moved;
+    for (const Unexplained& one : all) {
+      if (one.textA.empty() && gone.count(one.textB) != 0) {
+        moved.insert(one.textB);
+      }
+    }
+    for (Unexplained& one : all) {
+      if (moved.count(one.textA + one.textB) != 0) {
+        one.declined.reason = "moved: the order differs, which a pattern cannot mend";
+      }
     }
   }
 

@@ -118,7 +118,7 @@ class Proposer {
     }
     const std::size_t others =
         reachOf(*compiled(rule), group.anchor, m_texts, m_variations.places, 0).others;
-    if (others > explained.places()) {
+    if (others >= explained.places()) {
       declineAll(explained, "a pattern for it would also match " + countOf(others, "other place"),
                  rule.expression);
       return;

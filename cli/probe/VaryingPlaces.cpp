@@ -133,7 +133,8 @@ class PlaceFinder {
   static Span spanA(const VaryingPlace& place) { return {place.beginA, place.endA}; }
   static Span spanB(const VaryingPlace& place) { return {place.beginB, place.endB}; }
 
-  /// Adds a place. One that grows into the place before it becomes one with it.
+  /// Adds a place. One that grows into the place before it, or the other way round, becomes one
+  /// with it. It ends where the later one does: the earlier one grew over an edit it did not see.
   void add(VaryingPlace place) {
     if (!m_places.empty() && m_places.back().kind == ValueKind::AttributeOrder &&
         place.beginA < m_places.back().endA) {
@@ -145,8 +146,6 @@ class PlaceFinder {
       m_places.pop_back();
       place.beginA = former.beginA;
       place.beginB = former.beginB;
-      place.endA = std::max(place.endA, former.endA);
-      place.endB = std::max(place.endB, former.endB);
     }
     m_places.push_back(place);
   }
