@@ -8,8 +8,10 @@
 #include <vector>
 
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/ConfigOptions.h"
 #include "cli/commands/SelectionOptions.h"
 #include "cli/commands/SubFolders.h"
+#include "cli/commands/SuiteSettings.h"
 #include "cli/commands/WorkFolder.h"
 #include "cli/record/JsonText.h"
 #include "cli/report/AccountPrinter.h"
@@ -25,6 +27,7 @@ struct AuditOptions : CommonOptions {
   std::vector<std::string> locations;
   FormatOptions formats;
   std::string workFolder;
+  ConfigChoice config;
   std::string fixList;  ///< file to write; empty: none
   bool asJson = false;
 };
@@ -132,8 +135,15 @@ void printGroups(const std::vector<Finding>& findings) {
 
 ExitStatus run(const AuditOptions& given) {
   AuditOptions options = given;
+  const auto config = suiteConfigFor(options.config, options.locations, options.verbosity);
+  if (config) {
+    takeSelection(*config, options, options.formats, options.workFolder);
+  }
   enterWorkFolder(options.workFolder, options.locations,
                   {&options.fixList, &options.formats.layoutData.schema});
+  if (config) {
+    takeRules(*config, options.formats);
+  }
   requireLocations(options.locations, options.startFolder);
   std::optional<OutputPlace> fixes;
   if (!options.fixList.empty()) {
@@ -183,4 +193,5 @@ void addAudit(CLI::App& app, Performer& chosen) {
       ->check(notEmpty())
       ->type_name("FILE");
   addWork(verb, audit.workFolder);
+  addConfig(verb, audit.config);
 }

@@ -14,8 +14,8 @@ namespace {
 
 /// In the order of the help text.
 constexpr void (*kVerbs[])(CLI::App& app, Performer& chosen) = {
-    addVerify, addAudit,     addDiff,    addNumdiff, addShow,   addReport,
-    addMerge,  addNormalize, addExplain, addProbe,   addFormats};
+    addVerify, addAudit,     addDiff,    addNumdiff, addShow,    addReport,
+    addMerge,  addNormalize, addExplain, addProbe,   addFormats, addConfigVerb};
 
 /// What comes before the choice of a verb, or with any.
 struct Common {
@@ -102,7 +102,7 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& r
   result.workingFolder = values.workingFolder;
   result.verbosity = values.verbosity();
   CommonOptions common = {
-      std::vector<std::string>(argv, argv + argc), {}, values.verbosity(), values.color};
+      std::vector<std::string>(argv, argv + argc), {}, values.verbosity(), values.color, {}};
   if (!values.workingFolder.empty()) {
     std::error_code unknown;
     common.startFolder = std::filesystem::current_path(unknown).string();

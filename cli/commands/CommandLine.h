@@ -23,6 +23,7 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& r
 
 // Each adds one verb to `app`. Each is defined in the file that performs the verb.
 void addAudit(CLI::App& app, Performer& chosen);
+void addConfigVerb(CLI::App& app, Performer& chosen);
 void addDiff(CLI::App& app, Performer& chosen);
 void addExplain(CLI::App& app, Performer& chosen);
 void addFormats(CLI::App& app, Performer& chosen);

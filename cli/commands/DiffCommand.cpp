@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/ConfigOptions.h"
 #include "cli/commands/FileCommands.h"
 #include "cli/commands/Verb.h"
 #include "cli/diff/PairDiff.h"
@@ -23,6 +24,7 @@ struct DiffVerbOptions : PairOptions {
   DifferenceOptions differences;
   std::string format;
   LayoutDataOptions layoutData;
+  ConfigChoice config;
   double secondsPerPair = kSecondsPerPair;
 };
 
@@ -90,8 +92,10 @@ class Comparison : public PoolWork {
 };
 
 ExitStatus run(const DiffVerbOptions& options) {
+  const FormatOptions own =
+      rulesForFiles(options.config, {options.master, options.actual}, options.verbosity);
   const OrvDiffFormat& format = formatNamed(options.format);
-  const auto engine = createPairEngine(format, options.layoutData);
+  const auto engine = createPairEngine(format, options.layoutData, own.patterns);
   const std::string problem = scriptProblem(*engine);
   if (!problem.empty()) {
     throw CommandError(problem);
@@ -122,4 +126,5 @@ void addDiff(CLI::App& app, Performer& chosen) {
   addTimeout(verb, options.secondsPerPair);
   addDifferences(verb, options.differences);
   addLayoutData(verb, options.layoutData);
+  addConfig(verb, options.config);
 }

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/ConfigOptions.h"
 #include "cli/commands/FileCommands.h"
 #include "cli/commands/HiddenDifferences.h"
 #include "cli/commands/Verb.h"
@@ -26,6 +27,7 @@ struct ExplainOptions : CommonOptions {
   std::string format;
   std::string master;  ///< or the only file
   std::string actual;  ///< empty: none
+  ConfigChoice config;
 };
 
 /// A file with what the rules make of it.
@@ -118,7 +120,21 @@ void printIdle(const std::vector<std::string>& names, Verbosity verbosity) {
   }
 }
 
-void explainFile(const ExplainOptions& options, const OrvPatternList& patterns) {
+/// Who added the patterns among the rules that are not the format's, and why.
+void printSuitePatterns(const OrvOriginMap& map, const std::vector<OwnPattern>& own) {
+  for (const Rule& rule : map.rules()) {
+    const auto found = std::find_if(own.begin(), own.end(), [&rule](const OwnPattern& pattern) {
+      return pattern.pattern.get() == rule.pattern;
+    });
+    if (found != own.end()) {
+      std::cout << "Suite pattern " << printable(found->name) << ", from "
+                << printable(toText(found->definedAt)) << ": " << printable(found->why) << '\n';
+    }
+  }
+}
+
+void explainFile(const ExplainOptions& options, const OrvPatternList& patterns,
+                 const std::vector<OwnPattern>& own) {
   const MappedFile file = readFile(options.master, patterns, options.verbosity);
   const OrvOriginMap& map = file.map;
   const std::vector<const Mask*> longest = longestMasks(map);
@@ -141,6 +157,7 @@ void explainFile(const ExplainOptions& options, const OrvPatternList& patterns) 
       table.print();
     }
     printIdle(idle, options.verbosity);
+    printSuitePatterns(map, own);
   }
   std::cout << "Masked: " << maskedSum(map) << '\n';
 }
@@ -168,13 +185,15 @@ void printRules(const OrvOriginMap& master, const OrvOriginMap& actual,
   printIdle(idle, verbosity);
 }
 
-void explainPair(const ExplainOptions& options, const OrvPatternList& patterns) {
+void explainPair(const ExplainOptions& options, const OrvPatternList& patterns,
+                 const std::vector<OwnPattern>& own) {
   constexpr std::size_t kUsuallyShown = 3;
   const MappedFile master = readFile(options.master, patterns, options.verbosity);
   const MappedFile actual = readFile(options.actual, patterns, options.verbosity);
   const HiddenDifferences hidden(master.map, actual.map);
   if (options.verbosity != Verbosity::Quiet) {
     printRules(master.map, actual.map, hidden, options.verbosity);
+    printSuitePatterns(master.map, own);
     hidden.print(options.verbosity == Verbosity::Verbose ? std::numeric_limits<std::size_t>::max()
                                                          : kUsuallyShown,
                  Palette(options.color));
@@ -195,8 +214,13 @@ void explainPair(const ExplainOptions& options, const OrvPatternList& patterns) 
 }
 
 ExitStatus run(const ExplainOptions& options) {
+  std::vector<std::string> files = {options.master};
+  if (!options.actual.empty()) {
+    files.push_back(options.actual);
+  }
+  const FormatOptions own = rulesForFiles(options.config, files, options.verbosity);
   const OrvDiffFormat& format = formatNamed(options.format);
-  const auto engine = createPairEngine(format);
+  const auto engine = createPairEngine(format, {}, own.patterns);
   const OrvPatternList* const patterns = engine->getCleansingPatterns();
   if (patterns == nullptr) {
     requireReadable(options.master);
@@ -206,9 +230,9 @@ ExitStatus run(const ExplainOptions& options) {
     std::cout << "Nothing is masked: no rule applies to format " << options.format
               << ", which is compared by " << format.comparison << ".\n";
   } else if (options.actual.empty()) {
-    explainFile(options, *patterns);
+    explainFile(options, *patterns, own.patterns);
   } else {
-    explainPair(options, *patterns);
+    explainPair(options, *patterns, own.patterns);
   }
   return kExitPassed;
 }
@@ -227,4 +251,5 @@ void addExplain(CLI::App& app, Performer& chosen) {
   verb.add_option("ACTUAL", options.actual, "The actual output of the pair")
       ->check(notEmpty())
       ->type_name("");
+  addConfig(verb, options.config);
 }

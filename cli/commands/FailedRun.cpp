@@ -34,6 +34,7 @@ VerifyOptions optionsForFailed(VerifyOptions options) {
         "location, --shard, --work, or option for formats");
   }
   makeAbsolute(options.failedRecord);
+  makeAbsolute(options.config.file);
   makeAbsolute(options.recordFolder);
   makeAbsolute(options.harnessLog);
   if (!SummaryFile::isStandardOutput(options.summaryFile)) {
@@ -47,5 +48,12 @@ VerifyOptions optionsForFailed(VerifyOptions options) {
                        run.workingFolder + ", which cannot be entered: " + error.message());
   }
   options.formats = run.formats;
+  if (options.config.file.empty()) {
+    options.config.file = run.config.file;
+    options.config.isNone = options.config.isNone || run.config.file.empty();
+  }
+  // The record tells them, whatever the suite's file says now.
+  options.given.insert({"--work", "--format", "--sub-folder", "--all-sub-folders",
+                        "--folder-suffix", "--layout-schema", "--layout-namespace"});
   return options;
 }

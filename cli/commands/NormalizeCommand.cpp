@@ -1,6 +1,7 @@
 #include <iostream>
 
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/ConfigOptions.h"
 #include "cli/commands/FileCommands.h"
 #include "cli/commands/Verb.h"
 #include "cli/suite/FormatSelection.h"
@@ -16,11 +17,13 @@ namespace {
 struct NormalizeOptions : CommonOptions {
   std::string format;
   std::string file;
+  ConfigChoice config;
 };
 
 ExitStatus run(const NormalizeOptions& options) {
+  const FormatOptions own = rulesForFiles(options.config, {options.file}, Verbosity::Normal);
   const OrvDiffFormat& format = formatNamed(options.format);
-  const auto engine = createPairEngine(format);
+  const auto engine = createPairEngine(format, {}, own.patterns);
   const OrvPatternList* const patterns = engine->getCleansingPatterns();
   if (patterns == nullptr) {
     throw CommandError("format " + options.format + " does not normalise; it is compared by " +
@@ -53,4 +56,5 @@ void addNormalize(CLI::App& app, Performer& chosen) {
       run);
   addFormat(verb, options.format);
   verb.add_option("FILE", options.file, "The file to read")->required()->type_name("");
+  addConfig(verb, options.config);
 }

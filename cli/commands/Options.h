@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@ struct CommonOptions {
   std::string startFolder;         ///< that the user was in before -C; empty without -C
   Verbosity verbosity = Verbosity::Normal;
   ColorChoice color = ColorChoice::Auto;
+  std::set<std::string> given;  ///< long names of the verb's options that the user gave
 };
 
 constexpr double kSecondsPerPair = 300;  ///< if the user does not say otherwise

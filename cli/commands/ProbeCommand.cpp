@@ -1,6 +1,9 @@
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/ConfigOptions.h"
 #include "cli/commands/Verb.h"
 #include "cli/probe/PatternToml.h"
 #include "cli/probe/ProbePrinter.h"
@@ -14,6 +17,7 @@ struct ProbeOptions : CommonOptions {
   std::string format;
   std::vector<std::string> runs;
   std::string append;  ///< empty: print the patterns
+  ConfigChoice config;
 };
 
 /// What the names of the format's outputs end with.
@@ -31,9 +35,21 @@ void append(const std::vector<Proposal>& proposals, const ProbeOptions& options)
   std::cout << ".\n";
 }
 
+/// The suite's own patterns are applied, so that only what they leave is told: those of the file to
+/// append to, else of the one that the first run or the working folder belongs to.
+FormatOptions suiteRules(const ProbeOptions& options) {
+  std::vector<std::string> places = {options.runs.front(), "."};
+  std::error_code unknown;
+  if (std::filesystem::is_regular_file(options.append, unknown)) {
+    places.insert(places.begin(), options.append);
+  }
+  return rulesForFiles(options.config, places, Verbosity::Normal);
+}
+
 ExitStatus run(const ProbeOptions& options) {
+  const FormatOptions own = suiteRules(options);
   const OrvDiffFormat& format = formatNamed(options.format);
-  const auto engine = createPairEngine(format);
+  const auto engine = createPairEngine(format, {}, own.patterns);
   const OrvPatternList* const patterns = engine->getCleansingPatterns();
   if (patterns == nullptr) {
     throw CommandError("format " + options.format + " is compared by " +
@@ -74,4 +90,5 @@ void addProbe(CLI::App& app, Performer& chosen) {
       ->expected(0, 1)
       ->default_str("orvdiff.toml")
       ->type_name("FILE");
+  addConfig(verb, options.config);
 }

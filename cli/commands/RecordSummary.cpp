@@ -24,10 +24,16 @@ void printRecordSummary(const RunRecord& run, const Palette& palette) {
   for (const std::string& note : run.notes) {
     std::cout << printable(note) << '\n';
   }
+  for (const std::string& remark : run.remarks) {
+    std::cout << printable(remark) << '\n';
+  }
   if (!run.complete) {
     std::cout << palette.paint(Color::Yellow, "Interrupted.") << ' ';
-  } else if (countOf(run, Verdict::Passed) != run.pairs || run.status != 0) {
+  } else if (countOf(run, Verdict::Passed) + countOf(run, Verdict::Known) != run.pairs ||
+             run.status != 0) {
     std::cout << palette.paint(Color::Red, "Not all passed.") << ' ';
+  } else if (countOf(run, Verdict::Known) > 0) {
+    std::cout << palette.paint(Color::Yellow, "All passed but what is known.") << ' ';
   } else if (run.findings.empty()) {
     std::cout << palette.paint(Color::Green, "All passed.") << ' ';
   } else {

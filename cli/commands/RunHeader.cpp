@@ -10,6 +10,7 @@
 #include <system_error>
 #include <vector>
 
+#include "cli/record/ContentHash.h"
 #include "cli/suite/Shard.h"
 #include "cli/system/ExitStatus.h"
 
@@ -33,6 +34,14 @@ std::vector<std::string> commonWords(const std::vector<std::string>& words) {
     }
   }
   return common;
+}
+
+RunConfig configOf(const SuiteConfig& config) {
+  RunConfig result = {config.path, contentHash(config.content), {}};
+  for (const OwnPattern& pattern : config.patterns) {
+    result.patterns.push_back({pattern.name, pattern.why, toText(pattern.definedAt)});
+  }
+  return result;
 }
 
 }  // namespace
@@ -62,7 +71,10 @@ RunRecord startedRun(const VerifyOptions& options, const RunPlan& plan) {
     const Shard shard = parseShard(options.shard);
     run.shards = {{shard.index}, shard.count};
   }
-  run.suite = suiteHash(plan.found, options.formats);
+  if (options.suite != nullptr) {
+    run.config = configOf(*options.suite);
+  }
+  run.suite = suiteHash(plan.found, options.formats, run.config.hash);
   run.reports = plan.reports.size();
   run.mayBeEmpty = options.allowNone;
   run.status = kExitTrouble;  // until it has ended

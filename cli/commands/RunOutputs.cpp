@@ -30,6 +30,7 @@ RunRecord endedRun(RunRecord run, const RunTotals& totals,
   run.unverified = totals.unverified;
   run.findings = totals.findings;
   run.notes = problems;
+  run.remarks = totals.remarks;
   run.status = exitStatusOf(totals, problems);
   run.complete = !totals.interrupted && totals.incomplete.empty();
   return run;
@@ -49,7 +50,7 @@ RunOutputs::RunOutputs(const VerifyOptions& options, OutputPlaces& places, RunRe
   }
   m_reports.clear();
   if (!options.recordFolder.empty()) {
-    m_record.emplace(options.recordFolder, m_header, EvidenceLimits{});
+    m_record.emplace(options.recordFolder, m_header, options.evidence);
   }
   if (m_harnessLog) {
     m_harnessLog->start();

@@ -19,7 +19,7 @@ RunPlan planFailed(const VerifyOptions& options) {
   std::size_t pairs = 0;
   while (const auto pair = record.next()) {
     ++pairs;
-    if (pair->verdict != Verdict::Passed) {
+    if (isFailure(pair->verdict)) {
       ++plan.onlyCount;
       (*plan.onlyPairs)[{pair->report, pair->format, pair->subFolder}].push_back(
           {pair->master, pair->output});
@@ -67,7 +67,8 @@ RunPlan planRun(const VerifyOptions& options) {
   return plan;
 }
 
-std::string suiteHash(const FoundReports& found, const FormatOptions& formats) {
+std::string suiteHash(const FoundReports& found, const FormatOptions& formats,
+                      const std::string& configHash) {
   constexpr char kSeparator = '\n';
   std::string text;
   for (const std::vector<std::string>* const list : {&found.pathsInLocation, &formats.names}) {
@@ -83,5 +84,6 @@ std::string suiteHash(const FoundReports& found, const FormatOptions& formats) {
   for (const std::string& subFolder : formats.subFolders) {
     text += subFolder + kSeparator;
   }
-  return contentHash(text + formats.folderSuffix + kSeparator + formats.layoutData.namespaceUri);
+  return contentHash(text + formats.folderSuffix + kSeparator + formats.layoutData.namespaceUri +
+                     (configHash.empty() ? "" : kSeparator + configHash));
 }

@@ -29,5 +29,7 @@ struct RunPlan {
 /// Finds the reports. Raises `CommandError` for locations, shares and records that cannot be used.
 RunPlan planRun(const VerifyOptions& options);
 
-/// Tells the suite that a run belongs to: shards of one suite, run with the same options, agree.
-std::string suiteHash(const FoundReports& found, const FormatOptions& formats);
+/// Tells the suite that a run belongs to: shards of one suite, run with the same options and
+/// suite's file (`configHash`, empty without one), agree.
+std::string suiteHash(const FoundReports& found, const FormatOptions& formats,
+                      const std::string& configHash);

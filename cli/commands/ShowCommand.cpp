@@ -6,6 +6,7 @@
 #include "cli/commands/RecordSummary.h"
 #include "cli/commands/Verb.h"
 #include "cli/record/RecordReader.h"
+#include "cli/report/ClosingSummary.h"
 #include "cli/report/GroupPrinter.h"
 #include "cli/terminal/Printable.h"
 #include "cli/workers/PairVerifier.h"
@@ -17,12 +18,12 @@ struct ShowOptions : CommonOptions {
   bool groupsChanges = true;
 };
 
-/// Whether each pair of an earlier run passed.
+/// Whether each pair of an earlier run passed, or was known.
 std::map<std::string, bool> readPasses(const std::string& folder) {
   RecordReader record(folder);
   std::map<std::string, bool> passes;
   while (const auto pair = record.next()) {
-    passes[pairKey(pair->report, pair->format, pair->master)] = pair->verdict == Verdict::Passed;
+    passes[pairKey(pair->report, pair->format, pair->master)] = !isFailure(pair->verdict);
   }
   return passes;
 }
@@ -30,12 +31,15 @@ std::map<std::string, bool> readPasses(const std::string& folder) {
 ExitStatus showOne(const ShowOptions& options, const Palette& palette) {
   RecordReader record(options.records.front());
   GroupPrinter printer(options.groupsChanges, options.verbosity, palette);
+  Tally tally;
   std::uint64_t pairs = 0;
   while (const auto pair = record.next()) {
     printer.add(*pair);
+    tally.add(*pair);
     ++pairs;
   }
   printer.finish();
+  printKnown(tally);
   RunRecord run = record.run();
   run.pairs = pairs;  // of a run that was cut off, run.json does not know it
   printRecordSummary(run, palette);
@@ -51,7 +55,7 @@ ExitStatus showChanges(const ShowOptions& options, const Palette& palette) {
   std::size_t stillFailing = 0;
   std::size_t newlyPassing = 0;
   while (const auto pair = record.next()) {
-    const bool passes = pair->verdict == Verdict::Passed;
+    const bool passes = !isFailure(pair->verdict);
     const auto former = before.find(pairKey(pair->report, pair->format, pair->master));
     const bool passedBefore = former == before.end() || former->second;
     newlyFailing += passedBefore && !passes ? 1 : 0;

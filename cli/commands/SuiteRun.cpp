@@ -86,7 +86,10 @@ void SuiteRun::lost(std::uint32_t task, std::string_view description, const Work
   deliver(task, pair);
 }
 
-void SuiteRun::deliver(std::uint32_t task, const PairResult& pair) {
+void SuiteRun::deliver(std::uint32_t task, PairResult pair) {
+  if (m_logs.known != nullptr) {
+    m_logs.known->judge(pair.record);
+  }
   tellHarness([&](HarnessLog& log) { log.startReport(m_reports[task]); });
   m_hasPairs = true;
   m_isVerified = m_isVerified || pair.countsForReport;
@@ -185,5 +188,5 @@ void SuiteRun::finished(std::uint32_t task) {
   m_hasPairs = m_isVerified = false;
   ++m_totals.done;
   sendPrinted();
-  m_progress->show(m_totals.done, m_reports.size(), m_totals.pairs.notPassed(), m_reports[task]);
+  m_progress->show(m_totals.done, m_reports.size(), m_totals.pairs.failures(), m_reports[task]);
 }

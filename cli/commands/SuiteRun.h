@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cli/commands/Accounting.h"
+#include "cli/diff/KnownDifferences.h"
 #include "cli/record/RecordWriter.h"
 #include "cli/report/ClosingSummary.h"
 #include "cli/report/GroupPrinter.h"
@@ -29,6 +30,7 @@ struct RunLogs {
   RecordWriter* record = nullptr;
   Accounting* account = nullptr;
   ReportFiles* reports = nullptr;
+  KnownDifferences* known = nullptr;
 };
 
 /// Verifies reports in worker processes, and tells of their pairs in the order of the reports.
@@ -54,7 +56,7 @@ class SuiteRun : private PoolWork {
   void lost(std::uint32_t task, std::string_view description, const WorkerLoss& loss) override;
   void finished(std::uint32_t task) override;
 
-  void deliver(std::uint32_t task, const PairResult& pair);
+  void deliver(std::uint32_t task, PairResult pair);
   void tellLogs(const PairResult& pair);
   void tellHarnessWithoutResult(const PairRecord& pair);
   void guard(bool& isBroken, const char* log, const std::function<void()>& tell);

@@ -1,5 +1,15 @@
 #include "cli/commands/Verb.h"
 
+std::set<std::string> givenOptions(const CLI::App& verb) {
+  std::set<std::string> given;
+  for (const CLI::Option* const option : verb.get_options()) {
+    if (option->count() > 0) {
+      given.insert(option->get_name());
+    }
+  }
+  return given;
+}
+
 const CLI::Validator& notEmpty() {
   static const CLI::Validator validator(
       [](const std::string& text) { return text.empty() ? "needs a value" : ""; }, "");

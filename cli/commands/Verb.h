@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,15 +19,19 @@ struct Verb {
   Options& options;  ///< their targets, which live as long as the app or the performer
 };
 
+/// The long names of the options that the user gave.
+std::set<std::string> givenOptions(const CLI::App& verb);
+
 /// Adds a verb to `app`. If the user chooses it, parsing sets `chosen` to `run` with its options.
 template <typename Options>
 Verb<Options> addVerb(CLI::App& app, Performer& chosen, const char* name, const char* help,
                       ExitStatus (*run)(const Options&)) {
   const auto options = std::make_shared<Options>();
   CLI::App* const verb = app.add_subcommand(name, help);
-  verb->callback([&chosen, options, run] {
-    chosen = [options, run](const CommonOptions& common) {
+  verb->callback([&chosen, verb, options, run] {
+    chosen = [options, run, given = givenOptions(*verb)](const CommonOptions& common) {
       static_cast<CommonOptions&>(*options) = common;
+      options->given = given;
       return run(*options);
     };
   });

@@ -2,13 +2,16 @@
 #include <chrono>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "cli/commands/Accounting.h"
+#include "cli/commands/ConfigOptions.h"
 #include "cli/commands/FailedRun.h"
 #include "cli/commands/FileCommands.h"
 #include "cli/commands/OutputPlaces.h"
@@ -18,9 +21,11 @@
 #include "cli/commands/RunPlan.h"
 #include "cli/commands/SubFolders.h"
 #include "cli/commands/SuiteRun.h"
+#include "cli/commands/SuiteSettings.h"
 #include "cli/commands/VerifyOptions.h"
 #include "cli/commands/WorkFolder.h"
 #include "cli/suite/FormatSelection.h"
+#include "cli/suite/SuiteLayout.h"
 #include "cli/system/Cores.h"
 #include "cli/terminal/Printable.h"
 
@@ -29,8 +34,8 @@ namespace {
 void printHint(const RunTotals& totals) {
   std::error_code ignored;
   if (totals.pairs.of(Verdict::Missing) > 0 &&
-      !std::filesystem::is_directory(kOutputRoot, ignored)) {
-    std::cerr << "orvdiff: folder " << kOutputRoot
+      !std::filesystem::is_directory(suiteLayout().outputRoot, ignored)) {
+    std::cerr << "orvdiff: folder " << suiteLayout().outputRoot
               << " not found; use -C or --work to set the working folder\n";
   }
 }
@@ -50,8 +55,9 @@ PoolLimits limitsOf(const VerifyOptions& options) {
 std::optional<DiffOptions> differencesFor(const VerifyOptions& options) {
   constexpr std::size_t kLeastRecorded = 20;
   constexpr std::size_t kMostBytes = std::size_t{64} * 1024;
+  const bool hasKnown = options.suite != nullptr && !options.suite->known.empty();
   if (options.verbosity == Verbosity::Quiet && options.recordFolder.empty() &&
-      options.reports.empty()) {
+      options.reports.empty() && !hasKnown) {
     return std::nullopt;
   }
   const std::size_t asked = options.differences.maxHunks;
@@ -77,6 +83,8 @@ PairVerifier::Settings settingsOf(const VerifyOptions& options, const RunPlan& p
                                   const std::optional<NewerThan>& newerThan) {
   PairVerifier::Settings settings;
   settings.verbosity = options.verbosity;
+  settings.namesRules =
+      options.verbosity == Verbosity::Verbose || !options.formats.patterns.empty();
   settings.maskLimits = options.maskLimits;
   settings.keepFacts = !options.recordFolder.empty();
   settings.differences = differencesFor(options);
@@ -109,6 +117,35 @@ std::vector<std::string> problemsOf(const VerifyOptions& options, const RunPlan&
   return problems;
 }
 
+KnownDifferences knownOf(const VerifyOptions& options) {
+  return options.suite != nullptr
+             ? KnownDifferences(options.suite->known, options.suite->folder, localDate())
+             : KnownDifferences({}, {}, {});
+}
+
+std::set<std::string> namesOf(const std::vector<OwnPattern>& patterns) {
+  std::set<std::string> names;
+  for (const OwnPattern& pattern : patterns) {
+    names.insert(pattern.name);
+  }
+  return names;
+}
+
+/// Whether every pair of the suite was to be compared.
+bool isWholeRun(const VerifyOptions& options, const RunPlan& plan) {
+  const bool isSelection =
+      options.given.count("--format") + options.given.count("--sub-folder") > 0;
+  return !plan.onlyPairs && options.shard.empty() && plan.found.isWholeSuite && !isSelection;
+}
+
+/// The run has worked by the file as it was; whoever changes it meanwhile may think otherwise.
+void addConfigChange(const VerifyOptions& options, RunTotals& totals) {
+  if (options.suite != nullptr && isChanged(*options.suite)) {
+    totals.remarks.push_back(options.suite->path +
+                             " has changed during the run, which used it as it was at the start");
+  }
+}
+
 ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerThan) {
   const auto start = std::chrono::steady_clock::now();
   const std::set<FindingKind> strict = Accounting::strictKinds(options.strict);
@@ -130,7 +167,11 @@ ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerT
   PairVerifier verifier(plan.reports, formats, owners,
                         settingsOf(options, plan, leftPictures, newerThan));
   Accounting accounting;
-  SuiteRun suiteRun(plan.reports, verifier, printer, outputs.logs(accounting));
+  KnownDifferences known = knownOf(options);
+  RunLogs logs = outputs.logs(accounting);
+  logs.known = known.isEmpty() ? nullptr : &known;
+  SuiteRun suiteRun(plan.reports, verifier, printer, logs);
+  suiteRun.totals().pairs.setSuitePatterns(namesOf(options.formats.patterns));
   suiteRun.verify(limitsOf(options), options.verbosity != Verbosity::Quiet && canShowProgress());
   printer.finish();
   RunTotals& totals = suiteRun.totals();
@@ -139,7 +180,9 @@ ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerT
   if (!totals.interrupted) {
     addUncompared(plan, totals);
     accounting.close(options, plan, formats, pictures, totals);
+    totals.remarks = known.unneeded(isWholeRun(options, plan));
   }
+  addConfigChange(options, totals);
   totals.time = std::chrono::steady_clock::now() - start;
   std::vector<std::string> problems = problemsOf(options, plan, totals, strict);
   outputs.finish(suiteRun, problems);
@@ -150,11 +193,26 @@ ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerT
 
 }  // namespace
 
-ExitStatus run(const VerifyOptions& given) {
-  const std::optional<NewerThan> newerThan = newerThanOf(given);  // a file of the user's folder
+VerifyOptions completeOptions(const VerifyOptions& given) {
   VerifyOptions options = given.failedRecord.empty() ? given : optionsForFailed(given);
+  if (auto config = suiteConfigFor(options.config, options.locations, options.verbosity)) {
+    takeSettings(*config, options);
+    options.suite = std::make_shared<const SuiteConfig>(std::move(*config));
+  }
+  return options;
+}
+
+ExitStatus run(const VerifyOptions& given) {
+  std::optional<NewerThan> newerThan = newerThanOf(given);  // a file of the user's folder
+  VerifyOptions options = completeOptions(given);
+  if (!newerThan) {
+    newerThan = newerThanOf(options);
+  }
   enterWorkFolder(options.workFolder, options.locations,
                   {&options.summaryFile, &options.harnessLog, &options.recordFolder,
                    &options.formats.layoutData.schema});
+  if (options.suite != nullptr) {
+    takeRules(*options.suite, options.formats);
+  }
   return verify(options, newerThan);
 }

@@ -1,6 +1,7 @@
 #include "cli/commands/VerifyOptions.h"
 
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/ConfigOptions.h"
 #include "cli/commands/ReportOptions.h"
 #include "cli/commands/SelectionOptions.h"
 #include "cli/commands/Verb.h"
@@ -58,9 +59,7 @@ void addRecord(CLI::App& verify, VerifyOptions& options) {
 
 }  // namespace
 
-void addVerify(CLI::App& app, Performer& chosen) {
-  const auto [verb, verify] = addVerb<VerifyOptions>(
-      app, chosen, "verify", "Compare report outputs with their stored masters", run);
+void addVerifyOptions(CLI::App& verb, VerifyOptions& verify) {
   verb.add_option("LOCATION", verify.locations,
                   "A report file, or a folder to search for reports (files next to a folder "
                   "named \"Masters\"); required unless --failed names a record")
@@ -102,4 +101,11 @@ void addVerify(CLI::App& app, Performer& chosen) {
   addMaskLimits(verb, verify.maskLimits);
   addReportOptions(verb, verify.reports);
   addLayoutData(verb, verify.formats.layoutData);
+  addConfig(verb, verify.config);
+}
+
+void addVerify(CLI::App& app, Performer& chosen) {
+  const auto [verb, verify] = addVerb<VerifyOptions>(
+      app, chosen, "verify", "Compare report outputs with their stored masters", run);
+  addVerifyOptions(verb, verify);
 }

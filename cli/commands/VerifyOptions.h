@@ -2,11 +2,18 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
+namespace CLI {
+class App;
+}
+
 #include "cli/commands/Options.h"
+#include "cli/config/FindConfig.h"
 #include "cli/diff/OutsizedMasks.h"
+#include "cli/record/RecordWriter.h"
 #include "cli/report/ReportKinds.h"
 #include "cli/suite/FormatSelection.h"
 #include "orvdiff/harness/MOXTestHarness.h"
@@ -29,10 +36,16 @@ struct VerifyOptions : CommonOptions {
   std::string strict;        ///< kinds of findings that are trouble; empty: none
   std::string workFolder;    ///< to change to, all paths on the command line aside; empty: none
   MaskLimits maskLimits;
-  bool groupsChanges = true;  ///< equal changes of several pairs are told once
+  EvidenceLimits evidence;  ///< that a record may keep
+  ConfigChoice config;
+  std::shared_ptr<const SuiteConfig> suite;  ///< the file that counts; null: none
+  bool groupsChanges = true;                 ///< equal changes of several pairs are told once
   bool saveNormalized = false;
   bool listOnly = false;
   bool allowNone = false;
 };
+
+/// Adds all options of verify, for those who ask what a run would do, too.
+void addVerifyOptions(CLI::App& verb, VerifyOptions& options);
 
 ExitStatus run(const VerifyOptions& options);

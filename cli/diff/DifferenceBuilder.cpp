@@ -146,19 +146,6 @@ std::size_t bytesIn(const DiffHunk& hunk) {
 
 }  // namespace
 
-std::string withThousands(std::uint64_t number) {
-  std::string digits = std::to_string(number);
-  for (std::size_t i = digits.size(); i > 3;) {
-    i -= 3;
-    digits.insert(i, 1, ',');
-  }
-  return digits;
-}
-
-std::string counted(std::uint64_t number, const std::string& thing) {
-  return withThousands(number) + ' ' + thing + (number == 1 ? "" : "s");
-}
-
 DifferenceBuilder::DifferenceBuilder(std::string kind, const DiffRequest& request)
     : m_format(request.format.name), m_options(request.options) {
   m_difference.kind = std::move(kind);

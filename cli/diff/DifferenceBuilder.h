@@ -8,18 +8,13 @@
 
 #include "cli/diff/PairDiff.h"
 #include "cli/record/Difference.h"
+#include "cli/terminal/Counts.h"
 
 /// A value that differs, and the line of its file that it starts in (0: not known).
 struct DiffValue {
   std::string_view text;
   std::uint64_t line = 0;
 };
-
-/// A number as people read it: "12,345,678".
-std::string withThousands(std::uint64_t number);
-
-/// "1 byte", "2,000 bytes"; `thing` is the word for one.
-std::string counted(std::uint64_t number, const std::string& thing);
 
 /// Puts together how two files differ: keeps the first hunks, counts all of them, and counts equal
 /// changes together.

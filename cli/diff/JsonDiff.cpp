@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
+#include "cli/content/JsonTree.h"
 #include "cli/diff/DifferenceBuilder.h"
 #include "cli/diff/GapAlignment.h"
-#include "cli/diff/JsonTree.h"
 
 namespace {
 

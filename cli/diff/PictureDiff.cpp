@@ -10,8 +10,8 @@
 #include <new>
 #include <string>
 
+#include "cli/content/PictureReader.h"
 #include "cli/diff/DifferenceBuilder.h"
-#include "cli/diff/PictureReader.h"
 
 namespace {
 

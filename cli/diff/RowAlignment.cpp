@@ -12,7 +12,7 @@ using Hashes = std::vector<std::uint64_t>;
 using Ids = std::vector<std::uint32_t>;
 
 /// `named` is the number of columns that have a name; the others are compared place by place.
-Hashes hashesOf(const Table& table, const std::vector<std::size_t>& columns, std::size_t named) {
+Hashes hashesOf(const CsvTable& table, const std::vector<std::size_t>& columns, std::size_t named) {
   Hashes hashes(table.size());
   for (std::size_t row = 0; row < hashes.size(); ++row) {
     hashes[row] = table.hash(row, columns, named);
@@ -34,7 +34,7 @@ Ids idsOf(const Hashes& hashes, std::size_t begin, std::size_t end,
 
 class RowAligner {
  public:
-  RowAligner(const Table& master, const Table& output, const TableColumns& columns);
+  RowAligner(const CsvTable& master, const CsvTable& output, const TableColumns& columns);
   RowAlignment align();
 
  private:
@@ -48,8 +48,8 @@ class RowAligner {
   void use(std::uint32_t masterRow, std::uint32_t outputRow, std::vector<RowPair>& where);
   Ids unusedIn(const std::vector<bool>& used, std::uint32_t begin, std::uint32_t end) const;
 
-  const Table& m_master;
-  const Table& m_output;
+  const CsvTable& m_master;
+  const CsvTable& m_output;
   std::vector<ColumnPair> m_columnPairs;
   std::uint64_t m_costOfOne = 0;  ///< steps to compare two rows cell by cell
   Hashes m_masterHashes;
@@ -60,7 +60,7 @@ class RowAligner {
   RowAlignment m_result;
 };
 
-RowAligner::RowAligner(const Table& master, const Table& output, const TableColumns& columns)
+RowAligner::RowAligner(const CsvTable& master, const CsvTable& output, const TableColumns& columns)
     : m_master(master),
       m_output(output),
       m_masterUsed(master.size(), true),
@@ -183,7 +183,7 @@ void RowAligner::pairInGap(const SequenceEdit& gap) {
 }
 
 /// The rows of `rows` by what they have in `column`; rows that share their value are left out.
-std::unordered_map<std::string, std::uint32_t> byValue(const Table& table, const Ids& rows,
+std::unordered_map<std::string, std::uint32_t> byValue(const CsvTable& table, const Ids& rows,
                                                        std::size_t column) {
   constexpr std::uint32_t kSeveral = ~std::uint32_t{0};
   std::unordered_map<std::string, std::uint32_t> found;
@@ -284,6 +284,7 @@ void RowAligner::collectRest() {
 
 }  // namespace
 
-RowAlignment alignRows(const Table& master, const Table& output, const TableColumns& columns) {
+RowAlignment alignRows(const CsvTable& master, const CsvTable& output,
+                       const TableColumns& columns) {
   return RowAligner(master, output, columns).align();
 }

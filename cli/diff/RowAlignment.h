@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
+#include "cli/content/CsvTable.h"
+#include "cli/content/TableColumns.h"
 #include "cli/diff/SequenceDiff.h"
-#include "cli/diff/Table.h"
-#include "cli/diff/TableColumns.h"
 
 /// A row of the master and one of the output, counted from 0.
 struct RowPair {
@@ -26,4 +26,4 @@ struct RowAlignment {
 };
 
 /// Aligns rows: equal ones first, then those that have most cells in common.
-RowAlignment alignRows(const Table& master, const Table& output, const TableColumns& columns);
+RowAlignment alignRows(const CsvTable& master, const CsvTable& output, const TableColumns& columns);

@@ -5,11 +5,11 @@
 #include <utility>
 #include <vector>
 
+#include "cli/content/CsvTable.h"
+#include "cli/content/TableColumns.h"
 #include "cli/diff/DifferenceBuilder.h"
 #include "cli/diff/GapAlignment.h"
 #include "cli/diff/RowAlignment.h"
-#include "cli/diff/Table.h"
-#include "cli/diff/TableColumns.h"
 
 namespace {
 
@@ -30,12 +30,12 @@ class TableComparison {
   void addPair(const RowPair& pair);
   void addMove(const RowPair& move, bool isOneOfMany);
   void addCell(const std::string& place, const DiffValue* master, const DiffValue* output);
-  void addBlock(const Table& table, std::uint32_t begin, std::uint32_t end, bool isMaster);
+  void addBlock(const CsvTable& table, std::uint32_t begin, std::uint32_t end, bool isMaster);
   std::string columnName(const ColumnPair& column, std::uint32_t row) const;
 
   DifferenceBuilder& m_builder;
-  Table m_master;
-  Table m_output;
+  CsvTable m_master;
+  CsvTable m_output;
   TableColumns m_columns;
 };
 
@@ -55,8 +55,9 @@ std::string placeOf(const RowPair& pair) {
 
 void TableComparison::run() {
   if (!m_master.isWhole() || !m_output.isWhole()) {
-    m_builder.note("more than " + withThousands(Table::kMostRows) + " rows, or a row longer than " +
-                   withThousands(Table::kLongestRow) + " bytes; compared as text");
+    m_builder.note("more than " + withThousands(CsvTable::kMostRows) +
+                   " rows, or a row longer than " + withThousands(CsvTable::kLongestRow) +
+                   " bytes; compared as text");
     m_builder.setCoarse();
     return;
   }
@@ -197,7 +198,7 @@ void TableComparison::addCell(const std::string& place, const DiffValue* master,
   }
 }
 
-DiffLine wholeRow(const Table& table, std::uint32_t row, DiffLine::Kind kind,
+DiffLine wholeRow(const CsvTable& table, std::uint32_t row, DiffLine::Kind kind,
                   DiffSpan::Kind spanKind) {
   constexpr std::size_t kMostBytes = 400;
   DiffLine line;
@@ -226,7 +227,7 @@ void TableComparison::addMove(const RowPair& move, bool isOneOfMany) {
 }
 
 /// Adds rows that are only in one of the tables.
-void TableComparison::addBlock(const Table& table, std::uint32_t begin, std::uint32_t end,
+void TableComparison::addBlock(const CsvTable& table, std::uint32_t begin, std::uint32_t end,
                                bool isMaster) {
   DiffHunk hunk;
   if (m_builder.keepsNext()) {

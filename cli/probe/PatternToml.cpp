@@ -1,5 +1,6 @@
 #include "cli/probe/PatternToml.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <set>
@@ -7,11 +8,9 @@
 #include <string_view>
 #include <utility>
 
-#include <toml++/toml.h>
-
-#include "cli/system/CommandError.h"
+#include "cli/config/FindConfig.h"
+#include "cli/config/SuiteConfig.h"
 #include "cli/system/OutputPlace.h"
-#include "cli/terminal/Printable.h"
 
 namespace {
 
@@ -66,44 +65,38 @@ std::string tomlOf(const Proposal& proposal, const std::string& format) {
   return toml.str();
 }
 
-std::string contentOf(const std::string& name) {
-  std::ifstream file(name, std::ios::binary);
-  return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "";
-}
-
-toml::table parsed(const std::string& text, const std::string& name, const char* state) {
-  try {
-    return toml::parse(text, name);
-  } catch (const toml::parse_error& error) {
-    std::ostringstream message;
-    message << name << ':' << error.source().begin.line << ':' << error.source().begin.column
-            << state << error.description();
-    throw CommandError(message.str());
+/// Raises `CommandError` if the file, which exists, cannot be read.
+std::string contentOf(const OutputPlace& place) {
+  std::ifstream file(place.name(), std::ios::binary);
+  std::string content{std::istreambuf_iterator<char>(file), {}};
+  if (!file) {
+    place.refuse("its contents cannot be read");
   }
+  return content;
 }
 
-/// What the patterns of a file are called, and what they match in a format.
+/// The names that are taken, and what is matched in outputs of `format` already.
 struct KnownPatterns {
   std::set<std::string> names;
   std::set<std::string> expressions;
 
-  KnownPatterns(const toml::table& file, const std::string& format) {
-    const toml::array* const patterns = file["pattern"].as_array();
-    for (std::size_t i = 0; patterns != nullptr && i < patterns->size(); ++i) {
-      const toml::table* const pattern = patterns->get(i)->as_table();
-      if (pattern == nullptr) {
-        continue;
-      }
-      names.insert((*pattern)["name"].value_or(std::string()));
-      const toml::array* const formats = (*pattern)["formats"].as_array();
-      for (std::size_t j = 0; formats != nullptr && j < formats->size(); ++j) {
-        if (formats->get(j)->value_or(std::string()) == format) {
-          expressions.insert((*pattern)["expression"].value_or(std::string()));
-        }
+  KnownPatterns(const SuiteConfig& config, const std::string& format) {
+    for (const OwnPattern& pattern : config.patterns) {
+      names.insert(pattern.name);
+      if (std::find(pattern.formats.begin(), pattern.formats.end(), format) !=
+          pattern.formats.end()) {
+        expressions.insert(pattern.expression);
       }
     }
   }
 };
+
+/// Raises `CommandError` if a run could not use the file.
+SuiteConfig soundConfig(const std::string& name, const std::string& content) {
+  SuiteConfig config = readSuiteConfig(name, name, content);
+  requireSound(config);
+  return config;
+}
 
 }  // namespace
 
@@ -121,8 +114,9 @@ AppendedPatterns appendPatterns(std::vector<Proposal> proposals, const std::stri
   if (!place.isRegularFile()) {
     place.refuse("it is not a regular file");
   }
-  const std::string before = contentOf(name);
-  KnownPatterns known(parsed(before, name, ": "), format);
+  const std::string content = contentOf(place);
+  const std::string before = content.empty() ? kVersion : content;
+  KnownPatterns known(soundConfig(name, before), format);
   AppendedPatterns done;
   std::vector<Proposal> added;
   for (Proposal& proposal : proposals) {
@@ -140,10 +134,10 @@ AppendedPatterns appendPatterns(std::vector<Proposal> proposals, const std::stri
   if (added.empty()) {
     return done;
   }
-  std::string after = before.empty() ? kVersion : before;
+  std::string after = before;
   after += after.back() == '\n' ? "\n" : "\n\n";
   after += tomlOf(added, format);
-  parsed(after, name, " does not take more patterns at its end: ");
+  soundConfig(name, after);
   place.claim();
   place.write(after);
   return done;

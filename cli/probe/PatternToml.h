@@ -16,6 +16,6 @@ struct AppendedPatterns {
 
 /// Appends the proposals to the file called `name`, creating it if there is none, in full or not at
 /// all; what is in it stays as it is. A proposal whose name is taken gets another one. Raises
-/// `CommandError` if the file is not valid TOML or cannot be written.
+/// `CommandError` if the file is not a sound suite's file, before or after, or cannot be written.
 AppendedPatterns appendPatterns(std::vector<Proposal> proposals, const std::string& format,
                                 const std::string& name);

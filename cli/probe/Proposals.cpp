@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 #include <set>
+#include <utility>
 
 #include "cli/probe/Rule.h"
 #include "cli/probe/SampleText.h"
@@ -116,10 +117,10 @@ class Proposer {
     if (explained.members.empty()) {
       return;
     }
-    const std::size_t others =
-        reachOf(*compiled(rule), group.anchor, m_texts, m_variations.places, 0).others;
-    if (others >= explained.places()) {
-      declineAll(explained, "a pattern for it would also match " + countOf(others, "other place"),
+    Reach reach = reachOf(*compiled(rule), group.anchor, m_texts, m_variations.places, kSamples);
+    if (reach.others >= explained.places()) {
+      declineAll(explained,
+                 "a pattern for it would also match " + countOf(reach.others, "other place"),
                  rule.expression);
       return;
     }
@@ -128,15 +129,18 @@ class Proposer {
     for (const std::string& one : {first.valueA, first.valueB}) {
       examples.push_back(group.anchor.left + one + group.anchor.right);
     }
-    add(rule, explained, examples, textThatStays(rule, value, first.valueA, m_texts));
+    add(rule, explained, std::move(reach), examples,
+        textThatStays(rule, value, first.valueA, m_texts));
   }
 
   void addUnanchored(const UnanchoredRule& rule) {
-    add(rule.rule, rule.group, {rule.example}, applied(rule.rule, rule.example));
+    add(rule.rule, rule.group,
+        reachOf(*compiled(rule.rule), {}, m_texts, m_variations.places, kSamples), {rule.example},
+        applied(rule.rule, rule.example));
   }
 
-  void add(const Rule& rule, const VariationGroup& group, const std::vector<std::string>& examples,
-           const std::string& stays) {
+  void add(const Rule& rule, const VariationGroup& group, Reach reach,
+           const std::vector<std::string>& examples, const std::string& stays) {
     Proposal proposal;
     proposal.kind = group.kind;
     proposal.anchor = group.anchor;
@@ -145,7 +149,7 @@ class Proposer {
     proposal.stays = stays;
     proposal.places = group.places();
     proposal.files = group.files();
-    proposal.reach = reachOf(*compiled(rule), group.anchor, m_texts, m_variations.places, kSamples);
+    proposal.reach = std::move(reach);
     for (const std::string& text : examples) {
       proposal.examples.emplace_back(text, applied(rule, text));
     }

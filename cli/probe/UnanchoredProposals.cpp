@@ -38,7 +38,8 @@ std::vector<UnanchoredRule> orderRules(const std::vector<Variation>& variations)
   std::vector<UnanchoredRule> rules;
   for (auto& [texts, group] : orders) {
     const auto& [inA, inB] = texts;
-    if (orders.size() <= kMostOrders && std::all_of(inA.begin(), inA.end(), isUsable)) {
+    const std::string both = inA + inB;
+    if (orders.size() <= kMostOrders && std::all_of(both.begin(), both.end(), isUsable)) {
       rules.push_back({{quotedExpression(inB), inA}, std::move(group), inB});
     }
   }

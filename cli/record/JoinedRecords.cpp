@@ -29,8 +29,8 @@ void requireSame(const RecordReader& one, const RecordReader& other) {
   const RunRecord& b = other.run();
   const char* const difference = a.program != b.program             ? "versions of orvdiff"
                                  : a.shards.count != b.shards.count ? "numbers of shards"
-                                 : a.suite != b.suite               ? "suites, formats or options"
-                                                                    : nullptr;
+                                 : a.suite != b.suite ? "suites, formats, options or suite files"
+                                                      : nullptr;
   if (difference != nullptr) {
     throw CommandError(one.folder() + " and " + other.folder() +
                        " cannot be joined: they are of different " + difference);
@@ -62,6 +62,7 @@ RunRecord JoinedRecords::joinRuns(bool mustBeWhole) const {
   merged.unverified.clear();
   FindingTally findings;  // every shard accounts for its own reports, so nothing is there twice
   merged.notes.clear();
+  merged.remarks.clear();
   merged.status = kExitPassed;
   for (const auto& source : m_sources) {
     const RunRecord& run = source->reader.run();
@@ -76,6 +77,7 @@ RunRecord JoinedRecords::joinRuns(bool mustBeWhole) const {
     merged.status = std::max({merged.status, run.status, leastStatus});
     merged.unverified.insert(merged.unverified.end(), run.unverified.begin(), run.unverified.end());
     merged.notes.insert(merged.notes.end(), run.notes.begin(), run.notes.end());
+    merged.remarks.insert(merged.remarks.end(), run.remarks.begin(), run.remarks.end());
     for (const FindingTotal& total : run.findings) {
       findings.add(total);
     }

@@ -64,6 +64,19 @@ OutsizedMask maskFrom(const ordered_json& json) {
           json.at("firstLine").get<std::uint64_t>(),      json.at("lastLine").get<std::uint64_t>()};
 }
 
+ordered_json knownJson(const KnownCause& known) {
+  ordered_json json;
+  json["verdict"] = wordFor(known.verdict);
+  json["reasons"] = ordered_json::array();
+  for (const KnownReason& reason : known.reasons) {
+    json["reasons"].push_back({{"why", textToJson(reason.why)},
+                               {"until", reason.until},
+                               {"link", textToJson(reason.link)},
+                               {"place", textToJson(reason.place)}});
+  }
+  return json;
+}
+
 std::string textFrom(const ordered_json& json, const char* member) {
   return json.contains(member) ? textFromJson(json.at(member)) : std::string();
 }
@@ -75,6 +88,15 @@ Verdict verdictFrom(const ordered_json& json) {
     throw std::runtime_error("\"" + word + "\" is not a verdict");
   }
   return *verdict;
+}
+
+KnownCause knownFrom(const ordered_json& json) {
+  KnownCause known = {verdictFrom(json), {}};
+  for (const ordered_json& reason : json.at("reasons")) {
+    known.reasons.push_back({textFrom(reason, "why"), reason.value("until", ""),
+                             textFrom(reason, "link"), textFrom(reason, "place")});
+  }
+  return known;
 }
 
 }  // namespace
@@ -100,6 +122,9 @@ std::string toJsonLine(const PairRecord& record) {
   json["cpuSeconds"] = inMicroseconds(record.cpuSeconds);
   json["masterFile"] = factsJson(record.masterFile);
   json["outputFile"] = factsJson(record.outputFile);
+  if (record.known) {
+    json["known"] = knownJson(*record.known);
+  }
   if (record.mask) {
     json["mask"] = maskJson(*record.mask);
   }
@@ -137,6 +162,9 @@ PairRecord pairFromJsonLine(std::string_view line) {
   record.cpuSeconds = json.value("cpuSeconds", 0.0);
   record.masterFile = factsFrom(json.at("masterFile"));
   record.outputFile = factsFrom(json.at("outputFile"));
+  if (json.contains("known")) {
+    record.known = knownFrom(json.at("known"));
+  }
   if (json.contains("mask")) {
     record.mask = maskFrom(json.at("mask"));
   }

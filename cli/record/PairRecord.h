@@ -34,6 +34,20 @@ struct OutsizedMask {
   std::uint64_t lastLine = 0;
 };
 
+/// Why a difference is accepted, as the suite's file says.
+struct KnownReason {
+  std::string why;
+  std::string until;  ///< the last day, "2027-01-31"
+  std::string link;   ///< may be empty
+  std::string place;  ///< in the file: "orvdiff.toml:31:1"
+};
+
+/// What makes a pair `Known`.
+struct KnownCause {
+  Verdict verdict = Verdict::Differs;  ///< that it would have otherwise
+  std::vector<KnownReason> reasons;    ///< at least one
+};
+
 /// What a run found out about one pair: the unit that workers send, records keep and reports show.
 /// Paths are bytes as the file system knows them, not necessarily UTF-8.
 struct PairRecord {
@@ -51,6 +65,7 @@ struct PairRecord {
   double cpuSeconds = 0;  ///< of the comparison and everything it started
   FileFacts masterFile;
   FileFacts outputFile;
+  std::optional<KnownCause> known;       ///< of a pair that is `Known`
   std::optional<OutsizedMask> mask;      ///< that a pass rests on
   std::vector<std::string> rules;        ///< normalisations that changed a text of this pair
   std::string printed;                   ///< by engines and scripts, as they printed it

@@ -148,11 +148,21 @@ void describe(Archive& archive, OutsizedMask& mask) {
 }
 
 template <typename Archive>
+void describe(Archive& archive, KnownReason& reason) {
+  archive(reason.why, reason.until, reason.link, reason.place);
+}
+
+template <typename Archive>
+void describe(Archive& archive, KnownCause& known) {
+  archive(known.verdict, known.reasons);
+}
+
+template <typename Archive>
 void describe(Archive& archive, PairRecord& record) {
   archive(record.report, record.format, record.subFolder, record.master, record.output,
           record.masterPath, record.outputPath, record.verdict, record.message, record.at,
-          record.seconds, record.cpuSeconds, record.masterFile, record.outputFile, record.mask,
-          record.rules, record.printed, record.difference);
+          record.seconds, record.cpuSeconds, record.masterFile, record.outputFile, record.known,
+          record.mask, record.rules, record.printed, record.difference);
 }
 
 template <typename Archive>

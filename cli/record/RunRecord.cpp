@@ -79,6 +79,25 @@ FormatOptions formatsFromJson(const ordered_json& json) {
   return formats;
 }
 
+ordered_json configToJson(const RunConfig& config) {
+  ordered_json patterns = ordered_json::array();
+  for (const RunPattern& pattern : config.patterns) {
+    patterns.push_back({{"name", textToJson(pattern.name)},
+                        {"why", textToJson(pattern.why)},
+                        {"place", textToJson(pattern.place)}});
+  }
+  return {{"file", textToJson(config.file)}, {"hash", config.hash}, {"patterns", patterns}};
+}
+
+RunConfig configFromJson(const ordered_json& json) {
+  RunConfig config = {textFromJson(json.at("file")), json.at("hash").get<std::string>(), {}};
+  for (const ordered_json& pattern : json.at("patterns")) {
+    config.patterns.push_back({textFromJson(pattern.at("name")), textFromJson(pattern.at("why")),
+                               textFromJson(pattern.at("place"))});
+  }
+  return config;
+}
+
 }  // namespace
 
 std::string toJson(const RunRecord& run) {
@@ -87,6 +106,9 @@ std::string toJson(const RunRecord& run) {
   json["program"] = run.program;
   json["commandLine"] = textsToJson(run.commandLine);
   json["formats"] = formatsToJson(run.formats);
+  if (!run.config.file.empty()) {
+    json["config"] = configToJson(run.config);
+  }
   json["workingFolder"] = textToJson(run.workingFolder);
   json["host"] = run.host;
   json["start"] = run.start;
@@ -102,6 +124,9 @@ std::string toJson(const RunRecord& run) {
     json["findings"].push_back(findingToJson(total));
   }
   json["notes"] = textsToJson(run.notes);
+  if (!run.remarks.empty()) {
+    json["remarks"] = textsToJson(run.remarks);
+  }
   json["mayBeEmpty"] = run.mayBeEmpty;
   json["status"] = run.status;
   json["complete"] = run.complete;
@@ -119,6 +144,9 @@ RunRecord runFromJson(const std::string& text) {
   run.program = json.at("program").get<std::string>();
   run.commandLine = textsFromJson(json.at("commandLine"));
   run.formats = formatsFromJson(json.at("formats"));
+  if (json.contains("config")) {
+    run.config = configFromJson(json.at("config"));
+  }
   run.workingFolder = textFromJson(json.at("workingFolder"));
   run.host = json.at("host").get<std::string>();
   run.start = json.at("start").get<std::string>();
@@ -134,6 +162,9 @@ RunRecord runFromJson(const std::string& text) {
     run.findings.push_back(findingFromJson(finding));
   }
   run.notes = textsFromJson(json.at("notes"));
+  if (json.contains("remarks")) {
+    run.remarks = textsFromJson(json.at("remarks"));
+  }
   run.mayBeEmpty = json.at("mayBeEmpty").get<bool>();
   run.status = json.at("status").get<int>();
   run.complete = json.at("complete").get<bool>();

@@ -15,11 +15,26 @@ struct Shards {
   std::uint32_t count = 1;
 };
 
+/// A pattern that a suite's file added.
+struct RunPattern {
+  std::string name;
+  std::string why;
+  std::string place;  ///< in the file: "orvdiff.toml:9:1"
+};
+
+/// The suite's file that a run worked by.
+struct RunConfig {
+  std::string file;  ///< absolute; empty: there was none
+  std::string hash;  ///< of its bytes
+  std::vector<RunPattern> patterns;
+};
+
 /// What a record says of the run as a whole.
 struct RunRecord {
   std::string program;                   ///< version of orvdiff
   std::vector<std::string> commandLine;  ///< without what is this run's alone: shard, record, -j
   FormatOptions formats;
+  RunConfig config;
   std::string workingFolder;  ///< absolute
   std::string host;
   std::string start;  ///< UTC, "2026-11-23T06:12:00Z"
@@ -32,6 +47,7 @@ struct RunRecord {
   std::vector<std::string> unverified;  ///< reports without a master in any format that was run
   std::vector<FindingTotal> findings;   ///< what else it has to account for
   std::vector<std::string> notes;       ///< what else kept the run from verifying everything
+  std::vector<std::string> remarks;     ///< what is worth knowing, but no trouble
   bool mayBeEmpty = false;              ///< having nothing to verify is no trouble
   int status = 0;                       ///< that the run ended with
   bool complete = false;                ///< false: interrupted, or still running

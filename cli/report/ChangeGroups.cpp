@@ -39,8 +39,8 @@ std::string toJson(const std::vector<ChangeGroup>& groups) {
 std::size_t ChangeGroups::add(const PairRecord& pair) {
   const std::size_t number = m_pairs++;
   const std::size_t known = m_groups.size();
-  if (!pair.difference) {
-    return 0;
+  if (!pair.difference || pair.verdict == Verdict::Known) {
+    return 0;  // a change that is known asks for nothing
   }
   for (const DiffChange& change : pair.difference->changes) {
     const auto [found, isNew] = m_indexOf.try_emplace(change.group, m_groups.size());

@@ -46,10 +46,8 @@ void printPassesByRule(const Tally& pairs) {
 
 /// Verdicts that are so rare that only those that occur are counted out.
 constexpr std::pair<Verdict, const char*> kRareVerdicts[] = {
-    {Verdict::TimedOut, "timed out"},
-    {Verdict::Crashed, "crashed"},
-    {Verdict::Stale, "stale"},
-    {Verdict::NotRun, "not run"},
+    {Verdict::Known, "known"}, {Verdict::TimedOut, "timed out"}, {Verdict::Crashed, "crashed"},
+    {Verdict::Stale, "stale"}, {Verdict::NotRun, "not run"},
 };
 
 void printCounts(const RunTotals& totals) {
@@ -81,7 +79,28 @@ void printCounts(const RunTotals& totals) {
   std::cout << " (" << std::fixed << std::setprecision(2) << totals.time.count() << " s)\n";
 }
 
+/// What the suite's own file has to do with the result, so that it is not forgotten.
+void printSuiteShare(const RunTotals& totals) {
+  printKnown(totals.pairs);
+  if (const std::size_t pairs = totals.pairs.passesBySuite(); pairs > 0) {
+    std::cout << countOf(totals.pairs.suitePatternsUsed(), "suite pattern") << " helped "
+              << countOf(pairs, "pair") << " to pass (-v names them)\n";
+  }
+  for (const std::string& remark : totals.remarks) {
+    std::cout << printable(remark) << '\n';
+  }
+}
+
 }  // namespace
+
+void printKnown(const Tally& pairs) {
+  for (const auto& [place, known] : pairs.knownByPlace()) {
+    std::cout << "Known until " << printable(known.reason.until) << ": "
+              << countOf(known.pairs, "pair") << ", " << printable(known.reason.why) << " ("
+              << printable(place)
+              << (known.reason.link.empty() ? "" : ", " + printable(known.reason.link)) << ")\n";
+  }
+}
 
 std::vector<std::string> findProblems(const RunTotals& totals, bool allowNone) {
   constexpr const char* kRemedy = " (use --allow-none to accept this)";
@@ -121,11 +140,16 @@ void printClosingSummary(const RunTotals& totals, const std::vector<std::string>
   if (verbosity == Verbosity::Verbose) {
     printPassesByRule(totals.pairs);
   }
+  if (verbosity != Verbosity::Quiet) {
+    printSuiteShare(totals);
+  }
   if (totals.interrupted) {
     std::cout << palette.paint(Color::Yellow, "Interrupted") << " after " << totals.done << " of "
               << countOf(totals.reports, "report") << ". ";
-  } else if (!totals.pairs.allPassed()) {
+  } else if (totals.pairs.hasFailures()) {
     std::cout << palette.paint(Color::Red, "Not all passed.") << ' ';
+  } else if (problems.empty() && totals.pairs.of(Verdict::Known) > 0) {
+    std::cout << palette.paint(Color::Yellow, "All passed but what is known.") << ' ';
   } else if (problems.empty() && totals.pairs.pairs() > 0) {
     std::cout << (totals.findings.empty()
                       ? palette.paint(Color::Green, "All passed.")
@@ -144,5 +168,5 @@ ExitStatus exitStatusOf(const RunTotals& totals, const std::vector<std::string>&
   if (totals.pairs.hasTrouble() || !problems.empty()) {
     return kExitTrouble;
   }
-  return totals.pairs.allPassed() ? kExitPassed : kExitNotPassed;
+  return totals.pairs.hasFailures() ? kExitNotPassed : kExitPassed;
 }

@@ -21,6 +21,7 @@ struct RunTotals {
   std::vector<std::string> unsaved;     ///< files that could not be saved
   std::vector<std::string> incomplete;  ///< logs that miss a result, a sentence each
   std::vector<FindingTotal> findings;   ///< what else the run has to account for
+  std::vector<std::string> remarks;     ///< what is worth knowing, but no trouble
   bool interrupted = false;
   std::chrono::duration<double> time{};
 };
@@ -28,6 +29,9 @@ struct RunTotals {
 /// What kept the run from verifying all that it was to, besides results and errors: a sentence
 /// each. With `allowNone`, finding nothing to verify is none of it.
 std::vector<std::string> findProblems(const RunTotals& totals, bool allowNone);
+
+/// Prints a line for each known difference that pairs show.
+void printKnown(const Tally& pairs);
 
 /// Says each on standard error.
 void printProblems(const std::vector<std::string>& problems);

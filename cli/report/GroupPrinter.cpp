@@ -114,7 +114,7 @@ GroupPrinter::GroupPrinter(bool groups, Verbosity verbosity, const Palette& pale
 
 void GroupPrinter::add(const PairRecord& pair) {
   const bool hasChange = pair.difference && !pair.difference->changes.empty();
-  if (!m_isOn || !hasChange) {
+  if (!m_isOn || !hasChange || pair.verdict == Verdict::Known) {
     m_printer.print(pair);
   } else if (!keep(pair)) {
     m_printer.print(pair);

@@ -129,6 +129,7 @@ JUnitReport::Outcome JUnitReport::outcomeOf(Verdict verdict) {
   switch (verdict) {
     case Verdict::Passed:
       return Outcome::Passed;
+    case Verdict::Known:
     case Verdict::NotRun:
       return Outcome::Skipped;
     case Verdict::Differs:

@@ -61,9 +61,12 @@ std::string totals(const RunRecord& run) {
 std::string heading(const RunRecord& run, bool isWhole) {
   const auto found = run.totals.find(std::string(wordFor(Verdict::Passed)));
   const std::uint64_t passed = found == run.totals.end() ? 0 : found->second;
-  const char* const sign = passed == run.pairs && isWhole ? "\u2705" : "\u274C";
+  const auto known = run.totals.find(std::string(wordFor(Verdict::Known)));
+  const std::uint64_t accepted = known == run.totals.end() ? 0 : known->second;
+  const char* const sign = passed + accepted == run.pairs && isWhole ? "\u2705" : "\u274C";
   return std::string("## ") + sign + " orvdiff: " + std::to_string(passed) + " of " +
-         countOf(run.pairs, "pair") + " passed\n\n";
+         countOf(run.pairs, "pair") + " passed" +
+         (accepted > 0 ? ", " + std::to_string(accepted) + " known" : "") + "\n\n";
 }
 
 std::string sentences(std::vector<std::string> said, const std::vector<std::string>& shortfalls) {
@@ -86,7 +89,7 @@ std::string sentences(std::vector<std::string> said, const std::vector<std::stri
 
 void MarkdownReport::add(const PairRecord& pair, const FileReader& /*read*/) {
   m_topics.add(pair);
-  if (pair.verdict == Verdict::Passed) {
+  if (!isFailure(pair.verdict)) {
     return;
   }
   ++m_failed;

@@ -143,6 +143,11 @@ std::string changeWords(std::string_view removed, std::string_view added) {
 
 std::string headline(const PairRecord& pair) {
   std::string verdict(wordFor(pair.verdict));
+  if (pair.known) {
+    const KnownReason& reason = pair.known->reasons.front();
+    return verdict + ": " + printableStart(reason.why, kMostOfLine) + " (until " +
+           printable(reason.until) + ", " + printable(reason.place) + ')';
+  }
   if (!pair.message.empty()) {
     return verdict + ": " + printableStart(pair.message, kMostOfLine);
   }

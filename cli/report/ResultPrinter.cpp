@@ -16,12 +16,20 @@ Color colorOf(Verdict verdict) {
   switch (verdict) {
     case Verdict::Passed:
       return Color::Green;
+    case Verdict::Known:
     case Verdict::Missing:
     case Verdict::Partly:
     case Verdict::NotRun:
       return Color::Yellow;
     default:
       return Color::Red;
+  }
+}
+
+void printKnownCause(const KnownCause& known) {
+  for (const KnownReason& reason : known.reasons) {
+    std::cout << kIndent << wordFor(known.verdict) << ", known until " << printable(reason.until)
+              << ": " << printable(reason.why) << " (" << printable(reason.place) << ")\n";
   }
 }
 
@@ -44,6 +52,10 @@ void ResultPrinter::print(const PairRecord& pair) const {
     return;
   }
   printVerdict(pair);
+  if (pair.known) {
+    printKnownCause(*pair.known);
+    return;
+  }
   if (pair.mask) {
     printMask(*pair.mask);
   }
@@ -62,7 +74,8 @@ void ResultPrinter::print(const PairRecord& pair) const {
 }
 
 /// A pass is if somebody asks, if it rests on an outsized mask, or if an engine had something to
-/// say about it. What a whole format could not run for is said once, at the end.
+/// say about it. What is known, and what a whole format could not run for, is said once, at the
+/// end.
 bool ResultPrinter::isWorthALine(const PairRecord& pair) const {
   if (m_verbosity != Verbosity::Normal) {
     return m_verbosity == Verbosity::Verbose;
@@ -70,7 +83,7 @@ bool ResultPrinter::isWorthALine(const PairRecord& pair) const {
   if (pair.verdict == Verdict::Passed) {
     return pair.mask.has_value() || !pair.printed.empty();
   }
-  return pair.verdict != Verdict::NotRun;
+  return pair.verdict != Verdict::NotRun && pair.verdict != Verdict::Known;
 }
 
 void ResultPrinter::printVerdict(const PairRecord& pair) const {

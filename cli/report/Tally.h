@@ -3,7 +3,9 @@
 #include <array>
 #include <cstddef>
 #include <map>
+#include <set>
 #include <string>
+#include <utility>
 
 #include "cli/record/PairRecord.h"
 
@@ -23,10 +25,26 @@ class Tally {
   /// By rule, how many pairs passed with its help. Only of pairs whose records name their rules.
   const std::map<std::string, std::size_t>& passesByRule() const { return m_passesByRule; }
 
-  /// Everything counted but passes.
-  std::size_t notPassed() const;
+  /// Patterns that a suite's own file adds, by name, so that their share can be told.
+  void setSuitePatterns(std::set<std::string> names) { m_suitePatterns = std::move(names); }
 
-  bool allPassed() const { return notPassed() == 0; }
+  /// How many of these helped a pair to pass.
+  std::size_t suitePatternsUsed() const;
+
+  /// Pairs that passed with the help of the suite's own patterns.
+  std::size_t passesBySuite() const { return m_passesBySuite; }
+
+  /// Pairs that are known, by the reasons that make them so.
+  struct KnownPairs {
+    KnownReason reason;
+    std::size_t pairs = 0;
+  };
+  const std::map<std::string, KnownPairs>& knownByPlace() const { return m_known; }
+
+  /// Everything counted but passes, and what is known.
+  std::size_t failures() const;
+
+  bool hasFailures() const { return failures() > 0; }
 
   /// Whether a pair was not compared, or not to its end.
   bool hasTrouble() const;
@@ -36,4 +54,7 @@ class Tally {
   std::size_t m_pairs = 0;
   std::size_t m_outsizedMasks = 0;
   std::map<std::string, std::size_t> m_passesByRule;
+  std::set<std::string> m_suitePatterns;
+  std::size_t m_passesBySuite = 0;
+  std::map<std::string, KnownPairs> m_known;  ///< by place in the file
 };

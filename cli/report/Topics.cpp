@@ -51,7 +51,7 @@ void Topics::addChanges(const PairRecord& pair) {
 }
 
 void Topics::add(const PairRecord& pair) {
-  if (pair.verdict == Verdict::Passed) {
+  if (!isFailure(pair.verdict)) {
     return;
   }
   if (pair.difference && !pair.difference->changes.empty()) {

@@ -4,33 +4,19 @@
 
 #include <algorithm>
 #include <cctype>
-#include <numeric>
 #include <set>
 #include <string_view>
 #include <utility>
 
 #include "cli/suite/ComparisonScript.h"
 #include "cli/suite/MissingReason.h"
+#include "cli/suite/OwnPatterns.h"
+#include "cli/suite/SuiteLayout.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/XercesStart.h"
+#include "cli/terminal/EditDistance.h"
 
 namespace {
-
-/// The Levenshtein distance of two words.
-std::size_t editDistance(std::string_view one, std::string_view other) {
-  std::vector<std::size_t> row(other.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < one.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t j = 0; j < other.size(); ++j) {
-      const std::size_t changed = diagonal + (one[i] == other[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({changed, row[j] + 1, row[j + 1] + 1});
-    }
-  }
-  return row.back();
-}
 
 std::string lowerCase(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(),
@@ -75,12 +61,16 @@ void setLayoutData(OrvFormatArguments& arguments, const LayoutDataOptions& layou
 }
 
 std::shared_ptr<OrvDiffFileEngine> createLastingEngine(const OrvDiffFormat& format,
-                                                       const OrvFormatArguments& arguments) {
+                                                       const OrvFormatArguments& arguments,
+                                                       const std::vector<OwnPattern>& patterns) {
   if (format.validatesXml) {
     startXercesOnDemand();
   }
   static auto& engines = *new std::vector<std::shared_ptr<OrvDiffFileEngine>>;  // never destroyed
-  return engines.emplace_back(format.createEngine(arguments));
+  const auto& engine = engines.emplace_back(format.createEngine(arguments));
+  engine->setFolders(suiteLayout().masterFolder, suiteLayout().outputRoot);
+  addOwnPatterns(patterns, format.name, *engine);
+  return engine;
 }
 
 SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options,
@@ -97,11 +87,11 @@ SelectedFormat select(const OrvDiffFormat& format, const FormatOptions& options,
     const std::string name(format.name);
     throw CommandError("format " + name + " needs --" + name + "-output-dir");
   }
-  SelectedFormat selected = {&format, createLastingEngine(format, arguments), false, subFolder, {},
-                             {}};
+  SelectedFormat selected = {
+      &format, createLastingEngine(format, arguments, options.patterns), false, subFolder, {}, {}};
   selected.runsScript = runsScript(*selected.engine);
   selected.engine->setMasterAndOutputFoldersSuffix(options.folderSuffix);
-  selected.outputRoot = std::string(kOutputRoot) + '/' +
+  selected.outputRoot = suiteLayout().outputRoot + '/' +
                         selected.engine->getOutputDirectoryTypeName() + options.folderSuffix;
   selected.outputFolder = selected.outputRoot + (subFolder.empty() ? "" : '/' + subFolder);
   return selected;
@@ -121,11 +111,12 @@ const OrvDiffFormat& formatNamed(const std::string& name) {
 }
 
 std::shared_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
-                                                    const LayoutDataOptions& layoutData) {
+                                                    const LayoutDataOptions& layoutData,
+                                                    const std::vector<OwnPattern>& patterns) {
   OrvFormatArguments arguments;
   setLayoutData(arguments, layoutData);
   arguments.outputDirectoryTypeName = "";
-  return createLastingEngine(format, arguments);
+  return createLastingEngine(format, arguments, patterns);
 }
 
 std::vector<SelectedFormat> selectFormats(const FormatOptions& options) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/custom/OwnPattern.h"
 #include "orvdiff/formats/OrvDiffFormats.h"
 
 /// Where the files of a format with configurable folders are.
@@ -31,6 +32,7 @@ struct FormatOptions {
   bool allSubFolders = false;  ///< every sub-folder that the suite has, besides `subFolders`
   std::string folderSuffix;
   LayoutDataOptions layoutData;
+  std::vector<OwnPattern> patterns;  ///< that the suite's file adds to formats
 };
 
 /// A format to verify in one sub-folder, and its engine.
@@ -43,9 +45,6 @@ struct SelectedFormat {
   std::string outputFolder;  ///< where the outputs are that the engine reads
 };
 
-/// Below it are the output folders of all formats; relative to the working folder.
-inline constexpr const char* kOutputRoot = "../webcontent/bi";
-
 /// The format called `name`. Otherwise raises `CommandError`, which suggests similar names.
 const OrvDiffFormat& formatNamed(const std::string& name);
 
@@ -54,7 +53,8 @@ const OrvDiffFormat& formatNamed(const std::string& name);
 
 /// An engine for comparing single pairs, wherever their files are.
 std::shared_ptr<OrvDiffFileEngine> createPairEngine(const OrvDiffFormat& format,
-                                                    const LayoutDataOptions& layoutData = {});
+                                                    const LayoutDataOptions& layoutData = {},
+                                                    const std::vector<OwnPattern>& patterns = {});
 
 /// The formats that `options` asks for, each once in every sub-folder, in the order of
 /// `OrvDiffFormats::all`. The engines borrow strings from `options`. Raises `CommandError` for an

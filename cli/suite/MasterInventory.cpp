@@ -5,6 +5,8 @@
 #include <system_error>
 #include <vector>
 
+#include "cli/suite/SuiteLayout.h"
+
 MasterInventory::MasterInventory(const InventoryRequest& request, const FindingSink& sink,
                                  const std::vector<MasterPlace>& places, ExpectedOutputs& expected)
     : m_request(request), m_sink(sink), m_places(places), m_expected(expected), m_unread(request) {}
@@ -16,7 +18,7 @@ void MasterInventory::take() {
   }
   if (m_request.scope.saysUnclaimed) {
     for (const std::string& folder : m_request.found.misnamedMasterFolders) {
-      m_sink({FindingKind::Case, folder, kMasterFolder});
+      m_sink({FindingKind::Case, folder, suiteLayout().masterFolder});
     }
   }
 }

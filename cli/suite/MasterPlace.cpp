@@ -6,6 +6,7 @@
 
 #include "cli/suite/FolderReader.h"
 #include "cli/suite/PairOwners.h"
+#include "cli/suite/SuiteLayout.h"
 
 namespace {
 
@@ -17,7 +18,7 @@ std::string folderOf(const std::string& path) {
 
 std::string mastersBeside(const std::string& folder) {
   const bool hasTwoSlashes = folder.size() > 1 && folder[folder.size() - 2] == '/';
-  return folder.substr(0, folder.size() - (hasTwoSlashes ? 1 : 0)) + kMasterFolder;
+  return folder.substr(0, folder.size() - (hasTwoSlashes ? 1 : 0)) + suiteLayout().masterFolder;
 }
 
 std::string MasterPlace::pathOf(const std::string& folder, std::string_view name) const {

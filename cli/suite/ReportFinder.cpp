@@ -20,6 +20,7 @@
 #include "cli/suite/MissingReason.h"
 #include "cli/suite/PairOwners.h"
 #include "cli/suite/SuiteBounds.h"
+#include "cli/suite/SuiteLayout.h"
 #include "cli/system/CommandError.h"
 
 namespace fs = std::filesystem;
@@ -84,7 +85,7 @@ FolderContents readFolder(const fs::path& folder) {
     const Kind kind = kindOf(*entry, folder);
     if (kind == Kind::File) {
       contents.files.emplace_back(name);
-    } else if (kind == Kind::Folder && name == kMasterFolder) {
+    } else if (kind == Kind::Folder && name == suiteLayout().masterFolder) {
       contents.hasMasters = true;
     } else if (kind == Kind::Folder) {
       contents.folders.emplace_back(name);
@@ -144,8 +145,8 @@ class Finder {
     }
     const FolderContents contents = readFolder(folder);
     if (contents.hasMasters) {
-      requireReadable(folder / kMasterFolder);
-      m_found.masterFolders.push_back(folder / kMasterFolder);
+      requireReadable(folder / suiteLayout().masterFolder);
+      m_found.masterFolders.push_back(folder / suiteLayout().masterFolder);
       const std::string prefix = folder / "";
       for (const std::string& file : contents.files) {
         const std::string report = prefix + file;
@@ -194,7 +195,7 @@ class Finder {
     m_reports.erase(end, m_reports.end());
   }
 
-  const std::string m_foldedMasterFolder = foldedName(kMasterFolder);
+  const std::string m_foldedMasterFolder = foldedName(suiteLayout().masterFolder);
   std::size_t m_prefixLength = 0;  ///< of the paths of reports in the current location
   std::set<FolderId> m_searched;
   std::vector<Report> m_reports;

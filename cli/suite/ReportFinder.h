@@ -20,9 +20,6 @@ struct FoundReports {
       true;  ///< the locations are folders, and not obviously part of a larger suite
 };
 
-/// The name of the folders that hold masters.
-inline constexpr const char* kMasterFolder = "Masters";
-
 /// Finds the reports at `locations`.
 ///
 /// A location is a report file, or a folder that is searched recursively for reports: regular files

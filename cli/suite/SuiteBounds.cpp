@@ -4,6 +4,7 @@
 
 #include "cli/suite/FolderReader.h"
 #include "cli/suite/ReportFinder.h"
+#include "cli/suite/SuiteLayout.h"
 
 namespace {
 
@@ -19,13 +20,13 @@ bool isThere(const std::string& folder) {
 bool hasMastersBelow(const std::string& folder, const Ids& known, int levels) {
   std::vector<std::string> inner;
   readEntries(folder, [&](std::string_view name, EntryKind kind) {  // unreadable: none to be seen
-    if (kind == EntryKind::Folder && name != kMasterFolder) {
+    if (kind == EntryKind::Folder && name != suiteLayout().masterFolder) {
       inner.push_back(folder + '/' + std::string(name));
     }
   });
   return std::any_of(inner.begin(), inner.end(), [&](const std::string& candidate) {
     return std::find(known.begin(), known.end(), folderId(candidate)) == known.end() &&
-           (isThere(candidate + '/' + kMasterFolder) ||
+           (isThere(candidate + '/' + suiteLayout().masterFolder) ||
             (levels > 1 && hasMastersBelow(candidate, known, levels - 1)));
   });
 }
@@ -46,7 +47,8 @@ bool isInside(const std::string& location, const Ids& known) {
 bool hasMastersBeside(const std::string& location, const Ids& known) {
   const std::string parent = location + "/..";
   return folderId(parent) != folderId("..") && !isInside(location, known) &&
-         (isThere(parent + '/' + kMasterFolder) || hasMastersBelow(parent, known, kLevels));
+         (isThere(parent + '/' + suiteLayout().masterFolder) ||
+          hasMastersBelow(parent, known, kLevels));
 }
 
 }  // namespace

@@ -156,7 +156,7 @@ void PairVerifier::compare(const Format& format, const OrvFilePair& pair, PairRe
   if (notes) {
     record.cpuSeconds = processorSeconds(hasScript) - processorStart;
     notes->addTo(record);
-  } else if (m_settings.verbosity == Verbosity::Verbose) {
+  } else if (m_settings.namesRules) {
     record.rules = watch.rules();
   }
   if (record.verdict == Verdict::Passed) {

@@ -35,6 +35,7 @@ class PairVerifier {
     MaskLimits maskLimits;
     bool keepFacts =
         false;  ///< sizes, hashes, processor time and rules too, as a record wants them
+    bool namesRules = false;  ///< the rules that changed a text, even if no facts are kept
     std::optional<DiffOptions> differences;    ///< how pairs differ, too; none: only whether
     const WantedPairs* onlyPairs = nullptr;    ///< null: all
     const SharedPictures* pictures = nullptr;  ///< null: none is left to another format

@@ -18,8 +18,8 @@
 #include <utility>
 #include <vector>
 
+#include "cli/system/ProcessTree.h"
 #include "cli/workers/DeliveryOrder.h"
-#include "cli/workers/ProcessTree.h"
 #include "cli/workers/SharedBoard.h"
 #include "cli/workers/WorkerProcess.h"
 

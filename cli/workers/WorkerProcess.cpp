@@ -8,7 +8,7 @@
 #include <csignal>
 #include <cstdlib>
 
-#include "cli/workers/ProcessTree.h"
+#include "cli/system/ProcessTree.h"
 
 WorkerLink::~WorkerLink() = default;
 

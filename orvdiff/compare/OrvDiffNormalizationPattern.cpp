@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "orvdiff/compare/pattern/IcuEdits.h"
 #include "orvdiff/compare/pattern/PatternCompiler.h"
@@ -40,6 +41,20 @@ Utf16Text toUtf16(const I18NConverter& converter, const char* text) {
   return {std::unique_ptr<char[]>(reinterpret_cast<char*>(units)), units, length};
 }
 
+/// Tells of a failure on a text by the name that a pattern was given, and why. Patterns without a
+/// name fail as documented.
+void requireSuccess(UErrorCode status, const std::string& name) {
+  if (U_FAILURE(status) && !name.empty()) {
+    const std::string why =
+        status == U_REGEX_TIME_OUT         ? "takes too long on this text"
+        : status == U_REGEX_STACK_OVERFLOW ? "needs too much memory on this text"
+        : status == U_BUFFER_OVERFLOW_ERROR
+            ? "makes the text longer: what it inserts is longer than what it replaces"
+            : std::string("cannot be applied to this text: ") + u_errorName(status);
+    velRaiseAssertion(("the pattern \"" + name + "\" " + why).c_str(), VEL_HERE);
+  }
+}
+
 bool isLiteral(const std::string& replacement) {
   return std::all_of(replacement.begin(), replacement.end(),
                      [](char c) { return orvdiff::pattern::isAscii(c) && c != '$' && c != '\\'; });
@@ -55,6 +70,9 @@ class OrvDiffNormalizationPattern::Impl {
   const orvdiff::pattern::Substitution* substitution() const;
   orvdiff::pattern::Edits findIcuEdits(const char* text, const char* result) const;
   const std::string& getExpression() const { return m_expression; }
+  void setStepLimit(int steps);
+
+  std::string name;
 
  private:
   std::string m_expression;
@@ -95,6 +113,12 @@ void OrvDiffNormalizationPattern::Impl::setReplacementText(const char* replaceme
   m_replacementStringObj = std::move(created);
 }
 
+void OrvDiffNormalizationPattern::Impl::setStepLimit(int steps) {
+  UErrorCode status = U_ZERO_ERROR;
+  uregex_setTimeLimit(m_regEx.get(), steps, &status);
+  VEL_ASSERT_NAMED(U_SUCCESS(status), "Step limit set");
+}
+
 /// Text can grow only through a replacement longer than the shortest match, and growth is the one
 /// failure of ICU's that the matcher would have to reproduce.
 const orvdiff::pattern::Substitution* OrvDiffNormalizationPattern::Impl::substitution() const {
@@ -129,6 +153,7 @@ void OrvDiffNormalizationPattern::Impl::normalizeText(OrvTextBuffer& buffer) con
     status = U_BUFFER_OVERFLOW_ERROR;  // no room for the NUL: a warning for ICU, a failure here
   }
   velCheckIcuMemory(status, VEL_HERE);
+  requireSuccess(status, name);
   // clang-format off
   VEL_ASSERT_NAMED(U_SUCCESS( status ), "Replacement using regular expression failed.");
   // clang-format on
@@ -160,6 +185,22 @@ OrvDiffNormalizationPattern::~OrvDiffNormalizationPattern() = default;
 
 const std::string& OrvDiffNormalizationPattern::getExpression() const {
   return m_impl->getExpression();
+}
+
+void OrvDiffNormalizationPattern::setName(std::string name) {
+  m_impl->name = std::move(name);
+}
+
+const std::string& OrvDiffNormalizationPattern::getName() const {
+  return m_impl->name;
+}
+
+void OrvDiffNormalizationPattern::setStepLimit(int steps) {
+  m_impl->setStepLimit(steps);
+}
+
+bool OrvDiffNormalizationPattern::isLinear() const {
+  return substitution() != nullptr;
 }
 
 void OrvDiffNormalizationPattern::setReplacementText(const char* replacement) {

@@ -44,6 +44,22 @@ class ORVDIFF_API OrvDiffNormalizationPattern {
   /// The expression, as it was given to the constructor.
   const std::string& getExpression() const;
 
+  /// Names the pattern for those who explain results (`OrvOriginMap::nameOf`). Changes no text.
+  void setName(std::string name);
+
+  /// The name that was set; empty if none was.
+  const std::string& getName() const;
+
+  /// Bounds the work for one text, for an expression that nobody has vetted: one step is ten
+  /// thousand of ICU's, about 0.1 ms. Beyond it applying the pattern raises `VELAssertError`, as on
+  /// any failure of ICU's. The same text always takes the same steps. 0, the default: no bound.
+  /// Patterns that run in linear time are not bounded.
+  void setStepLimit(int steps);
+
+  /// Whether the library runs the pattern itself, in time linear in the text and without any way to
+  /// fail. Otherwise ICU runs it, whose time may grow faster than the text.
+  bool isLinear() const;
+
   /// Allocates memory for the text converter: `size` bytes, to be released as `char[]`. Size 0
   /// releases `pBufferToDelete`. A negative size gives null and status -10, lack of memory null and
   /// status -1. Reallocating a block is not supported.

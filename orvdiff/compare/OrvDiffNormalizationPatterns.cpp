@@ -1,5 +1,7 @@
 #include "orvdiff/compare/OrvDiffNormalizationPatterns.h"
 
+#include <iterator>
+
 #include "orvdiff/platform/OrvDeployment.h"
 #include "orvdiff/platform/VELAssert.h"
 
@@ -86,6 +88,11 @@ std::shared_ptr<const OrvDiffNormalizationPattern> OrvDiffNormalizationPatterns:
 }
 
 void OrvSharedPatternList::add(const OrvDiffNormalizationPattern* pattern) {
+  insert(m_list.size(), pattern);
+}
+
+void OrvSharedPatternList::insert(std::size_t position,
+                                  const OrvDiffNormalizationPattern* pattern) {
   m_shares.push_back(OrvDiffNormalizationPatterns::share(pattern));
-  m_list.push_back(pattern);
+  m_list.insert(std::next(m_list.begin(), static_cast<std::ptrdiff_t>(position)), pattern);
 }

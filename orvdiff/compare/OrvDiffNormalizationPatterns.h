@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <list>
 #include <memory>
 
@@ -93,6 +94,9 @@ class ORVDIFF_API OrvSharedPatternList {
   /// Appends `pattern`, which must not be null. Duplicates are kept: a pattern added twice is
   /// applied twice.
   void add(const OrvDiffNormalizationPattern* pattern);
+
+  /// The same at `position` of the list, at most its size.
+  void insert(std::size_t position, const OrvDiffNormalizationPattern* pattern);
 
   const OrvPatternList& list() const { return m_list; }
 

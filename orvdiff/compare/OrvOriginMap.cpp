@@ -135,6 +135,9 @@ std::string OrvOriginMap::nameOf(const OrvDiffNormalizationPattern* pattern) {
   if (pattern == nullptr) {
     return "CarriageReturn";
   }
+  if (!pattern->getName().empty()) {
+    return pattern->getName();
+  }
   const char* const name = OrvDiffNormalizationPatterns::getName(*pattern);
   return name != nullptr ? name : pattern->getExpression();
 }

@@ -100,8 +100,8 @@ class ORVDIFF_API OrvOriginMap {
   /// the mask's `rule`. Valid as long as the map.
   const std::vector<std::size_t>& rulesOf(const Mask& mask) const;
 
-  /// The name of a rule: "CarriageReturn" for null, the pattern's name in the catalogue or, if it
-  /// has none, its expression.
+  /// The name of a rule: "CarriageReturn" for null, the name that the pattern was given, else its
+  /// name in the catalogue or, if it has none, its expression.
   static std::string nameOf(const OrvDiffNormalizationPattern* pattern);
 
   /// Line and column of the byte at `offset` of the original, or of its end. Raises

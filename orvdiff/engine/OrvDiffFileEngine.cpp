@@ -20,7 +20,7 @@
 
 namespace {
 
-constexpr const char* kOutputRoot = "../webcontent/bi/";
+constexpr const char* kOutputRoot = "../webcontent/bi";
 constexpr const char* kMasterFolder = "Masters";
 constexpr const char* kDefaultMasterTail = "*.pdf";
 
@@ -143,6 +143,11 @@ void OrvDiffFileEngine::setMasterAndOutputFoldersSuffix(std::string suffix) {
   m_masterAndOutputFoldersSuffix = std::move(suffix);
 }
 
+void OrvDiffFileEngine::setFolders(std::string masterFolder, std::string outputRoot) {
+  m_masterFolder = std::move(masterFolder);
+  m_outputRoot = std::move(outputRoot);
+}
+
 std::string OrvDiffFileEngine::getMasterFileGlobExpression(const std::string& location) const {
   return getMasterFileDirectory(location) + '/' + getReportName(location) + kDefaultMasterTail;
 }
@@ -160,8 +165,8 @@ const OrvPatternList* OrvDiffFileEngine::getCleansingPatterns() const {
 }
 
 std::string OrvDiffFileEngine::getOutputDirectory() const {
-  std::string directory =
-      kOutputRoot + getOutputDirectoryTypeName() + m_masterAndOutputFoldersSuffix;
+  std::string directory = (m_outputRoot.empty() ? kOutputRoot : m_outputRoot) + '/' +
+                          getOutputDirectoryTypeName() + m_masterAndOutputFoldersSuffix;
   if (isGiven(m_subFolder)) {
     directory += '/';
     directory += m_subFolder;
@@ -172,7 +177,7 @@ std::string OrvDiffFileEngine::getOutputDirectory() const {
 std::string OrvDiffFileEngine::getMasterFileDirectory(const std::string& location) const {
   std::string directory;
   VELFmDir::splitPath(location.c_str(), &directory, nullptr);
-  VELFmDir::joinPath(directory, kMasterFolder);
+  VELFmDir::joinPath(directory, m_masterFolder.empty() ? kMasterFolder : m_masterFolder.c_str());
   if (isGiven(m_subFolder)) {
     VELFmDir::joinPath(directory, m_subFolder);
   }

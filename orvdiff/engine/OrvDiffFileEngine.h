@@ -58,6 +58,11 @@ class ORVDIFF_API OrvDiffFileEngine : public OrvDiffEngine {
   /// verification.
   void setMasterAndOutputFoldersSuffix(std::string suffix);
 
+  /// Sets the name of the folders of masters, "Masters" by default, and the folder that the output
+  /// folders are in, "../webcontent/bi" by default; an empty text stands for the default. Do not
+  /// call it during a verification.
+  void setFolders(std::string masterFolder, std::string outputRoot);
+
  protected:
   /// The wildcard pattern that finds the masters of the report at `location`. The default body
   /// returns the master folder, "/", the report name and "*.pdf".
@@ -135,4 +140,6 @@ class ORVDIFF_API OrvDiffFileEngine : public OrvDiffEngine {
  private:
   const char* m_subFolder;
   std::string m_masterAndOutputFoldersSuffix;
+  std::string m_masterFolder;  ///< empty: the default
+  std::string m_outputRoot;    ///< likewise
 };

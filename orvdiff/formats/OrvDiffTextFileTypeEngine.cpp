@@ -1,5 +1,6 @@
 #include "orvdiff/formats/OrvDiffTextFileTypeEngine.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "orvdiff/compare/OrvDiffLib.h"
@@ -38,6 +39,12 @@ OrvDiffResult* OrvDiffTextFileTypeEngine::performDiff(const std::string& masterN
 
 const OrvPatternList* OrvDiffTextFileTypeEngine::getCleansingPatterns() const {
   return &m_cleansingPatterns.list();
+}
+
+void OrvDiffTextFileTypeEngine::insertCleansingPattern(std::size_t position,
+                                                       const OrvDiffNormalizationPattern* pattern) {
+  VEL_ASSERT_NAMED(pattern, "Pattern to insert");
+  m_cleansingPatterns.insert(std::min(position, m_cleansingPatterns.list().size()), pattern);
 }
 
 void OrvDiffTextFileTypeEngine::addCleansingPattern(const OrvDiffNormalizationPattern* pattern) {

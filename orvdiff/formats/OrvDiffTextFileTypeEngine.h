@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <initializer_list>
 #include <string>
 
@@ -29,6 +30,11 @@ class ORVDIFF_API OrvDiffTextFileTypeEngine : public OrvDiffFileEngine {
                              std::strstream* inMemoryOutput) override;
 
   const OrvPatternList* getCleansingPatterns() const override;
+
+  /// Adds a pattern of the host's to those of the format: at `position` of
+  /// `getCleansingPatterns()`, or behind the last one if there are fewer. The engine borrows it. A
+  /// null one raises `VELAssertError`. Not during a verification.
+  void insertCleansingPattern(std::size_t position, const OrvDiffNormalizationPattern* pattern);
 
  protected:
   /// Appends a pattern, which the engine borrows unless it is the catalogue's. A null one raises

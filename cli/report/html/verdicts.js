@@ -10,6 +10,7 @@ const VERDICTS = {
   error: { sign: "!", kind: "odd", words: "errors" },
   "timed-out": { sign: "◷", kind: "odd", words: "timed out" },
   crashed: { sign: "☇", kind: "odd", words: "crashed" },
+  known: { sign: "≈", kind: "odd", words: "known" },
   stale: { sign: "↺", kind: "odd", words: "stale" },
   "not run": { sign: "–", kind: "odd", words: "not run" },
 };

@@ -1,4 +1,4 @@
-#include "cli/diff/TableColumns.h"
+#include "cli/content/TableColumns.h"
 
 #include <algorithm>
 #include <set>
@@ -72,7 +72,7 @@ std::vector<ColumnPair> TableColumns::pairsUpTo(std::size_t count) const {
   return all;
 }
 
-TableColumns matchColumns(const Table& master, const Table& output) {
+TableColumns matchColumns(const CsvTable& master, const CsvTable& output) {
   TableColumns columns;
   if (master.size() == 0 || output.size() == 0) {
     return columns;

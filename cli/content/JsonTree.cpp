@@ -1,4 +1,4 @@
-#include "cli/diff/JsonTree.h"
+#include "cli/content/JsonTree.h"
 
 #include <xxhash.h>
 
@@ -7,7 +7,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
-#include "cli/diff/DifferenceBuilder.h"
+#include "cli/terminal/Counts.h"
 
 namespace {
 

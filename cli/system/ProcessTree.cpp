@@ -1,4 +1,4 @@
-#include "cli/workers/ProcessTree.h"
+#include "cli/system/ProcessTree.h"
 
 #include <dirent.h>
 #include <sys/prctl.h>

@@ -1,4 +1,4 @@
-#include "cli/diff/PictureReader.h"
+#include "cli/content/PictureReader.h"
 
 #include <png.h>
 
@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "cli/diff/DifferenceBuilder.h"
+#include "cli/terminal/Counts.h"
 
 // libpng reports errors by a long jump, which skips destructors. So every call into it stands in a
 // member function of Decoder that has only trivial variables and starts with setjmp.

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/diff/Table.h"
+#include "cli/content/CsvTable.h"
 
 /// A column of the master and the one of the output that it is compared with.
 struct ColumnPair {
@@ -30,4 +30,4 @@ struct TableColumns {
 
 /// Matches columns by their names, if both tables have a header and no name occurs twice. Columns
 /// that have changed their names are matched by their place, if as many names are new as are gone.
-TableColumns matchColumns(const Table& master, const Table& output);
+TableColumns matchColumns(const CsvTable& master, const CsvTable& output);

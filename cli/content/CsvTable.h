@@ -11,13 +11,13 @@
 /// Cells may be quoted, and then contain separators, line breaks and doubled quotes. Rows may have
 /// different numbers of cells. Every text is a table: a quote that is never closed makes all quotes
 /// of the text plain characters.
-class Table {
+class CsvTable {
  public:
   static constexpr std::size_t kMostRows = 4'000'000;
   static constexpr std::size_t kLongestRow = std::size_t{8} << 20;  ///< in bytes
 
   /// Finds out the separator from the first rows. `text` must outlive the table.
-  explicit Table(std::string_view text);
+  explicit CsvTable(std::string_view text);
 
   /// False when there are more rows, or longer ones, than a table may have; it ends before them.
   bool isWhole() const { return m_isWhole; }

@@ -1,4 +1,4 @@
-#include "cli/diff/Table.h"
+#include "cli/content/CsvTable.h"
 
 #include <xxhash.h>
 
@@ -55,7 +55,7 @@ std::uint64_t combine(std::uint64_t hash, std::uint64_t next) {
 
 }  // namespace
 
-Table::Table(std::string_view text) : m_text(text) {
+CsvTable::CsvTable(std::string_view text) : m_text(text) {
   if (m_text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
     m_text.remove_prefix(kByteOrderMark.size());
   }
@@ -66,14 +66,14 @@ Table::Table(std::string_view text) : m_text(text) {
   }
 }
 
-bool Table::isLineEnd(std::size_t position) const {
+bool CsvTable::isLineEnd(std::size_t position) const {
   return m_text[position] == '\n' ||
          (m_text[position] == '\r' && position + 1 < m_text.size() && m_text[position + 1] == '\n');
 }
 
 /// Where the cell that starts at `begin` ends, at `end` at the latest; `npos` when it is quoted and
 /// its quote is not closed.
-std::size_t Table::endOfCell(std::size_t begin, std::size_t end) const {
+std::size_t CsvTable::endOfCell(std::size_t begin, std::size_t end) const {
   std::size_t at = begin;
   if (m_quotesCount && at < end && m_text[at] == '"') {
     for (++at;; at += 2) {
@@ -94,7 +94,7 @@ std::size_t Table::endOfCell(std::size_t begin, std::size_t end) const {
 }
 
 /// False when a quote is not closed.
-bool Table::splitRows() {
+bool CsvTable::splitRows() {
   m_rows.clear();
   m_isWhole = true;
   std::uint32_t line = 1;
@@ -118,13 +118,13 @@ bool Table::splitRows() {
   return true;
 }
 
-std::string_view Table::rawRow(std::size_t row) const {
+std::string_view CsvTable::rawRow(std::size_t row) const {
   return m_text.substr(m_rows[row].begin, m_rows[row].length);
 }
 
 /// Calls `visit` with each cell's value. What it gets does not outlive the call.
 template <typename Visitor>
-void Table::visitCells(std::size_t row, const Visitor& visit) const {
+void CsvTable::visitCells(std::size_t row, const Visitor& visit) const {
   const std::size_t end = m_rows[row].begin + m_rows[row].length;
   std::string unquoted;
   for (std::size_t begin = m_rows[row].begin; begin <= end;) {
@@ -149,14 +149,14 @@ void Table::visitCells(std::size_t row, const Visitor& visit) const {
   }
 }
 
-std::vector<std::string> Table::cells(std::size_t row) const {
+std::vector<std::string> CsvTable::cells(std::size_t row) const {
   std::vector<std::string> values;
   visitCells(row, [&values](std::string_view cell) { values.emplace_back(cell); });
   return values;
 }
 
-std::uint64_t Table::hash(std::size_t row, const std::vector<std::size_t>& columns,
-                          std::size_t rest) const {
+std::uint64_t CsvTable::hash(std::size_t row, const std::vector<std::size_t>& columns,
+                             std::size_t rest) const {
   std::vector<std::uint64_t> hashes;
   std::uint64_t hashOfRest = 0;
   visitCells(row, [&](std::string_view cell) {
