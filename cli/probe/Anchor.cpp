@@ -105,19 +105,38 @@ std::size_t openedAt(std::string_view text, std::size_t place) {
   return place;
 }
 
+/// The tag at the end of `text`, or the punctuation with the word before it, unless that
+/// `mayBeCut`.
+std::optional<std::string> frameEnd(std::string_view text, bool mayBeCut) {
+  if (text.empty()) {
+    return std::nullopt;
+  }
+  const std::size_t tag = text.back() == '>' ? text.rfind('<') : std::string_view::npos;
+  if (tag != std::string_view::npos) {
+    return std::string(text.substr(tag));
+  }
+  std::size_t begin = text.size();
+  const auto isWordAt = [&](std::size_t place) {
+    return isLetter(text[place]) || (text[place] >= '0' && text[place] <= '9');
+  };
+  while (begin > 0 && !isWordAt(begin - 1)) {
+    --begin;
+  }
+  std::size_t word = begin;
+  while (word > 0 && isWordAt(word - 1)) {
+    --word;
+  }
+  const bool isWhole = word > 0 || !mayBeCut;
+  begin = isWhole && word < begin && isLetter(text[word]) ? word : begin;
+  return begin < text.size() ? std::optional(std::string(text.substr(begin))) : std::nullopt;
+}
+
 }  // namespace
 
 std::optional<std::string> leftAnchor(std::string_view before, std::size_t labels) {
   const std::string_view text = usableEnd(before);
   if (labels == 0) {
-    const std::size_t tag = !text.empty() && text.back() == '>' ? text.rfind('<') : text.size();
-    const std::size_t word = text.find_last_of(
-        "abcdefghijklmnopqrstuvwxyz"
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789");
-    const std::size_t begin = tag < text.size()                ? tag
-                              : word == std::string_view::npos ? 0
-                                                               : word + 1;
-    return begin < text.size() ? std::optional(std::string(text.substr(begin))) : std::nullopt;
+    return frameEnd(text, text.size() < before.size());
   }
   const std::vector<Word> words = wordsOf(text);
   // A word that the margin has cut is none: what it starts with is not known.
