@@ -51,7 +51,7 @@ class Probe(SuiteTest):
         self.write("work/run2/0.html", PAGE.format(number=0, amount=117, build=1, day="2026-11-24 21:03"))
         run = self.probe()
         self.assertEqual((run.status, run.out), (1, ""))
-        self.assertIn("0.html:1:29  1 place in 1 file\n      - 100\n      + 117\n        may be data", run.err)
+        self.assertIn("0.html:1:30  1 place in 1 file\n      - 100\n      + 117\n        may be data", run.err)
 
     def test_a_name_that_is_taken_is_not_used_again(self):
         self.runs()
