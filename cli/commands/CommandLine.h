@@ -32,6 +32,7 @@ void addLog(CLI::App& app, Performer& chosen);
 void addMerge(CLI::App& app, Performer& chosen);
 void addNormalize(CLI::App& app, Performer& chosen);
 void addNumdiff(CLI::App& app, Performer& chosen);
+void addProbe(CLI::App& app, Performer& chosen);
 void addRemove(CLI::App& app, Performer& chosen);
 void addReport(CLI::App& app, Performer& chosen);
 void addShow(CLI::App& app, Performer& chosen);
