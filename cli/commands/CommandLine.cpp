@@ -14,8 +14,8 @@ namespace {
 
 /// In the order of the help text.
 constexpr void (*kVerbs[])(CLI::App& app, Performer& chosen) = {
-    addVerify,  addAccept, addRemove, addUndo,  addLog,       addAudit,   addDiff,
-    addNumdiff, addShow,   addReport, addMerge, addNormalize, addExplain, addFormats};
+    addVerify,  addReview, addAccept, addRemove, addUndo,      addLog,     addAudit,  addDiff,
+    addNumdiff, addShow,   addReport, addMerge,  addNormalize, addExplain, addFormats};
 
 /// What comes before the choice of a verb, or with any.
 struct Common {
