@@ -165,7 +165,7 @@ ExitStatus carryOut(const ChangeOptions& options, const CommonOptions& common,
   }
   if (options.isAgreed || (!options.isDryRun && report.count(Kind::Done) > 0)) {
     report = apply();
-    if (options.isAgreed && isLoud) {
+    if (options.isAgreed && isLoud && wording.listsDone) {
       printPlan(report, wording.done);
     }
   }

@@ -48,10 +48,11 @@ void requireConsent(const ChangeOptions& options);
 
 /// What a verb does to masters, in words.
 struct ChangeWording {
-  const char* todo;  ///< heading of what is to happen: "To accept"
-  const char* verb;  ///< "accept"
-  const char* done;  ///< "Accepted"
-  const char* noun;  ///< of one thing it happens to: "output"
+  const char* todo;       ///< heading of what is to happen: "To accept"
+  const char* verb;       ///< "accept"
+  const char* done;       ///< "Accepted"
+  const char* noun;       ///< of one thing it happens to: "output"
+  bool listsDone = true;  ///< to a user who agreed before seeing a list
 };
 
 /// Shows what would happen, which `check` finds out, and asks, unless the user has agreed already;

@@ -14,8 +14,9 @@ namespace {
 
 /// In the order of the help text.
 constexpr void (*kVerbs[])(CLI::App& app, Performer& chosen) = {
-    addVerify, addAccept, addRemove, addUndo,      addLog,     addAudit, addDiff,    addNumdiff,
-    addShow,   addReport, addMerge,  addNormalize, addExplain, addProbe, addFormats, addConfigVerb};
+    addVerify,    addReview,  addAccept,  addRemove,  addUndo,      addLog,
+    addAudit,     addDiff,    addNumdiff, addShow,    addReport,    addMerge,
+    addNormalize, addExplain, addProbe,   addFormats, addConfigVerb};
 
 /// What comes before the choice of a verb, or with any.
 struct Common {

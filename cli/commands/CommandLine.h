@@ -35,6 +35,7 @@ void addNumdiff(CLI::App& app, Performer& chosen);
 void addProbe(CLI::App& app, Performer& chosen);
 void addRemove(CLI::App& app, Performer& chosen);
 void addReport(CLI::App& app, Performer& chosen);
+void addReview(CLI::App& app, Performer& chosen);
 void addShow(CLI::App& app, Performer& chosen);
 void addUndo(CLI::App& app, Performer& chosen);
 void addVerify(CLI::App& app, Performer& chosen);

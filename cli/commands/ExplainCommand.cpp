@@ -6,6 +6,7 @@
 
 #include "cli/commands/CommandLine.h"
 #include "cli/commands/ConfigOptions.h"
+#include "cli/commands/Explanation.h"
 #include "cli/commands/FileCommands.h"
 #include "cli/commands/HiddenDifferences.h"
 #include "cli/commands/OwnRules.h"
@@ -244,6 +245,16 @@ ExitStatus run(const ExplainOptions& options) {
 }
 
 }  // namespace
+
+void printExplanation(const CommonOptions& options, const std::string& format,
+                      const std::string& master, const std::string& actual) {
+  ExplainOptions explained;
+  static_cast<CommonOptions&>(explained) = options;
+  explained.format = format;
+  explained.master = master;
+  explained.actual = actual;
+  run(explained);
+}
 
 void addExplain(CLI::App& app, Performer& chosen) {
   const auto [verb, options] = addVerb<ExplainOptions>(

@@ -50,6 +50,9 @@ std::string toJsonLine(const Decision& decision) {
       json[name] = textToJson(decision.*member);
     }
   }
+  for (const std::string& group : decision.accepted) {
+    json["accepted"].push_back(textToJson(group));
+  }
   return json.dump();
 }
 
@@ -67,6 +70,9 @@ Decision decisionFromJsonLine(std::string_view line) {
     if (json.contains(name)) {
       decision.*member = textFromJson(json.at(name));
     }
+  }
+  for (const ordered_json& group : json.value("accepted", ordered_json::array())) {
+    decision.accepted.push_back(textFromJson(group));
   }
   if (decision.path.empty()) {
     throw std::runtime_error("it names no \"path\"");

@@ -27,6 +27,8 @@ struct Decision {
   std::string outputHash;
   std::string group;  ///< that the decision was made for as a whole; may be empty
   std::string note;   ///< of a person
+  /// Groups of the pair that were accepted; others are still undecided, so the fix is `Skip`.
+  std::vector<std::string> accepted;
 };
 
 /// As one line of JSON, without a line end. Leaves out what is empty.

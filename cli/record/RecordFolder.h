@@ -7,3 +7,4 @@ inline constexpr const char* kEvidenceFolder = "evidence";
 /// What a record says of a file whose bytes it holds.
 inline constexpr const char* kEvidenceKept = "kept";
 inline constexpr const char* kLockFile = ".lock";
+inline constexpr const char* kDecisionsFile = "decisions.jsonl";

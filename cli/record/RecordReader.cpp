@@ -55,11 +55,27 @@ std::optional<PairRecord> RecordReader::next() {
     return std::nullopt;
   }
   ++m_count;
+  m_position += line.size() + 1;
   try {
     return pairFromJsonLine(line);
   } catch (const std::exception& error) {
     throw CommandError(m_folder + '/' + kPairsFile + ", line " + std::to_string(m_count) +
                        " is damaged: " + error.what());
+  }
+}
+
+PairRecord RecordReader::readAt(std::uint64_t position) const {
+  const std::string path = m_folder + '/' + kPairsFile;
+  std::ifstream file(path, std::ios::binary);
+  std::string line;
+  file.seekg(static_cast<std::streamoff>(position));
+  if (!std::getline(file, line)) {
+    throw CommandError(path + " was changed or cut off");
+  }
+  try {
+    return pairFromJsonLine(line);
+  } catch (const std::exception& error) {
+    throw CommandError(path + " was changed or is damaged: " + error.what());
   }
 }
 

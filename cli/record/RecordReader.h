@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <fstream>
 #include <optional>
 #include <string>
@@ -23,6 +24,13 @@ class RecordReader {
   /// is damaged, and when a complete record holds more or fewer pairs than it says.
   std::optional<PairRecord> next();
 
+  /// Where the line of the next pair begins, for `readAt`.
+  std::uint64_t position() const { return m_position; }
+
+  /// The pair at a `position` that was told before its `next`. Does not change what comes next.
+  /// Raises `CommandError` if it is no longer there.
+  PairRecord readAt(std::uint64_t position) const;
+
   /// The bytes kept as evidence under `hash`. Raises `CommandError` when they are not there or are
   /// not what the hash says.
   std::string evidence(const std::string& hash) const;
@@ -32,4 +40,5 @@ class RecordReader {
   RunRecord m_run;
   std::ifstream m_pairs;
   std::uint64_t m_count = 0;
+  std::uint64_t m_position = 0;  ///< in bytes
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "cli/report/DiffCells.h"
 #include "cli/terminal/Printable.h"
 
 namespace {
@@ -11,112 +12,6 @@ using Kind = DiffLine::Kind;
 constexpr std::size_t kUsualWidth = 100;
 constexpr std::size_t kNarrow = 50;    // narrower: no indent, and one number a line
 constexpr std::size_t kLeastText = 8;  // columns for the text, however narrow the terminal is
-constexpr const char* kCut = "\u2026";
-
-enum class Style { Plain, Changed, Dim };
-
-/// A character as it is shown.
-struct Cell {
-  std::string shown;
-  std::size_t columns;
-  Style style;
-};
-
-using Cells = std::vector<Cell>;
-
-bool isBlankText(std::string_view text) {
-  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
-}
-
-/// A character of a file. Blanks that are all of a change are made visible, and brackets that look
-/// like those of a mask are told apart from them.
-PrintableCharacter shownCharacter(std::string_view text, bool isBlankChange) {
-  constexpr std::string_view kMaskBrackets[] = {"\u27E8", "\u27E9"};
-  constexpr std::string_view kNoBreakSpace = "\u00A0";
-  if (isBlankChange && text.front() == ' ') {
-    return {1, "\u00B7", 1};
-  }
-  for (const auto& [character, escape] :
-       {std::pair{kMaskBrackets[0], "\\u{27E8}"}, std::pair{kMaskBrackets[1], "\\u{27E9}"},
-        std::pair{kNoBreakSpace, "\\u{00A0}"}}) {
-    if (text.substr(0, character.size()) == character) {
-      return {character.size(), escape, std::string_view(escape).size()};
-    }
-  }
-  return firstPrintable(text);
-}
-
-void addText(std::string_view text, Style style, Cells& cells) {
-  const bool isBlankChange = style == Style::Changed && isBlankText(text);
-  while (!text.empty()) {
-    PrintableCharacter character = shownCharacter(text, isBlankChange);
-    cells.push_back({std::move(character.shown), character.columns, style});
-    text.remove_prefix(character.length);
-  }
-}
-
-void addSign(std::string_view sign, Cells& cells) {
-  cells.push_back({std::string(sign), 1, Style::Dim});
-}
-
-void addSpan(const DiffSpan& span, bool showsMasks, Style changed, Cells& cells) {
-  if (span.kind != DiffSpan::Kind::Masked) {
-    addText(span.text, span.kind == DiffSpan::Kind::Changed ? changed : Style::Plain, cells);
-  } else if (showsMasks) {
-    addSign("\u27E8", cells);
-    addText(span.rule, Style::Dim, cells);
-    addSign("\u27E9", cells);
-  }
-}
-
-/// Whether some, but not all, of a line has changed, so that it is worth marking.
-bool isPartlyChanged(const DiffLine& line) {
-  const auto is = [&line](DiffSpan::Kind kind) {
-    return std::any_of(line.spans.begin(), line.spans.end(),
-                       [kind](const DiffSpan& span) { return span.kind == kind; });
-  };
-  return is(DiffSpan::Kind::Changed) && is(DiffSpan::Kind::Same);
-}
-
-bool isOnlyBlanks(const DiffLine& line) {
-  return std::all_of(line.spans.begin(), line.spans.end(),
-                     [](const DiffSpan& span) { return isBlankText(span.text); });
-}
-
-Cells cellsOf(const DiffLine& line, bool showsMasks) {
-  const bool isMarked = isPartlyChanged(line) || isOnlyBlanks(line);
-  Cells cells;
-  if (line.isCutBefore) {
-    addSign(kCut, cells);
-  }
-  for (const DiffSpan& span : line.spans) {
-    addSpan(span, showsMasks, isMarked ? Style::Changed : Style::Plain, cells);
-  }
-  if (line.isCutAfter) {
-    addSign(kCut, cells);
-  }
-  return cells;
-}
-
-/// The end of the row that starts at `begin`; at least one character long.
-std::size_t endOfRow(const Cells& cells, std::size_t begin, std::size_t width) {
-  std::size_t columns = 0;
-  std::size_t end = begin;
-  while (end < cells.size() && (columns + cells[end].columns <= width || end == begin)) {
-    columns += cells[end].columns;
-    ++end;
-  }
-  return end;
-}
-
-/// Leaves as much of the cells as one row takes.
-void clip(Cells& cells, std::size_t width) {
-  if (endOfRow(cells, 0, width) < cells.size()) {
-    cells.resize(endOfRow(cells, 0, width - 1));
-    addSign(kCut, cells);
-  }
-}
-
 std::string rightAligned(std::uint64_t number, std::size_t width) {
   const std::string digits = number == 0 ? "" : std::to_string(number);
   return std::string(width - std::min(width, digits.size()), ' ') + digits;
@@ -167,7 +62,7 @@ DifferencePrinter::DifferencePrinter(const DifferenceView& view, const Palette& 
     : m_view(view),
       m_palette(palette),
       m_width(widthFor(view)),
-      m_indent(m_width < kNarrow ? 0 : 10, ' ') {}
+      m_indent(m_width < kNarrow ? 0 : view.indent, ' ') {}
 
 void DifferencePrinter::print(const Difference& difference, std::ostream& out) const {
   for (const std::string& note : difference.notes) {
@@ -208,81 +103,30 @@ void DifferencePrinter::printHunk(const DiffHunk& hunk, std::ostream& out) const
       DiffLine rest;
       rest.kind = line.kind;
       out << m_indent << gutter.of(rest)
-          << m_palette.paint(Color::Dim, kCut + (' ' + countOf(line.omitted, "more line"))) << '\n';
+          << m_palette.paint(Color::Dim, kCutSign + (' ' + countOf(line.omitted, "more line")))
+          << '\n';
     }
   }
 }
-
-/// Writes a line in rows of one width.
-class DifferencePrinter::Rows {
- public:
-  Rows(const Palette& palette, Kind kind, std::ostream& out)
-      : m_palette(palette), m_kind(kind), m_out(out) {}
-
-  void write(const Cells& cells, std::size_t begin, std::size_t end) {
-    for (std::size_t i = begin; i < end;) {
-      std::string run;
-      const Style style = cells[i].style;
-      for (; i < end && cells[i].style == style; ++i) {
-        run += cells[i].shown;
-      }
-      m_out << painted(run, style);
-    }
-    m_out << '\n';
-  }
-
-  /// A row of carets under what has changed, if anything has.
-  void mark(const Cells& cells, std::size_t begin, std::size_t end, const std::string& gutter) {
-    std::string marks;
-    for (std::size_t i = begin; i < end; ++i) {
-      marks.append(cells[i].columns, cells[i].style == Style::Changed ? '^' : ' ');
-    }
-    const std::size_t last = marks.find_last_of('^');
-    if (last != std::string::npos) {
-      m_out << gutter << marks.substr(0, last + 1) << '\n';
-    }
-  }
-
- private:
-  std::string painted(const std::string& text, Style style) const {
-    if (style == Style::Dim) {
-      return m_palette.paint(Color::Dim, text);
-    }
-    const bool isMarked = style == Style::Changed;
-    switch (m_kind) {
-      case Kind::Removed:
-        return m_palette.paint(isMarked ? Color::RedMarked : Color::Red, text);
-      case Kind::Added:
-        return m_palette.paint(isMarked ? Color::GreenMarked : Color::Green, text);
-      case Kind::Context:
-        break;
-    }
-    return text;
-  }
-
-  const Palette& m_palette;
-  const Kind m_kind;
-  std::ostream& m_out;
-};
 
 void DifferencePrinter::printLine(const DiffLine& line, const Gutter& gutter,
                                   std::ostream& out) const {
   const std::string start = m_indent + gutter.of(line);
   const std::string blankStart(start.size(), ' ');
   const std::size_t width = std::max(m_width - std::min(m_width, start.size()), kLeastText);
-  Cells cells = cellsOf(line, m_view.showsMasks);
+  DiffCells cells = cellsOf(line, m_view.showsMasks);
   if (line.kind == Kind::Context) {
     clip(cells, width);
   }
-  Rows rows(m_palette, line.kind, out);
   std::size_t begin = 0;
   do {
     const std::size_t end = endOfRow(cells, begin, width);
     const std::string& front = begin == 0 ? start : blankStart;
-    out << (cells.empty() ? front.substr(0, front.find_last_not_of(' ') + 1) : front);
-    rows.write(cells, begin, end);
-    if (!m_palette.isColored()) {
-      rows.mark(cells, begin, end, blankStart);
+    out << (cells.empty() ? front.substr(0, front.find_last_not_of(' ') + 1) : front)
+        << paintedRow(cells, begin, end, line.kind, m_palette) << '\n';
+    const std::string marks = m_palette.isColored() ? "" : marksBelow(cells, begin, end);
+    if (!marks.empty()) {
+      out << blankStart << marks << '\n';
     }
     begin = end;
   } while (begin < cells.size());

@@ -14,6 +14,7 @@ struct DifferenceView {
   std::size_t maxHunks = 3;  ///< of a pair; 0: all that there are
   std::size_t width = 0;     ///< in columns; 0: that of the terminal, or 100
   bool showsMasks = true;
+  std::size_t indent = 10;  ///< in columns; none on a narrow terminal
 };
 
 /// Prints how two files differ, for a person at a terminal:
@@ -37,7 +38,6 @@ class DifferencePrinter {
 
  private:
   struct Gutter;
-  class Rows;
 
   void printHunk(const DiffHunk& hunk, std::ostream& out) const;
   void printLine(const DiffLine& line, const Gutter& gutter, std::ostream& out) const;

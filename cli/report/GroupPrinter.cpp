@@ -3,21 +3,16 @@
 #include <algorithm>
 #include <iostream>
 #include <limits>
-#include <string_view>
 #include <unordered_set>
 #include <utility>
 
-#include "cli/terminal/Excerpt.h"
+#include "cli/report/GroupText.h"
 #include "cli/terminal/Printable.h"
 
 namespace {
 
 constexpr const char* kIndent = "          ";
 constexpr std::size_t kNamedPairs = 3;
-
-std::string nameOf(const PairRecord& pair) {
-  return pair.output == pair.master ? pair.master : pair.master + " -> " + pair.output;
-}
 
 std::size_t bytesOf(const PairRecord& pair) {
   constexpr std::size_t kPerPart = 128;  // about what an object needs besides its text
@@ -34,45 +29,6 @@ std::size_t bytesOf(const PairRecord& pair) {
     bytes += 4 * kPerPart + 2 * (change.removed.size() + change.added.size());
   }
   return bytes;
-}
-
-/// How the header of a group names its kind of change.
-const char* wordsFor(const ChangeGroup& group) {
-  constexpr std::pair<std::string_view, const char*> kWords[] = {
-      {"missing", "missing from the same folder: "},
-      {"xml", "same message: "},
-      {"script", "same words printed: "},
-      {"picture", "same pixels differ: "},
-  };
-  for (const auto& [kind, words] : kWords) {
-    if (group.kind == kind) {
-      return words;
-    }
-  }
-  return "same change: ";
-}
-
-std::string textOf(const ChangeGroup& group) {
-  constexpr std::size_t kColumns = 60;  // of either side
-  const auto quoted = [](const std::string& text, std::size_t columns) {
-    return '`' + shortened(text, columns) + '`';
-  };
-  if (group.removed.empty() || group.added.empty()) {
-    const std::string text = quoted(group.removed + group.added, 2 * kColumns);
-    return group.kind != "text" && group.kind != "csv" && group.kind != "json" ? text
-           : group.added.empty()                                               ? text + " removed"
-                                                                               : text + " added";
-  }
-  return quoted(group.removed, kColumns) + " \u2192 " + quoted(group.added, kColumns);
-}
-
-bool hasGroup(const DiffHunk& hunk, const std::string& id) {
-  return std::find(hunk.groups.begin(), hunk.groups.end(), id) != hunk.groups.end();
-}
-
-/// Whether the pair has more changes than a difference lists, so that some are in no group.
-bool hasUnlistedChanges(const PairRecord& pair) {
-  return pair.difference->changes.size() == Difference::kMostChanges;
 }
 
 template <typename IsWanted>
@@ -140,7 +96,7 @@ bool GroupPrinter::keep(const PairRecord& pair) {
     return m_groups.find(change.group)->pairs.back() == number;
   };
   if (std::any_of(changes.begin(), changes.end(), namesIt)) {
-    m_names[number] = nameOf(pair);
+    m_names[number] = pairNameOf(pair);
   }
   if (hasRoom && (becomesExample(pair, number) || isNew)) {
     keepRecord(pair, number);
@@ -260,7 +216,7 @@ void GroupPrinter::printShared(const Bundle& bundle) const {
 
 /// Prints one of the pairs, with the first place of each change.
 void GroupPrinter::printExample(const Bundle& bundle, const PairRecord& pair) const {
-  std::cout << kIndent << "for example " << printable(nameOf(pair)) << '\n';
+  std::cout << kIndent << "for example " << printable(pairNameOf(pair)) << '\n';
   std::vector<const DiffHunk*> shown;
   for (const ChangeGroup* const group : bundle) {
     const auto showsIt = [group](const auto& hunk) { return hasGroup(hunk, group->id); };

@@ -45,6 +45,23 @@ PrintableCharacter asEscape(std::size_t length, std::string escape) {
   return {length, std::move(escape), columns};
 }
 
+struct Glyph {
+  std::size_t length;  ///< in bytes
+  std::size_t columns;
+};
+
+/// The first character, or a sequence that changes colours.
+Glyph firstGlyph(std::string_view text) {
+  if (text.front() == '\033') {
+    return {std::min(text.find('m'), text.size() - 1) + 1, 0};
+  }
+  wchar_t c = 0;
+  std::mbstate_t state = {};
+  const std::size_t length = std::mbrtowc(&c, text.data(), text.size(), &state);
+  const bool isValid = length > 0 && length <= text.size();
+  return isValid ? Glyph{length, static_cast<std::size_t>(std::max(0, wcwidth(c)))} : Glyph{1, 1};
+}
+
 }  // namespace
 
 PrintableCharacter firstPrintable(std::string_view text) {
@@ -73,6 +90,45 @@ std::string printable(std::string_view text) {
     text.remove_prefix(character.length);
   }
   return result;
+}
+
+std::vector<std::string> wrapped(std::string_view text, std::size_t columns) {
+  std::vector<std::string> rows;
+  std::size_t begin = 0;
+  std::size_t blank = 0;  // the last one of the row, if it has one
+  std::size_t used = 0;
+  for (std::size_t i = 0; i < text.size();) {
+    const Glyph glyph = firstGlyph(text.substr(i));
+    if (used + glyph.columns > columns && i > begin) {
+      const std::size_t end = blank > begin ? blank : i;
+      rows.emplace_back(text.substr(begin, end - begin));
+      begin = end + (blank > begin ? 1 : 0);
+      i = begin;
+      used = 0;
+      continue;
+    }
+    blank = text[i] == ' ' ? i : blank;
+    used += glyph.columns;
+    i += glyph.length;
+  }
+  rows.emplace_back(text.substr(begin));
+  return rows;
+}
+
+std::string clipped(const std::string& text, std::size_t columns) {
+  std::size_t used = 0;
+  std::size_t end = 0;  // of what leaves room for the sign
+  for (std::size_t i = 0; i < text.size();) {
+    const Glyph glyph = firstGlyph(std::string_view(text).substr(i));
+    used += glyph.columns;
+    if (used > columns) {
+      return text.substr(0, end) + (text.find('\033') == std::string::npos ? "" : "\033[m") +
+             "\u2026";
+    }
+    i += glyph.length;
+    end = used < columns ? i : end;
+  }
+  return text;
 }
 
 std::string countOf(std::size_t count, std::string_view noun) {

@@ -26,6 +26,8 @@ const char* codeOf(Color color) {
       return "\033[33m";
     case Color::Dim:
       return "\033[2m";
+    case Color::Bold:
+      return "\033[1m";
     case Color::RedMarked:
       return "\033[1;4;31m";
     case Color::GreenMarked:
@@ -55,6 +57,10 @@ std::string Palette::paint(Color color, std::string_view text) const {
 
 bool canShowProgress() {
   return isCapableTerminal(STDERR_FILENO);
+}
+
+bool canShowScreen() {
+  return isatty(STDIN_FILENO) != 0 && isCapableTerminal(STDOUT_FILENO);
 }
 
 std::size_t terminalWidth() {

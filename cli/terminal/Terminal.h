@@ -10,7 +10,7 @@ enum class Verbosity { Quiet, Normal, Verbose };
 
 enum class ColorChoice { Auto, Always, Never };
 
-enum class Color { Red, Green, Yellow, Dim, RedMarked, GreenMarked };
+enum class Color { Red, Green, Yellow, Dim, Bold, RedMarked, GreenMarked };
 
 /// Colours text, if colours are on.
 class Palette {
@@ -28,6 +28,9 @@ class Palette {
 
 /// Whether standard error is a terminal that can rewrite a line.
 bool canShowProgress();
+
+/// Whether standard input and output are a terminal that can show a whole screen.
+bool canShowScreen();
 
 /// Width in columns of the terminal on standard error; 80 if unknown.
 std::size_t terminalWidth();
