@@ -8,7 +8,9 @@
 #include "reports.h"
 
 TEST_CASE("outputs match their masters") {
-  for (const std::string& report : reportsBelow("../suite")) {
+  const std::vector<std::string> reports = reportsBelow("../suite");
+  REQUIRE_FALSE(reports.empty());
+  for (const std::string& report : reports) {
     DYNAMIC_SECTION(report) {
       OrvDiffHtmlFileEngine pages(nullptr);
       OrvDiffCatch2Listener assertions;

@@ -115,8 +115,8 @@ std::size_t columnsOf(std::string_view text) {
 
 /// "  60 - …before after…" for both sides, and a caret below `at`, where they begin to differ.
 std::string hunk(const Side& master, const Side& actual, std::size_t at) {
-  const auto isInside = [at = &at](const Side& side) {
-    return *at < side.text.size() && U8_IS_TRAIL(side.text[*at]);
+  const auto isInside = [&at](const Side& side) {
+    return at < side.text.size() && U8_IS_TRAIL(side.text[at]);
   };
   while (at > 0 && (isInside(master) || isInside(actual))) {
     --at;  // to the character's first byte, which is the same in both
@@ -130,7 +130,8 @@ std::string hunk(const Side& master, const Side& actual, std::size_t at) {
   for (const auto& [side, mark] : {std::pair(&master, " - "), std::pair(&actual, " + ")}) {
     const auto [before, after] = around(side->text, at);
     const std::string number = numberOf(*side);
-    lines += std::string(2 + width - number.size(), ' ') + number + mark + before + after + '\n';
+    lines += std::string(2 + width - number.size(), ' ') + number + mark;
+    lines.append(before).append(after).append("\n");
     caret = 2 + width + 3 + columnsOf(before);
   }
   return lines + std::string(caret, ' ') + '^';

@@ -58,7 +58,7 @@ class Listeners(SuiteTest):
         failures = [failure.text.strip() for failure in document.iter("Failure")]
         self.assertCountEqual(failures, [*EXPECTED, "orvdiff compared nothing: no report with a "
                                          "master was verified in this test case"])
-        self.assertEqual(document.find("OverallResults").attrib["successes"], "1")
+        self.assertEqual(document.find("OverallResults").attrib["successes"], "6")  # of them 5 by sections that find reports
 
     def test_catch2_can_stop_at_the_first_failure(self):
         for report in ("Different", HOSTILE, "Missing"):
@@ -66,6 +66,12 @@ class Listeners(SuiteTest):
         run = self.run_tests("orvdiff_catch2", "--abort")
         self.assertEqual((run.returncode, run.stderr), (1, b""))
         self.assertIn(b"compared nothing", run.stdout)
+
+    def test_suite_without_reports_fails(self):
+        for name in (b"Different", os.fsencode(HOSTILE), b"Missing", b"Right", b"NoPages"):
+            os.remove(os.path.join(os.fsencode(self.server), b"suite", name + b".xml"))
+        for program in ("orvdiff_googletest", "orvdiff_catch2"):
+            self.assertEqual(self.run_tests(program).returncode, 1)
 
     def test_page_shows_what_a_reader_of_the_demo_sees(self):
         page = (SOURCE / "docs/test-frameworks.md").read_text()

@@ -32,7 +32,8 @@ class Plugin(SuiteTest):
     def pytest(self, *arguments, status=1):
         command = [PYTHON, "-m", "pytest", "-p", "pytest_orvdiff", "-p", "no:cacheprovider", "-rA",
                    f"--orvdiff-program={PROGRAM}", "--junitxml=junit.xml", *arguments]
-        environment = {**os.environ, "PYTHONPATH": str(SOURCE / "cli/pytest"), "PYTHONDONTWRITEBYTECODE": "1"}
+        environment = {**os.environ, "PYTHONPATH": str(SOURCE / "cli/pytest"), "TMPDIR": str(self.work),
+                       "PYTHONDONTWRITEBYTECODE": "1"}
         run = subprocess.run(command, cwd=self.work, env=environment, capture_output=True, text=True)
         self.assertEqual(run.returncode, status, run.stdout + run.stderr)
         return run.stdout + run.stderr
@@ -149,11 +150,10 @@ class Runs(Plugin):
         self.report("Right", "x", "x")
         names = []
         for workers in ((), ("-n", "2")):
-            before = set(pathlib.Path("/tmp").glob("pytest-orvdiff-*"))
             output = self.pytest("--orvdiff-verify=--newer-than 2001-01-01T00:00 ../suite", *workers)
             self.assertIn("FAILED orvdiff-verify::html[../suite/Masters/Wrong.html]", output)
             self.assertIn("- <p>1", output)
-            self.assertEqual(set(pathlib.Path("/tmp").glob("pytest-orvdiff-*")), before)
+            self.assertEqual([*self.work.glob("pytest-orvdiff-*")], [])
             names.append(self.outcomes().keys())
         self.assertEqual(*names)
 
