@@ -49,7 +49,7 @@ class Config(SuiteTest):
         self.assertEqual(header["config"]["patterns"][0]["why"], "the server stamps its pages")
         master, output = "../suite/Masters/XLS/R.html", "../webcontent/bi/v5DebugXLS/R.html"
         self.expect(self.run_program("explain", "xls", master, output), 0,
-                    "Suite pattern stamp, from ../suite/orvdiff.toml:2: the server stamps its pages")
+                    "Suite pattern stamp, from ../suite/orvdiff.toml:2:1: the server stamps its pages")
         self.expect(self.run_program("diff", "xls", master, output), 0)
         self.expect(self.run_program("normalize", "xls", master), 0, out="\n")
         self.expect(self.verify("--no-config"), 1)
