@@ -221,9 +221,9 @@ ExitStatus run(const ExplainOptions& options) {
   if (!options.actual.empty()) {
     files.push_back(options.actual);
   }
-  const FormatOptions own = rulesForFiles(options.config, files, options.verbosity);
+  const FormatOptions suite = rulesForFiles(options.config, files, options.verbosity);
   const OrvDiffFormat& format = formatNamed(options.format);
-  const auto engine = createPairEngine(format, {}, own.patterns);
+  const auto engine = createPairEngine(format, {}, suite.patterns);
   const OrvPatternList* const patterns = engine->getCleansingPatterns();
   if (patterns == nullptr) {
     requireReadable(options.master);
@@ -237,9 +237,9 @@ ExitStatus run(const ExplainOptions& options) {
     std::cout << "Nothing is masked: no rule applies to format " << options.format
               << ", which is compared by " << format.comparison << ".\n";
   } else if (options.actual.empty()) {
-    explainFile(options, *patterns, own.patterns);
+    explainFile(options, *patterns, suite.patterns);
   } else {
-    explainPair(options, *patterns, own.patterns);
+    explainPair(options, *patterns, suite.patterns);
   }
   return kExitPassed;
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/ConfigOptions.h"
 #include "cli/commands/Verb.h"
 #include "cli/custom/FormatList.h"
 
@@ -23,7 +24,12 @@ Row describe(const OrvDiffFormat& format) {
           std::string(format.comparison) + whose};
 }
 
-ExitStatus run(const CommonOptions& /*options*/) {
+struct FormatsOptions : CommonOptions {
+  ConfigChoice config;
+};
+
+ExitStatus run(const FormatsOptions& options) {
+  rulesForFiles(options.config, {"."}, options.verbosity);
   std::vector<Row> rows = {{"FORMAT", "OUTPUT FOLDER", "MASTERS", "COMPARED BY"}};
   for (const OrvDiffFormat& format : FormatList::all()) {
     rows.push_back(describe(format));
@@ -47,6 +53,8 @@ ExitStatus run(const CommonOptions& /*options*/) {
 }  // namespace
 
 void addFormats(CLI::App& app, Performer& chosen) {
-  addVerb<CommonOptions>(app, chosen, "formats",
-                         "List all formats, where their files are and how they are compared", run);
+  const auto [verb, options] = addVerb<FormatsOptions>(
+      app, chosen, "formats", "List all formats, where their files are and how they are compared",
+      run);
+  addConfig(verb, options.config);
 }

@@ -44,8 +44,7 @@ struct OwnPattern {
 /// Compiles the expression and names the result. Returns why ICU refuses it; empty if it does not.
 ///
 /// A pattern that ICU has to run gets a bound: on a text that takes longer, about a second, it
-/// so, it fails, and with it the comparison. The bound counts steps, so a text fails always or
-/// never.
+/// fails, and with it the comparison. The bound counts steps, so a text fails always or never.
 std::string compileOwnPattern(OwnPattern& pattern);
 
 /// What a compiled pattern makes of a text, carriage returns removed. Raises `VELThrowable` if it

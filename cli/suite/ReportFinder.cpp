@@ -15,6 +15,7 @@
 #include <tuple>
 #include <utility>
 
+#include "cli/config/FindConfig.h"
 #include "cli/suite/FoldedName.h"
 #include "cli/suite/FolderReader.h"
 #include "cli/suite/MissingReason.h"
@@ -83,7 +84,7 @@ FolderContents readFolder(const fs::path& folder) {
       continue;
     }
     const Kind kind = kindOf(*entry, folder);
-    if (kind == Kind::File) {
+    if (kind == Kind::File && name != kConfigName) {
       contents.files.emplace_back(name);
     } else if (kind == Kind::Folder && name == suiteLayout().masterFolder) {
       contents.hasMasters = true;

@@ -24,7 +24,7 @@ struct FoundReports {
 ///
 /// A location is a report file, or a folder that is searched recursively for reports: regular files
 /// next to a folder "Masters". Follows links. Skips hidden files and folders, and the contents of
-/// "Masters" folders.
+/// "Masters" folders. The suite's own file is no report.
 ///
 /// Raises `CommandError` for a location that does not exist, a file or folder that cannot be read,
 /// and a dangling link: skipping one would go unnoticed.

@@ -19,7 +19,7 @@ class Suites:
     def __init__(self, root, demo):
         self.root = root
         for suite in ("same", "other"):
-            shutil.copytree(demo, root / suite)
+            shutil.copytree(demo, root / suite, ignore=shutil.ignore_patterns("orvdiff.toml"))
         for path in (root / "same/server/webcontent/bi/v5DebugHTML").glob("*.html"):
             path.write_bytes(path.read_bytes().replace(b"server 16.20", b"server 15.20"))
         for path in (root / "other/server/webcontent").rglob("*.*"):
