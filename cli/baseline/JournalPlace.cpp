@@ -21,12 +21,11 @@ fs::path commonFolder(const std::vector<std::string>& locations) {
   for (const std::string& location : locations) {
     std::error_code error;
     fs::path folder = fs::canonical(location, error);
+    const bool isFolder = !error && fs::is_directory(folder, error);
     if (error) {
       throw CommandError(location + ": " + error.message());
     }
-    if (!fs::is_directory(folder, error)) {
-      folder = folder.parent_path();
-    }
+    folder = isFolder ? folder : folder.parent_path();
     if (common.empty()) {
       common = folder;
     }

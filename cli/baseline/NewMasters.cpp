@@ -81,7 +81,8 @@ std::string NewMasters::masterBy(const MasterRule& rule, std::string_view name,
   const std::string folder = report.substr(0, report.size() - nameOf(report).size());
   for (const std::string& other : m_found.reports) {
     if (isNamesake(other) && other.substr(0, other.size() - nameOf(other).size()) != folder) {
-      why = "it could be of " + report + " or of " + other;
+      why = "it could be of ";
+      why.append(report).append(" or of ").append(other);
       return {};
     }
   }

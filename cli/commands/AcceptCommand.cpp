@@ -42,6 +42,7 @@ struct AcceptOptions : VerifyOptions {
   std::string list;    ///< file of decisions; empty: none
   std::vector<std::string> groups;
   bool takesNew = false;
+  std::optional<NewerThan> limit;  ///< what `newerThan` means
 };
 
 /// Outputs that are to become new masters, and those that cannot.
@@ -89,9 +90,8 @@ std::vector<std::string> realLocations(const std::vector<std::string>& locations
 
 /// Finds out which masters the outputs would be.
 NewChoice planNew(const std::vector<std::string>& outputs, const SuiteAudit& suite,
-                  const std::string& newerThan) {
+                  const std::optional<NewerThan>& limit) {
   const NewMasters masters(suite.found(), suite.rules());
-  const auto limit = newerThan.empty() ? std::nullopt : std::optional(parseNewerThan(newerThan));
   NewChoice choice;
   for (const std::string& output : outputs) {
     const NewMaster master = masters.masterFor(output);
@@ -141,7 +141,7 @@ ExitStatus acceptNew(AcceptOptions& options) {
       unread.push_back("the folder " + finding.path + " cannot be read: " + finding.detail);
     }
   }
-  NewChoice choice = planNew(outputs, suite, options.newerThan);
+  NewChoice choice = planNew(outputs, suite, options.limit);
   choice.left.problems = unread;
   Baselines baselines(place, options.change.keptEntries);
   Acceptance acceptance(baselines, nullptr);
@@ -214,7 +214,7 @@ NewChoice newOf(const ChoiceRules& rules, AcceptOptions& options) {
     }
   }
   if (!outputs.empty() && !options.locations.empty()) {
-    return planNew(outputs, SuiteAudit(options.locations, options.formats), options.newerThan);
+    return planNew(outputs, SuiteAudit(options.locations, options.formats), options.limit);
   }
   NewChoice choice;
   for (const std::string& output : outputs) {
@@ -224,29 +224,51 @@ NewChoice newOf(const ChoiceRules& rules, AcceptOptions& options) {
   return choice;
 }
 
-/// Enters the working folder of the recorded run, from which its paths lead to the files.
-void enterFolderOf(const RecordReader& record, AcceptOptions& options) {
-  if (folderId(record.run().workingFolder) == FolderId{}) {
-    throw CommandError("the run of " + record.folder() + " worked in the folder " +
-                       record.run().workingFolder + ", which is not there any more");
-  }
-  enterWorkFolder(record.run().workingFolder, options.locations, {});
-}
-
-ExitStatus accept(AcceptOptions& options) {
+ChoiceRules rulesOf(const AcceptOptions& options) {
   ChoiceRules rules;
   rules.groups = options.groups;
   rules.hasList = !options.list.empty();
   if (rules.hasList) {
     rules.decisions = readDecisions(options.list);
   }
+  if (!options.record.empty()) {  // a verification heeds these itself
+    rules.formats = options.formats.names;
+    rules.locations = realLocations(options.locations);
+    for (const std::string& name : rules.formats) {
+      formatNamed(name);
+    }
+  }
+  return rules;
+}
+
+/// Enters the working folder of the recorded run, from which its paths lead to the files, and takes
+/// over its formats.
+void takeUp(const RecordReader& record, AcceptOptions& options) {
+  if (folderId(record.run().workingFolder) == FolderId{}) {
+    throw CommandError("the run of " + record.folder() + " worked in the folder " +
+                       record.run().workingFolder + ", which is not there any more");
+  }
+  enterWorkFolder(record.run().workingFolder, options.locations, {});
+  const std::vector<std::string> names = options.formats.names;
+  options.formats = record.run().formats;
+  options.formats.names = names.empty() ? options.formats.names : names;
+}
+
+/// The place for the journal of a run's pairs: all of them, so that it does not depend on a choice.
+JournalPlace placeFor(const Pairs& pairs, const AcceptOptions& options) {
+  std::vector<std::string> folders(pairs.reportFolders.begin(), pairs.reportFolders.end());
+  if (folders.empty()) {
+    folders = options.locations.empty() ? std::vector<std::string>{"."} : options.locations;
+  }
+  return placeOfJournal(folders, options.change.journal);
+}
+
+ExitStatus accept(AcceptOptions& options) {
+  const ChoiceRules rules = rulesOf(options);
   std::optional<RecordReader> record;
   if (!options.record.empty()) {
     makeAbsolute(options.record);
-    record.emplace(options.record);
-    rules.formats = options.formats.names;
-    rules.locations = realLocations(options.locations);
-    enterFolderOf(*record, options);
+    takeUp(record.emplace(options.record), options);
   }
   PairChoice choice(rules);
   const Pairs pairs = record ? readRecord(*record, choice) : verify(options, choice);
@@ -265,8 +287,7 @@ ExitStatus accept(AcceptOptions& options) {
     std::cout << "Nothing to accept.\n";
     return pairs.status == kExitTrouble ? kExitTrouble : kExitPassed;
   }
-  const JournalPlace place = placeOfJournal(
-      {pairs.reportFolders.begin(), pairs.reportFolders.end()}, options.change.journal);
+  const JournalPlace place = placeFor(pairs, options);
   Baselines baselines(place, options.change.keptEntries);
   Acceptance acceptance(baselines, record ? &*record : nullptr, &choice.uses());
   const ExitStatus status = carryOut(
@@ -281,6 +302,9 @@ ExitStatus run(const AcceptOptions& given) {
   AcceptOptions options = given;
   makeAbsolutePlace(options.change);
   makeAbsolute(options.list);
+  if (!options.newerThan.empty()) {
+    options.limit = parseNewerThan(options.newerThan);  // it may be a file of the user's folder
+  }
   return options.takesNew ? acceptNew(options) : accept(options);
 }
 

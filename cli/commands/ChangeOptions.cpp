@@ -6,6 +6,7 @@
 #include <cctype>
 #include <filesystem>
 #include <iostream>
+#include <set>
 #include <system_error>
 
 #include "cli/commands/Verb.h"
@@ -25,10 +26,11 @@ bool isStopped(const ChangeOutcome& outcome) {
   return outcome.kind == Kind::Refused || outcome.kind == Kind::Failed;
 }
 
-void printStopped(const ChangeReport& report) {
+/// `told` holds the masters of which the user knows.
+void printStopped(const ChangeReport& report, std::set<std::string>& told) {
   bool isFirst = true;
   for (const ChangeOutcome& outcome : report.outcomes) {
-    if (isStopped(outcome)) {
+    if (isStopped(outcome) && told.insert(outcome.master).second) {
       std::cout << (isFirst ? "Left as they are:\n" : "") << "    " << printable(outcome.master)
                 << ": " << printable(outcome.why) << '\n';
       isFirst = false;
@@ -91,19 +93,15 @@ void printHint(const JournalPlace& place, std::uint64_t entry) {
 
 }  // namespace
 
-void addConsent(CLI::App& verb, ChangeOptions& options) {
+void addJournal(CLI::App& verb, std::string& journal, const char* help) {
+  verb.add_option("--journal", journal, help)->check(notEmpty())->type_name("DIR");
+}
+
+void addChangeOptions(CLI::App& verb, ChangeOptions& options) {
   CLI::Option* const dryRun =
       verb.add_flag("-n,--dry-run", options.isDryRun, "Say what would happen, and change nothing");
   verb.add_flag("-y,--yes", options.isAgreed, "Do not ask; needed without a terminal")
       ->excludes(dryRun);
-}
-
-CLI::Option* addJournal(CLI::App& verb, std::string& journal, const char* help) {
-  return verb.add_option("--journal", journal, help)->check(notEmpty())->type_name("DIR");
-}
-
-void addChangeOptions(CLI::App& verb, ChangeOptions& options) {
-  addConsent(verb, options);
   addJournal(verb, options.journal,
              "Keep what is replaced in the folder DIR (default: .orvdiff in the top of the suite); "
              "none: keep nothing, so that nothing can be taken back");
@@ -150,17 +148,16 @@ ExitStatus carryOut(const ChangeOptions& options, const CommonOptions& common,
                     const std::function<ChangeReport()>& check,
                     const std::function<ChangeReport()>& apply) {
   const bool isLoud = common.verbosity != Verbosity::Quiet;
+  std::set<std::string> told;
   ChangeReport report;
   if (!options.isAgreed) {
     report = check();
     printPlan(report, wording.todo);
+    printStopped(report, told);
     const std::size_t count = report.count(Kind::Done);
-    if (count > 0 && !options.isDryRun) {
-      printStopped(report);
-      if (!isConfirmed(wording, count, place)) {
-        std::cout << "Nothing was changed.\n";
-        return kExitNotPassed;
-      }
+    if (count > 0 && !options.isDryRun && !isConfirmed(wording, count, place)) {
+      std::cout << "Nothing was changed.\n";
+      return kExitNotPassed;
     }
   }
   if (options.isAgreed || (!options.isDryRun && report.count(Kind::Done) > 0)) {
@@ -169,7 +166,7 @@ ExitStatus carryOut(const ChangeOptions& options, const CommonOptions& common,
       printPlan(report, wording.done);
     }
   }
-  printStopped(report);
+  printStopped(report, told);  // what somebody has changed since the question, for instance
   printClosing(report, wording, options.isDryRun);
   if (report.entry != 0 && isLoud) {
     printHint(place, report.entry);

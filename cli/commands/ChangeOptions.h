@@ -9,7 +9,6 @@
 
 namespace CLI {
 class App;
-class Option;
 }  // namespace CLI
 
 /// How a verb may change masters.
@@ -20,13 +19,10 @@ struct ChangeOptions {
   bool isAgreed = false;  ///< the user need not be asked
 };
 
-/// Adds -n and -y.
-void addConsent(CLI::App& verb, ChangeOptions& options);
-
 /// Adds --journal.
-CLI::Option* addJournal(CLI::App& verb, std::string& journal, const char* help);
+void addJournal(CLI::App& verb, std::string& journal, const char* help);
 
-/// Adds all of them.
+/// Adds options for all of them.
 void addChangeOptions(CLI::App& verb, ChangeOptions& options);
 
 /// Help for --journal of verbs that read it.

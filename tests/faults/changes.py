@@ -90,6 +90,12 @@ def is_end(run):
 subprocess.CompletedProcess.status_is_end = property(is_end)
 
 
+def is_tolerated(plan, sentence, command):
+    """The audit takes a folder of masters that it cannot look at for one that is not there, after
+    the search for reports has read it: it may miss orphans, and never makes any."""
+    return command[0] == "remove" and plan.startswith("stat:") and sentence.startswith("ends with 0")
+
+
 def faults_after(suite, done, command, is_mute):
     """What is wrong after a command that was killed, or one of whose calls failed."""
     masters = suite.masters()
@@ -154,7 +160,8 @@ def try_all(suite, prepare, command, every):
         done = suite.run(*command, fault=plan)
         is_mute = plan.startswith("write") and plan.endswith("lasts")  # as standard error is, too
         found = [*faults_after(suite, done, command, is_mute), *faults_of_ending(suite, number % 2 == 0)]
-        wrong += [(plan, sentence) for sentence in found]
+        wrong += [(plan, sentence) for sentence in found
+                  if not is_tolerated(plan, sentence, command)]
     return len(plans), wrong
 
 
