@@ -230,8 +230,8 @@ ExitStatus run(const ExplainOptions& options) {
     if (!options.actual.empty()) {
       requireReadable(options.actual);
     }
-    if (const OwnFormat* const own = FormatList::ownOf(format)) {
-      explainOwnRules(*own, *engine, options.master, options.actual);
+    if (const OwnFormat* const ownFormat = FormatList::ownOf(format)) {
+      explainOwnRules(*ownFormat, *engine, options.master, options.actual);
       return kExitPassed;
     }
     std::cout << "Nothing is masked: no rule applies to format " << options.format

@@ -85,9 +85,6 @@ class FormatReader {
 
   OwnComparison xml() {
     XmlRules rules{path("schema"), m_reader.text("namespace"), this->rules()};
-    if (!rules.schema.empty() && rules.namespaceUri.empty()) {
-      m_reader.complain("schema", "\"schema\" needs \"namespace\", that of the documents");
-    }
     if (!rules.schema.empty() && access(rules.schema.c_str(), R_OK) != 0) {
       m_reader.complain("schema", "the schema " + rules.schema + " cannot be read");
     }

@@ -31,7 +31,7 @@ struct TextRules {
 /// `xml`: the output is well-formed, or valid if there is a schema; then as text.
 struct XmlRules {
   std::string schema;        ///< its path; empty: well-formed is enough
-  std::string namespaceUri;  ///< of the documents; needed with a schema
+  std::string namespaceUri;  ///< of the documents; empty: that of the schema
   std::vector<OwnRule> patterns;
 };
 
