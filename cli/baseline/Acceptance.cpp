@@ -47,6 +47,7 @@ std::optional<std::string> whyNotAcceptable(const PairRecord& pair) {
     case Verdict::Passed:
       return "the pair passed";
     case Verdict::Differs:
+    case Verdict::Known:
       break;
     case Verdict::Missing:
       return withMessage("there is nothing to accept", pair);

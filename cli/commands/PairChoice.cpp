@@ -28,8 +28,11 @@ PairChoice::PairChoice(const ChoiceRules& rules)
 
 void PairChoice::add(const PairRecord& pair, bool countsForReport) {
   m_uses.add(pair);
+  // What is known stays as it is until somebody names it.
+  const bool isNamed = m_rules.hasList || !m_groups.empty();
   if (!countsForReport || pair.master.empty() || !isInScope(pair) || !isDecided(pair) ||
-      !isOfGroups(pair) || (pair.verdict == Verdict::Passed && !m_rules.hasList)) {
+      !isOfGroups(pair) || (pair.verdict == Verdict::Passed && !m_rules.hasList) ||
+      (pair.verdict == Verdict::Known && !isNamed)) {
     return;
   }
   m_pairs.push_back(pair);
