@@ -8,6 +8,7 @@
 
 #include "cli/config/RuleNames.h"
 #include "cli/config/TableReader.h"
+#include "cli/custom/FormatList.h"
 #include "cli/terminal/EditDistance.h"
 #include "orvdiff/formats/OrvDiffFormats.h"
 
