@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::size_t kMargin = 96;         // bytes around an edit in which a value is looked for
+constexpr std::size_t kMargin = 64;         // bytes around an edit in which a value is looked for
 constexpr std::size_t kLongestGrown = 512;  // longer edits are no values
 constexpr std::size_t kLongestTag = 2048;
 
