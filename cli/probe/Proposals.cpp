@@ -1,7 +1,6 @@
 #include "cli/probe/Proposals.h"
 
 #include <algorithm>
-#include <optional>
 #include <set>
 #include <utility>
 

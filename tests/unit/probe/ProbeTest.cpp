@@ -143,6 +143,7 @@ TEST(Probe, LeavesWhatMayBeDataAndSaysWhy) {
        "may be data",
        R"(Sum [0-9]+\.[0-9]+)"},
       {{"<img width=\"200\">"}, {"<img width=\"210\">"}, "may be data", "width=\"[0-9]+"},
+      {{"<p>user profit</p>"}, {"<p>user loss</p>"}, "may be data", "user [a-z]+"},
       {{"<p>profit</p>"}, {"<p>loss</p>"}, "no stable text near", ""},
       {{"<p>one</p><p>two</p>"}, {"<p>one</p><p>x</p><p>two</p>"}, "added, removed", ""},
       {{"Build 7; Build 8; Build 9; Build 10"},
