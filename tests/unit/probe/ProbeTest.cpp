@@ -94,6 +94,7 @@ TEST(Probe, ProposesPatternsThatExplainWhatVaries) {
       {{"<a class=\"x\" href=\"y\" title=\"z\">t</a>"},
        {"<a href=\"y\" class=\"x\" title=\"z\">t</a>"},
        {R"(order of attributes: href="y" class="x")"}},
+      {{"<a  class=\"x\">t</a>"}, {"<a class=\"x\">t</a>"}, {R"(white space: [ 	\n]+)"}},
       {{"<p>a</p> <p>b</p>"}, {"<p>a</p>\n\n<p>b</p>"}, {R"(white space: >[ 	\n]+<)"}},
       {{"a b  \nc"}, {"a b\nc"}, {R"(white space: [ 	]+\n)"}},
       {{"Zeit \xFC 2026-11-23</p>"},
