@@ -151,6 +151,7 @@ TEST(Probe, LeavesWhatMayBeDataAndSaysWhy) {
        {"Build 6; Build 8; Build 9; Build 10"},
        "also match 1 other place",
        "Build [0-9]+; Build"},
+      {{"&copy;=v1.2.3v1.2.30.5 s"}, {"&copy;=v1.2.30.5 s"}, "matches the value and no more", ""},
       {{"<p>a, b</p>"}, {"<p>a,b</p>"}, "blanks where the other run has none", ""},
   };
   for (const auto& row : rows) {
