@@ -86,9 +86,9 @@ void addProbe(CLI::App& app, Performer& chosen) {
       ->check(notEmpty())
       ->type_name("");
   verb.add_option("--append", options.append,
-                  "Append the patterns to FILE (orvdiff.toml) instead of printing them")
+                  "Append the patterns to FILE (default: orvdiff.toml) instead of printing them")
       ->expected(0, 1)
-      ->default_str("orvdiff.toml")
-      ->type_name("FILE");
+      ->default_str(kConfigName)
+      ->option_text("[FILE]");
   addConfig(verb, options.config);
 }

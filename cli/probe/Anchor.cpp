@@ -98,11 +98,9 @@ std::string_view usableStart(std::string_view text) {
 /// An anchor that starts at an attribute's value, a tag's name or an entity starts with what opens
 /// it, so that it is not the end of a longer one.
 std::size_t openedAt(std::string_view text, std::size_t place) {
-  while (place > 0 &&
-         (text[place - 1] == '"' || text[place - 1] == '<' || text[place - 1] == '&')) {
-    --place;
-  }
-  return place;
+  const bool isOpened =
+      place > 0 && std::string_view("\"<&").find(text[place - 1]) != std::string_view::npos;
+  return isOpened ? place - 1 : place;
 }
 
 /// The tag at the end of `text`, or the punctuation with the word before it, unless that

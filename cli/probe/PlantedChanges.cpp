@@ -5,6 +5,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -85,8 +86,11 @@ class Planter {
 
   /// Neither in a tag nor in an entity such as "&#160;".
   static bool isVisible(const std::string& text, std::size_t place) {
-    const std::size_t opened = text.find_last_of("&;", place);
-    const bool isEntity = opened != std::string::npos && text[opened] == '&' && place - opened < 10;
+    constexpr std::size_t kLongestEntity = 10;
+    const std::size_t from = place - std::min(place, kLongestEntity);
+    const std::string_view before = std::string_view(text).substr(from, place - from);
+    const std::size_t opened = before.find_last_of("&;");
+    const bool isEntity = opened != std::string_view::npos && before[opened] == '&';
     return !isEntity && !isInsideTag(text, place);
   }
 

@@ -46,6 +46,9 @@ class FindingsPrinter {
   }
 
   void printConclusion() {
+    for (const std::string& file : m_found.texts.cutFiles()) {
+      m_out << printable(file) << " contains a NUL byte; only the text before it was compared\n";
+    }
     const std::size_t patterns = m_found.proposals.patterns.size();
     const std::size_t left = m_found.check.unexplained.size();
     if (m_found.texts.fileCount() == 0) {
@@ -79,9 +82,6 @@ class FindingsPrinter {
       m_out << " (" << countOf(folders.others, "file") << " with other endings not looked at)";
     }
     m_out << ".\n";
-    for (const std::string& file : m_found.texts.cutFiles()) {
-      m_out << printable(file) << " contains a NUL byte; only the text before it was compared\n";
-    }
   }
 
   /// What varies, whether there is a pattern for it or not.
@@ -141,7 +141,7 @@ class FindingsPrinter {
       const Unexplained& one = all[i];
       m_out << "    " << printable(one.where) << "  " << countOf(one.places, "place") << " in "
             << countOf(one.files, "file") << "\n      - " << shown(one.textA) << "\n      + "
-            << shown(one.textB) << "\n        " << one.declined.reason << '\n';
+            << shown(one.textB) << runOf(one) << "\n        " << one.declined.reason << '\n';
       if (!one.declined.expression.empty()) {
         m_out << "        if it is not, this would hide it: "
               << shownExpression(one.declined.expression) << '\n';
@@ -150,6 +150,12 @@ class FindingsPrinter {
     if (all.size() > m_most) {
       m_out << "    ... and " << all.size() - m_most << " more (-v shows all)\n";
     }
+  }
+
+  /// Where the other text is from, if that is not clear.
+  std::string runOf(const Unexplained& one) const {
+    const std::vector<std::string>& folders = m_found.texts.folders().folders;
+    return folders.size() > 2 ? "  (in " + printable(folders[one.run]) + ')' : "";
   }
 
   static std::string shown(const std::string& text) {
@@ -201,7 +207,8 @@ class FindingsPrinter {
 
 bool isExplained(const ProbeFindings& findings) {
   return findings.texts.fileCount() > 0 && findings.texts.folders().strays.empty() &&
-         findings.check.unexplained.empty() && findings.check.missed.empty();
+         findings.texts.cutFiles().empty() && findings.check.unexplained.empty() &&
+         findings.check.missed.empty();
 }
 
 void printFindings(const ProbeFindings& findings, Verbosity verbosity, const Palette& palette,

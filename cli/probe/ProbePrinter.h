@@ -18,8 +18,8 @@ struct ProbeFindings {
   const std::string& format;
 };
 
-/// Whether the runs agree with the proposals, no file is missing in any of them, and all changes
-/// that were planted are found.
+/// Whether the runs agree with the proposals, no file is missing in any of them or was compared
+/// only up to a NUL byte, and all changes that were planted are found.
 bool isExplained(const ProbeFindings& findings);
 
 /// Tells on `out` what varies, what is proposed and what is left, and what it comes to; with

@@ -1,7 +1,6 @@
 #include "cli/probe/Proposals.h"
 
 #include <algorithm>
-#include <optional>
 #include <set>
 #include <utility>
 
@@ -21,6 +20,13 @@ constexpr std::size_t kSamples = 3;
 Rule ruleOf(const Anchor& anchor, const std::string& value) {
   return {quotedExpression(anchor.left) + value + quotedExpression(anchor.right),
           anchor.left + anchor.right};
+}
+
+/// Whether the rule's matches end where the values do: what stands right behind is not the run's.
+bool matchesValueOnly(const Rule& rule, const Anchor& anchor, const Variation& variation) {
+  const std::string rest = anchor.right + variation.after.substr(anchor.right.size(), 1);
+  return applied(rule, anchor.left + variation.valueA + rest) == anchor.left + rest &&
+         applied(rule, anchor.left + variation.valueB + rest) == anchor.left + rest;
 }
 
 class Proposer {
@@ -108,10 +114,10 @@ class Proposer {
     VariationGroup explained = group;
     explained.members.clear();
     for (const Variation* const variation : group.members) {
-      if (makesEqual(rule, *variation)) {
+      if (makesEqual(rule, *variation) && matchesValueOnly(rule, group.anchor, *variation)) {
         explained.members.push_back(variation);
       } else {
-        decline(*variation, "no pattern was found that makes both the same");
+        decline(*variation, "no pattern was found that matches the value and no more");
       }
     }
     if (explained.members.empty()) {

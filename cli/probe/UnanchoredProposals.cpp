@@ -39,7 +39,9 @@ std::vector<UnanchoredRule> orderRules(const std::vector<Variation>& variations)
   for (auto& [texts, group] : orders) {
     const auto& [inA, inB] = texts;
     const std::string both = inA + inB;
-    if (orders.size() <= kMostOrders && std::all_of(both.begin(), both.end(), isUsable)) {
+    // Tags that differ in their blanks as well are not worth the trouble.
+    if (orders.size() <= kMostOrders && inA.size() == inB.size() && !inA.empty() &&
+        std::all_of(both.begin(), both.end(), isUsable)) {
       rules.push_back({{quotedExpression(inB), inA}, std::move(group), inB});
     }
   }

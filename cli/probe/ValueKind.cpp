@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <utility>
 
 #include "orvdiff/compare/OrvOriginMap.h"
 
@@ -81,13 +82,13 @@ std::vector<Form> knownForms() {
                             kDigits2 + ":?" + kDigits2 + ")?"},
       {ValueKind::Duration,
        "\\b[0-9]+([.][0-9]+)? ?(ms|us|ns|seconds|second|secs|sec|s|minutes|minute|min)\\b"},
-      {ValueKind::Version, "\\b[vV]?[0-9]+[.][0-9]+[.][0-9]+([.]" + part + "|-" + part + "|[+]" +
+      {ValueKind::Version, "\\b[vV]?[0-9]+[.][0-9]+[.][0-9]+(\\." + part + "|-" + part + "|\\+" +
                                part + "|~" + part + ")*"},
       {ValueKind::Version, "\\b[vV][0-9]+[.][0-9]+\\b"},
       {ValueKind::HostName, "\\b[A-Za-z][0-9A-Za-z-]*[.][0-9A-Za-z-]+[.][A-Za-z][A-Za-z]+\\b"},
       {ValueKind::HexId, "\\b0x[0-9A-Fa-f]+\\b"},
       {ValueKind::HexId, "\\b" + hex(8) + "[0-9A-Fa-f]*\\b"},
-      {ValueKind::Number, "\\b[0-9]+([.][0-9]+|,[0-9]+)*\\b"},
+      {ValueKind::Number, "\\b[0-9]+(\\.[0-9]+|,[0-9]+)*\\b"},
   };
 }
 
@@ -105,10 +106,11 @@ class FormSearch {
  public:
   FormSearch() {
     for (const Form& form : knownForms()) {
+      auto pattern = std::make_unique<OrvDiffNormalizationPattern>(form.expression.c_str(), kFound);
+      pattern->setName(std::string(nameOf(form.kind)));  // else each map looks it up
       m_kinds.push_back(form.kind);
-      m_patterns.push_back(
-          std::make_unique<OrvDiffNormalizationPattern>(form.expression.c_str(), kFound));
-      m_list.push_back(m_patterns.back().get());
+      m_list.push_back(pattern.get());
+      m_patterns.push_back(std::move(pattern));
     }
   }
 

@@ -220,13 +220,16 @@ std::vector<VariationGroup> anchored(const VariationGroup& group,
 }
 
 bool looksVolatile(const VariationGroup& group) {
-  if (isVolatileByForm(group.kind) || saysVolatile(group.anchor)) {
+  const bool isLabelled = saysVolatile(group.anchor);
+  if (group.kind == ValueKind::Words) {
+    const std::size_t enoughFiles = isLabelled ? 2 : 3;
+    return group.files() >= enoughFiles && isOnePerRun(group);
+  }
+  if (isVolatileByForm(group.kind) || isLabelled) {
     return true;
   }
-  const bool areWords = group.kind == ValueKind::Words;
   const bool areLinks =
       std::all_of(group.members.begin(), group.members.end(),
                   [](const Variation* variation) { return isInLink(*variation); });
-  const std::size_t enoughFiles = areWords ? 3 : 2;
-  return (areLinks && !areWords) || (group.files() >= enoughFiles && isOnePerRun(group));
+  return areLinks || (group.files() >= 2 && isOnePerRun(group));
 }

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <optional>
-#include <set>
 #include <string>
 
 #include "cli/diff/TextEdits.h"
 
 namespace {
 
-constexpr std::size_t kMargin = 96;         // bytes around an edit in which a value is looked for
+constexpr std::size_t kMargin = 64;         // bytes around an edit in which a value is looked for
 constexpr std::size_t kLongestGrown = 512;  // longer edits are no values
 constexpr std::size_t kLongestTag = 2048;
 
@@ -83,15 +82,15 @@ std::optional<Span> tagAround(std::string_view text, Span span) {
   return holds ? std::optional<Span>({begin, end + 1}) : std::nullopt;
 }
 
-/// The attributes of a tag, each with its value, in any order.
-std::multiset<std::string> attributesOf(std::string_view tag) {
-  std::multiset<std::string> attributes;
+/// The attributes of a tag, each with its value.
+std::vector<std::string> attributesOf(std::string_view tag) {
+  std::vector<std::string> attributes;
   std::string current;
   char quote = '\0';
   for (const char c : tag) {
     if (quote == '\0' && (c == ' ' || c == '\t' || c == '\n' || c == '>' || c == '/')) {
       if (!current.empty()) {
-        attributes.insert(std::move(current));
+        attributes.push_back(std::move(current));
       }
       current.clear();
       continue;
@@ -146,6 +145,7 @@ class PlaceFinder {
       m_places.pop_back();
       place.beginA = former.beginA;
       place.beginB = former.beginB;
+      place.kind = ValueKind::Words;
     }
     m_places.push_back(place);
   }
@@ -173,8 +173,12 @@ class PlaceFinder {
   bool growToTag(VaryingPlace& place) const {
     const auto a = tagAround(m_a, spanA(place));
     const auto b = tagAround(m_b, spanB(place));
-    if (!a || !b || cut(m_a, *a) == cut(m_b, *b) ||
-        attributesOf(cut(m_a, *a)) != attributesOf(cut(m_b, *b))) {
+    if (!a || !b) {
+      return false;
+    }
+    const std::vector<std::string> inA = attributesOf(cut(m_a, *a));
+    const std::vector<std::string> inB = attributesOf(cut(m_b, *b));
+    if (inA == inB || !std::is_permutation(inA.begin(), inA.end(), inB.begin(), inB.end())) {
       return false;
     }
     place = {a->begin, a->end, b->begin, b->end, ValueKind::AttributeOrder};

@@ -73,6 +73,8 @@ examples = [{before = "Plan 1", after = ""}, {stays = "Plan"}]
         run = self.probe()
         self.assertEqual(run.status, 1)
         self.assertIn("1 file not in all runs:\n    new\\x1B.html is only in run2\n", run.err)
+        self.write("work/run1/0.html", b"cut\0")
+        self.assertIn("run1/0.html contains a NUL byte; only", self.probe("-q").err)
         self.assertIn("(1 file with other endings not looked at)", run.err)
 
     def test_bad_input(self):

@@ -94,6 +94,7 @@ TEST(Probe, ProposesPatternsThatExplainWhatVaries) {
       {{"<a class=\"x\" href=\"y\" title=\"z\">t</a>"},
        {"<a href=\"y\" class=\"x\" title=\"z\">t</a>"},
        {R"(order of attributes: href="y" class="x")"}},
+      {{"<a  class=\"x\">t</a>"}, {"<a class=\"x\">t</a>"}, {R"(white space: [ 	\n]+)"}},
       {{"<p>a</p> <p>b</p>"}, {"<p>a</p>\n\n<p>b</p>"}, {R"(white space: >[ 	\n]+<)"}},
       {{"a b  \nc"}, {"a b\nc"}, {R"(white space: [ 	]+\n)"}},
       {{"Zeit \xFC 2026-11-23</p>"},
@@ -143,12 +144,14 @@ TEST(Probe, LeavesWhatMayBeDataAndSaysWhy) {
        "may be data",
        R"(Sum [0-9]+\.[0-9]+)"},
       {{"<img width=\"200\">"}, {"<img width=\"210\">"}, "may be data", "width=\"[0-9]+"},
+      {{"<p>user profit</p>"}, {"<p>user loss</p>"}, "may be data", "user [a-z]+"},
       {{"<p>profit</p>"}, {"<p>loss</p>"}, "no stable text near", ""},
       {{"<p>one</p><p>two</p>"}, {"<p>one</p><p>x</p><p>two</p>"}, "added, removed", ""},
       {{"Build 7; Build 8; Build 9; Build 10"},
        {"Build 6; Build 8; Build 9; Build 10"},
        "also match 1 other place",
        "Build [0-9]+; Build"},
+      {{"&copy;=v1.2.3v1.2.30.5 s"}, {"&copy;=v1.2.30.5 s"}, "matches the value and no more", ""},
       {{"<p>a, b</p>"}, {"<p>a,b</p>"}, "blanks where the other run has none", ""},
   };
   for (const auto& row : rows) {
