@@ -29,8 +29,8 @@ void requireSame(const RecordReader& one, const RecordReader& other) {
   const RunRecord& b = other.run();
   const char* const difference = a.program != b.program             ? "versions of orvdiff"
                                  : a.shards.count != b.shards.count ? "numbers of shards"
-                                 : a.suite != b.suite ? "suites, formats, options or suite files"
-                                                      : nullptr;
+                                 : a.suite != b.suite               ? "suites, formats or options"
+                                                                    : nullptr;
   if (difference != nullptr) {
     throw CommandError(one.folder() + " and " + other.folder() +
                        " cannot be joined: they are of different " + difference);
