@@ -26,6 +26,7 @@ void addAudit(CLI::App& app, Performer& chosen);
 void addDiff(CLI::App& app, Performer& chosen);
 void addExplain(CLI::App& app, Performer& chosen);
 void addFormats(CLI::App& app, Performer& chosen);
+void addHelp(CLI::App& app, Performer& chosen);
 void addMerge(CLI::App& app, Performer& chosen);
 void addNormalize(CLI::App& app, Performer& chosen);
 void addNumdiff(CLI::App& app, Performer& chosen);

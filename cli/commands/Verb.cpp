@@ -1,5 +1,14 @@
 #include "cli/commands/Verb.h"
 
+#include <algorithm>
+
+const CLI::App* findVerb(const CLI::App& app, const std::string& name) {
+  const auto verbs = app.get_subcommands({});
+  const auto found = std::find_if(verbs.begin(), verbs.end(),
+                                  [&name](const CLI::App* verb) { return verb->check_name(name); });
+  return found == verbs.end() ? nullptr : *found;
+}
+
 const CLI::Validator& notEmpty() {
   static const CLI::Validator validator(
       [](const std::string& text) { return text.empty() ? "needs a value" : ""; }, "");
