@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
+#include "cli/commands/Verb.h"
+
 // Every workaround for the way CLI11 (2.1, as in Debian 12) reads a command line is in this file:
 //
 // - A positional in brackets, "[2023]", is read as a list that contains 2023. There is no way to
@@ -24,12 +26,6 @@ bool takesValue(const CLI::App& app, const std::string& word) {
   return std::any_of(options.begin(), options.end(), matches) ||
          std::any_of(commands.begin(), commands.end(),
                      [&word](const CLI::App* command) { return takesValue(*command, word); });
-}
-
-bool isCommand(const CLI::App& app, const std::string& word) {
-  const auto commands = app.get_subcommands({});
-  return std::any_of(commands.begin(), commands.end(),
-                     [&word](const CLI::App* command) { return command->check_name(word); });
 }
 
 bool isOption(const std::string& word) {
@@ -58,7 +54,7 @@ std::vector<std::string> argumentsFor(const CLI::App& app, int argc, char** argv
       words.push_back(word);
     } else if (takesValue(app, argv[i - 1])) {
       words.push_back(word);
-    } else if (hasCommand || isCommand(app, word)) {
+    } else if (hasCommand || findVerb(app, word) != nullptr) {
       hasCommand = true;
       words.push_back(looksLikeList(word) ? "./" + word : word);
     } else {

@@ -7,16 +7,18 @@
 #include <system_error>
 
 #include "cli/commands/Arguments.h"
+#include "cli/commands/Completion.h"
 #include "cli/commands/Verb.h"
+#include "cli/commands/Versions.h"
 #include "cli/terminal/Printable.h"
 
 namespace {
 
 /// In the order of the help text.
 constexpr void (*kVerbs[])(CLI::App& app, Performer& chosen) = {
-    addVerify,    addReview,  addAccept,  addRemove,  addUndo,      addLog,
-    addAudit,     addDiff,    addNumdiff, addShow,    addReport,    addMerge,
-    addNormalize, addExplain, addProbe,   addFormats, addConfigVerb};
+    addVerify,    addReview,  addAccept,  addRemove,  addUndo,       addLog,
+    addAudit,     addDiff,    addNumdiff, addShow,    addReport,     addMerge,
+    addNormalize, addExplain, addProbe,   addFormats, addConfigVerb, addHelp};
 
 /// What comes before the choice of a verb, or with any.
 struct Common {
@@ -31,7 +33,6 @@ struct Common {
 };
 
 void addCommonOptions(CLI::App& app, Common& values) {
-  app.set_version_flag("--version", "orvdiff " ORVDIFF_VERSION);
   app.add_option("-C,--directory", values.workingFolder,
                  "Run as if started in DIR; outputs are in ../webcontent/bi relative to it")
       ->type_name("DIR");
@@ -41,9 +42,13 @@ void addCommonOptions(CLI::App& app, Common& values) {
       ->option_text("WHEN");
   CLI::Option* const quiet =
       app.add_flag("-q,--quiet", values.quiet, "Print only errors and the last line");
-  app.add_flag("-v,--verbose", values.verbose,
-               "Also print what passed, and every unverified report")
-      ->excludes(quiet);
+  CLI::Option* const verbose = app.add_flag("-v,--verbose", values.verbose,
+                                            "Also print what passed, and every unverified report");
+  verbose->excludes(quiet);
+  app.set_version_flag(
+      "--version",
+      [verbose] { return verbose->count() > 0 ? versionsInUse() : "orvdiff " ORVDIFF_VERSION; },
+      "Print the version and exit; with -v also those of the libraries in use");
 }
 
 /// Leaves out the "{all}" that CLI11 shows after a flag that stands for a value.
@@ -83,6 +88,10 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& r
     add(app, chosen);
   }
   setHelpWords(app);
+  if (argc > 1 && std::string_view(argv[1]) == kCompleteWord) {
+    printCompletions(app, std::vector<std::string>(argv + 2, argv + argc));
+    return kExitPassed;
+  }
   try {
     app.parse(argumentsFor(app, argc, argv));
   } catch (const CLI::Success& request) {

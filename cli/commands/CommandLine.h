@@ -28,6 +28,7 @@ void addConfigVerb(CLI::App& app, Performer& chosen);
 void addDiff(CLI::App& app, Performer& chosen);
 void addExplain(CLI::App& app, Performer& chosen);
 void addFormats(CLI::App& app, Performer& chosen);
+void addHelp(CLI::App& app, Performer& chosen);
 void addLog(CLI::App& app, Performer& chosen);
 void addMerge(CLI::App& app, Performer& chosen);
 void addNormalize(CLI::App& app, Performer& chosen);

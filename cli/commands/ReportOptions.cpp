@@ -27,7 +27,7 @@ void addChoice(CLI::App& verb, const ReportKind& first, std::vector<ReportReques
       }
     }
   };
-  addOption(verb, first, take)->check(CLI::IsMember(values))->type_name("SERVER");
+  addOption(verb, first, take)->check(CLI::IsMember(values))->option_text("SERVER");
 }
 
 }  // namespace

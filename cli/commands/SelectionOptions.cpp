@@ -43,7 +43,7 @@ void addSelection(CLI::App& verb, FormatOptions& formats) {
                   "(default: all that need no further options)")
       ->allow_extra_args(false)  // the word after the name is a location
       ->delimiter(',')
-      ->option_text("NAME");
+      ->option_text("FORMAT");
   verb.add_option("--sub-folder", formats.subFolders,
                   "Subfolder of the master and output folders; may be repeated")
       ->allow_extra_args(false)

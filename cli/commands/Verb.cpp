@@ -1,5 +1,7 @@
 #include "cli/commands/Verb.h"
 
+#include <algorithm>
+
 std::set<std::string> givenOptions(const CLI::App& verb) {
   std::set<std::string> given;
   for (const CLI::Option* const option : verb.get_options()) {
@@ -8,6 +10,13 @@ std::set<std::string> givenOptions(const CLI::App& verb) {
     }
   }
   return given;
+}
+
+const CLI::App* findVerb(const CLI::App& app, const std::string& name) {
+  const auto verbs = app.get_subcommands({});
+  const auto found = std::find_if(verbs.begin(), verbs.end(),
+                                  [&name](const CLI::App* verb) { return verb->check_name(name); });
+  return found == verbs.end() ? nullptr : *found;
 }
 
 const CLI::Validator& notEmpty() {

@@ -38,7 +38,11 @@ Verb<Options> addVerb(CLI::App& app, Performer& chosen, const char* name, const 
   return {*verb, *options};
 }
 
+/// The verb that goes by `name`; null if there is none.
+const CLI::App* findVerb(const CLI::App& app, const std::string& name);
+
 /// Adds an option `name` whose argument is one of a few words, each of which stands for a value.
+/// Its type names the words, which is where completion finds them.
 template <typename Value>
 CLI::Option* addChoice(CLI::App& app, const std::string& name, Value& value, const char* help,
                        const std::vector<std::pair<std::string, Value>>& choices) {
@@ -53,7 +57,11 @@ CLI::Option* addChoice(CLI::App& app, const std::string& name, Value& value, con
     }
     throw CLI::ValidationError(name, "\"" + word + "\" is not one of " + words);
   };
-  return app.add_option_function<std::string>(name, choose, help);
+  std::string words;
+  for (const auto& choice : choices) {
+    words += (words.empty() ? "" : ",") + choice.first;
+  }
+  return app.add_option_function<std::string>(name, choose, help)->type_name('{' + words + '}');
 }
 
 /// For files whose empty name stands for "none" in the options, so that it must not be given.

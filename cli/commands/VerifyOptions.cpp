@@ -46,9 +46,9 @@ void addRecord(CLI::App& verify, VerifyOptions& options) {
       ->type_name("DIR");
   verify
       .add_option("--failed", options.failedRecord,
-                  "Verify again only the pairs that did not pass in the record DIR")
+                  "Verify again only the pairs that did not pass in the record RECORD")
       ->check(notEmpty())
-      ->type_name("DIR");
+      ->type_name("RECORD");
   verify
       .add_option(
           "--shard", options.shard,
@@ -70,12 +70,13 @@ void addVerifyOptions(CLI::App& verb, VerifyOptions& options) {
       ->check(notEmpty())
       ->type_name("FILE");
   addChoice<int>(verb, "--log-level", options.harnessLogLevel,
-                 "How much detail the harness log contains",
+                 "How much detail the harness log contains: minimal, concise, normal or detailed "
+                 "(default: normal)",
                  {{"minimal", MOXLogLevel::Minimal},
                   {"concise", MOXLogLevel::Concise},
                   {"normal", MOXLogLevel::Normal},
                   {"detailed", MOXLogLevel::Detailed}})
-      ->option_text("minimal|concise|normal|detailed (default: normal)");
+      ->option_text("LEVEL");
   verb.add_flag("--save-normalized", options.saveNormalized,
                 "Save the normalised texts of each difference next to the output");
   verb.add_flag("--allow-none", options.allowNone, "Succeed even if there is nothing to verify");

@@ -96,7 +96,8 @@ std::string problemOf(int status) {
     case 0:
       return "it has none.";
     case kNotFound:
-      return "poppler's pdftoppm is not installed where the report was written.";
+      return "pdftoppm (Debian package poppler-utils) is not installed where the report was "
+             "written.";
     case kTimedOut:
       return "rendering them took too long.";
     default:

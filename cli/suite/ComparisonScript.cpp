@@ -40,6 +40,12 @@ bool isFoundIn(const std::string& searchPath, const std::string& name) {
   return false;
 }
 
+/// Debian's Python is called python3; only a package of its own gives it the name of the command.
+std::string adviceFor(const std::string& interpreter) {
+  return interpreter == "python" ? "install the Debian package python-is-python3"
+                                 : "install " + interpreter;
+}
+
 }  // namespace
 
 bool runsScript(const OrvDiffFileEngine& engine) {
@@ -64,7 +70,7 @@ std::string scriptProblem(const OrvDiffFileEngine& engine) {
   const char* const searchPath = std::getenv("PATH");
   if (searchPath != nullptr && !isFoundIn(searchPath, interpreter)) {
     return interpreter + ", which runs the comparison script " + script + ", is not in PATH (" +
-           searchPath + ")";
+           searchPath + "); " + adviceFor(interpreter);
   }
   return {};
 }

@@ -1,4 +1,5 @@
 import os
+import re
 import shutil
 
 from suite import SuiteTest
@@ -40,6 +41,19 @@ class Pairs(SuiteTest):
 
 
 class Usage(SuiteTest):
+    def test_a_missing_program_is_named_with_the_package_to_install(self):
+        self.write("work/file", "x")
+        run = self.run_program("diff", "pdf", "file", "file", PATH="/nowhere")
+        self.expect(run, 2, err="not in PATH (/nowhere); install the Debian package python-is-python3...")
+
+    def test_version_names_the_libraries_in_use(self):
+        plain, verbose = self.run_program("--version").out, self.run_program("--version", "-v").out
+        self.assertRegex(plain, r"^orvdiff \d+\.\d+\.\d+\n$")
+        self.assertTrue(verbose.startswith(plain))
+        for library in ("ICU", "Xerces-C++", "libpng", "zlib", "xxHash", "CLI11", "JSON for Modern C++",
+                        r"toml++"):
+            self.assertRegex(verbose, rf"(?m)^{re.escape(library)} \d+\.\d+")
+
     def test_mistakes_end_with_trouble_and_a_message(self):
         self.write("work/file", "x")
         shutil.rmtree(self.scripts)

@@ -13,6 +13,24 @@ run("${WORK_DIR}/build/consumer")
 
 if(EXISTS "${prefix}/bin/orvdiff")
   run("${prefix}/bin/orvdiff" formats)
+  # Each of two installations has its own library and manual, whatever becomes of the other one.
+  set(other "${WORK_DIR}/other version")
+  file(COPY "${prefix}/" DESTINATION "${other}")
+  file(GLOB libraries "${other}/${LIB_DIR}/liborvdiff*")
+  file(REMOVE ${libraries})
+  file(REMOVE_RECURSE "${other}/share/man")
+  run("${prefix}/bin/orvdiff" --version)
+  run("${prefix}/bin/orvdiff" help)
+  if(EXISTS "${prefix}/share/man")
+    expect("ORVDIFF(1)")
+  endif()
+  execute_process(COMMAND "${other}/bin/orvdiff" --version RESULT_VARIABLE status
+                  OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  expect("liborvdiff.so")  # which it does not find
+  # No locale but UTF-8.
+  file(WRITE "${WORK_DIR}/Umsätze.html" "<p>1</p>")
+  run("${CMAKE_COMMAND}" -E env LC_ALL=C "${prefix}/bin/orvdiff" diff -v html Umsätze.html Umsätze.html)
+  expect("passed   Umsätze.html")
   # Below /usr the loader finds the library by itself, and distributions refuse a search path.
   set(ENV{DESTDIR} "${WORK_DIR}/package")
   run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix /usr)
@@ -32,7 +50,7 @@ set(ENV{LD_LIBRARY_PATH} "moved here/${LIB_DIR}")
 run("${WORK_DIR}/consumer")
 
 # With a broken XML module, XML is trouble, and nothing else is.
-file(GLOB modules "${prefix}/${LIB_DIR}/liborvdiff-xml*")
+file(GLOB modules "${prefix}/${LIB_DIR}/orvdiff/liborvdiff-xml*")
 if(NOT EXISTS "${prefix}/bin/orvdiff")
   set(modules)
 endif()
