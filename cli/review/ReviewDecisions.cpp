@@ -19,8 +19,12 @@ namespace {
 
 using Fix = Decision::Fix;
 
-/// Keeps a second review out of the record. On a file system without locks there is none.
+/// Keeps a second review out of the record, unless its file system has no locks.
 int lockFolder(const std::string& folder) {
+  if (access(folder.c_str(), W_OK) != 0) {
+    throw CommandError(folder +
+                       " cannot keep decisions: " + std::generic_category().message(errno));
+  }
   const int lock = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     close(lock);
