@@ -241,9 +241,12 @@ class Review(SuiteTest):
             path.unlink()
             terminal.wait_for(KEYS)
             terminal.press(RIGHT + "s", "1 of 7 pairs decided")
-        path.write_text(path.read_text().replace('"outputHash":"', '"outputHash":"0'))
-        with self.review() as terminal:  # about other contents
-            terminal.wait_for(KEYS, "0 of 7 pairs decided")
+        kept = path.read_text()
+        for old, new, count in (('"report"', '"for people"', 1),
+                                ('"outputHash":"', '"outputHash":"0', 0)):  # of other contents
+            path.write_text(kept.replace(old, new))
+            with self.review() as terminal:
+                terminal.wait_for(KEYS, f"{count} of 7 pairs decided")
         path.write_text('{"fix":"fault","path":"other"}\n')  # about something else: it stays
         with self.review() as terminal:
             terminal.wait_for(KEYS)
