@@ -7,13 +7,15 @@
 #include <system_error>
 #include <utility>
 
+#include "cli/commands/ConfigOptions.h"
+#include "cli/custom/FormatList.h"
 #include "cli/record/RecordReader.h"
 #include "cli/report/ChangeGroups.h"
 #include "cli/suite/Finding.h"
 #include "cli/suite/ReportFinder.h"
+#include "cli/suite/SuiteLayout.h"
 #include "cli/system/CommandError.h"
 #include "cli/terminal/Printable.h"
-#include "orvdiff/formats/OrvDiffFormats.h"
 
 namespace fs = std::filesystem;
 
@@ -31,7 +33,7 @@ Candidates pathsFor(const std::string& typed, IsWanted isWanted) {
   Candidates candidates;
   candidates.arePaths = true;
   std::error_code error;
-  const bool hasMasters = fs::is_directory(place / kMasterFolder, error);
+  const bool hasMasters = fs::is_directory(place / suiteLayout().masterFolder, error);
   for (fs::directory_iterator entry(place, error), end; !error && entry != end;
        entry.increment(error)) {
     const std::string name = entry->path().filename();
@@ -63,9 +65,15 @@ Candidates reports(const std::string& typed) {
   });
 }
 
+/// Those of the suite that the current folder belongs to are among them.
 Candidates formats() {
+  try {
+    rulesForFiles({}, {"."}, Verbosity::Quiet);
+  } catch (const CommandError&) {
+    // The command itself will say what is wrong with the suite's file.
+  }
   Candidates candidates;
-  for (const OrvDiffFormat& format : OrvDiffFormats::all()) {
+  for (const OrvDiffFormat& format : FormatList::all()) {
     candidates.all.push_back({std::string(format.name), std::string(format.comparison)});
   }
   return candidates;

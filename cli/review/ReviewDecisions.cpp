@@ -9,7 +9,7 @@
 #include <functional>
 #include <map>
 #include <system_error>
-#include <tuple>
+#include <utility>
 
 #include "cli/record/RecordFolder.h"
 #include "cli/system/CommandError.h"
@@ -19,8 +19,12 @@ namespace {
 
 using Fix = Decision::Fix;
 
-/// Keeps a second review out of the record. On a file system without locks there is none.
+/// Keeps a second review out of the record, unless its file system has no locks.
 int lockFolder(const std::string& folder) {
+  if (access(folder.c_str(), W_OK) != 0) {
+    throw CommandError(folder +
+                       " cannot keep decisions: " + std::generic_category().message(errno));
+  }
   const int lock = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     close(lock);
@@ -66,18 +70,20 @@ void ReviewDecisions::load() {
   if (access(m_path.c_str(), F_OK) != 0 && errno == ENOENT) {
     return;
   }
-  std::map<std::tuple<std::string, std::string, std::string>, std::size_t> numbers;
+  std::map<std::pair<std::string, std::string>, std::vector<std::size_t>> numbers;
   for (std::size_t i = 0; i < m_pairs.size(); ++i) {
     const PairRecord& pair = m_material.pairs()[i].record;
-    numbers[{pair.report, pair.format, pair.master}] = i;
+    numbers[{pair.format, pair.master}].push_back(i);
   }
-  for (Decision& decision : readDecisions(m_path)) {
-    const auto found = numbers.find({decision.report, decision.format, decision.path});
+  for (const Decision& decision : readDecisions(m_path)) {
+    const auto found = numbers.find({decision.format, decision.path});
     if (found == numbers.end()) {
       m_others.push_back(toJsonLine(decision) + '\n');
       continue;
     }
-    resume(found->second, decision);
+    for (const std::size_t number : found->second) {  // several reports may claim one master
+      resume(number, decision);
+    }
   }
 }
 

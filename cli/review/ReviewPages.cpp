@@ -18,6 +18,13 @@ const char* wordFor(std::optional<Fix> fix) {
   return !fix ? "" : *fix == Fix::Accept ? "accept" : *fix == Fix::Fault ? "fault" : "skip";
 }
 
+Color colorOf(std::optional<Fix> fix) {
+  return !fix                  ? Color::Dim
+         : *fix == Fix::Accept ? Color::Green
+         : *fix == Fix::Fault  ? Color::Red
+                               : Color::Yellow;
+}
+
 /// Leaves the hunks that show one of the item's changes.
 void leaveOnly(const ReviewItem& item, Difference& difference) {
   const auto isForeign = [&item](const DiffHunk& hunk) {
@@ -141,7 +148,7 @@ void ReviewPages::addPairs(std::size_t item, Rows& rows) const {
     std::string word = fix ? wordFor(fix) : m_decisions.hasAccepted(number, item) ? "(seen)" : "";
     word.resize(kWordColumns, ' ');
     const std::string& note = m_decisions.noteOf(number);
-    rows.addRow(word + printable(nameOf(pair.record)) +
+    rows.addRow(m_palette.paint(colorOf(fix), word) + printable(nameOf(pair.record)) +
                 (note.empty() ? "" : ": " + printable(note)));
   }
 }
@@ -177,6 +184,9 @@ Page ReviewPages::ofItem(std::size_t item, HunkView view, std::size_t width) con
   if (example.difference) {
     if (!shown.changes.empty()) {
       leaveOnly(shown, *example.difference);
+    }
+    if (example.difference->hunks.empty() && example.difference->notes.empty()) {
+      rows.add("The record keeps no place that shows it; o opens the files.");
     }
     addHunks(*example.difference, view, rows);
   }

@@ -18,6 +18,7 @@ namespace {
 /// as a shell gives it: 127 if it is not there.
 int run(const std::vector<std::string>& words, const sigset_t& mask) {
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (const std::string& word : words) {
     arguments.push_back(const_cast<char*>(word.c_str()));
   }

@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -85,6 +86,7 @@ sigset_t setOf(const Signals& signals) {
 }  // namespace
 
 Screen::Screen() {
+  static_assert(kNoted.size() + kFaults.size() == kSignals);
   std::cout.flush();
   tcgetattr(STDIN_FILENO, &formerModes);
   const sigset_t noted = setOf(kNoted);

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <termios.h>
-
 #include <array>
 #include <csignal>
 #include <cstddef>

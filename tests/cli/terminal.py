@@ -22,7 +22,7 @@ UP, DOWN, RIGHT, LEFT, END, ESCAPE = "\033[A", "\033[B", "\033[C", "\033[D", "\0
 class Terminal:
     """A program, and the terminal that it runs on. Waits at most `PATIENCE` seconds for anything."""
 
-    PATIENCE = 5
+    PATIENCE = 20
 
     def __init__(self, arguments, folder, rows=24, columns=80, **environment):
         clean = {k: v for k, v in os.environ.items() if k not in ("NO_COLOR", "ORVDIFF_VIEWER")}
