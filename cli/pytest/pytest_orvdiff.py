@@ -5,7 +5,7 @@
 
 Each pair is a test, called FORMAT[MASTER], so `-k`, `--last-failed` and `::html` choose among them. It
 fails if the output is wrong, is an error if the comparison did not come to an end, and is skipped if it
-was not run. The test `run` fails if the record does not account for the whole run. Needs pytest 7.0 or
+was not run. A known difference is an expected failure. The test `run` fails if the record does not account for the whole run. Needs pytest 7.0 or
 later and, with pytest-xdist, works with `-n`, too.
 """
 
@@ -134,12 +134,14 @@ class PairItem(Item):
         verdict = self.pair["verdict"]
         if verdict == "not run":
             pytest.skip(f"{printable(self.pair.get('message', 'not run'))}: {self.name}")
-        if verdict != "passed" and verdict not in FAILURES:  # also a verdict of a later version
+        if verdict not in ("passed", "known", *FAILURES):  # also a verdict of a later version
             self.add_output("setup")
             self.fail()
 
     def runtest(self):
         self.add_output("call")
+        if self.pair["verdict"] == "known":
+            pytest.xfail("; ".join(printable(reason["why"]) for reason in self.pair["known"]["reasons"]))
         if self.pair["verdict"] != "passed":
             self.fail()
 
@@ -178,7 +180,7 @@ def problems_of(run, pairs, is_cut):
         yield "the run was interrupted; it did not come to all of its reports"
     elif is_cut or run["pairs"] != len(pairs):
         yield f"{PAIRS} is damaged: it holds {len(pairs)} pairs, and run.json counts {run['pairs']}"
-    elif run["status"] not in (0, 1) and verdicts <= {"passed", "not run", *FAILURES}:
+    elif run["status"] not in (0, 1) and verdicts <= {"passed", "known", "not run", *FAILURES}:
         # Such as what --strict does not allow, or a comparison script that is not there.
         yield f"the run ended with status {run['status']}; `orvdiff show RECORD` says why"
     if 1 < len(shards["indices"]) < shards["count"]:

@@ -82,7 +82,7 @@ class Manual(SuiteTest):
             self.assertIn(f"ORVDIFF-{verb.upper()}(1)", shown)
             for name, value in self.options_of_tables(verb).items():
                 with self.subTest(verb, option=name):
-                    self.assertRegex(shown, rf"(?m)^ +(-.*, )?{re.escape((name + ' ' + value).strip().replace(' [', '['))}")
+                    self.assertRegex(shown, rf"(?m)^ +(-.*, )?{re.escape((name + ' ' + value).strip().replace(' [=', '[='))}")
 
     def test_help_shows_the_help_text_without_a_manual(self):
         self.assertIn("Usage: orvdiff verify", self.run_program("help", "verify", PATH="/nowhere").out)

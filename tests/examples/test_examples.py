@@ -62,7 +62,7 @@ class Examples(unittest.TestCase):
         self.assertIn(quoted, (SOURCE / "examples/custom_engine.cpp").read_text())
         rows = re.findall(r"^\| `(.*?)` \| (.*?) \| `(.*?)` \| (.*?) \|", PAGE, re.MULTILINE)
         listed = [re.sub("--.*?(  +)", r"given by the host\1", line)
-                  for line in self.output_of("orvdiff", "formats").splitlines()[1:]]
+                  for line in self.output_of("orvdiff", "formats", "--no-config").splitlines()[1:]]
         self.assertEqual([[name, re.sub("^--.*", "given by the host", folder.strip("`")), *more]
                           for name, folder, *more in rows],
                          [re.split("  +", line) for line in listed])
