@@ -52,8 +52,9 @@ class Records(Plugin):
     def test_each_verdict_has_its_outcome(self):
         expected = {"passed": "passed", "differs": "failure", "missing": "failure", "failed": "failure",
                     "stale": "failure", "error": "error", "timed-out": "error", "crashed": "error",
-                    "partly": "error", "not run": "skipped", "invented": "error"}
-        pairs = [pair(f"P{index}", verdict=verdict, message="why\x1b", printed="said\nso\t")
+                    "partly": "error", "not run": "skipped", "known": "skipped", "invented": "error"}
+        known = {"verdict": "differs", "reasons": [{"why": "rounding", "until": "2027-01-31", "link": "", "place": ""}]}
+        pairs = [pair(f"P{index}", verdict=verdict, known=known, message="why\x1b", printed="said\nso\t")
                  for index, verdict in enumerate(expected)]
         write_record(self.work / "night", pairs, unverified=["../suite/R.xml"], status=2,
                      findings=[{"kind": "orphans", "count": 3}])
@@ -69,7 +70,7 @@ class Records(Plugin):
             if outcome in ("failure", "error"):
                 self.assertIn(f"{verdict}  ../suite/sales/Masters/", text)
                 self.assertIn("\nwhy\\x1B", text)
-        self.assertEqual(output.count("said\nso\\t"), len(expected) - 1)  # not of what was skipped
+        self.assertEqual(output.count("said\nso\\t"), len(expected) - 2)  # not of what was skipped or expected
 
     def test_difference_is_shown(self):
         lines = [line("removed", 9, 0, span("a", "changed"), cutBefore=True, omitted=2),
