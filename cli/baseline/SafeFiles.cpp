@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "orvdiff/platform/OrvWholeFile.h"
+
 namespace {
 
 std::error_code lastError() {
@@ -40,17 +42,6 @@ class OpenFile {
   int m_number;
 };
 
-std::error_code writeAll(int descriptor, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t step = write(descriptor, bytes.data(), bytes.size());
-    if (step < 0 && errno != EINTR) {
-      return lastError();
-    }
-    bytes.remove_prefix(step > 0 ? static_cast<std::size_t>(step) : 0);
-  }
-  return {};
-}
-
 /// The owner first: changing it takes away bits of the mode.
 std::error_code inherit(int descriptor, std::optional<mode_t> mode, const struct stat* former) {
   if (former != nullptr && (former->st_uid != geteuid() || former->st_gid != getegid())) {
@@ -71,7 +62,7 @@ std::error_code writeTemporary(const std::string& path, std::string_view bytes,
   if (!file->isOpen()) {
     return lastError();
   }
-  std::error_code error = writeAll(file->number(), bytes);
+  std::error_code error = OrvWholeFile::writeAll(file->number(), bytes);
   if (!error) {
     error = inherit(file->number(), mode, former);
   }

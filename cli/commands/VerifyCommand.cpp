@@ -27,6 +27,7 @@
 #include "cli/suite/FormatSelection.h"
 #include "cli/suite/SuiteLayout.h"
 #include "cli/system/Cores.h"
+#include "cli/system/TimeStamp.h"
 #include "cli/terminal/Printable.h"
 
 namespace {

@@ -1,8 +1,6 @@
 #include "cli/diff/KnownDifferences.h"
 
 #include <algorithm>
-#include <array>
-#include <ctime>
 #include <filesystem>
 #include <set>
 #include <string_view>
@@ -159,15 +157,6 @@ std::string KnownDifferences::pathOf(const std::string& master) {
     found->second = folder.lexically_relative(m_folder).native();
   }
   return (fs::path(found->second) / path.filename()).lexically_normal().native();
-}
-
-std::string localDate() {
-  const std::time_t now = std::time(nullptr);
-  std::tm parts = {};
-  localtime_r(&now, &parts);
-  std::array<char, 32> text = {};
-  std::strftime(text.data(), text.size(), "%Y-%m-%d", &parts);
-  return text.data();
 }
 
 bool matchesWildcards(const std::string& wildcards, const std::string& path) {

@@ -46,9 +46,6 @@ class KnownDifferences {
   std::unordered_map<std::string, std::string> m_folders;  ///< without links, by name
 };
 
-/// The date of today in local time, "2027-01-31".
-std::string localDate();
-
 /// Whether a path matches wildcards: "*" and "?" stand for what is within one folder, "**/" for any
 /// number of folders, everything else for itself.
 bool matchesWildcards(const std::string& wildcards, const std::string& path);

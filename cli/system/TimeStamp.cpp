@@ -3,11 +3,23 @@
 #include <array>
 #include <ctime>
 
-std::string timeStamp() {
-  const std::time_t now = std::time(nullptr);
+namespace {
+
+std::string now(const char* form, std::tm* (*inZone)(const std::time_t*, std::tm*)) {
+  const std::time_t time = std::time(nullptr);
   std::tm parts = {};
-  gmtime_r(&now, &parts);
+  inZone(&time, &parts);
   std::array<char, 32> text = {};
-  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
+  std::strftime(text.data(), text.size(), form, &parts);
   return text.data();
+}
+
+}  // namespace
+
+std::string timeStamp() {
+  return now("%Y-%m-%dT%H:%M:%SZ", gmtime_r);
+}
+
+std::string localDate() {
+  return now("%Y-%m-%d", localtime_r);
 }

@@ -16,17 +16,6 @@ std::error_code lastError() {
   return {errno, std::generic_category()};
 }
 
-std::error_code writeAll(int descriptor, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t step = write(descriptor, bytes.data(), bytes.size());
-    if (step < 0 && errno != EINTR) {
-      return lastError();
-    }
-    bytes.remove_prefix(step > 0 ? static_cast<std::size_t>(step) : 0);
-  }
-  return {};
-}
-
 OrvWholeFile::Pieces onePiece(std::string_view bytes) {
   return [bytes](const auto& take) { take(bytes); };
 }
@@ -37,7 +26,7 @@ std::error_code writeAndClose(int descriptor, const OrvWholeFile::Pieces& pieces
   try {
     pieces([&](std::string_view piece) {
       if (!error) {
-        error = writeAll(descriptor, piece);
+        error = OrvWholeFile::writeAll(descriptor, piece);
       }
     });
   } catch (const std::bad_alloc&) {
@@ -94,6 +83,17 @@ std::error_code fillInPlace(int descriptor, const std::string& name,
 }
 
 }  // namespace
+
+std::error_code OrvWholeFile::writeAll(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t step = ::write(descriptor, bytes.data(), bytes.size());
+    if (step < 0 && errno != EINTR) {
+      return lastError();
+    }
+    bytes.remove_prefix(step > 0 ? static_cast<std::size_t>(step) : 0);
+  }
+  return {};
+}
 
 std::error_code OrvWholeFile::replace(const std::string& name, std::string_view bytes,
                                       const struct stat* former) {

@@ -39,4 +39,7 @@ class ORVDIFF_API OrvWholeFile {
   /// opened for writing. A write that fails later (disk full) is not reported, but the former file
   /// is removed: nobody must take it for the new one.
   static bool write(const std::string& name, std::string_view bytes);
+
+  /// Writes all bytes to an open file, in as many steps as that takes.
+  static std::error_code writeAll(int descriptor, std::string_view bytes);
 };
