@@ -68,6 +68,14 @@ class WhatIsAccepted(Baselines):
         self.expect(self.undo("2"), 0)  # an undo can be undone, too
         self.assertEqual((self.masters / "Old.html").read_text(), "<p>new</p>")
 
+    def test_lines_that_are_no_decisions(self):
+        record = self.recorded()
+        for line, problem in (('{"fix":', "it is not a JSON object"), ("[]", "it is not a JSON object"),
+                              ('{"path":"x"}', 'it has no "fix"')):
+            self.write("list", line.encode())
+            self.expect(self.accept(*record, "--list", "../list", locations=()), 2,
+                        err=f"orvdiff: {self.server}/list, line 1 is not a decision: {problem}\n")
+
     def test_names_that_are_no_text(self):
         self.report(b"caf\xe9", "<p>old</p>", "<p>new</p>")
         before = self.snapshot()
