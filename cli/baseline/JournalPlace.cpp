@@ -79,20 +79,21 @@ JournalPlace placeOfJournal(const std::vector<std::string>& locations, const std
   return place;
 }
 
-std::string findJournal(const std::string& given) {
+std::string findJournal(const std::string& given, const std::string& work) {
   if (!given.empty()) {
     return Journal::isThere(given) ? given : throw CommandError("there is no journal in " + given);
   }
   std::error_code unknown;
-  const fs::path work = fs::current_path(unknown);
-  for (fs::path folder = work; folder.has_relative_path(); folder = folder.parent_path()) {
+  const fs::path start = work.empty() ? fs::current_path(unknown) : fs::path(work);
+  for (fs::path folder = start; folder.has_relative_path(); folder = folder.parent_path()) {
     if (Journal::isThere(folder / kName)) {
       return folder / kName;
     }
   }
   std::set<std::string> beside;
-  readEntries("..", [&](std::string_view name, EntryKind kind) {
-    const std::string folder = "../" + std::string(name) + '/' + kName;
+  const std::string above = work.empty() ? ".." : work + "/..";
+  readEntries(above, [&](std::string_view name, EntryKind kind) {
+    const std::string folder = above + '/' + std::string(name) + '/' + kName;
     if (kind == EntryKind::Folder && Journal::isThere(folder)) {
       beside.insert(folder);
     }

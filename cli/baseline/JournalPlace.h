@@ -22,6 +22,7 @@ struct JournalPlace {
 JournalPlace placeOfJournal(const std::vector<std::string>& locations, const std::string& given);
 
 /// The journal that `undo` and `log` mean: `given`, or else the one in the working folder, in the
-/// nearest folder above that has one, or in a folder beside the working folder. Raises
-/// `CommandError` if there is none, or if there are several.
-std::string findJournal(const std::string& given);
+/// nearest folder above that has one, or in a folder beside the working folder. `work` takes the
+/// place of the working folder if it is not empty. Raises `CommandError` if there is none, or if
+/// there are several.
+std::string findJournal(const std::string& given, const std::string& work = {});

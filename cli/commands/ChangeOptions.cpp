@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <set>
@@ -66,7 +67,7 @@ void printClosing(const ChangeReport& report, const ChangeWording& wording, bool
   std::cout << (isDryRun ? std::string("Would ") + wording.verb : std::string(wording.done)) << ' '
             << countOf(report.count(Kind::Done), wording.noun);
   if (already > 0) {
-    std::cout << ", " << already << " so already";
+    std::cout << ", " << already << " already done";
   }
   if (stopped > 0) {
     std::cout << ", " << stopped << " left as " << (stopped == 1 ? "it is" : "they are");
@@ -77,18 +78,38 @@ void printClosing(const ChangeReport& report, const ChangeWording& wording, bool
   std::cout << '\n';
 }
 
-/// How to take it back, with the journal's name unless `undo` would find it by itself.
-void printHint(const JournalPlace& place, std::uint64_t entry) {
+/// `text` as one word of a shell's command line, without backslashes of our own, which `printable`
+/// would double.
+std::string shellWord(const std::string& text) {
+  const auto isPlain = [](unsigned char byte) {
+    return std::isalnum(byte) != 0 || byte >= 0x80 || std::strchr("./_-+,:@%", byte) != nullptr;
+  };
+  if (std::all_of(text.begin(), text.end(), isPlain)) {
+    return text;
+  }
+  std::string word = "'";
+  for (const char letter : text) {
+    word += letter == '\'' ? std::string(R"('"'"')") : std::string(1, letter);
+  }
+  return word + '\'';
+}
+
+/// How to take it back: a command for the folder that the user is in, which -C and records leave.
+/// It names the journal unless `undo` would find it by itself.
+void printHint(const JournalPlace& place, std::uint64_t entry, const std::string& shellFolder) {
   std::error_code unknown;
   std::string found;
   try {
-    found = findJournal({});
+    found = findJournal({}, shellFolder);
   } catch (const CommandError&) {
     found.clear();
   }
   const bool isFound = !found.empty() && std::filesystem::equivalent(found, place.folder, unknown);
   std::cout << "Take it back with: orvdiff undo " << entry
-            << (isFound ? "" : " --journal " + printable(place.folder)) << '\n';
+            << (isFound
+                    ? ""
+                    : " --journal " + printable(shellWord(shortPath(place.folder, shellFolder))))
+            << '\n';
 }
 
 }  // namespace
@@ -124,13 +145,15 @@ void makeAbsolutePlace(ChangeOptions& options) {
   }
 }
 
-std::string shortPath(const std::string& path) {
+std::string shortPath(const std::string& path, const std::string& from) {
   namespace fs = std::filesystem;
   std::error_code unknown;
-  const fs::path relative = fs::path(path).lexically_relative(fs::current_path(unknown));
+  const fs::path start = from.empty() ? fs::current_path(unknown) : fs::path(from);
+  const fs::path relative = fs::path(path).lexically_relative(start);
   const bool isShorter = !relative.empty() && relative.native().size() < path.size();
   // Links can prevent that it leads there; the file itself may be gone.
-  return isShorter && fs::equivalent(relative.parent_path(), fs::path(path).parent_path(), unknown)
+  return isShorter && fs::equivalent((start / relative).parent_path(), fs::path(path).parent_path(),
+                                     unknown)
              ? relative.string()
              : path;
 }
@@ -169,7 +192,7 @@ ExitStatus carryOut(const ChangeOptions& options, const CommonOptions& common,
   printStopped(report, told);  // what somebody has changed since the question, for instance
   printClosing(report, wording, options.isDryRun);
   if (report.entry != 0 && isLoud) {
-    printHint(place, report.entry);
+    printHint(place, report.entry, common.shellFolder);
   }
   if (!options.isDryRun && report.count(Kind::Done) > 0 && place.folder.empty()) {
     std::cout.flush();

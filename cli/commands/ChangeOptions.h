@@ -35,8 +35,9 @@ void makeAbsolute(std::string& path);
 /// The same for the journal, unless it is to be none.
 void makeAbsolutePlace(ChangeOptions& options);
 
-/// An absolute path as seen from the working folder, if that is shorter and leads to the same file.
-std::string shortPath(const std::string& path);
+/// An absolute path as seen from the folder `from` (empty: the working folder), if that is shorter
+/// and leads to the same file.
+std::string shortPath(const std::string& path, const std::string& from = {});
 
 /// Raises `CommandError` if the user would have to be asked and there is no terminal to do so. To
 /// be called before long work.

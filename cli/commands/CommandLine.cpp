@@ -111,11 +111,14 @@ std::optional<ExitStatus> parseCommandLine(int argc, char** argv, CommandLine& r
   }
   result.workingFolder = values.workingFolder;
   result.verbosity = values.verbosity();
-  CommonOptions common = {
-      std::vector<std::string>(argv, argv + argc), {}, values.verbosity(), values.color, {}};
+  CommonOptions common;
+  common.words.assign(argv, argv + argc);
+  common.verbosity = values.verbosity();
+  common.color = values.color;
+  std::error_code unknown;
+  common.shellFolder = std::filesystem::current_path(unknown).string();
   if (!values.workingFolder.empty()) {
-    std::error_code unknown;
-    common.startFolder = std::filesystem::current_path(unknown).string();
+    common.startFolder = common.shellFolder;
   }
   result.perform = [chosen, common] { return chosen(common); };
   return std::nullopt;

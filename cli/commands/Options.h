@@ -16,6 +16,7 @@ struct CommonOptions {
   Verbosity verbosity = Verbosity::Normal;
   ColorChoice color = ColorChoice::Auto;
   std::set<std::string> given;  ///< long names of the verb's options that the user gave
+  std::string shellFolder;  ///< that the user typed the command in, whether there is a -C or not
 };
 
 constexpr double kSecondsPerPair = 300;  ///< if the user does not say otherwise

@@ -68,7 +68,13 @@ void addUndo(CLI::App& app, Performer& chosen) {
   const auto [verb, undo] = addVerb<UndoOptions>(
       app, chosen, "undo", "Take back the last accept or remove, or another one", run);
   verb.add_option("ID", undo.request.id, "The entry that \"orvdiff log\" lists (default: the last)")
-      ->check(CLI::PositiveNumber)
+      ->check(CLI::Validator(
+          [](const std::string& word) {
+            const bool isNumber = word.find_first_not_of("0123456789") == std::string::npos &&
+                                  word.find_first_not_of('0') != std::string::npos;
+            return isNumber ? "" : '"' + word + "\" is not the number of an entry";
+          },
+          ""))
       ->type_name("");
   verb.add_flag("-n,--dry-run", undo.request.isDryRun, "Say what would happen, and change nothing");
   verb.add_flag("--skip-changed", undo.request.skipsChanged,

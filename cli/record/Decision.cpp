@@ -57,9 +57,15 @@ std::string toJsonLine(const Decision& decision) {
 }
 
 Decision decisionFromJsonLine(std::string_view line) {
-  const ordered_json json = ordered_json::parse(line);
+  const ordered_json json = ordered_json::parse(line, nullptr, false);
+  if (!json.is_object()) {  // nor is what cannot be parsed
+    throw std::runtime_error("it is not a JSON object");
+  }
+  if (!json.contains("fix") || !json["fix"].is_string()) {
+    throw std::runtime_error("it has no \"fix\"");
+  }
   Decision decision;
-  const std::string word = json.at("fix").get<std::string>();
+  const std::string word = json["fix"].get<std::string>();
   const auto* const known = std::find_if(std::begin(kWords), std::end(kWords),
                                          [&word](const auto& row) { return word == row.second; });
   if (known == std::end(kWords)) {

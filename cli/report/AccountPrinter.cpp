@@ -68,7 +68,7 @@ constexpr Wording kWordings[] = {
     {FindingKind::Invalid, "master is not valid in its own format", "masters are not valid in their own formats", " ({detail})",
      "replace it"},
     {FindingKind::Identical, "master is the same as that of another report", "masters are the same as those of other reports", " and {detail}",
-     "check that neither was stored under a wrong name"},
+     "check whether one of them was stored under a wrong name"},
     {FindingKind::Pattern, "normalisation rule changes no master", "normalisation rules change no master", "",
      "harmless if no output needs it"},
 };

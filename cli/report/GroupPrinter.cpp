@@ -259,7 +259,8 @@ void GroupPrinter::printCounts(std::size_t ownChanges) const {
   if (m_groups.size() > ownChanges) {
     std::cout << countOf(m_groups.size(), "different change") << " in " << countOf(m_pairs, "pair");
     if (ownChanges > 0) {
-      std::cout << "; " << ownChanges << " of them each in a single pair";
+      std::cout << "; " << ownChanges << " of them " << (ownChanges == 1 ? "" : "each ")
+                << "in a single pair";
     }
     std::cout << '\n';
   }

@@ -5,6 +5,7 @@ import json
 import os
 import pathlib
 import pty
+import shlex
 import shutil
 import subprocess
 
@@ -62,8 +63,18 @@ class WhatIsAccepted(Baselines):
         self.expect_untouched(self.undo(), 0, "Undid accept 1 of ", ": 1 master\n", before=before)
         self.expect(self.log(), 0, "undo of 1, 1 master", ", undone\n")
         self.expect(self.undo(), 2, err="orvdiff: there is nothing to undo\n")
+        self.expect(self.undo("x"), 2, err="orvdiff: ID: \"x\" is not the number of an entry\n"
+                                           "Try \"orvdiff undo --help\".\n")
         self.expect(self.undo("2"), 0)  # an undo can be undone, too
         self.assertEqual((self.masters / "Old.html").read_text(), "<p>new</p>")
+
+    def test_lines_that_are_no_decisions(self):
+        record = self.recorded()
+        for line, problem in (('{"fix":', "it is not a JSON object"), ("[]", "it is not a JSON object"),
+                              ('{"path":"x"}', 'it has no "fix"')):
+            self.write("list", line.encode())
+            self.expect(self.accept(*record, "--list", "../list", locations=()), 2,
+                        err=f"orvdiff: {self.server}/list, line 1 is not a decision: {problem}\n")
 
     def test_names_that_are_no_text(self):
         self.report(b"caf\xe9", "<p>old</p>", "<p>new</p>")
@@ -302,11 +313,24 @@ class TheJournal(Baselines):
         self.assertEqual([*self.server.rglob(".orvdiff")], [self.server / ".orvdiff"])
         self.expect(self.undo(), 0)
         self.expect(self.accept("--journal", "../elsewhere", locations=deep), 0,
-                    f"orvdiff undo 1 --journal {self.server}/elsewhere")
+                    "orvdiff undo 1 --journal ../elsewhere\n")
         self.expect(self.undo("--journal", "../elsewhere"), 0)
         self.expect(self.accept("--journal", "none", locations=deep), 0,
                     err="orvdiff: no journal was kept: nothing can take this back\n")
         self.assertTrue(inner.is_dir())
+
+    def test_what_takes_it_back_works_where_the_user_is(self):
+        def typed(words):
+            return subprocess.run([PROGRAM, *words], cwd=self.server, check=True, text=True,
+                                  stdout=subprocess.PIPE).stdout
+        before = self.snapshot()
+        self.recorded()
+        for words in (("-C", "work", "../suite"), ("--from", "record"),
+                      ("-C", "work", "../suite", "--journal", "../it's mine")):
+            hint = typed(("accept", "-y", *words)).splitlines()[-1].split("orvdiff ", 1)[1]
+            self.assertNotEqual(self.snapshot(), before, words)
+            typed(shlex.split(hint))
+            self.assertEqual(self.snapshot(), before, words)
 
     def test_how_much_it_keeps(self):
         for text in ("1", "2", "3"):

@@ -40,7 +40,7 @@ class Groups(SuiteTest):
             "for example P0.html", "also P1.html", "P2.html",
             "5 pairs, missing from the same folder: `../webcontent/bi/v5DebugCSV` (group )",
             "for example P0.csv", "also P1.csv", "P2.csv",
-            "4 different changes in 10 pairs; 1 of them each in a single pair"])
+            "4 different changes in 10 pairs; 1 of them in a single pair"])
         own = run.out[run.out.index("P3.html"):run.out.index("and 2 changes")]
         self.assertIn("348", own)
         self.assertNotIn("16.20", own)  # what others show, too
