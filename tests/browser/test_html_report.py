@@ -393,7 +393,7 @@ class Deciding(Page):
         self.run_program("merge", "1", "2", "-o", "all")
         self.run_program("report", "all", "--html", "report.html")
         self.visit("report.html")
-        for row, fix in [(1, "accept"), (2, "fault")]:
+        for row, fix in [(0, "accept"), (1, "fault")]:
             self.click(self.all(f"table.list tbody tr:nth-child({row + 1}) [data-fix={fix}]")[0])
         self.button("Save as decisions.jsonl").click()
         self.wait((self.work / "decisions.jsonl").exists)
