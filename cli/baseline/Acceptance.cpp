@@ -24,9 +24,10 @@ std::string withMessage(const char* what, const PairRecord& pair) {
 
 bool isTextFormat(const std::string& name) {
   static std::map<std::string, bool> known;
-  const auto [place, isNew] = known.try_emplace(name, false);
-  if (isNew) {
-    place->second = createPairEngine(formatNamed(name))->getCleansingPatterns() != nullptr;
+  auto place = known.find(name);
+  if (place == known.end()) {
+    const bool isText = createPairEngine(formatNamed(name))->getCleansingPatterns() != nullptr;
+    place = known.emplace(name, isText).first;
   }
   return place->second;
 }

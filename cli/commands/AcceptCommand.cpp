@@ -234,24 +234,28 @@ ChoiceRules rulesOf(const AcceptOptions& options) {
   if (!options.record.empty()) {  // a verification heeds these itself
     rules.formats = options.formats.names;
     rules.locations = realLocations(options.locations);
-    for (const std::string& name : rules.formats) {
-      formatNamed(name);
-    }
   }
   return rules;
 }
 
 /// Enters the working folder of the recorded run, from which its paths lead to the files, and takes
-/// over its formats.
+/// over its formats and the rules of its suite's file.
 void takeUp(const RecordReader& record, AcceptOptions& options) {
   if (folderId(record.run().workingFolder) == FolderId{}) {
     throw CommandError("the run of " + record.folder() + " worked in the folder " +
                        record.run().workingFolder + ", which is not there any more");
   }
-  enterWorkFolder(record.run().workingFolder, options.locations, {});
+  enterWorkFolder(record.run().workingFolder, options.locations, {&options.config.file});
+  options.config = configOfRun(options.config, record.run().config);
   const std::vector<std::string> names = options.formats.names;
   options.formats = record.run().formats;
   options.formats.names = names.empty() ? options.formats.names : names;
+  if (const auto config = suiteConfigFor(options.config, {}, Verbosity::Normal)) {
+    takeRules(*config, options.formats);
+  }
+  for (const std::string& name : names) {
+    formatNamed(name);
+  }
 }
 
 /// The place for the journal of a run's pairs: all of them, so that it does not depend on a choice.

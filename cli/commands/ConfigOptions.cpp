@@ -48,6 +48,14 @@ std::optional<SuiteConfig> suiteConfigFor(ConfigChoice choice,
   return config;
 }
 
+ConfigChoice configOfRun(ConfigChoice choice, const RunConfig& run) {
+  if (choice.file.empty()) {
+    choice.file = run.file;
+    choice.isNone = choice.isNone || run.file.empty();
+  }
+  return choice;
+}
+
 FormatOptions rulesForFiles(const ConfigChoice& choice, const std::vector<std::string>& files,
                             Verbosity verbosity) {
   FormatOptions formats;

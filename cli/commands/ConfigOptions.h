@@ -6,6 +6,7 @@
 
 #include "cli/commands/Verb.h"
 #include "cli/config/FindConfig.h"
+#include "cli/record/RunRecord.h"
 #include "cli/suite/FormatSelection.h"
 
 /// Adds --config, --no-config and --trust-config.
@@ -17,6 +18,10 @@ void addConfig(CLI::App& verb, ConfigChoice& choice);
 std::optional<SuiteConfig> suiteConfigFor(ConfigChoice choice,
                                           const std::vector<std::string>& locations,
                                           Verbosity verbosity);
+
+/// The choice for work on what a run recorded: the file that the run worked by, or none, unless
+/// `choice` says otherwise.
+ConfigChoice configOfRun(ConfigChoice choice, const RunConfig& run);
 
 /// The patterns and formats of the suite that `files` belong to, the first one before the others;
 /// for verbs that look at single files.

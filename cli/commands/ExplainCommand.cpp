@@ -247,12 +247,14 @@ ExitStatus run(const ExplainOptions& options) {
 }  // namespace
 
 void printExplanation(const CommonOptions& options, const std::string& format,
-                      const std::string& master, const std::string& actual) {
+                      const std::string& master, const std::string& actual,
+                      const ConfigChoice& config) {
   ExplainOptions explained;
   static_cast<CommonOptions&>(explained) = options;
   explained.format = format;
   explained.master = master;
   explained.actual = actual;
+  explained.config = config;
   run(explained);
 }
 

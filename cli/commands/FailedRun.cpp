@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "cli/commands/ConfigOptions.h"
 #include "cli/record/RecordReader.h"
 #include "cli/report/ReportFiles.h"
 #include "cli/report/SummaryFile.h"
@@ -54,10 +55,7 @@ VerifyOptions optionsForFailed(VerifyOptions options) {
                        run.workingFolder + ", which cannot be entered: " + error.message());
   }
   options.formats = run.formats;
-  if (options.config.file.empty()) {
-    options.config.file = run.config.file;
-    options.config.isNone = options.config.isNone || run.config.file.empty();
-  }
+  options.config = configOfRun(options.config, run.config);
   // The record tells them, whatever the suite's file says now.
   options.given.insert({"--work", "--format", "--sub-folder", "--all-sub-folders",
                         "--folder-suffix", "--layout-schema", "--layout-namespace"});

@@ -8,6 +8,7 @@
 
 #include "cli/commands/ChangeOptions.h"
 #include "cli/commands/CommandLine.h"
+#include "cli/commands/ConfigOptions.h"
 #include "cli/commands/Explanation.h"
 #include "cli/commands/Verb.h"
 #include "cli/commands/WorkFolder.h"
@@ -25,6 +26,7 @@ using End = ReviewSession::End;
 struct ReviewOptions : CommonOptions {
   std::string record;
   ChangeOptions change;
+  ConfigChoice config;
   bool isEager = false;
 };
 
@@ -46,10 +48,10 @@ class PrintedText {
   std::streambuf* const m_err;
 };
 
-ReviewSession::Explainer explainerFor(const CommonOptions& options) {
+ReviewSession::Explainer explainerFor(const ReviewOptions& options) {
   return [options](const PairRecord& pair, const PairFiles::Paths& files) {
     const PrintedText printed;
-    printExplanation(options, pair.format, files.master, files.output);
+    printExplanation(options, pair.format, files.master, files.output, options.config);
     return printed.text();
   };
 }
@@ -174,6 +176,7 @@ ExitStatus run(const ReviewOptions& given) {
   }
   ReviewOptions options = given;
   makeAbsolutePlace(options.change);
+  makeAbsolute(options.config.file);
   std::string folder = options.record;
   makeAbsolute(folder);
   RecordReader record(folder);
@@ -184,6 +187,11 @@ ExitStatus run(const ReviewOptions& given) {
     return record.run().complete && material.notRun() == 0 ? kExitPassed : kExitNotPassed;
   }
   enterFolderOf(record);
+  options.config = configOfRun(options.config, record.run().config);
+  if (const auto config = suiteConfigFor(options.config, {}, Verbosity::Normal)) {
+    FormatOptions ignored;  // the pairs have been compared; what counts is the suite's own formats
+    takeRules(*config, ignored);
+  }
   return review(options, material, record.run());
 }
 
@@ -202,4 +210,5 @@ void addReview(CLI::App& app, Performer& chosen) {
   addJournal(verb, options.change.journal,
              "Keep what is replaced in the folder DIR (default: .orvdiff in the top of the suite); "
              "none: keep nothing, so that nothing can be taken back");
+  addConfig(verb, options.config);
 }

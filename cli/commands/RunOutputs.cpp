@@ -32,6 +32,7 @@ RunRecord endedRun(RunRecord run, const RunTotals& totals,
   run.findings = totals.findings;
   run.notes = problems;
   run.remarks = totals.remarks;
+  run.known = totals.known;
   run.status = exitStatusOf(totals, problems);
   run.complete = !totals.interrupted && totals.incomplete.empty();
   return run;

@@ -133,11 +133,20 @@ std::set<std::string> namesOf(const std::vector<OwnPattern>& patterns) {
   return names;
 }
 
-/// Whether every pair of the suite was to be compared.
-bool isWholeRun(const VerifyOptions& options, const RunPlan& plan) {
+/// Whether every pair of the suite was to be compared, by this run or by those of other shards.
+bool isOfWholeSuite(const VerifyOptions& options, const RunPlan& plan) {
   const bool isSelection =
       options.given.count("--format") + options.given.count("--sub-folder") > 0;
-  return !plan.onlyPairs && options.shard.empty() && plan.found.isWholeSuite && !isSelection;
+  return !plan.onlyPairs && plan.found.isWholeSuite && !isSelection;
+}
+
+void addKnown(const KnownDifferences& known, const VerifyOptions& options, const RunPlan& plan,
+              RunTotals& totals) {
+  const bool isWhole = isOfWholeSuite(options, plan);
+  totals.remarks = known.remarks(isWhole && options.shard.empty());
+  if (isWhole && !options.shard.empty()) {
+    totals.known = known.uses();
+  }
 }
 
 /// The run has worked by the file as it was; whoever changes it meanwhile may think otherwise.
@@ -183,7 +192,7 @@ ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerT
   if (!totals.interrupted) {
     addUncompared(plan, totals);
     accounting.close(options, plan, formats, pictures, totals);
-    totals.remarks = known.remarks(isWholeRun(options, plan));
+    addKnown(known, options, plan, totals);
   }
   addConfigChange(options, totals);
   totals.time = std::chrono::steady_clock::now() - start;

@@ -130,21 +130,29 @@ std::vector<KnownDifferences::Entry*> KnownDifferences::coveringOf(const PairRec
 std::vector<std::string> KnownDifferences::remarks(bool isWholeRun) const {
   std::vector<std::string> sentences;
   for (const Entry& entry : m_entries) {
-    const std::string what = describe(entry.known);
+    const KnownUse use = entry.use();
     const bool isOnePair = !entry.known.pair.empty() && !hasWildcards(entry.known.pair);
-    const bool occurs = entry.uses + entry.others > 0;
     if (entry.missed > 0) {
-      sentences.push_back("known only until " + entry.known.until + ", so " +
-                          std::to_string(entry.missed) +
-                          (entry.missed == 1 ? " pair fails" : " pairs fail") + " again: " + what);
-    } else if (!occurs && (entry.passes > 0 || entry.known.pair.empty()) &&
-               (isWholeRun || isOnePair)) {
-      sentences.push_back("no longer needed: " + what);
-    } else if (!occurs && entry.passes == 0 && isWholeRun) {
-      sentences.push_back("there is no such pair: " + what);
+      sentences.push_back(
+          "known only until " + entry.known.until + ", so " + std::to_string(entry.missed) +
+          (entry.missed == 1 ? " pair fails" : " pairs fail") + " again: " + use.what);
+    } else if (!use.occurs && (isWholeRun || (isOnePair && use.applies))) {
+      sentences.push_back(remarkOn(use));
     }
   }
   return sentences;
+}
+
+KnownUse KnownDifferences::Entry::use() const {
+  return {describe(known), uses + others > 0, passes > 0 || known.pair.empty()};
+}
+
+std::vector<KnownUse> KnownDifferences::uses() const {
+  std::vector<KnownUse> uses;
+  for (const Entry& entry : m_entries) {
+    uses.push_back(entry.use());
+  }
+  return uses;
 }
 
 /// The path of a master from the file's folder. Links on the way are resolved, once per folder.

@@ -7,6 +7,7 @@
 
 #include "cli/custom/KnownDifference.h"
 #include "cli/record/PairRecord.h"
+#include "cli/record/RunRecord.h"
 
 /// Finds out which pairs of a run differ only in what is known.
 class KnownDifferences {
@@ -27,6 +28,9 @@ class KnownDifferences {
   /// whose one pair was compared.
   std::vector<std::string> remarks(bool isWholeRun) const;
 
+  /// What a run over a part of a suite can tell of each difference, for those that join the parts.
+  std::vector<KnownUse> uses() const;
+
  private:
   struct Entry {
     KnownDifference known;
@@ -35,6 +39,8 @@ class KnownDifferences {
     std::size_t passes = 0;  ///< pairs it names that pass
     std::size_t others = 0;  ///< pairs it names that do not pass
     std::size_t missed = 0;  ///< pairs it would have made known if it had not ended
+
+    KnownUse use() const;
   };
 
   static std::vector<Entry*> coveringOf(const PairRecord& pair, const std::vector<Entry*>& named,

@@ -49,6 +49,31 @@ void cover(std::vector<std::uint32_t>& missing, const RecordReader& record) {
   }
 }
 
+/// Takes what a shard tells into what others told. A shard that tells nothing, because it was only
+/// to see a part of its share, leaves nothing to be told about the whole.
+void join(std::vector<KnownUse>& uses, const std::vector<KnownUse>& others) {
+  uses.resize(std::min(uses.size(), others.size()));
+  for (std::size_t i = 0; i < uses.size(); ++i) {
+    uses[i].occurs = uses[i].occurs || others[i].occurs;
+    uses[i].applies = uses[i].applies || others[i].applies;
+  }
+}
+
+/// Says what the shards can only tell together, unless one of them has said it.
+void addRemarks(const std::vector<KnownUse>& uses, std::vector<std::string>& remarks) {
+  for (const KnownUse& use : uses) {
+    const std::string remark = remarkOn(use);
+    const bool isSaid =
+        std::any_of(remarks.begin(), remarks.end(), [&use](const std::string& said) {
+          return said.size() >= use.what.size() &&
+                 said.compare(said.size() - use.what.size(), use.what.size(), use.what) == 0;
+        });
+    if (!remark.empty() && !isSaid) {
+      remarks.push_back(remark);
+    }
+  }
+}
+
 }  // namespace
 
 RunRecord JoinedRecords::joinRuns(bool mustBeWhole) const {
@@ -68,6 +93,7 @@ RunRecord JoinedRecords::joinRuns(bool mustBeWhole) const {
     const RunRecord& run = source->reader.run();
     requireSame(m_sources.front()->reader, source->reader);
     cover(missing, source->reader);
+    join(merged.known, run.known);
     merged.start = std::min(merged.start, run.start);
     merged.end = std::max(merged.end, run.end);
     merged.complete = merged.complete && run.complete;
@@ -95,6 +121,10 @@ RunRecord JoinedRecords::joinRuns(bool mustBeWhole) const {
                       std::back_inserter(merged.shards.indices));
   if (missing.empty()) {
     merged.shards = {};
+    if (merged.complete) {
+      addRemarks(merged.known, merged.remarks);
+    }
+    merged.known.clear();
   }
   if (missing.empty() && merged.unverified.size() == merged.reports && !merged.mayBeEmpty) {
     merged.notes.emplace_back("nothing to verify (use --allow-none to accept this)");

@@ -98,7 +98,31 @@ RunConfig configFromJson(const ordered_json& json) {
   return config;
 }
 
+ordered_json knownToJson(const std::vector<KnownUse>& uses) {
+  ordered_json json = ordered_json::array();
+  for (const KnownUse& use : uses) {
+    json.push_back(
+        {{"what", textToJson(use.what)}, {"occurs", use.occurs}, {"applies", use.applies}});
+  }
+  return json;
+}
+
+std::vector<KnownUse> knownFromJson(const ordered_json& json) {
+  std::vector<KnownUse> uses;
+  for (const ordered_json& use : json) {
+    uses.push_back({textFromJson(use.at("what")), use.at("occurs").get<bool>(),
+                    use.at("applies").get<bool>()});
+  }
+  return uses;
+}
+
 }  // namespace
+
+std::string remarkOn(const KnownUse& use) {
+  return use.occurs    ? ""
+         : use.applies ? "no longer needed: " + use.what
+                       : "there is no such pair: " + use.what;
+}
 
 std::string toJson(const RunRecord& run) {
   ordered_json json;
@@ -126,6 +150,9 @@ std::string toJson(const RunRecord& run) {
   json["notes"] = textsToJson(run.notes);
   if (!run.remarks.empty()) {
     json["remarks"] = textsToJson(run.remarks);
+  }
+  if (!run.known.empty()) {
+    json["known"] = knownToJson(run.known);
   }
   json["mayBeEmpty"] = run.mayBeEmpty;
   json["status"] = run.status;
@@ -164,6 +191,9 @@ RunRecord runFromJson(const std::string& text) {
   run.notes = textsFromJson(json.at("notes"));
   if (json.contains("remarks")) {
     run.remarks = textsFromJson(json.at("remarks"));
+  }
+  if (json.contains("known")) {
+    run.known = knownFromJson(json.at("known"));
   }
   run.mayBeEmpty = json.at("mayBeEmpty").get<bool>();
   run.status = json.at("status").get<int>();

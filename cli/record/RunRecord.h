@@ -29,6 +29,16 @@ struct RunConfig {
   std::vector<RunPattern> patterns;
 };
 
+/// What a run can tell about a difference that the suite's file accepts.
+struct KnownUse {
+  std::string what;      ///< the entry, for people; the same in every run with that file
+  bool occurs = false;   ///< a pair that it names does not pass
+  bool applies = false;  ///< it names a pair that passes, or any pair
+};
+
+/// What to do about an entry that occurs nowhere in a whole suite; empty if nothing.
+std::string remarkOn(const KnownUse& use);
+
 /// What a record says of the run as a whole.
 struct RunRecord {
   std::string program;                   ///< version of orvdiff
@@ -48,6 +58,7 @@ struct RunRecord {
   std::vector<FindingTotal> findings;   ///< what else it has to account for
   std::vector<std::string> notes;       ///< what else kept the run from verifying everything
   std::vector<std::string> remarks;     ///< what is worth knowing, but no trouble
+  std::vector<KnownUse> known;          ///< of a shard: no shard alone can tell what is not needed
   bool mayBeEmpty = false;              ///< having nothing to verify is no trouble
   int status = 0;                       ///< that the run ended with
   bool complete = false;                ///< false: interrupted, or still running

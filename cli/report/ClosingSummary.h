@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/record/RunRecord.h"
 #include "cli/report/Tally.h"
 #include "cli/suite/Finding.h"
 #include "cli/system/ExitStatus.h"
@@ -22,6 +23,7 @@ struct RunTotals {
   std::vector<std::string> incomplete;  ///< logs that miss a result, a sentence each
   std::vector<FindingTotal> findings;   ///< what else the run has to account for
   std::vector<std::string> remarks;     ///< what is worth knowing, but no trouble
+  std::vector<KnownUse> known;          ///< of a shard, what only all together can judge
   bool interrupted = false;
   std::chrono::duration<double> time{};
 };

@@ -28,10 +28,14 @@ std::string policy() {
 }
 
 std::string title(const RunRecord& run) {
-  const auto found = run.totals.find(std::string(wordFor(Verdict::Passed)));
-  const std::uint64_t passed = found == run.totals.end() ? 0 : found->second;
-  return std::to_string(passed) + " of " + std::to_string(run.pairs) +
-         " pairs passed \u2013 orvdiff";
+  const auto countOf = [&run](Verdict verdict) {
+    const auto found = run.totals.find(std::string(wordFor(verdict)));
+    return found == run.totals.end() ? 0 : found->second;
+  };
+  const std::uint64_t known = countOf(Verdict::Known);
+  return std::to_string(countOf(Verdict::Passed)) + " of " + std::to_string(run.pairs) +
+         " pairs passed" + (known > 0 ? ", " + std::to_string(known) + " known" : "") +
+         " \u2013 orvdiff";
 }
 
 std::string headJson(const ReportSummary& summary) {

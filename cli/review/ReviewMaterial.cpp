@@ -18,7 +18,7 @@ std::string idOf(const std::string& text) {
 }
 
 bool isToReview(const PairRecord& pair) {
-  return pair.verdict != Verdict::Passed && pair.verdict != Verdict::NotRun;
+  return isFailure(pair.verdict) && pair.verdict != Verdict::NotRun;
 }
 
 /// Whether the changes of the pair are all there is to say about it.
@@ -48,14 +48,18 @@ class ReviewMaterial::Sorter {
     for (ChangeGroup& group : m_groups.rarestFirst()) {
       const auto [found, isNew] =
           itemOf.try_emplace({group.pairCount, group.pairsHash}, items.size());
+      const auto example = m_exampleOf.find(group.id);
       if (isNew) {
-        const auto example = m_exampleOf.find(group.id);
-        items.push_back({group.id, {}, {}, std::move(group.pairs), 0});
-        items.back().example =
-            example != m_exampleOf.end() ? example->second.pair : items.back().pairs.front();
+        items.push_back({group.id, {}, {}, std::move(group.pairs), 0, false});
+        items.back().example = items.back().pairs.front();
+      }
+      ReviewItem& item = items[found->second];
+      if (example != m_exampleOf.end() && !item.hasPlace) {
+        item.example = example->second.pair;
+        item.hasPlace = true;
       }
       group.pairs.clear();
-      items[found->second].changes.push_back(std::move(group));
+      item.changes.push_back(std::move(group));
     }
     std::stable_sort(items.begin(), items.end(),
                      [](const auto& a, const auto& b) { return a.pairs.size() < b.pairs.size(); });
@@ -70,14 +74,24 @@ class ReviewMaterial::Sorter {
   };
 
   void addExample(const PairRecord& pair, std::size_t number) {
-    const bool isPure = pair.difference->changes.size() == 1;
-    for (const DiffHunk& hunk : pair.difference->hunks) {
+    const Difference& difference = *pair.difference;
+    const Example example = {number, difference.changes.size() == 1};
+    for (const DiffHunk& hunk : difference.hunks) {
       for (const std::string& group : hunk.groups) {
-        const auto [known, isNew] = m_exampleOf.try_emplace(group, Example{number, isPure});
-        if (!isNew && isPure && !known->second.isPure) {
-          known->second = {number, isPure};
-        }
+        addExample(group, example);
       }
+    }
+    if (difference.hunkCount == 0) {  // its notes tell what has changed
+      for (const DiffChange& change : difference.changes) {
+        addExample(change.group, example);
+      }
+    }
+  }
+
+  void addExample(const std::string& group, const Example& example) {
+    const auto [place, isNew] = m_exampleOf.try_emplace(group, example);
+    if (!isNew && example.isPure && !place->second.isPure) {
+      place->second = example;
     }
   }
 
@@ -91,7 +105,7 @@ class ReviewMaterial::Sorter {
     }
     const auto [found, isNew] = m_otherOf.try_emplace(key, m_others.size());
     if (isNew) {
-      m_others.push_back({idOf(key), {}, printable(reason), {}, number});
+      m_others.push_back({idOf(key), {}, printable(reason), {}, number, true});
     }
     m_others[found->second].pairs.push_back(number);
   }

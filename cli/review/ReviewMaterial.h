@@ -19,6 +19,7 @@ struct ReviewItem {
   std::string headline;              ///< printable; of what is not about changes
   std::vector<std::size_t> pairs;    ///< numbers of pairs to review
   std::size_t example = 0;           ///< one of them that can show a place of it
+  bool hasPlace = false;             ///< whether the record keeps a place of it to show
 };
 
 /// A pair that did not pass.

@@ -185,7 +185,7 @@ Page ReviewPages::ofItem(std::size_t item, HunkView view, std::size_t width) con
     if (!shown.changes.empty()) {
       leaveOnly(shown, *example.difference);
     }
-    if (example.difference->hunks.empty() && example.difference->notes.empty()) {
+    if (!shown.hasPlace) {
       rows.add("The record keeps no place that shows it; o opens the files.");
     }
     addHunks(*example.difference, view, rows);

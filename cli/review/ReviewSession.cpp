@@ -175,6 +175,15 @@ void ReviewSession::type(const Key& key) {
   }
 }
 
+/// Whether the person can have seen what is to be decided. Pairs show what the record keeps of
+/// them.
+bool ReviewSession::isSeen() const {
+  const auto& pairs = m_walk.item().pairs;
+  return m_walk.isAtPair() || m_walk.item().hasPlace ||
+         std::any_of(pairs.begin(), pairs.end(),
+                     [this](std::size_t pair) { return m_opened.count(pair) > 0; });
+}
+
 void ReviewSession::accept() {
   const auto obstacleOf = [this](std::size_t pair) { return m_material.pairs()[pair].obstacle; };
   const auto& pairs = m_walk.item().pairs;
@@ -182,6 +191,8 @@ void ReviewSession::accept() {
                                            : std::all_of(pairs.begin(), pairs.end(), obstacleOf);
   if (isStopped) {
     m_status = "Cannot be accepted: " + printable(*obstacleOf(m_walk.pair()));
+  } else if (!isSeen()) {
+    m_status = "Not seen yet: open the files (o), or decide on the pairs one by one (p)";
   } else {
     decide(Fix::Accept);
   }
@@ -316,6 +327,9 @@ void ReviewSession::openFiles() {
   const bool isText = kind != "picture" && kind != "script" && kind != "bytes";
   try {
     m_status = showInViewer(m_screen, m_files.of(pair), isText);
+    if (m_status.empty()) {
+      m_opened.insert(m_walk.pair());
+    }
   } catch (const CommandError& error) {
     m_status = printable(error.what());
   }

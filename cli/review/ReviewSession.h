@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,7 @@ class ReviewSession {
   void pressInSummary(const std::string& key);
   void runCommand(const std::string& key);
 
+  bool isSeen() const;
   void accept();
   void askForFault();
   void markAsFault(const std::string& note);
@@ -85,5 +87,6 @@ class ReviewSession {
   std::string m_status;                 ///< what the last key has led to, printable
   std::string m_wanted;                 ///< was searched last
   std::vector<ChangeReport> m_written;  ///< of masters at once, by each decision
+  std::set<std::size_t> m_opened;       ///< pairs whose files were shown
   std::optional<End> m_end;
 };

@@ -203,6 +203,24 @@ class Pairs(Page):
         self.open_pair("Cid.html")
         self.assertEqual(self.all(".notice"), [])
 
+    def test_what_is_known_and_why_a_suite_has_a_rule(self):
+        reason = {"why": "as planned", "until": "2999-12-31", "link": "https://x/1", "place": "orvdiff.toml:9:1"}
+        hunk = text_hunk("a1", 33, "net", "gross", ("stamp", "Build 1"))
+        known = pair("Ada", verdict="known", known={"verdict": "differs", "reasons": [reason]},
+                     difference=difference("text", [hunk]))
+        patterns = [{"name": "stamp", "why": "the server stamps", "place": "orvdiff.toml:2:1"}]
+        self.open([known, pair("Ben")], status=0, config={"file": "/s/orvdiff.toml", "hash": "0", "patterns": patterns})
+        self.assertEqual(self.text(".stamp"), "≈All passed but what is known")
+        self.assertEqual(self.text("h1"), "1 of 2 pairs passed, 1 known")
+        self.assertEqual(self.all("table.list [data-fix], .groups details"), [])
+        self.visit("report.html", "#q=verdict:known")
+        self.assertEqual(self.names(), ["Ada.html"])
+        self.open_pair("Ada.html")
+        for text in ("differs, known until 2999-12-31: as planned", "orvdiff.toml:9:1, https://x/1"):
+            self.assertIn(text, self.text(".notice.odd"))
+        self.assertEqual(self.all(".masked")[0].get_attribute("title"),
+                         "not compared: stamp: the server stamps (orvdiff.toml:2:1)")
+
     def test_folds_open(self):
         lines = [f"<p>line {number}</p>" for number in range(1, 201)]
         lines[2] = "x" * 1000
@@ -366,6 +384,24 @@ class Deciding(Page):
         self.assertEqual(lines["Odd"]["output"], {"hex": "ff41"})
         self.wait(lambda: "1 pair not saved: the record lacks the hashes" in self.text(".decisions"))
         self.assertIn(f"orvdiff accept --from {self.work}/record --list decisions.jsonl", self.text(".decisions"))
+
+    def test_the_saved_file_is_what_accept_takes(self):
+        for name in ("Ada", "Ben", "Cid"):
+            self.report(name, "net 1", f"gross {name}")
+        for shard in "12":
+            self.verify("--shard", f"{shard}/2", "--record", shard)
+        self.run_program("merge", "1", "2", "-o", "all")
+        self.run_program("report", "all", "--html", "report.html")
+        self.visit("report.html")
+        for row, fix in [(0, "accept"), (1, "fault")]:
+            self.click(self.all(f"table.list tbody tr:nth-child({row + 1}) [data-fix={fix}]")[0])
+        self.button("Save as decisions.jsonl").click()
+        self.wait((self.work / "decisions.jsonl").exists)
+        (self.outputs / "Ada.html").unlink()  # the joined record has it
+        run = self.run_program("accept", "--from", "all", "--list", "decisions.jsonl", "-y")
+        self.expect(run, 0, "Accepted 1 output")
+        masters = {name: (self.server / f"suite/Masters/{name}.html").read_text() for name in ("Ada", "Ben", "Cid")}
+        self.assertEqual(masters, {"Ada": "gross Ada", "Ben": "net 1", "Cid": "net 1"})
 
     def test_by_keys_and_what_was_viewed(self):
         self.open(self.pairs)

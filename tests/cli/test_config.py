@@ -108,11 +108,26 @@ class Config(SuiteTest):
         self.assertIn("0 of 1 pair passed, 1 known", (self.work / "m.md").read_text())
         self.assertEqual(json.loads((self.work / "j.json").read_text())["run"]["totals"], {"known": 1})
         self.expect(self.run_program("show", "night"), 0, "All passed but what is known.", "1 known")
+        self.expect(self.run_program("report", "night", "--annotations", "github"), 0, out="")
         self.expect(self.verify("--failed", "night", locations=()), 0, "0 of 1 pair")
         self.report("R", "a 1", "a 3")  # another change
         self.expect(self.verify(), 1, "1 differ")
         self.report("R", "a 1", "a 1")
         self.expect(self.verify(), 0, "no longer needed: ../suite/orvdiff.toml:2:1: Masters/R.html", "All passed.")
+
+    def test_shards_tell_together_what_is_no_longer_needed(self):
+        for name in "RSTU":
+            self.report(name, "a 1", "a 2" if name == "R" else "a 1")
+        self.config(known('pair = "Masters/R*.html"\nverdict = "differs"'),
+                    known('pair = "Masters/?.html"\nverdict = "differs"'),
+                    known('pair = "Masters/S*.html"\nverdict = "differs"'), known('pair = "X*"\nverdict = "differs"'))
+        for shard in "12":
+            run = self.verify("--shard", f"{shard}/2", "--record", shard)
+            self.assertNotIn("no longer needed", run.out)
+        run = self.run_program("merge", "1", "2", "-o", "all")
+        self.expect(run, 0, "no longer needed: ../suite/orvdiff.toml:12:1: Masters/S*.html",
+                    "there is no such pair: ../suite/orvdiff.toml:17:1: X*")
+        self.assertEqual(run.out.count("no longer needed"), 1)
 
     def test_known_differences_end(self):
         self.report("R", "a 1", "a 2")

@@ -2,7 +2,8 @@
 
 import json
 
-from suite import SuiteTest
+from suite import PROGRAM, SuiteTest
+from terminal import Terminal
 
 INVOICES = """version = 1
 [[format]]
@@ -49,6 +50,22 @@ class OwnFormats(SuiteTest):
         self.assertNotIn("mon", run.out)
         self.invoices("Net,Print\n1,mon\n", "Net,Print\n1,mon\n")
         self.expect(self.verify(), 2, "error", 'has no column "Printed", which is to be ignored')
+
+    def test_outputs_are_accepted_from_a_record_if_they_are_valid(self):
+        self.invoices("Net,Printed\n1,mon\n", "Net,Printed\n2,tue\n")
+        self.assertEqual(self.verify("--record", "night").status, 1)
+        with Terminal([PROGRAM, "review", "night"], self.work, columns=100) as terminal:
+            terminal.wait_for("a:accept", "Masters/Inv/R_1.csv")
+            terminal.press("e", "Format invoices of the suite", "column Printed is ignored")
+            terminal.press("x", "a:accept")
+            terminal.press("a", "1 master to accept")
+            terminal.press("q")
+            terminal.status()
+        run = self.run_program("accept", "--from", "night", "--no-config", "-y")
+        self.expect(run, 1, 'unknown format "invoices"', err=run.err)
+        decided = ("accept", "--from", "night", "-f", "invoices", "--list", "night/decisions.jsonl", "-y")
+        self.expect(self.run_program(*decided), 0, "Accepted 1 output")
+        self.expect(self.run_program("verify", "--strict", "../suite"), 0)
 
     def test_what_is_missing_keeps_pairs_from_being_compared(self):
         self.write("suite/R.xml", "a report")

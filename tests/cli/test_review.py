@@ -180,6 +180,26 @@ class Review(SuiteTest):
                     "Accepted 5 outputs")
         self.assertEqual(self.masters(), self.accepted(0, 2, 3, 4, 5))
 
+    def test_nothing_is_accepted_unseen(self):
+        self.report("P0", "<p>same</p>\n" * 9, "".join(f"<p>new {n}</p>\n" for n in range(9)))
+        self.report("K", "known 1", "known 2")
+        self.write("suite/orvdiff.toml", 'version = 1\n[[known]]\npair = "Masters/K.html"\nverdict = "differs"\n'
+                                         'why = "planned"\nuntil = 2999-12-31\n')
+        (self.work / "r/pairs.jsonl").unlink()
+        self.verify("--record", "k")
+        path = self.work / "k/pairs.jsonl"
+        pairs = [json.loads(line) for line in path.read_text().splitlines()]
+        for pair in pairs:
+            if "P0" in pair["master"]:
+                pair["difference"].update(hunks=[])
+        path.write_text("".join(json.dumps(pair) + "\n" for pair in pairs))
+        with Terminal([PROGRAM, "review", "k"], self.work, columns=120, ORVDIFF_VIEWER="true") as terminal:
+            terminal.wait_for(KEYS, "0 of 7 pairs decided")  # K is none of them
+            terminal.press("/P0.html\n", "The record keeps no place that shows it")
+            terminal.press("a", "Not seen yet: open the files (o)")
+            terminal.press("o")
+            terminal.press("a", "accepted: ")
+
     def test_any_size(self):
         for rows, columns in ((24, 80), (60, 200), (5, 20), (1, 1)):
             with self.subTest((rows, columns)), self.review() as terminal:

@@ -1,5 +1,6 @@
 import { copyButton, copyLine, el } from "./dom.js";
 import { decodeText, shellWord } from "./text.js";
+import { isFailure } from "./verdicts.js";
 
 // Commands to copy. They start in the run's working folder, as all names of a run do.
 
@@ -56,7 +57,7 @@ export function pairCommands(model, row, pair) {
     lines.push(copyLine("Show the difference", inFolder(model, ["diff", pair.format, master, output])));
   }
   lines.push(copyLine("Verify this report", inFolder(model, ["verify", "-f", pair.format, report])));
-  if (row.verdict !== "passed") {
+  if (isFailure(row.verdict)) {
     const accept = () => copyLine("Accept this report", acceptCommand(model, [report]));
     lines.push(
       ...recordLines(model, (record) => [
@@ -81,7 +82,7 @@ export function bundleCommand(model, { groups }) {
 
 /** The commands for the whole run; null if there is nothing left to do. */
 export function runCommands(model) {
-  if (model.run.pairs > 0 && model.rows.every((row) => row.verdict === "passed")) {
+  if (model.run.pairs > 0 && model.rows.every((row) => !isFailure(row.verdict))) {
     return null;
   }
   return el(

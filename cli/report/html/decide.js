@@ -2,6 +2,7 @@ import { button, copyLine, el } from "./dom.js";
 import { canAccept } from "./decisions.js";
 import { countOf, grouped } from "./text.js";
 import { acceptCommand } from "./commands.js";
+import { isFailure } from "./verdicts.js";
 
 // The controls for decisions. Each comes with a function that shows what has been decided since.
 
@@ -24,7 +25,7 @@ function showChoice(buttons, fix) {
 /** Buttons and box for a pair, and what shows in them what is decided: {buttons, box, refresh}. */
 function controlsOf(decisions, row, { accept, fault, viewed = {} }) {
   const words = canAccept(row) ? { accept, fault } : { fault };
-  const isOffered = decisions.isPossible && row.verdict !== "passed";
+  const isOffered = decisions.isPossible && isFailure(row.verdict);
   const buttons = isOffered ? choices(words, (fix) => decisions.togglePair(row, fix)) : [];
   const onchange = () => decisions.toggleViewed(row);
   const box = el("input", { type: "checkbox", onchange, ...viewed });

@@ -4,6 +4,7 @@ import { bundleControls } from "./decide.js";
 import { button, el } from "./dom.js";
 import { hunkView } from "./hunks.js";
 import { countOf, grouped, shortened } from "./text.js";
+import { isFailure } from "./verdicts.js";
 
 const FEW_BUNDLES = 4; // so many are shown open
 const MOST_BUNDLES = 60; // so many are listed before the reader asks for more
@@ -34,7 +35,7 @@ export function changesText(groups) {
 
 /** A sentence that tells whether many failures are one change. */
 function gist(bundles, rows, actions) {
-  const failing = rows.filter((row) => row.verdict !== "passed").length;
+  const failing = rows.filter((row) => isFailure(row.verdict)).length;
   const largest = bundles[bundles.length - 1];
   const count = largest.pairs.length;
   const others = bundles.length - 1;
@@ -123,7 +124,7 @@ function bundleItem(model, bundle, actions, isOpen) {
 
 /** Pairs that did not pass and are in no group must not go unseen. */
 function ungrouped(model, actions) {
-  const count = model.rows.filter((row) => row.verdict !== "passed" && row.groups.length === 0).length;
+  const count = model.rows.filter((row) => isFailure(row.verdict) && row.groups.length === 0).length;
   return count === 0
     ? null
     : el(

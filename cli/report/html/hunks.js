@@ -19,6 +19,15 @@ function changedText(text) {
   return parts;
 }
 
+const reasons = new Map(); // of the suite's own rules, by name
+
+/** Has masks tell why the suite's file has `patterns`: [{name, why, place}]. */
+export function tellReasons(patterns) {
+  for (const { name, why, place } of patterns) {
+    reasons.set(decodeText(name), `${decodeText(why)} (${decodeText(place)})`);
+  }
+}
+
 function spanNode(span, lineKind) {
   const text = decodeText(span.text);
   if (span.kind === "changed") {
@@ -28,7 +37,7 @@ function spanNode(span, lineKind) {
     const rule = span.rule || "a rule";
     return el(
       "span.masked",
-      { title: `not compared: ${rule}` },
+      { title: reasons.has(rule) ? `not compared: ${rule}: ${reasons.get(rule)}` : `not compared: ${rule}` },
       el("span.text", {}, text),
       el("span.rule", {}, `⟨${rule}⟩`),
     );

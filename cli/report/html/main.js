@@ -3,23 +3,26 @@ import { decisionBar } from "./decide.js";
 import { Decisions } from "./decisions.js";
 import { el } from "./dom.js";
 import { groupsSection } from "./groups.js";
+import { tellReasons } from "./hunks.js";
 import { watchKeys } from "./keys.js";
 import { overview } from "./overview.js";
 import { pairPage } from "./pair.js";
 import { addressOf, readAddress, withField } from "./query.js";
 import { firstQuery, PairTable } from "./table.js";
+import { FAILURES } from "./verdicts.js";
 
 /** The page: all pairs, or one of them, as the address says. */
 class Report {
   constructor(model) {
     this.model = model;
+    tellReasons(model.run.config?.patterns ?? []);
     const decisions = new Decisions(model);
     this.actions = {
       decisions,
       setState: (change) => this.setState(change),
       pairAddress: (row) => addressOf({ ...readAddress(), pair: row.id }),
       showGroup: (group) => this.filter("group", group.id),
-      showUngrouped: () => this.search("-verdict:passed group:none"),
+      showUngrouped: () => this.search(`${FAILURES} group:none`),
     };
     this.table = new PairTable(model, decisions, this.actions.setState);
     this.home = el(

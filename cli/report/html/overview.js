@@ -4,23 +4,30 @@ import { countOf, decodeText, grouped, secondsText, shellWord } from "./text.js"
 import { VERDICT_NAMES, verdictOf } from "./verdicts.js";
 
 function headline(run) {
-  const passed = run.totals.passed ?? 0;
-  const others = run.pairs - passed;
+  const { passed = 0, known = 0 } = run.totals;
+  const others = run.pairs - passed - known;
   if (others > 0) {
-    return `${grouped(others)} of ${countOf(run.pairs, "pair")} did not pass`;
+    const left = known > 0 ? `, ${grouped(known)} known` : "";
+    return `${grouped(others)} of ${countOf(run.pairs, "pair")} did not pass${left}`;
+  }
+  if (known > 0) {
+    return `${grouped(passed)} of ${countOf(run.pairs, "pair")} passed, ${grouped(known)} known`;
   }
   return run.pairs > 0 ? `All ${countOf(run.pairs, "pair")} passed` : "Nothing was compared";
 }
 
 /** What the run came to as a whole: {words, sign, kind}. */
 function outcomeOf(run) {
+  const { passed = 0, known = 0 } = run.totals;
   if (!run.complete) {
     return { words: "Incomplete: the run did not come to its end", sign: "!", kind: "odd" };
   }
   if (run.pairs > 0 && run.status === 0) {
-    return { words: "All passed", sign: "✓", kind: "good" };
+    return known > 0
+      ? { words: "All passed but what is known", sign: "≈", kind: "odd" }
+      : { words: "All passed", sign: "✓", kind: "good" };
   }
-  return (run.totals.passed ?? 0) === run.pairs
+  return passed + known === run.pairs
     ? { words: "Not everything was verified", sign: "!", kind: "odd" }
     : { words: "Not all passed", sign: "✗", kind: "bad" };
 }

@@ -6,7 +6,7 @@ import { changesText } from "./groups.js";
 import { hiddenHunks, hunkView, maskCounts } from "./hunks.js";
 import { pictureViewer } from "./pictures.js";
 import { bytesText, countOf, decodeText, grouped, secondsText } from "./text.js";
-import { badge } from "./verdicts.js";
+import { badge, verdictOf } from "./verdicts.js";
 
 const MOST_PRINTED = 20_000; // characters of what was printed that are shown at first
 
@@ -48,6 +48,19 @@ function maskWarning({ mask }) {
     {},
     `${what} ${mask.percent} % of the ${mask.file} (lines ${grouped(mask.firstLine)} to ` +
       `${grouped(mask.lastLine)}), and the files differ there: nothing there was compared.`,
+  );
+}
+
+/** Why the suite's file accepts the difference for the time being; a link is no more than text. */
+function knownReasons({ known }) {
+  return (known?.reasons ?? []).map(({ why, until, link, place }) =>
+    el(
+      "p.notice.odd",
+      {},
+      `${verdictOf(known.verdict).sign} ${known.verdict}, known until ${until}: ${decodeText(why)}`,
+      el("br", {}),
+      [place, link].filter(Boolean).map(decodeText).join(", "),
+    ),
   );
 }
 
@@ -192,6 +205,7 @@ export async function pairPage(model, table, row, view, actions) {
       groupLinks(row, actions),
       pairControls(actions.decisions, row),
     ),
+    ...knownReasons(pair),
     maskWarning(pair),
     differs ? new DifferenceSection(pair, pictures, folds, view, actions.setState).element() : null,
     printed(pair),

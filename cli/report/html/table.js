@@ -3,13 +3,13 @@ import { decisionCells } from "./decide.js";
 import { changesText } from "./groups.js";
 import { addressOf, matching, sorted, valuesOf, withField } from "./query.js";
 import { countOf, grouped, secondsText, visible } from "./text.js";
-import { badge, VERDICT_NAMES } from "./verdicts.js";
+import { badge, FAILURES, isFailure, VERDICT_NAMES } from "./verdicts.js";
 
 const BATCH = 50; // rows that are added at a time
 
 /** The query that a reader starts with. */
 export function firstQuery(rows) {
-  return rows.some((row) => row.verdict !== "passed") ? "-verdict:passed" : "";
+  return rows.some((row) => isFailure(row.verdict)) ? FAILURES : "";
 }
 
 function selectOf(label, name, values, words, onchange) {
@@ -118,7 +118,7 @@ export class PairTable {
         this.input,
         this.selects,
         button("All pairs", () => this.onState({ q: "" })),
-        button("Not passed", () => this.onState({ q: "-verdict:passed" })),
+        button("Not passed", () => this.onState({ q: FAILURES })),
       ),
       this.status,
       el("div.all-pairs", {}, el("table.list", {}, head, this.body)),

@@ -22,6 +22,14 @@ export function verdictOf(name) {
   return VERDICTS[name] ?? { sign: "?", kind: "odd", words: name };
 }
 
+/** Whether a pair needs attention: it neither passed, nor is it known why it did not. */
+export function isFailure(name) {
+  return name !== "passed" && name !== "known";
+}
+
+/** What asks for pairs that need attention. */
+export const FAILURES = "-verdict:passed,known";
+
 /** The sign and name of a verdict. */
 export function badge(name) {
   const { sign, kind } = verdictOf(name);
