@@ -67,7 +67,7 @@ void readSuite(const TomlValue& table, SuiteConfig& config) {
       continue;
     }
     if (const std::string wanted = mismatch(key, *value); !wanted.empty()) {
-      reader.complain(name, '"' + name + "\" must be " + wanted);
+      reader.complain(name, std::string("\"").append(name).append("\" must be ").append(wanted));
     } else {
       config.suite[name] = *value;
     }

@@ -66,7 +66,9 @@ std::vector<const TomlValue*> TableReader::tables(const std::string& key) {
   }
   for (const TomlValue& element : array->elements) {
     if (element.kind != Kind::Table) {
-      complain(key, '"' + key + "\" must be an array of tables: [[" + key + "]]");
+      std::string text = "\"";
+      text.append(key).append("\" must be an array of tables: [[").append(key).append("]]");
+      complain(key, text);
       return {};
     }
     tables.push_back(&element);

@@ -55,6 +55,7 @@ pid_t start(const ScriptRules& rules, const std::string& master, const std::stri
   std::transform(rules.command.begin() + 1, rules.command.end(), std::back_inserter(texts),
                  [&](const std::string& argument) { return filledIn(argument, master, output); });
   std::vector<char*> arguments;
+  arguments.reserve(texts.size() + 1);
   for (std::string& text : texts) {
     arguments.push_back(text.data());
   }

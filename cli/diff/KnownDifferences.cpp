@@ -52,7 +52,7 @@ std::string describe(const KnownDifference& known) {
 }  // namespace
 
 KnownDifferences::KnownDifferences(std::vector<KnownDifference> known, std::string folder,
-                                   std::string today)
+                                   const std::string& today)
     : m_folder(std::move(folder)) {
   for (KnownDifference& one : known) {
     const bool hasEnded = one.until < today;  // dates of this form are in the order of their texts

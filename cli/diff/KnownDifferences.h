@@ -14,7 +14,8 @@ class KnownDifferences {
  public:
   /// `folder` is that of the file, absolute and without links; wildcards start there. What ended
   /// before `today` ("2027-01-31") covers nothing.
-  KnownDifferences(std::vector<KnownDifference> known, std::string folder, std::string today);
+  KnownDifferences(std::vector<KnownDifference> known, std::string folder,
+                   const std::string& today);
 
   bool isEmpty() const { return m_entries.empty(); }
 

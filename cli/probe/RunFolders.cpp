@@ -72,8 +72,8 @@ void requireDistinctFolders(const std::vector<std::string>& folders) {
     const FolderId id = folderId(folder);
     if (id == FolderId{}) {
       const std::string reason = missingReason(folder);
-      throw CommandError(
-          folder + (reason.rfind("does not exist", 0) == 0 ? " " + reason : " is not a folder"));
+      const bool isGone = reason.rfind("does not exist", 0) == 0;
+      throw CommandError(folder + ' ' + (isGone ? reason : "is not a folder"));
     }
     const auto [former, isNew] = seen.emplace(id, folder);
     if (!isNew) {

@@ -96,6 +96,7 @@ std::vector<VariationGroup> partsOf(const VariationGroup& group, std::size_t cho
     part.members.push_back(variation);
   }
   std::vector<VariationGroup> result;
+  result.reserve(parts.size());
   for (auto& [anchor, part] : parts) {
     result.push_back(std::move(part));
   }

@@ -35,9 +35,9 @@ expect 0 "Xerces-C++" orvdiff --version -v
 echo "try_packages: the demo suite, without Python and poppler"
 cp -r /usr/share/doc/orvdiff/examples/demo .
 work=demo/server/work
-expect 1 "3 pairs, same change" orvdiff verify -C $work -f html,mht,xhtml,ctx-metadata,csv ../suite
+expect 1 "3 pairs, same change" orvdiff verify --no-config -C $work -f html,mht,xhtml,ctx-metadata,csv ../suite
 expect 2 "python-is-python3" orvdiff verify -C $work ../suite
-expect 2 "62 pairs" orvdiff verify -C $work -q --record night ../suite
+expect 2 "65 pairs" orvdiff verify -C $work -q --record night ../suite
 expect 0 "" orvdiff report -C $work night --html ../night.html
 expect 0 "" test -s demo/server/night.html
 expect 0 "Options:" orvdiff help verify  # no man: the help text
