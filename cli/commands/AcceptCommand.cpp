@@ -2,7 +2,6 @@
 #include <filesystem>
 #include <iostream>
 #include <map>
-#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -110,14 +109,6 @@ NewChoice planNew(const std::vector<std::string>& outputs, const SuiteAudit& sui
   return choice;
 }
 
-/// Takes over what the suite's file says. Its rules wait until the working folder is entered.
-void takeConfig(AcceptOptions& options) {
-  if (auto config = suiteConfigFor(options.config, options.locations, Verbosity::Normal)) {
-    takeSettings(*config, options);
-    options.suite = std::make_shared<const SuiteConfig>(std::move(*config));
-  }
-}
-
 /// Of the suite's file.
 void takeRules(AcceptOptions& options) {
   if (options.suite != nullptr) {
@@ -126,7 +117,7 @@ void takeRules(AcceptOptions& options) {
 }
 
 ExitStatus acceptNew(AcceptOptions& options) {
-  takeConfig(options);
+  takeConfig(options, Verbosity::Normal);
   enterWorkFolder(options.workFolder, options.locations, {&options.formats.layoutData.schema});
   takeRules(options);
   requireLocations(options.locations, options.startFolder);
@@ -179,7 +170,7 @@ Pairs readRecord(RecordReader& record, PairChoice& choice) {
 Pairs verify(AcceptOptions& options, PairChoice& choice) {
   Pairs pairs;
   VerifyOptions verification = options;
-  takeConfig(options);
+  takeConfig(options, Verbosity::Normal);
   for (std::string& location : options.locations) {
     makeAbsolute(location);
   }

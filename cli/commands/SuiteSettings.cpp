@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
+#include "cli/commands/ConfigOptions.h"
 #include "cli/suite/SuiteLayout.h"
 #include "cli/system/CommandError.h"
 #include "cli/system/Cores.h"
@@ -184,6 +187,13 @@ std::string valueOf(const Setting& setting, const VerifyOptions& options) {
 
 void takeSettings(const SuiteConfig& config, VerifyOptions& options) {
   take(config, options, {options.formats, options.workFolder, &options});
+}
+
+void takeConfig(VerifyOptions& options, Verbosity verbosity) {
+  if (auto config = suiteConfigFor(options.config, options.locations, verbosity)) {
+    takeSettings(*config, options);
+    options.suite = std::make_shared<const SuiteConfig>(std::move(*config));
+  }
 }
 
 void takeSelection(const SuiteConfig& config, const CommonOptions& given, FormatOptions& formats,

@@ -10,6 +10,11 @@
 /// absolute ones. Raises `CommandError`, naming the line, for one that cannot be used.
 void takeSettings(const SuiteConfig& config, VerifyOptions& options);
 
+/// Finds the suite's file for the locations and takes over its settings; `options.suite` is then
+/// the file. Its rules wait until the working folder is entered (`takeRules`). Does nothing if
+/// there is no file. Raises what `suiteConfigFor` and `takeSettings` raise.
+void takeConfig(VerifyOptions& options, Verbosity verbosity);
+
 /// The same for a verb that only has to find the suite's files.
 void takeSelection(const SuiteConfig& config, const CommonOptions& given, FormatOptions& formats,
                    std::string& workFolder);

@@ -2,7 +2,6 @@
 #include <chrono>
 #include <filesystem>
 #include <iostream>
-#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -203,16 +202,13 @@ ExitStatus verify(VerifyOptions& options, const std::optional<NewerThan>& newerT
   return exitStatusOf(totals, problems);
 }
 
-}  // namespace
-
 VerifyOptions completeOptions(const VerifyOptions& given) {
   VerifyOptions options = given.failedRecord.empty() ? given : optionsForFailed(given);
-  if (auto config = suiteConfigFor(options.config, options.locations, options.verbosity)) {
-    takeSettings(*config, options);
-    options.suite = std::make_shared<const SuiteConfig>(std::move(*config));
-  }
+  takeConfig(options, options.verbosity);
   return options;
 }
+
+}  // namespace
 
 ExitStatus run(const VerifyOptions& given) {
   std::optional<NewerThan> newerThan = newerThanOf(given);  // a file of the user's folder
