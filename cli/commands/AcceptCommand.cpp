@@ -109,6 +109,14 @@ NewChoice planNew(const std::vector<std::string>& outputs, const SuiteAudit& sui
   return choice;
 }
 
+/// Takes over what the suite's file says; what the command line says counts first.
+void takeConfig(AcceptOptions& options) {
+  takeConfig(options, Verbosity::Normal);
+  if (!options.limit && !options.newerThan.empty()) {
+    options.limit = parseNewerThan(options.newerThan);
+  }
+}
+
 /// Of the suite's file.
 void takeRules(AcceptOptions& options) {
   if (options.suite != nullptr) {
@@ -117,7 +125,7 @@ void takeRules(AcceptOptions& options) {
 }
 
 ExitStatus acceptNew(AcceptOptions& options) {
-  takeConfig(options, Verbosity::Normal);
+  takeConfig(options);
   enterWorkFolder(options.workFolder, options.locations, {&options.formats.layoutData.schema});
   takeRules(options);
   requireLocations(options.locations, options.startFolder);
@@ -170,7 +178,7 @@ Pairs readRecord(RecordReader& record, PairChoice& choice) {
 Pairs verify(AcceptOptions& options, PairChoice& choice) {
   Pairs pairs;
   VerifyOptions verification = options;
-  takeConfig(options, Verbosity::Normal);
+  takeConfig(options);
   for (std::string& location : options.locations) {
     makeAbsolute(location);
   }

@@ -273,6 +273,12 @@ class TheJournal(Baselines):
         self.assertEqual((self.masters / "Old.html").read_text(), "<p>by hand</p>")
         self.expect(self.undo(), 2, err="orvdiff: there is nothing to undo\n")
 
+    def test_the_suites_file_says_which_new_outputs_are_stale(self):
+        (self.outputs / "Old_9.html").write_text("<p>new</p>")
+        os.utime(self.outputs / "Old_9.html", (0, 0))
+        self.write("suite/orvdiff.toml", 'version = 1\n[suite]\nnewer-than = "12h"\n')
+        self.expect(self.run_program("accept", "-y", "--new", "../suite"), 1, "Old_9.html: it is stale:")
+
     def test_an_older_entry(self):
         self.accept()
         (self.outputs / "Old.html").write_text("<p>newer</p>")
